@@ -1,0 +1,5 @@
+#include "pnt/pnt_initialize.h"
+
+void pnt_initialize(int& /*count*/) {}
+
+void pnt_finalize(int& /*count*/) {}

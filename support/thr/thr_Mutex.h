@@ -1,0 +1,28 @@
+// thr_Mutex: the lock of the product's libraries.
+
+#pragma once
+
+#include <mutex>
+
+/// A plain, not recursive mutual-exclusion lock.
+///
+/// Its operations bear the standard library's names, so that it is held by scope:
+///
+///     std::lock_guard guard(mutex);
+///
+/// Threads: made for them; a thread that holds the lock must not lock it again.
+class thr_Mutex {
+ public:
+  thr_Mutex() = default;
+  thr_Mutex(const thr_Mutex&) = delete;
+  thr_Mutex& operator=(const thr_Mutex&) = delete;
+
+  /// Waits until no other thread holds the lock, and takes it.
+  void lock() { mutex_.lock(); }
+
+  /// Gives the lock back. REQUIRES: the calling thread holds it.
+  void unlock() { mutex_.unlock(); }
+
+ private:
+  std::mutex mutex_;
+};

@@ -1,0 +1,13 @@
+// thr_initialize, thr_finalize: start and stop of the thr library.
+
+#pragma once
+
+#include "KSTutl_export.h"
+
+/// Makes `thr_GlobalLock`.
+/// May be called any number of times, from one thread; leaves `count` alone.
+KSTUTL_EXPORT void thr_initialize(int& count);
+
+/// Ends the process's thread pool. The global lock stays.
+/// May be called any number of times, from one thread; leaves `count` alone.
+KSTUTL_EXPORT void thr_finalize(int& count);

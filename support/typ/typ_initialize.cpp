@@ -1,0 +1,5 @@
+#include "typ/typ_initialize.h"
+
+void typ_initialize(int& /*count*/) {}
+
+void typ_finalize(int& /*count*/) {}
