@@ -26,3 +26,34 @@ function(kstutl_compile_options target)
     target_compile_options(${target} PRIVATE -Werror)
   endif()
 endfunction()
+
+# kstutl_pcre2: the regular-expression engine, static where it was cross-built.
+find_path(PCRE2_INCLUDE_DIR pcre2.h REQUIRED)
+find_library(PCRE2_LIBRARY pcre2-8 REQUIRED)
+add_library(kstutl_pcre2 INTERFACE)
+target_include_directories(kstutl_pcre2 SYSTEM INTERFACE "${PCRE2_INCLUDE_DIR}")
+target_link_libraries(kstutl_pcre2 INTERFACE "${PCRE2_LIBRARY}")
+target_compile_definitions(kstutl_pcre2 INTERFACE
+  PCRE2_CODE_UNIT_WIDTH=8 $<$<BOOL:${WIN32}>:PCRE2_STATIC>)
+
+# kstutl_runtime: the compiler's run-time DLLs, stripped, beside the library.
+# They are shared because exceptions that cross a DLL's boundary need one run
+# time in the process. The Fortran ones are there only if its compiler is.
+function(kstutl_add_runtime folder)
+  foreach(name libgcc_s_seh-1 libstdc++-6 libwinpthread-1
+               libgfortran-5 libquadmath-0)
+    execute_process(
+      COMMAND "${CMAKE_CXX_COMPILER}" -print-file-name=${name}.dll
+      OUTPUT_VARIABLE file OUTPUT_STRIP_TRAILING_WHITESPACE
+      COMMAND_ERROR_IS_FATAL ANY)
+    if(NOT IS_ABSOLUTE "${file}")
+      continue()
+    endif()
+    add_custom_command(OUTPUT "${folder}/${name}.dll"
+      COMMAND "${CMAKE_COMMAND}" -E make_directory "${folder}"
+      COMMAND "${CMAKE_STRIP}" -o "${folder}/${name}.dll" "${file}"
+      DEPENDS "${file}" VERBATIM)
+    list(APPEND copies "${folder}/${name}.dll")
+  endforeach()
+  add_custom_target(kstutl_runtime ALL DEPENDS ${copies})
+endfunction()
