@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstddef>
+#include <utility>
+#include <vector>
+
+#include "cow/cow_Container.h"
+#include "KSTutl_export.h"
+
+/// Throws the nex_AssertException of an index outside an array.
+[[noreturn]] KSTUTL_EXPORT void cow_ThrowIndexOutOfRange(int index, int length);
+
+/// Copy-on-write array with checked access.
+///
+///     cow_1DArray<int> squares;
+///     squares.Append(1);
+///     squares.Append(4);
+///     squares[1] == 4;   squares[2];   // throws nex_AssertException
+template <class T>
+class cow_1DArray : public cow_Container<std::vector<T>> {
+ public:
+  /// The element at `index`, 0 first. Throws nex_AssertException with the text
+  /// "index I is outside an array of N elements" unless 0 <= index < Length().
+  const T& operator[](int index) const { return (*this->Items())[Checked(index)]; }
+  /// The same for writing: elements that are shared are copied first. Do not copy the
+  /// array while writing through the reference.
+  T& operator[](int index) {
+    const std::size_t at = Checked(index);
+    return this->Write()[at];
+  }
+
+  void Append(T value) { this->WriteOneMore().push_back(std::move(value)); }
+
+ private:
+  std::size_t Checked(int index) const {
+    if (index < 0 || index >= this->Length()) {
+      cow_ThrowIndexOutOfRange(index, this->Length());
+    }
+    return static_cast<std::size_t>(index);
+  }
+};

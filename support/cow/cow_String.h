@@ -1,0 +1,183 @@
+#pragma once
+
+#include <compare>
+#include <cstddef>
+#include <functional>
+#include <iosfwd>
+#include <string_view>
+
+#include "cow/cow_Handle.h"
+#include "KSTutl_export.h"
+
+/// The storage of a cow_String: the bytes with a terminating zero, either right behind
+/// this header in the same block or in a block that was adopted.
+class KSTUTL_EXPORT cow_StringStorage : public cow_Shared {
+ public:
+  /// An empty text with room for `capacity` bytes. Throws std::bad_alloc.
+  static cow_StringStorage* Make(int capacity);
+  /// Takes over a block of ::operator new, even when it throws std::bad_alloc.
+  static cow_StringStorage* Adopt(char* block, int textLength);
+
+  cow_StringStorage(const cow_StringStorage&) = delete;
+  ~cow_StringStorage();
+  static void operator delete(void* block) { ::operator delete(block); }
+
+  char* chars;
+  int length;
+  int capacity;
+
+ private:
+  cow_StringStorage(char* text, int textLength, int textCapacity) noexcept;
+  enum class Room : std::size_t {};
+  static void* operator new(std::size_t header, Room text);
+  static void operator delete(void* block, Room) { ::operator delete(block); }
+  char* Inline() noexcept { return reinterpret_cast<char*>(this + 1); }
+};
+
+/// Copy-on-write string of bytes, the string type of every interface: copies share
+/// their storage until one of them is changed. A string may hold zero bytes; its text
+/// is always followed by a terminating zero. Lengths and positions are in bytes, of
+/// type int; an operation whose result would be longer than 2,147,483,647 bytes throws
+/// std::length_error, one that finds no memory std::bad_alloc, and either leaves the
+/// string as it was.
+///
+/// Threads: as for a plain value. Copies that share storage may be used by different
+/// threads at once; one string object by one thread at a time.
+///
+/// A failed search yields the string's length, so test "position less than length":
+///
+///     cow_String name = "deck.dat";
+///     int dot = name.FindLast('.');
+///     if (dot < name.Length()) name.Remove(dot, name.Length());   // "deck"
+class KSTUTL_EXPORT cow_String {
+ public:
+  /// The empty string; it needs no storage.
+  cow_String() noexcept = default;
+  /// The text up to its terminator; null reads as "".
+  cow_String(const char* text);
+  /// `length` bytes of `data`, zero bytes included; 0 or less gives "".
+  cow_String(const char* data, int length);
+  explicit cow_String(std::string_view text);
+
+  /// An empty string with storage for `capacity` bytes.
+  static cow_String Reserved(int capacity);
+  /// Takes over `block` without a copy; it is released by ::operator delete, also when
+  /// this call throws std::bad_alloc. Null gives "".
+  /// REQUIRES: a block of ::operator new of more than `length` bytes, block[length] is 0.
+  static cow_String Adopt(char* block, int length);
+
+  int Length() const noexcept { return storage_.Get() ? storage_.Get()->length : 0; }
+  bool IsEmpty() const noexcept { return Length() == 0; }
+  /// The bytes and a terminating zero, never null; valid until the string changes.
+  const char* c_str() const noexcept {
+    return storage_.Get() ? storage_.Get()->chars : "";
+  }
+  /// The byte at `index`; the terminating zero at Length().
+  /// REQUIRES: 0 <= index <= Length().
+  char operator[](int index) const noexcept { return c_str()[index]; }
+  operator std::string_view() const noexcept {
+    return {c_str(), static_cast<std::size_t>(Length())};
+  }
+
+  /// Position of the first `text` at or behind `from`, Length() when there is none. A
+  /// negative `from` counts as 0.
+  int Find(std::string_view text, int from = 0) const noexcept;
+  /// Position of the last `c`, Length() when there is none.
+  int FindLast(char c) const noexcept;
+  /// The part that begins at `from` with `length` bytes; what lies outside the string is
+  /// cut off: cow_String("abc").Substr(1, 9) is "bc". The whole string shares storage.
+  cow_String Substr(int from, int length) const;
+
+  /// Appends `length` bytes of `data`, which may be part of this string; 0 or less
+  /// appends nothing. Repeated appending costs constant time per byte.
+  cow_String& Append(const char* data, int length);
+  cow_String& operator+=(std::string_view text);
+  cow_String& operator+=(const cow_String& text) {
+    return *this += std::string_view(text);
+  }
+  cow_String& operator+=(const char* text);
+  cow_String& operator+=(char c) { return Append(&c, 1); }
+
+  /// Inserts `text`, which may be part of this string, before the byte at `at` (cut to
+  /// the string's range).
+  cow_String& Insert(int at, std::string_view text);
+  /// Removes `length` bytes from `from` on, as far as they lie in the string.
+  cow_String& Remove(int from, int length);
+  /// Removes the characters of `set` from both ends: " ab " trimmed by " " is "ab".
+  cow_String& Trim(const char* set);
+  /// Replaces every `from` by `to`.
+  cow_String& Replace(char from, char to);
+  /// Makes room for `capacity` bytes, so that appending up to there allocates nothing
+  /// (until the storage is shared).
+  cow_String& Reserve(int capacity);
+  /// Empties the string. Storage of its own is kept for what is appended next; shared
+  /// storage is left to the other holders.
+  cow_String& Clear() noexcept;
+
+  friend bool operator==(const cow_String& a, const cow_String& b) noexcept {
+    return std::string_view(a) == std::string_view(b);
+  }
+  friend bool operator==(const cow_String& a, std::string_view b) noexcept {
+    return std::string_view(a) == b;
+  }
+  friend bool operator==(const cow_String& a, const char* b) noexcept {
+    return std::string_view(a) == View(b);
+  }
+  /// Order of the unsigned bytes; a prefix comes first.
+  friend std::strong_ordering operator<=>(const cow_String& a,
+                                          const cow_String& b) noexcept {
+    return std::string_view(a) <=> std::string_view(b);
+  }
+  friend std::strong_ordering operator<=>(const cow_String& a,
+                                          std::string_view b) noexcept {
+    return std::string_view(a) <=> b;
+  }
+  friend std::strong_ordering operator<=>(const cow_String& a, const char* b) noexcept {
+    return std::string_view(a) <=> View(b);
+  }
+
+  friend cow_String operator+(cow_String a, const cow_String& b) {
+    a += b;
+    return a;
+  }
+  friend cow_String operator+(cow_String a, std::string_view b) {
+    a += b;
+    return a;
+  }
+  friend cow_String operator+(cow_String a, const char* b) {
+    a += b;
+    return a;
+  }
+  friend cow_String operator+(cow_String a, char b) {
+    a += b;
+    return a;
+  }
+  friend cow_String operator+(const char* a, const cow_String& b) {
+    return Joined(View(a), b);
+  }
+  friend cow_String operator+(char a, const cow_String& b) { return Joined({&a, 1}, b); }
+
+ private:
+  using Storage = cow_StringStorage;
+
+  static std::string_view View(const char* text) noexcept {
+    return text != nullptr ? std::string_view(text) : std::string_view();
+  }
+  static cow_String Joined(std::string_view a, std::string_view b,
+                           std::string_view c = {});
+  bool HasRoom(int capacity) const noexcept;
+  cow_Handle<Storage> CopyWithRoom(int capacity) const;
+  Storage& Writable();
+
+  cow_Handle<Storage> storage_;
+};
+
+/// Writes the text; the stream's width and fill apply.
+KSTUTL_EXPORT std::ostream& operator<<(std::ostream& out, const cow_String& text);
+
+template <>
+struct std::hash<cow_String> {
+  std::size_t operator()(const cow_String& text) const noexcept {
+    return std::hash<std::string_view>()(text);
+  }
+};
