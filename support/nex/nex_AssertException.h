@@ -1,0 +1,17 @@
+#pragma once
+
+#include "nex/nex_TextException.h"
+
+/// A condition that the program takes for granted does not hold. The text names it, as
+/// it stands in the source: "d >= INT_MIN && d <= INT_MAX".
+class KSTUTL_EXPORT nex_AssertException : public nex_TextException {
+ public:
+  explicit nex_AssertException(const atr_String& text);
+  nex_AssertException(const nex_AssertException&) noexcept;
+  nex_AssertException& operator=(const nex_AssertException&) noexcept;
+  ~nex_AssertException() override;
+
+  [[noreturn]] void Propagate() const override;
+  nex_Exception* Copy() const override;
+  unsigned int DynTypeId() const override;
+};
