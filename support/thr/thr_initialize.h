@@ -8,6 +8,8 @@
 /// May be called any number of times, from one thread; leaves `count` alone.
 KSTUTL_EXPORT void thr_initialize(int& count);
 
-/// Ends the process's thread pool. The global lock stays.
+/// Ends the process's thread pool and waits for its running tasks, so that no thread of
+/// the library is left. The global lock stays.
 /// May be called any number of times, from one thread; leaves `count` alone.
+/// REQUIRES: the pool's tasks have been told to end.
 KSTUTL_EXPORT void thr_finalize(int& count);

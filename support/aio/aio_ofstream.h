@@ -1,0 +1,46 @@
+// aio_ofstream: an output stream into a file.
+
+#pragma once
+
+#include <string>
+
+#include "aio/aio_ostream.h"
+#include "KSTutl_export.h"
+
+/// Writes a file anew. The bytes get into the file as they are given: a line ends with
+/// what the caller writes. They are held back until 64 KiB have come together, or until
+/// `flush`, `close` or the destructor.
+///
+///     aio_ofstream out("C:\\work\\beam.txt");
+///     out.write("mass 3.\n", 8);
+///     out.close();
+///     if (!out.good()) { ... }
+///
+/// Threads: used by one thread at a time.
+class KSTUTL_EXPORT aio_ofstream final : public aio_ostream {
+ public:
+  /// Creates the file `path`, or empties it. When that fails the stream is not open and
+  /// not good. REQUIRES: `path` is not null.
+  explicit aio_ofstream(const char* path);
+
+  /// Closes the file, in silence.
+  ~aio_ofstream() override;
+
+  /// Fails when the file is not open, or when held bytes that are now handed on do not
+  /// get into the file, for example because the disk is full.
+  void write(const char* data, int length) override;
+
+  void flush() override;
+
+  bool good() const override { return good_; }
+
+  /// Flushes and closes the file; what fails shows in `good`.
+  void close();
+
+  bool is_open() const { return descriptor_ >= 0; }
+
+ private:
+  std::string held_;
+  int descriptor_;
+  bool good_;
+};

@@ -1,0 +1,59 @@
+#include "omi/omi_BlkBitVect.h"
+
+#include <bit>
+#include <stdexcept>
+
+namespace {
+
+constexpr unsigned kCellBits = 32;
+
+}  // namespace
+
+void omi_BlkBitVect::Set(std::uint32_t bit) {
+  const std::uint32_t cell = bit / kCellBits;
+  SetCell(cell, Cell(cell) | std::uint32_t{1} << bit % kCellBits);
+}
+
+bool omi_BlkBitVect::IsSet(std::uint32_t bit) const {
+  return (Cell(bit / kCellBits) >> bit % kCellBits & 1U) != 0;
+}
+
+std::uint32_t omi_BlkBitVect::Cell(std::uint64_t cell) const {
+  const std::uint64_t block = cell / kBlockCells;
+  if (block >= blocks_.size() || blocks_[block].empty()) {
+    return 0;
+  }
+  return blocks_[block][cell % kBlockCells];
+}
+
+void omi_BlkBitVect::SetCell(std::uint64_t cell, std::uint32_t bits) {
+  if (cell >= kCells) {
+    throw std::out_of_range("omi_BlkBitVect: cell beyond the limit");
+  }
+  const std::uint32_t old = Cell(cell);
+  if (old == bits) {
+    return;  // above all, zeros take no storage
+  }
+  const std::uint64_t block = cell / kBlockCells;
+  if (block >= blocks_.size()) {
+    blocks_.resize(block + 1);
+  }
+  blocks_[block].resize(kBlockCells);
+  blocks_[block][cell % kBlockCells] = bits;
+  count_ -= static_cast<std::uint64_t>(std::popcount(old));
+  count_ += static_cast<std::uint64_t>(std::popcount(bits));
+}
+
+std::int64_t omi_BlkBitVectTrav::Last() const {
+  for (std::size_t block = vector_.blocks_.size(); block-- > 0;) {
+    const omi_BlkBitVect::Block& cells = vector_.blocks_[block];
+    for (std::size_t i = cells.size(); i-- > 0;) {
+      if (cells[i] != 0) {
+        const auto cell =
+            static_cast<std::int64_t>(block * omi_BlkBitVect::kBlockCells + i);
+        return cell * kCellBits + std::bit_width(cells[i]) - 1;
+      }
+    }
+  }
+  return -1;
+}
