@@ -61,7 +61,9 @@ atr_String atr_translate::Result() const {
 }
 
 void atr_SubstituteFormat(atr_translate& text, int position, const atr_String& argument) {
-  text.arguments_[position] = argument;
+  if (position > 0) {
+    text.arguments_[position] = argument;
+  }
 }
 
 void atr_SubstituteFormat(atr_translate& text, int position, int argument) {

@@ -35,6 +35,7 @@ class KSTUTL_EXPORT atr_translate {
 };
 
 /// Gives the template its argument for `position`, 1 first, in place of an earlier one.
+/// An argument is text up to a zero byte; one for a position below 1 is dropped.
 /// Whatever converts to an atr_String will do: const char*, cow_String.
 KSTUTL_EXPORT void atr_SubstituteFormat(atr_translate& text, int position,
                                         const atr_String& argument);

@@ -19,6 +19,8 @@
 template <class T>
 class cow_1DArray : public cow_Container<std::vector<T>> {
  public:
+  cow_1DArray() noexcept = default;
+
   /// The element at `index`, 0 first. Throws nex_AssertException with the text
   /// "index I is outside an array of N elements" unless 0 <= index < Length().
   const T& operator[](int index) const { return (*this->Items())[Checked(index)]; }

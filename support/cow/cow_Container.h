@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <limits>
 #include <stdexcept>
 
@@ -30,11 +29,6 @@ class cow_Container {
   }
   const_iterator end() const noexcept {
     return Items() != nullptr ? Items()->end() : const_iterator();
-  }
-
-  friend bool operator==(const cow_Container& a, const cow_Container& b) {
-    return a.Items() == b.Items() ||
-           (a.Length() == b.Length() && std::equal(a.begin(), a.end(), b.begin()));
   }
 
  protected:

@@ -14,6 +14,8 @@
 template <class T>
 class cow_List : public cow_Container<std::deque<T>> {
  public:
+  cow_List() noexcept = default;
+
   void Prepend(T value) { this->WriteOneMore().push_front(std::move(value)); }
   void Append(T value) { this->WriteOneMore().push_back(std::move(value)); }
 };

@@ -16,6 +16,8 @@
 template <class Key, class Value>
 class cow_Map : public cow_Container<std::map<Key, Value>> {
  public:
+  cow_Map() noexcept = default;
+
   /// Adds the pair; an existing key gets the new value.
   void Insert(Key key, Value value) {
     this->WriteOneMore().insert_or_assign(std::move(key), std::move(value));
