@@ -1,0 +1,63 @@
+#include "utl/utl_initialize.h"
+
+#include "atr/atr_initialize.h"
+#include "cow/cow_initialize.h"
+#include "mem/mem_initialize.h"
+#include "nex/nex_initialize.h"
+#include "omi/omni_initialize.h"
+#include "pnt/pnt_initialize.h"
+#include "thr/thr_initialize.h"
+#include "typ/typ_initialize.h"
+#include "utl/utl_IOTracker.h"
+
+namespace {
+
+// How many starts have no end yet. Not guarded against one end too many.
+int nesting = 0;
+
+// `count` is a copy of the client's counter: whatever steps the libraries take, the
+// client's own moves by one.
+void StartLibraries(int count) {
+  mem_initialize(count);
+  typ_initialize(count);
+  thr_initialize(count);
+  pnt_initialize(count);
+  omni_initialize(count);
+  atr_initialize(count);
+  cow_initialize(count);
+  nex_initialize(count);
+}
+
+void EndSingletons() {
+  thr_GlobalSingleton<utl_IOTracker_Container>::Destroy();
+}
+
+void EndLibraries(int count) {
+  nex_finalize(count);
+  cow_finalize(count);
+  atr_finalize(count);
+  omni_finalize(count);
+  pnt_finalize(count);
+  thr_finalize(count);
+  typ_finalize(count);
+  mem_finalize(count);
+}
+
+}  // namespace
+
+void utl_initialize(int& count) {
+  if (nesting++ != 0) {
+    return;
+  }
+  ++count;
+  StartLibraries(count);
+}
+
+void utl_finalize(int& count) {
+  if (--nesting != 0) {
+    return;
+  }
+  --count;
+  EndSingletons();
+  EndLibraries(count);
+}
