@@ -14,14 +14,16 @@ die() {
   exit 1
 }
 
-# logged LOG COMMAND...: runs a command with its output in a file, which is
-# shown only when the command fails.
+# failed LOG WHAT: ends the script with the end of the log of what failed.
+failed() {
+  tail -n 60 "$1" >&2
+  die "Failed: $2 (the whole log: $1)"
+}
+
+# logged LOG COMMAND...: runs a command with its output in a file.
 logged() {
   mkdir -p "$(dirname "$1")"
-  "${@:2}" </dev/null >"$1" 2>&1 || {
-    tail -n 60 "$1" >&2
-    die "Failed: ${*:2} (the whole log: $1)"
-  }
+  "${@:2}" </dev/null >"$1" 2>&1 || failed "$1" "${*:2}"
 }
 
 # configure PRESET [NAME=VALUE...]: sets up a build tree, unless it is there
@@ -43,12 +45,15 @@ configure() {
     cmake -S "$root" --preset "$1" ${missing[@]+"${missing[@]}"}
 }
 
-# build PRESET [TARGET...]: builds a configured tree; silent when all is built.
+# build PRESET TARGET: builds a configured tree; silent when all is built.
 build() {
-  local tree=$root/build/$1
-  if ninja -C "$tree" -n "${@:2}" 2>&1 | grep -q 'no work to do'; then
-    return
-  fi
-  step "Building $1"
-  logged "$tree/build.log" cmake --build "$tree" --target "${@:2}"
+  local tree=$root/build/$1 line said=
+  cmake --build "$tree" --target "$2" </dev/null 2>&1 |
+    while IFS= read -r line; do
+      if [[ -z $said && $line != *Re-checking* && $line != *'no work to do'* ]]; then
+        step "Building $1"
+        said=yes
+      fi
+      printf '%s\n' "$line" >&3
+    done 3>"$tree/build.log" || failed "$tree/build.log" "building $1"
 }
