@@ -1,0 +1,54 @@
+#pragma once
+
+// The descriptor calls of the Windows C run time, on POSIX. Beside those of
+// <io.h> they are those which Windows declares in <fcntl.h>, <sys/stat.h> and
+// <time.h>, since these names are taken by the system's own headers: a source
+// that uses them includes both. Failures set errno, with the run time's numbers,
+// which are the system's own for all that these calls report.
+
+#include <cstdint>
+
+#include "KSTutl_export.h"
+
+constexpr int _O_RDONLY = 0x0000;
+constexpr int _O_WRONLY = 0x0001;
+constexpr int _O_RDWR = 0x0002;
+constexpr int _O_APPEND = 0x0008;
+constexpr int _O_TEMPORARY = 0x0040;
+constexpr int _O_NOINHERIT = 0x0080;
+constexpr int _O_CREAT = 0x0100;
+constexpr int _O_TRUNC = 0x0200;
+constexpr int _O_EXCL = 0x0400;
+constexpr int _O_TEXT = 0x4000;
+constexpr int _O_BINARY = 0x8000;
+constexpr int _S_IFMT = 0xF000;
+constexpr int _S_IFDIR = 0x4000;
+constexpr int _S_IFREG = 0x8000;
+constexpr int _S_IREAD = 0x0100;
+constexpr int _S_IWRITE = 0x0080;
+
+KSTUTL_EXPORT int _open(const char* path, int flags, ...);
+KSTUTL_EXPORT int _close(int fd);
+KSTUTL_EXPORT int _read(int fd, void* buffer, unsigned int count);
+KSTUTL_EXPORT int _write(int fd, const void* buffer, unsigned int count);
+KSTUTL_EXPORT long long _lseeki64(int fd, long long offset, int origin);
+KSTUTL_EXPORT int _unlink(const char* path);
+KSTUTL_EXPORT int _setmode(int fd, int mode);
+KSTUTL_EXPORT std::intptr_t _get_osfhandle(int fd);
+KSTUTL_EXPORT int _access(const char* path, int mode);
+KSTUTL_EXPORT char* _mktemp(char* nameTemplate);
+
+// The times are left out: their names are macros of <sys/stat.h> here.
+struct _stat64i32 {
+  unsigned int st_dev;
+  unsigned short st_ino;
+  unsigned short st_mode;
+  short st_nlink;
+  int st_size;
+};
+KSTUTL_EXPORT int _stat64i32(const char* path, struct _stat64i32* status);
+
+struct tm;
+using __time64_t = long long;
+KSTUTL_EXPORT __time64_t _time64(__time64_t* time);
+KSTUTL_EXPORT tm* _localtime64(const __time64_t* time);

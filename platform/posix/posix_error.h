@@ -1,0 +1,22 @@
+#pragma once
+
+// What the files of this layer share about errors: the one table from errno to
+// Windows error codes, and the way back for the C run time's calls.
+
+#include "windows.h"
+
+namespace posix {
+
+/// The Windows code for an errno value. ENOENT becomes 2: only a name tells
+/// whether it was the directory that is missing (see posix_path.h).
+DWORD CodeFromErrno(int number);
+
+/// The errno value that the C run time reports for a Windows code.
+int ErrnoFromCode(DWORD code);
+
+/// Sets the last error; false, for `return Fail(...)`.
+BOOL Fail(DWORD code);
+/// The same with the present errno's code.
+BOOL FailWithErrno();
+
+}  // namespace posix

@@ -1,0 +1,5 @@
+#include "common/TempRoot.h"
+
+std::string TempRoot() {
+  return "/tmp/";
+}
