@@ -1,11 +1,12 @@
 #pragma once
 
 // The descriptor calls of the Windows C run time, on POSIX. Beside those of
-// <io.h> they are those which Windows declares in <fcntl.h>, <sys/stat.h> and
-// <time.h>, since these names are taken by the system's own headers: a source
+// <io.h> they are those which Windows declares in <fcntl.h>, <sys/stat.h>,
+// <time.h> and <malloc.h>, since these names are taken by the system's own headers: a source
 // that uses them includes both. Failures set errno, with the run time's numbers,
 // which are the system's own for all that these calls report.
 
+#include <cstddef>
 #include <cstdint>
 
 #include "KSTutl_export.h"
@@ -46,9 +47,15 @@ struct _stat64i32 {
   short st_nlink;
   int st_size;
 };
+// Structure and call share the name, as on Windows.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wshadow"
 KSTUTL_EXPORT int _stat64i32(const char* path, struct _stat64i32* status);
+#pragma GCC diagnostic pop
 
 struct tm;
 using __time64_t = long long;
 KSTUTL_EXPORT __time64_t _time64(__time64_t* time);
 KSTUTL_EXPORT tm* _localtime64(const __time64_t* time);
+
+KSTUTL_EXPORT std::size_t _msize(void* block);

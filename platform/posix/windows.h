@@ -214,7 +214,7 @@ KSTUTL_EXPORT BOOL GetDiskFreeSpaceExA(LPCSTR directory, ULARGE_INTEGER* freeToC
                                        ULARGE_INTEGER* total, ULARGE_INTEGER* totalFree);
 
 // Threads: slots whose values are one a thread; an Fls slot's call-back gets
-// each thread's value, when it is not null, at the thread's end and at FlsFree.
+// each thread's value, when it is not null, at the thread's end.
 using PFLS_CALLBACK_FUNCTION = void (*)(PVOID);
 constexpr DWORD TLS_OUT_OF_INDEXES = 0xFFFFFFFF;
 constexpr DWORD FLS_OUT_OF_INDEXES = 0xFFFFFFFF;
@@ -226,7 +226,6 @@ KSTUTL_EXPORT BOOL TlsFree(DWORD index);
 KSTUTL_EXPORT DWORD FlsAlloc(PFLS_CALLBACK_FUNCTION callback);
 KSTUTL_EXPORT PVOID FlsGetValue(DWORD index);
 KSTUTL_EXPORT BOOL FlsSetValue(DWORD index, PVOID value);
-KSTUTL_EXPORT BOOL FlsFree(DWORD index);
 
 // Process, time and machine.
 constexpr DWORD PROCESS_VM_READ = 0x0010;
