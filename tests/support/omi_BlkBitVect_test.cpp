@@ -1,0 +1,110 @@
+#include "omi/omi_BlkBitVect.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <stdexcept>
+
+namespace {
+
+constexpr std::uint32_t kBlockBits = 131072;
+constexpr std::uint32_t kLastBit = 0xFFFFFFFF;
+
+constexpr std::uint32_t kBits[] = {
+    0, 1, 31, 32, 40, kBlockBits - 1, kBlockBits, 5 * kBlockBits + 77, kLastBit};
+
+std::int64_t Last(const omi_BlkBitVect& vector) {
+  return omi_BlkBitVectTrav(vector).Last();
+}
+
+TEST(omi_BlkBitVect, EmptyVectorReadsAsZeros) {
+  const omi_BlkBitVect vector;
+  for (const std::uint32_t bit : kBits) {
+    EXPECT_FALSE(vector.IsSet(bit)) << bit;
+    EXPECT_EQ(vector.Cell(bit / 32), 0U) << bit;
+  }
+  EXPECT_EQ(vector.Count(), 0U);
+}
+
+TEST(omi_BlkBitVect, SetSetsOneBit) {
+  for (const std::uint32_t bit : kBits) {
+    SCOPED_TRACE(bit);
+    omi_BlkBitVect vector;
+    vector.Set(bit);
+    EXPECT_TRUE(vector.IsSet(bit));
+    EXPECT_FALSE(vector.IsSet(bit ^ 1U));
+    EXPECT_FALSE(vector.IsSet(bit ^ 32U));
+    EXPECT_FALSE(vector.IsSet(bit ^ kBlockBits));
+    EXPECT_EQ(vector.Cell(bit / 32), 1U << bit % 32);
+    EXPECT_EQ(vector.Count(), 1U);
+  }
+}
+
+TEST(omi_BlkBitVect, BitSetTwiceCountsOnce) {
+  omi_BlkBitVect vector;
+  vector.Set(40);
+  vector.Set(40);
+  EXPECT_EQ(vector.Count(), 1U);
+}
+
+TEST(omi_BlkBitVect, SetCellReplacesTheCellAndKeepsTheCount) {
+  omi_BlkBitVect vector;
+  vector.Set(0);
+  vector.SetCell(3, 0xFF);
+  EXPECT_EQ(vector.Count(), 9U);
+  EXPECT_TRUE(vector.IsSet(96));
+  EXPECT_TRUE(vector.IsSet(103));
+  EXPECT_FALSE(vector.IsSet(104));
+  vector.SetCell(3, 0x80000001);
+  EXPECT_EQ(vector.Cell(3), 0x80000001);
+  EXPECT_EQ(vector.Count(), 3U);
+  vector.SetCell(3, 0);
+  EXPECT_EQ(vector.Cell(3), 0U);
+  EXPECT_EQ(vector.Count(), 1U);
+}
+
+TEST(omi_BlkBitVect, LastCellIsTheLimit) {
+  omi_BlkBitVect vector;
+  vector.SetCell(omi_BlkBitVect::kCells - 1, 0xFFFFFFFF);
+  EXPECT_TRUE(vector.IsSet(kLastBit));
+  EXPECT_THROW(vector.SetCell(omi_BlkBitVect::kCells, 1), std::out_of_range);
+  EXPECT_THROW(vector.SetCell(~std::uint64_t{0}, 1), std::out_of_range);
+  EXPECT_THROW(vector.SetCell(omi_BlkBitVect::kCells, 0), std::out_of_range);
+  EXPECT_EQ(vector.Cell(omi_BlkBitVect::kCells), 0U);
+  EXPECT_EQ(vector.Cell(~std::uint64_t{0}), 0U);
+  EXPECT_EQ(vector.Count(), 32U);
+}
+
+TEST(omi_BlkBitVect, CopyIsIndependent) {
+  omi_BlkBitVect vector;
+  vector.Set(40);
+  omi_BlkBitVect copy = vector;
+  copy.Set(41);
+  EXPECT_FALSE(vector.IsSet(41));
+  EXPECT_TRUE(copy.IsSet(40));
+  EXPECT_EQ(vector.Count(), 1U);
+}
+
+TEST(omi_BlkBitVectTrav, LastOfAnEmptyVectorIsMinusOne) {
+  EXPECT_EQ(Last(omi_BlkBitVect()), -1);
+}
+
+TEST(omi_BlkBitVectTrav, LastIsTheHighestSetBit) {
+  omi_BlkBitVect vector;
+  for (const std::uint32_t bit : kBits) {
+    vector.Set(bit);
+    EXPECT_EQ(Last(vector), std::int64_t{bit});
+  }
+}
+
+TEST(omi_BlkBitVectTrav, LastPassesOverClearedCells) {
+  omi_BlkBitVect vector;
+  vector.Set(40);
+  vector.SetCell(100000, 5);
+  vector.SetCell(100000, 0);
+  EXPECT_EQ(Last(vector), 40);
+  vector.SetCell(1, 0);
+  EXPECT_EQ(Last(vector), -1);
+}
+
+}  // namespace

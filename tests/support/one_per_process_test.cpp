@@ -1,0 +1,110 @@
+// One object per process, whichever of three modules asks: this program, KSTutl or a
+// second library; and exceptions that cross between them.
+
+#include <gtest/gtest.h>
+
+#include <exception>
+#include <thread>
+#include <vector>
+
+#include "common/ExpectThrow.h"
+#include "cow/cow_1DArray.h"
+#include "nex/nex_AssertException.h"
+#include "second_library/second_library.h"
+#include "thr/thr_initialize.h"
+
+namespace {
+
+TEST(OnePerProcess, GlobalLock) {
+  EXPECT_EQ(&thr_GlobalLock::Instance(), second_GlobalLock());
+}
+
+TEST(OnePerProcess, GlobalSingletonOfKSTutl) {
+  thr_ThreadPool* const pool = &thr_GlobalSingleton<thr_ThreadPool>::Instance();
+  EXPECT_EQ(second_Pool(), pool);
+  int count = 0;
+  thr_finalize(count);  // KSTutl destroys the pool that it sees
+  EXPECT_EQ(thr_GlobalSingleton<thr_ThreadPool>::Look(), nullptr);
+  EXPECT_EQ(second_LookPool(), nullptr);
+}
+
+TEST(OnePerProcess, GlobalSingletonOfKSTutlMadeByTheSecondLibrary) {
+  EXPECT_EQ(second_Pool(), &thr_GlobalSingleton<thr_ThreadPool>::Instance());
+  int count = 0;
+  thr_finalize(count);
+  EXPECT_EQ(second_LookPool(), nullptr);
+}
+
+TEST(OnePerProcess, GlobalSingletonOfTheSecondLibrary) {
+  EXPECT_EQ(&thr_GlobalSingleton<second_Global>::Instance(), second_GlobalInstance());
+  thr_GlobalSingleton<second_Global>::Destroy();
+}
+
+TEST(OnePerProcess, PlainSingletonOfTheSecondLibrary) {
+  EXPECT_EQ(&omi_Singleton<second_Plain>::Instance(), second_PlainInstance());
+  omi_SingletonBase<second_Plain>::Finalize();
+  EXPECT_EQ(omi_Singleton<second_Plain>::Look(), nullptr);
+}
+
+TEST(OnePerProcess, ThreadSingletonOfTheSecondLibrary) {
+  second_PerThread* const mine = second_PerThreadInstance();
+  EXPECT_EQ(&thr_ThreadSingleton<second_PerThread>::Instance(), mine);
+  std::thread([mine] {
+    EXPECT_NE(second_PerThreadInstance(), mine);
+    EXPECT_EQ(&thr_ThreadSingleton<second_PerThread>::Instance(),
+              second_PerThreadInstance());
+  }).join();
+  EXPECT_EQ(second_PerThreadAlive(), 1);
+  thr_ThreadSingleton<second_PerThread>::Destroy();
+  EXPECT_EQ(second_PerThreadAlive(), 0);
+}
+
+TEST(OnePerProcess, ThreadsThatComeAndGoLeaveNothingInTheSecondLibrary) {
+  for (int round = 0; round < 50; ++round) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i) {
+      threads.emplace_back([] { ++second_PerThreadInstance()->value; });
+    }
+    for (std::thread& thread : threads) {
+      thread.join();
+    }
+    ASSERT_EQ(second_PerThreadAlive(), 0);
+  }
+}
+
+// Raised inside KSTutl: by its own check, and by Throw.
+void OutsideAnArray() {
+  static_cast<void>(cow_1DArray<int>()[0]);
+}
+void ThrowText() {
+  nex_TextException(atr_String("text")).Throw("this program", 1);
+}
+void DoNothing() {}
+
+TEST(OnePerProcess, ExceptionOfKSTutlIsCaughtInTheSecondLibrary) {
+  EXPECT_STREQ(second_CatchByClass(&OutsideAnArray), "nex_AssertException");
+  EXPECT_STREQ(second_CatchByGroup(&OutsideAnArray), "nex_TextException");
+  EXPECT_STREQ(second_CatchByRoot(&OutsideAnArray), "nex_Exception");
+  EXPECT_STREQ(second_CatchByClass(&ThrowText), "something else");
+  EXPECT_STREQ(second_CatchByGroup(&ThrowText), "nex_TextException");
+  EXPECT_STREQ(second_CatchByClass(&DoNothing), "nothing");
+}
+
+TEST(OnePerProcess, ExceptionOfTheSecondLibraryIsCaughtHere) {
+  EXPECT_THROW_TEXT(second_Throw(), nex_AssertException, "from the second library");
+  EXPECT_THROW(second_Throw(), nex_TextException);
+  EXPECT_THROW(second_Throw(), nex_Exception);
+}
+
+TEST(OnePerProcess, ExceptionCrossesBackAndForthAsItsOwnClass) {
+  const auto rethrow = [] {
+    try {
+      second_Throw();
+    } catch (const nex_Exception& caught) {
+      caught.Propagate();
+    }
+  };
+  EXPECT_STREQ(second_CatchByClass(rethrow), "nex_AssertException");
+}
+
+}  // namespace
