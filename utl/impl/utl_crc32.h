@@ -1,0 +1,42 @@
+#pragma once
+
+// Internal to the library: the checksum of the multisection file. Exported only
+// so that the tests and benchmarks reach every kernel; not for clients.
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+#include "KSTutl_export.h"
+
+/// The register before the first byte.
+inline constexpr std::uint32_t utl_kCrc32Start = 0xFFFFFFFFu;
+
+/// Takes the checksum on over `size` bytes: the CRC catalogued as CRC-32/MPEG-2
+/// (polynomial 0x04C11DB7, most significant bit first, nothing reflected, no
+/// final inversion; "123456789" gives 0x0376E6E7, no bytes 0xFFFFFFFF).
+///
+/// `reg` is utl_kCrc32Start or the result for the bytes before, so a block may be
+/// taken in any pieces. Any thread may call it at any time. Never throws.
+KSTUTL_EXPORT std::uint32_t utl_crc32(std::uint32_t reg, const void* data,
+                                      std::size_t size) noexcept;
+
+/// Copies `size` bytes and takes the checksum on over them, block by block, so
+/// that the data passes through the processor's cache once.
+/// REQUIRES: the two ranges do not overlap.
+KSTUTL_EXPORT std::uint32_t utl_crc32Copy(std::uint32_t reg, void* to, const void* from,
+                                          std::size_t size) noexcept;
+
+using utl_Crc32Function = std::uint32_t (*)(std::uint32_t reg, const void* data,
+                                            std::size_t size) noexcept;
+
+/// One way to compute the checksum. All give the same results.
+struct utl_Crc32Kernel {
+  const char* name;
+  utl_Crc32Function function;
+  bool available;  ///< false: this processor lacks the instructions
+};
+
+/// Every kernel, the slowest (a byte at a time from one table) first. utl_crc32
+/// uses the last one available.
+KSTUTL_EXPORT std::span<const utl_Crc32Kernel> utl_crc32Kernels();
