@@ -1,0 +1,129 @@
+#pragma once
+
+#include <memory>
+
+#include "cow/cow_String.h"
+#include "KSTutl_export.h"
+#include "utl/utl_File.h"
+
+class utl_LockFileHolder;
+class utl_SectionDirectory;
+
+/// Named binary sections in one file, each with a checksum, guarded against a second
+/// writer by a lock file and rewritten through a temporary file. The format stands in
+/// docs/multisection-file.md; a file is at most 2,147,483,647 bytes long.
+///
+/// Threads: one object is used by one thread at a time. Processes: writers exclude each
+/// other (see the constructor), readers take no lock and look at none.
+///
+///     utl_MultisectionFile file("job.kdb", utl_FileAccessUpdate);
+///     if (file.hasSection("title")) {
+///       std::vector<char> title(file.getSectionLength("title"));
+///       file.getSectionData("title", title.data());   // checked
+///     }
+///     file.setSectionData("loads", loads.data(), loadBytes);
+///     file.saveChanges();     // without it nothing of this reaches the file
+///
+/// Sections that were set are held in memory until saveChanges; all others stay in the
+/// file. Sections keep their order and are never removed. Names are compared byte by
+/// byte up to their first zero byte; of several sections of one name, which another
+/// writer may have made, the first is meant and the others are carried along.
+///
+/// Errors of the file's contents are thrown as a plain nex_TextException whose text is
+/// the path in quotes, ": ", and a message:
+///
+///     "job.kdb": Data corrupted in section "title"
+///
+/// Errors of the file system are those of utl_File and pass through unchanged.
+class KSTUTL_EXPORT utl_MultisectionFile {
+ public:
+  /// Opens `path`, locks it unless it is opened for reading, and reads its directory.
+  ///
+  /// `access`: utl_FileAccessRead and utl_FileAccessUpdate want an existing multisection
+  /// file; utl_FileAccessWrite creates it, or empties an existing one, and begins
+  /// without sections. With utl_FileAccessWrite the file is emptied BEFORE the lock is
+  /// tried, so a failure to lock leaves an empty file.
+  ///
+  /// The lock is the file `path`.lock, made when none exists, and removed by the
+  /// destructor. Ten attempts are made, each failed one (the last too) followed by a
+  /// pause of 10 ms. While another object has the file open for writing, in this process
+  /// or another, the share mode refuses the opening before the lock is tried; so the
+  /// lock shows when it was left behind by a process that was killed, or made by hand.
+  ///
+  /// Throws nex_TextException with
+  ///   "Cannot create the lock file."  the lock exists;
+  ///   "Invalid file type"             the first four bytes are not the tag;
+  ///   "Unsupported file format"       the version is not 1, or missing;
+  ///   "Invalid string length"         a section name of negative length;
+  /// utl_FileExceptionRead with code 38 (end of file) when the file ends within the
+  /// directory; and utl_File's exceptions, of which code 32 of utl_FileExceptionOpen
+  /// says that another writer is at work. Nothing stays open or locked then.
+  ///
+  /// The lengths of the sections' data are not checked here: a file that is too short
+  /// shows when the data is read.
+  utl_MultisectionFile(const cow_String& path, utl_FileAccess access);
+
+  /// Releases the lock, then closes the file. Does NOT save: changes since the last
+  /// saveChanges are lost. Throws utl_FileExceptionClose if closing fails, except while
+  /// another exception is on its way.
+  ~utl_MultisectionFile() noexcept(false);
+
+  utl_MultisectionFile(const utl_MultisectionFile&) = delete;
+  utl_MultisectionFile& operator=(const utl_MultisectionFile&) = delete;
+
+  /// Whether there is a section of this name, saved or only set.
+  bool hasSection(const cow_String& name) const;
+
+  /// The section's length in bytes. In a damaged file it may be negative, or more than
+  /// the file has. Throws nex_AssertException when there is no such section.
+  int getSectionLength(const cow_String& name) const;
+
+  /// Copies the section's bytes to `buffer`, which has room for getSectionLength bytes.
+  ///
+  /// Bytes from the file are checked against their checksum: when they differ,
+  /// nex_TextException "Data corrupted in section "NAME"" is thrown, and the buffer
+  /// holds the bytes as they are in the file. A negative length throws the same and
+  /// leaves the buffer alone. Where the file ends before the section does,
+  /// utl_FileExceptionRead with code 38 is thrown; the buffer's contents are then
+  /// unspecified. Throws nex_AssertException when there is no such section.
+  void getSectionData(const cow_String& name, void* buffer);
+
+  /// Makes the section consist of a copy of the `length` bytes at `data`: in its old
+  /// place, or behind all others when the name is new. Touches memory only.
+  ///
+  /// Throws nex_AssertException when `length` is negative, std::bad_alloc when there is
+  /// no memory; nothing has changed then. `data` may be null when `length` is 0.
+  void setSectionData(const cow_String& name, const void* data, int length);
+
+  /// Writes the whole file anew: first to the temporary file `path`.PID.tmp (PID the
+  /// decimal process number), which is flushed to disk, then from there over the file
+  /// itself. Afterwards no section is held in memory. The temporary file is deleted in
+  /// any case; only a process that dies on the way leaves it behind, and then the file
+  /// is intact or the temporary file is complete (docs/multisection-file.md says how to
+  /// tell).
+  ///
+  /// Sections that were not set are copied without a look at their checksum: what was
+  /// damaged stays so, and is still detected when it is read.
+  ///
+  /// Throws nex_TextException "Total size exceeds 2147483647 bytes" before anything is
+  /// touched; utl_FileExceptionRead with code 38 when the file lacks bytes of a section,
+  /// before the file is touched; utl_File's exceptions. A file opened for reading fails
+  /// with its read-only error. After a failure the file is as it was unless the last
+  /// step, the copy over it, had begun. But sections that had already been written to
+  /// the temporary file count as saved: their new bytes are no longer in memory, and
+  /// their places may be ones that the file does not have. Set them again, or give the
+  /// object up.
+  void saveChanges();
+
+  // The rest is implementation.
+
+ private:
+  void WriteTemporary(utl_File& temporary);
+  void CopyOver(utl_File& temporary, const cow_String& temporaryPath);
+
+  // Destroyed from the last to the first: the lock goes before the file is closed.
+  utl_File file_;
+  cow_String path_;
+  std::unique_ptr<utl_LockFileHolder> lock_;
+  std::unique_ptr<utl_SectionDirectory> directory_;
+};
