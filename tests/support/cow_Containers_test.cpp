@@ -1,12 +1,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <latch>
 #include <thread>
 #include <utility>
 #include <vector>
 
 #include "common/ExpectThrow.h"
+#include "common/StartLine.h"
 #include "cow/cow_1DArray.h"
 #include "cow/cow_1DArrayList.h"
 #include "cow/cow_List.h"
@@ -235,12 +235,12 @@ TEST(CowContainers, ThreadsChangeCopiesOfOne) {
   constexpr int kThreads = 4;
   cow_Map<cow_String, cow_List<int>> shared;
   shared.Insert("list", {});
-  std::latch start(kThreads);
+  StartLine start(kThreads);
   std::vector<std::thread> threads;
   std::atomic<int> wrong = 0;
   for (int id = 0; id < kThreads; ++id) {
     threads.emplace_back([&start, &wrong, own = shared] {
-      start.arrive_and_wait();
+      start.Wait();
       for (int round = 0; round < 500; ++round) {
         cow_Map<cow_String, cow_List<int>> copy = own;
         cow_List<int> list = *copy.Find("list");

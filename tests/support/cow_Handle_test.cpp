@@ -2,9 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <latch>
 #include <thread>
 #include <vector>
+
+#include "common/StartLine.h"
 
 namespace {
 
@@ -95,12 +96,12 @@ TEST(CowHandle, ThreadsCopyWriteAndReleaseSharedObjects) {
   {
     Handle shared;
     shared.Write().value = -1;
-    std::latch start(kThreads);
+    StartLine start(kThreads);
     std::vector<std::thread> threads;
     std::atomic<int> wrong = 0;
     for (int id = 0; id < kThreads; ++id) {
       threads.emplace_back([&start, &wrong, id, own = shared] {
-        start.arrive_and_wait();
+        start.Wait();
         for (int round = 0; round < kRounds; ++round) {
           Handle copy = own;
           wrong += copy.Get()->value != -1;
@@ -126,14 +127,14 @@ TEST(CowHandle, LastHolderWritesInPlaceBehindTheReadsOfOthers) {
     Handle first;
     first.Write().value = 5;
     Handle second = first;
-    std::latch start(2);
+    StartLine start(2);
     int seen = 0;
     std::thread other([&start, &seen, own = std::move(second)]() mutable {
-      start.arrive_and_wait();
+      start.Wait();
       seen = own.Get()->value;
       own.Write().value = 6;
     });
-    start.arrive_and_wait();
+    start.Wait();
     const int before = first.Get()->value;
     first.Write().value = 7;
     other.join();

@@ -5,7 +5,6 @@
 #include <climits>
 #include <cstring>
 #include <iomanip>
-#include <latch>
 #include <random>
 #include <sstream>
 #include <stdexcept>
@@ -13,6 +12,8 @@
 #include <thread>
 #include <unordered_set>
 #include <vector>
+
+#include "common/StartLine.h"
 
 namespace {
 
@@ -411,12 +412,12 @@ TEST(CowString, LengthsBeyondIntThrowAndChangeNothing) {
 TEST(CowString, ThreadsCopyChangeAndReleaseSharedText) {
   constexpr int kThreads = 4;
   const cow_String shared("shared text");
-  std::latch start(kThreads);
+  StartLine start(kThreads);
   std::atomic<int> wrong = 0;
   std::vector<std::thread> threads;
   for (int id = 0; id < kThreads; ++id) {
     threads.emplace_back([&, own = shared, id] {
-      start.arrive_and_wait();
+      start.Wait();
       for (int round = 0; round < 2000; ++round) {
         cow_String copy = own;
         copy += static_cast<char>('0' + id);
