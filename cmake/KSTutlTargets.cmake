@@ -22,6 +22,10 @@ function(kstutl_compile_options target)
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor
     -Woverloaded-virtual)
+  # g++ 12 sees an overlap in what std::string's operator+ expands to.
+  if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    target_compile_options(${target} PRIVATE -Wno-restrict)
+  endif()
   if(PROJECT_IS_TOP_LEVEL)
     target_compile_options(${target} PRIVATE -Werror)
   endif()

@@ -14,9 +14,10 @@ die() {
   exit 1
 }
 
-# failed LOG WHAT: ends the script with the end of the log of what failed.
+# failed LOG WHAT: ends the script with the end of the log of what failed,
+# without the lines that only tell progress.
 failed() {
-  tail -n 60 "$1" >&2
+  grep -vE '^\[[0-9]+/[0-9]+\] ' "$1" | tail -n 60 >&2 || true
   die "Failed: $2 (the whole log: $1)"
 }
 
