@@ -15,25 +15,25 @@
 /// in the least significant place.
 ///
 /// Threads: a value; used by one thread at a time.
-class KSTUTL_EXPORT omi_BlkBitVect {
+class omi_BlkBitVect {
  public:
   /// Number of cells; the first cell number beyond the limit.
   static constexpr std::uint64_t kCells = std::uint64_t{1} << 27;
 
   /// Sets a bit. Throws `std::bad_alloc` when there is no memory, here and in `SetCell`.
-  void Set(std::uint32_t bit);
+  KSTUTL_EXPORT void Set(std::uint32_t bit);
 
-  bool IsSet(std::uint32_t bit) const;
+  KSTUTL_EXPORT bool IsSet(std::uint32_t bit) const;
 
   /// Number of bits set; kept up to date, so asking is cheap.
   std::uint64_t Count() const { return count_; }
 
   /// The cell's 32 bits; 0 beyond the limit.
-  std::uint32_t Cell(std::uint64_t cell) const;
+  KSTUTL_EXPORT std::uint32_t Cell(std::uint64_t cell) const;
 
   /// Replaces the cell's 32 bits. Throws `std::out_of_range`, with nothing changed, for
   /// a cell beyond the limit.
-  void SetCell(std::uint64_t cell, std::uint32_t bits);
+  KSTUTL_EXPORT void SetCell(std::uint64_t cell, std::uint32_t bits);
 
  private:
   friend class omi_BlkBitVectTrav;
@@ -48,12 +48,12 @@ class KSTUTL_EXPORT omi_BlkBitVect {
 /// Walks over the set bits of a vector.
 ///
 /// Threads: as the vector, which is not owned and must outlive this.
-class KSTUTL_EXPORT omi_BlkBitVectTrav {
+class omi_BlkBitVectTrav {
  public:
   explicit omi_BlkBitVectTrav(const omi_BlkBitVect& vector) : vector_(vector) {}
 
   /// The highest set bit; -1 if none is set.
-  std::int64_t Last() const;
+  KSTUTL_EXPORT std::int64_t Last() const;
 
  private:
   const omi_BlkBitVect& vector_;

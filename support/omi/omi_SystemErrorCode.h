@@ -10,7 +10,7 @@
 /// system (`GetLastError`). The two ranges overlap, so the kind tells them apart.
 ///
 /// Threads: a value; the capturing functions read the calling thread's number.
-class KSTUTL_EXPORT omi_SystemErrorCode {
+class omi_SystemErrorCode {
  public:
   static constexpr int kRunTime = 0;
   static constexpr int kSystem = 1;
@@ -23,10 +23,10 @@ class KSTUTL_EXPORT omi_SystemErrorCode {
 
   /// The run time's present error number. Call it right after the failed call, before
   /// anything else can disturb the number.
-  static omi_SystemErrorCode FromErrno();
+  KSTUTL_EXPORT static omi_SystemErrorCode FromErrno();
 
   /// The system's last error of this thread; the same care is due.
-  static omi_SystemErrorCode FromLastError();
+  KSTUTL_EXPORT static omi_SystemErrorCode FromLastError();
 
   int Kind() const { return kind_; }
   int Code() const { return code_; }
@@ -35,7 +35,7 @@ class KSTUTL_EXPORT omi_SystemErrorCode {
   /// has no text for it. For example, on Windows number 2 of kind `kSystem` is
   /// "The system cannot find the file specified.\r\n". Reading it changes neither
   /// `errno` nor the last error.
-  std::string Text() const;
+  KSTUTL_EXPORT std::string Text() const;
 
  private:
   int kind_ = kRunTime;
