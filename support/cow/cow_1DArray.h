@@ -31,6 +31,10 @@ class cow_1DArray : public cow_Container<std::vector<T>> {
     return this->Write()[at];
   }
 
+  /// Makes room for `capacity` elements, so that appending up to there moves none.
+  void Reserve(int capacity) {
+    this->Write().reserve(static_cast<std::size_t>(capacity > 0 ? capacity : 0));
+  }
   void Append(T value) { this->WriteOneMore().push_back(std::move(value)); }
 
  private:

@@ -6,8 +6,10 @@
 #include "nex/nex_initialize.h"
 #include "omi/omni_initialize.h"
 #include "pnt/pnt_initialize.h"
+#include "rgx/rgx_funcs.h"
 #include "thr/thr_initialize.h"
 #include "typ/typ_initialize.h"
+#include "utl/utl_CommandLine.h"
 #include "utl/utl_IOTracker.h"
 
 namespace {
@@ -26,13 +28,16 @@ void StartLibraries(int count) {
   atr_initialize(count);
   cow_initialize(count);
   nex_initialize(count);
+  rgx_initialize(count);
 }
 
 void EndSingletons() {
+  thr_GlobalSingleton<utl_CommandLine>::Destroy();
   thr_GlobalSingleton<utl_IOTracker_Container>::Destroy();
 }
 
 void EndLibraries(int count) {
+  rgx_finalize(count);
   nex_finalize(count);
   cow_finalize(count);
   atr_finalize(count);

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "cow/cow_String.h"
+#include "KSTutl_export.h"
+
+/// Tells URLs that the product serves from other names, and takes URLs apart:
+///
+///     SCHEME://[USER@]HOST[:PORT][/PATH[?QUERY]]
+///
+/// The parts follow fixed patterns rather than RFC 3986. A scheme consists of letters,
+/// "+", "." and "-", a host of letters, digits, "." and "-". The user is everything up to
+/// the last "@" that leaves a host behind it, "/" included, and is never returned. A port
+/// counts only when a "/" follows it. The path lacks its first "/", ends before the first
+/// "?" and is not empty. Parts are returned as they are written; no letter case is
+/// changed, nothing is decoded.
+///
+///     utl_UrlParser::IsUrl("kstrdb://me@node-7:4000/db/f?x=1");     // true
+///     utl_UrlParser::GetHost("kstrdb://me@node-7:4000/db/f?x=1");   // "node-7"
+///     utl_UrlParser::GetPort("kstrdb://me@node-7:4000/db/f?x=1");   // "4000"
+///     utl_UrlParser::GetPath("kstrdb://me@node-7:4000/db/f?x=1");   // "db/f"
+///
+/// A text with a zero byte ends there. Nothing throws unless a function says so; a part
+/// that is not there is "".
+///
+/// Threads: any.
+class KSTUTL_EXPORT utl_UrlParser {
+ public:
+  utl_UrlParser() = delete;
+
+  /// Whether the text starts with a scheme that the product serves and ":". There is one
+  /// such scheme, "kstrdb", in this letter case. "C:\data" is no URL, and neither is
+  /// "http://server/a".
+  static bool IsUrl(cow_String const& s);
+
+  /// The scheme at the start of the text: "C" of "C:\data".
+  static cow_String GetScheme(cow_String const& s);
+  /// Whether the text starts with `scheme` and ":". The scheme is used as a pattern: "."
+  /// stands for any character and "+" repeats the character before it. A scheme with
+  /// other characters than letters, "+", "." and "-" gives false; one that is no valid
+  /// pattern, like "+", throws the nex_TextException of rgx_match.
+  static bool IsScheme(cow_String const& s, cow_String const& scheme);
+
+  static bool HasHost(cow_String const& s);
+  static cow_String GetHost(cow_String const& s);
+
+  /// "kstrdb://host:1234/" has the port "1234", "kstrdb://host:1234" has none.
+  static bool HasPort(cow_String const& s);
+  /// The port's digits.
+  static cow_String GetPort(cow_String const& s);
+
+  static bool HasPath(cow_String const& s);
+  static cow_String GetPath(cow_String const& s);
+};

@@ -1,0 +1,47 @@
+// The only door to PCRE2: compiled patterns and their matching.
+
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+
+/// A compiled pattern; what it consists of is rgx_Matcher.cpp's affair.
+/// Threads: one pattern by one thread at a time.
+class rgx_CompiledPattern;
+
+/// Why a pattern did not compile.
+struct rgx_CompileError {
+  int offset = 0;    ///< Where in the pattern, in bytes.
+  std::string text;  ///< PCRE2's words.
+};
+
+/// Compiles `pattern` without options; null, with `error` set, when it is malformed.
+/// Throws std::bad_alloc.
+std::shared_ptr<const rgx_CompiledPattern> rgx_compile(const char* pattern,
+                                                       rgx_CompileError& error);
+
+/// Runs compiled patterns, and keeps the memory that a match needs for the next one.
+/// Threads: one thread.
+class rgx_Matcher {
+ public:
+  rgx_Matcher();
+  rgx_Matcher(const rgx_Matcher&) = delete;
+  rgx_Matcher& operator=(const rgx_Matcher&) = delete;
+  ~rgx_Matcher();
+
+  /// Searches `subject`: the number of groups found (one more than that of the last group
+  /// that took part), -1 when nothing matches, another negative number for an error.
+  /// Throws std::bad_alloc.
+  int Match(const rgx_CompiledPattern& pattern, std::string_view subject);
+
+  /// Start and end of each group found by the last successful match, the largest
+  /// std::size_t for one that did not take part; valid until the next match.
+  const std::size_t* Offsets() const noexcept;
+
+ private:
+  struct Workspace;
+
+  std::unique_ptr<Workspace> workspace_;
+};

@@ -1,0 +1,63 @@
+#include "rgx/impl/rgx_search.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <limits>
+#include <string>
+
+#include "atr/atr_translate.h"
+#include "nex/nex_TextException.h"
+#include "rgx/impl/rgx_Matcher.h"
+#include "rgx/rgx_ReCompileCache.h"
+
+namespace {
+
+// The position that callers know a failing search by.
+constexpr char kSource[] = "rgx/impl/rgx_funcs";
+constexpr int kExecErrorLine = 72;
+
+[[noreturn]] void ThrowExecError(int error) {
+  atr_translate text("rgx_match: exec error: %s");
+  atr_SubstituteFormat(text, 1, error);
+  nex_TextException(text.Result()).Throw(kSource, kExecErrorLine);
+}
+
+}  // namespace
+
+std::string_view rgx_Found::Text(int n) const noexcept {
+  if (n < 0 || n >= groupCount_) {
+    return {};
+  }
+  const std::size_t start = offsets_[2 * n];
+  const std::size_t end = offsets_[2 * n + 1];
+  // Both are the largest number for a group that did not take part.
+  return end > start ? subject_.substr(start, end - start) : std::string_view();
+}
+
+rgx_Found rgx_search(const cow_String& pattern, std::string_view subject) {
+  rgx_ReCompileCache& cache = thr_ThreadSingleton<rgx_ReCompileCache>::Instance();
+  const int groups = cache.Matcher().Match(cache.Compiled(pattern), subject);
+  if (groups < -1) {
+    ThrowExecError(groups);
+  }
+  return {subject, cache.Matcher().Offsets(), std::max(groups, 0)};
+}
+
+std::string_view rgx_upToZero(std::string_view text) {
+  return text.substr(0, text.find('\0'));
+}
+
+int rgx_referenceNumber(std::string_view reference) {
+  if (reference == "&") {
+    return 0;
+  }
+  if (reference == "'") {
+    return -1;
+  }
+  if (reference == "`") {
+    return -2;
+  }
+  const long long number = std::strtoll(std::string(reference).c_str(), nullptr, 10);
+  return static_cast<int>(std::clamp<long long>(number, std::numeric_limits<int>::min(),
+                                                std::numeric_limits<int>::max()));
+}

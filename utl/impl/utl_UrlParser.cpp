@@ -1,0 +1,84 @@
+#include "utl/utl_UrlParser.h"
+
+#include <string_view>
+
+#include "rgx/impl/rgx_search.h"
+
+namespace {
+
+// The patterns are the definition of what a URL is here; each stands for itself.
+const cow_String kAnyScheme("([a-zA-Z\\+\\.-]+):");
+const cow_String kScheme("^([a-zA-Z\\+\\.-]+):");
+const cow_String kSchemeName("^[a-zA-Z\\+\\.-]+$");
+const cow_String kHasHost("^[a-zA-Z\\+\\.-]+://([^@]+@)?[a-zA-Z0-9\\.-]+");
+const cow_String kHost("^[a-zA-Z\\+\\.-]+://([^@]+@)?([a-zA-Z0-9\\.-]+)");
+const cow_String kHasPort("^[a-zA-Z\\+\\.-]+://([^@]+@)?[a-zA-Z0-9\\.-]+:[0-9]+/");
+const cow_String kPort("^[a-zA-Z\\+\\.-]+://([^@]+@)?[a-zA-Z0-9\\.-]+:([0-9]+)/");
+const cow_String kHasPath(
+    "^[a-zA-Z\\+\\.-]+://([^@]+@)?[a-zA-Z0-9\\.-]+(:[0-9]+)?/[^\\?]+");
+const cow_String kPath(
+    "^[a-zA-Z\\+\\.-]+://([^@]+@)?[a-zA-Z0-9\\.-]+(:[0-9]+)?/([^\\?]+)");
+
+// The schemes that count as URLs, up to the empty entry.
+constexpr std::string_view kKnownSchemes[] = {"kstrdb", ""};
+
+rgx_Found Search(const cow_String& pattern, const cow_String& s) {
+  return rgx_search(pattern, rgx_upToZero(s));
+}
+
+bool Matches(const cow_String& pattern, const cow_String& s) {
+  return Search(pattern, s).Matched();
+}
+
+cow_String Part(const cow_String& pattern, const cow_String& s, int group) {
+  return cow_String(Search(pattern, s).Text(group));
+}
+
+}  // namespace
+
+bool utl_UrlParser::IsUrl(cow_String const& s) {
+  // Most names have no ":", and those need no pattern.
+  if (std::string_view(s).find(':') == std::string_view::npos ||
+      !Matches(kAnyScheme, s)) {
+    return false;
+  }
+  const rgx_Found found = Search(kScheme, s);
+  for (const std::string_view* known = kKnownSchemes; !known->empty(); ++known) {
+    if (found.Text(1) == *known) {
+      return true;
+    }
+  }
+  return false;
+}
+
+cow_String utl_UrlParser::GetScheme(cow_String const& s) {
+  return Part(kScheme, s, 1);
+}
+
+bool utl_UrlParser::IsScheme(cow_String const& s, cow_String const& scheme) {
+  return Matches(kSchemeName, scheme) && Matches("^" + scheme + ":", s);
+}
+
+bool utl_UrlParser::HasHost(cow_String const& s) {
+  return Matches(kHasHost, s);
+}
+
+cow_String utl_UrlParser::GetHost(cow_String const& s) {
+  return Part(kHost, s, 2);
+}
+
+bool utl_UrlParser::HasPort(cow_String const& s) {
+  return Matches(kHasPort, s);
+}
+
+cow_String utl_UrlParser::GetPort(cow_String const& s) {
+  return Part(kPort, s, 2);
+}
+
+bool utl_UrlParser::HasPath(cow_String const& s) {
+  return Matches(kHasPath, s);
+}
+
+cow_String utl_UrlParser::GetPath(cow_String const& s) {
+  return Part(kPath, s, 3);
+}
