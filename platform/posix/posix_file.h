@@ -1,0 +1,69 @@
+#pragma once
+
+// The files that this layer has open. A handle is its descriptor's number plus
+// one, times four: a small integer that looks like a Windows handle, so that one
+// kept in 32 bits widens to the same handle. Descriptors that were opened by
+// other means (the standard ones) count as handles too.
+
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+#include "windows.h"
+
+namespace posix {
+
+// Rights that an open asks for or shares: the bits of FILE_SHARE_*.
+constexpr unsigned kRead = FILE_SHARE_READ;
+constexpr unsigned kWrite = FILE_SHARE_WRITE;
+constexpr unsigned kDelete = FILE_SHARE_DELETE;
+constexpr unsigned kAllRights = kRead | kWrite | kDelete;
+
+struct LockedRange {
+  off_t start;
+  off_t length;
+  bool exclusive;
+};
+
+struct OpenFile {
+  bool open = false;
+  unsigned access = 0;
+  unsigned share = kAllRights;
+  dev_t device = 0;
+  ino_t inode = 0;
+  bool isRegular = false;
+  int textMode = 0x4000;     // _O_TEXT or _O_BINARY
+  std::string removeAtEnd;   // the path to remove when the file is closed
+  std::vector<LockedRange> locks;
+};
+
+HANDLE HandleOf(int fd);
+/// The descriptor of a handle, or -1; whether it is open is not looked at.
+int DescriptorOf(HANDLE handle);
+
+/// The access of an open descriptor in `access`; false when it is not open.
+bool AccessOf(int fd, unsigned& access);
+
+/// Enters a freshly opened descriptor. False when another open of the same file
+/// has what this one does not share, or does not share what it has; the caller
+/// then closes the descriptor.
+bool EnterFile(int fd, const OpenFile& file);
+
+/// Whether some open of the file does not share its deletion. `fd` is any open
+/// descriptor of it, or -1 to ask this process's opens alone.
+bool DeletionIsDenied(int fd, dev_t device, ino_t inode);
+
+/// Closes a descriptor and forgets its file: the errno value, 0 on success.
+int CloseFile(int fd);
+
+/// Sets how the C run time reads and writes a descriptor, and returns how it did;
+/// -1 when it is not open.
+int ExchangeTextMode(int fd, int mode);
+
+/// Notes a range about to be locked; false when it meets one of the same handle.
+bool NoteLock(int fd, const LockedRange& range);
+/// Forgets a noted range; false when there is none like it.
+bool ForgetLock(int fd, off_t start, off_t length);
+
+}  // namespace posix
