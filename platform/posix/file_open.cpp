@@ -46,7 +46,8 @@ struct Request {
 unsigned Rights(DWORD access, DWORD flags) {
   return ((access & GENERIC_READ) != 0 ? kRead : 0) |
          ((access & GENERIC_WRITE) != 0 ? kWrite : 0) |
-         ((access & DELETE) != 0 || (flags & FILE_FLAG_DELETE_ON_CLOSE) != 0 ? kDelete : 0);
+         ((access & DELETE) != 0 || (flags & FILE_FLAG_DELETE_ON_CLOSE) != 0 ? kDelete
+                                                                             : 0);
 }
 
 int OpenRetried(const char* path, int flags, mode_t mode) {
@@ -65,8 +66,7 @@ int OpenExisting(const Request& request) {
   const bool writes = (request.access & kWrite) != 0 || request.Truncates();
   if (!writes) return OpenRetried(path, O_RDONLY | inherit, 0);
   const int fd = OpenRetried(path, O_RDWR | inherit, 0);
-  const bool mayOnlyWrite =
-      fd < 0 && errno == EACCES && (request.access & kRead) == 0;
+  const bool mayOnlyWrite = fd < 0 && errno == EACCES && (request.access & kRead) == 0;
   return mayOnlyWrite ? OpenRetried(path, O_WRONLY | inherit, 0) : fd;
 }
 
@@ -140,12 +140,11 @@ int Open(const Request& request, DWORD& code) {
   code = CheckName(request, isDirectory);
   if (code != ERROR_SUCCESS) return -1;
   bool existed = true;
-  const int fd = isDirectory
-                     ? OpenRetried(request.name.path.c_str(),
-                                   O_RDONLY | O_DIRECTORY |
-                                       (request.inherit ? 0 : O_CLOEXEC),
-                                   0)
-                     : OpenOrCreate(request, existed);
+  const int fd =
+      isDirectory
+          ? OpenRetried(request.name.path.c_str(),
+                        O_RDONLY | O_DIRECTORY | (request.inherit ? 0 : O_CLOEXEC), 0)
+          : OpenOrCreate(request, existed);
   if (fd < 0) {
     code = CodeOfOpen(request);
     return -1;
@@ -183,9 +182,9 @@ HANDLE CreateFileA(LPCSTR name, DWORD access, DWORD share, SECURITY_ATTRIBUTES* 
   DWORD code = ERROR_INVALID_PARAMETER;
   int fd = -1;
   if (disposition >= CREATE_NEW && disposition <= TRUNCATE_EXISTING) {
-    Request request = {{},          Rights(access, flags),
-                       share,       disposition,
-                       flags,       security != nullptr && security->bInheritHandle};
+    Request request = {{},    Rights(access, flags),
+                       share, disposition,
+                       flags, security != nullptr && security->bInheritHandle};
     code = Resolve(name, request.name);
     if (code == ERROR_SUCCESS) fd = Open(request, code);
   }

@@ -35,7 +35,9 @@ DWORD AttributesOf(const struct stat& status) {
   return kind | ((status.st_mode & 0222) == 0 ? FILE_ATTRIBUTE_READONLY : 0);
 }
 
-FILETIME FileTime(const timespec& time) { return Halves(Intervals(time)); }
+FILETIME FileTime(const timespec& time) {
+  return Halves(Intervals(time));
+}
 
 FILETIME CreationTime(const struct stat& status) {
   return Halves(std::min(Intervals(status.st_mtim), Intervals(status.st_ctim)));

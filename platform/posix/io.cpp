@@ -29,7 +29,9 @@ int FailWith(int number) {
   return -1;
 }
 
-int FailWithLastError() { return FailWith(ErrnoFromCode(GetLastError())); }
+int FailWithLastError() {
+  return FailWith(ErrnoFromCode(GetLastError()));
+}
 
 DWORD Access(int flags) {
   switch (flags & (_O_WRONLY | _O_RDWR)) {
@@ -59,7 +61,9 @@ DWORD Disposition(int flags) {
   }
 }
 
-bool IsOpen(int fd) { return fd >= 0 && fcntl(fd, F_GETFD) >= 0; }
+bool IsOpen(int fd) {
+  return fd >= 0 && fcntl(fd, F_GETFD) >= 0;
+}
 
 // The result of a read or write: a file that was not opened for it counts as a bad
 // descriptor.
@@ -125,7 +129,9 @@ long long _lseeki64(int fd, long long offset, int origin) {
   return (static_cast<long long>(high) << 32) | low;
 }
 
-int _unlink(const char* path) { return DeleteFileA(path) ? 0 : FailWithLastError(); }
+int _unlink(const char* path) {
+  return DeleteFileA(path) ? 0 : FailWithLastError();
+}
 
 int _setmode(int fd, int mode) {
   if (!IsOpen(fd)) return FailWith(EBADF);
@@ -138,4 +144,6 @@ std::intptr_t _get_osfhandle(int fd) {
   return reinterpret_cast<std::intptr_t>(HandleOf(fd));
 }
 
-int _getpid() { return getpid(); }
+int _getpid() {
+  return getpid();
+}

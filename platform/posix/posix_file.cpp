@@ -10,7 +10,9 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <iterator>
 #include <mutex>
 #include <utility>
 
@@ -38,7 +40,9 @@ OpenFile& Entry(int fd) {
   return Table()[index];
 }
 
-bool IsOpen(int fd) { return fd >= 0 && fcntl(fd, F_GETFD) >= 0; }
+bool IsOpen(int fd) {
+  return fd >= 0 && fcntl(fd, F_GETFD) >= 0;
+}
 
 // REQUIRES: `mutex` is held.
 bool AgreesInProcess(const OpenFile& file) {
@@ -52,6 +56,10 @@ bool AgreesInProcess(const OpenFile& file) {
     }
   }
   return true;
+}
+
+bool Meet(const LockedRange& one, const LockedRange& other) {
+  return one.start < other.start + other.length && other.start < one.start + one.length;
 }
 
 // A pause of up to a millisecond, another one each time.
@@ -72,7 +80,9 @@ void RemoveAtEnd(const OpenFile& file) {
 
 }  // namespace
 
-HANDLE HandleOf(int fd) { return reinterpret_cast<HANDLE>((LONG_PTR{fd} + 1) * 4); }
+HANDLE HandleOf(int fd) {
+  return reinterpret_cast<HANDLE>((LONG_PTR{fd} + 1) * 4);
+}
 
 int DescriptorOf(HANDLE handle) {
   const auto value = reinterpret_cast<LONG_PTR>(handle);
@@ -84,7 +94,8 @@ bool AccessOf(int fd, unsigned& access) {
   if (fd < 0) return false;
   {
     const std::lock_guard guard(mutex);
-    if (static_cast<size_t>(fd) < Table().size() && Table()[static_cast<size_t>(fd)].open) {
+    if (static_cast<size_t>(fd) < Table().size() &&
+        Table()[static_cast<size_t>(fd)].open) {
       access = Table()[static_cast<size_t>(fd)].access;
       return true;
     }
@@ -141,28 +152,32 @@ int ExchangeTextMode(int fd, int mode) {
   return std::exchange(Entry(fd).textMode, mode);
 }
 
-bool NoteLock(int fd, const LockedRange& range) {
+OwnLocks NoteLock(int fd, const LockedRange& range) {
   const std::lock_guard guard(mutex);
   std::vector<LockedRange>& locks = Entry(fd).locks;
+  OwnLocks result = OwnLocks::kNone;
   for (const LockedRange& held : locks) {
-    const bool meets = held.start < range.start + range.length &&
-                       range.start < held.start + held.length;
-    if (meets && (held.exclusive || range.exclusive)) return false;
+    if (!Meet(held, range)) continue;
+    if (range.exclusive) return OwnLocks::kRefuse;
+    if (held.exclusive) result = OwnLocks::kCovered;
   }
   locks.push_back(range);
-  return true;
+  return result;
 }
 
-bool ForgetLock(int fd, off_t start, off_t length) {
+bool ForgetLock(int fd, off_t start, off_t length, bool& stillMet) {
   const std::lock_guard guard(mutex);
   std::vector<LockedRange>& locks = Entry(fd).locks;
-  for (auto held = locks.begin(); held != locks.end(); ++held) {
-    if (held->start == start && held->length == length) {
-      locks.erase(held);
-      return true;
-    }
-  }
-  return false;
+  const auto isIt = [start, length](const LockedRange& held) {
+    return held.start == start && held.length == length;
+  };
+  const auto found = std::find_if(locks.rbegin(), locks.rend(), isIt);
+  if (found == locks.rend()) return false;
+  const LockedRange range = *found;
+  locks.erase(std::next(found).base());
+  stillMet = std::any_of(locks.begin(), locks.end(),
+                         [&range](const LockedRange& held) { return Meet(held, range); });
+  return true;
 }
 
 }  // namespace posix

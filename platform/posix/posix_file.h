@@ -33,8 +33,8 @@ struct OpenFile {
   dev_t device = 0;
   ino_t inode = 0;
   bool isRegular = false;
-  int textMode = 0x4000;     // _O_TEXT or _O_BINARY
-  std::string removeAtEnd;   // the path to remove when the file is closed
+  int textMode = 0x4000;    // _O_TEXT or _O_BINARY
+  std::string removeAtEnd;  // the path to remove when the file is closed
   std::vector<LockedRange> locks;
 };
 
@@ -61,9 +61,14 @@ int CloseFile(int fd);
 /// -1 when it is not open.
 int ExchangeTextMode(int fd, int mode);
 
-/// Notes a range about to be locked; false when it meets one of the same handle.
-bool NoteLock(int fd, const LockedRange& range);
-/// Forgets a noted range; false when there is none like it.
-bool ForgetLock(int fd, off_t start, off_t length);
+/// How a new range meets those that its handle has locked already.
+enum class OwnLocks { kNone, kRefuse, kCovered };
+
+/// Notes a range of a descriptor's file unless its own handle's locks refuse it.
+/// kCovered: a lock of the handle that meets it is exclusive and serves for it.
+OwnLocks NoteLock(int fd, const LockedRange& range);
+/// Forgets a noted range, the latest of equal ones. False when there is none.
+/// `stillMet` tells whether another range of the handle meets it.
+bool ForgetLock(int fd, off_t start, off_t length, bool& stillMet);
 
 }  // namespace posix

@@ -22,7 +22,9 @@
 namespace posix {
 namespace {
 
-bool IsSeparator(char c) { return c == '\\' || c == '/'; }
+bool IsSeparator(char c) {
+  return c == '\\' || c == '/';
+}
 
 bool IsForbidden(char c) {
   return static_cast<unsigned char>(c) < 0x20 ||
@@ -30,14 +32,17 @@ bool IsForbidden(char c) {
 }
 
 // Any character before a colon is taken for a drive's letter.
-bool HasDrive(std::string_view name) { return name.size() >= 2 && name[1] == ':'; }
+bool HasDrive(std::string_view name) {
+  return name.size() >= 2 && name[1] == ':';
+}
 
 // What an absent drive answers: its root is a missing path, a name in the root a
 // missing file.
 DWORD AbsentDriveCode(std::string_view behindDrive) {
-  while (!behindDrive.empty() && IsSeparator(behindDrive[0])) behindDrive.remove_prefix(1);
-  const bool inRoot = !behindDrive.empty() &&
-                      behindDrive.find_first_of("\\/") == std::string_view::npos;
+  while (!behindDrive.empty() && IsSeparator(behindDrive[0]))
+    behindDrive.remove_prefix(1);
+  const bool inRoot =
+      !behindDrive.empty() && behindDrive.find_first_of("\\/") == std::string_view::npos;
   return inRoot ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND;
 }
 

@@ -19,6 +19,10 @@ void Sleep(DWORD milliseconds) {
   }
 }
 
-DWORD GetCurrentProcessId() { return static_cast<DWORD>(getpid()); }
+DWORD GetCurrentProcessId() {
+  return static_cast<DWORD>(getpid());
+}
 
-HANDLE GetCurrentProcess() { return INVALID_HANDLE_VALUE; }
+HANDLE GetCurrentProcess() {
+  return INVALID_HANDLE_VALUE;
+}

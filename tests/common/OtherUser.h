@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+/// Makes the present process one of a user to whom file permissions apply: at once
+/// true when they do already, false when no such user can be had. In a child
+/// process only: there is no way back.
+bool BecomeOtherUser();
+
+/// Takes the right to make files in a directory from everybody, and gives it back.
+void ForbidCreation(const std::string& directory);
+void AllowCreation(const std::string& directory);
