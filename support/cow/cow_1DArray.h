@@ -23,7 +23,10 @@ class cow_1DArray : public cow_Container<std::vector<T>> {
 
   /// The element at `index`, 0 first. Throws nex_AssertException with the text
   /// "index I is outside an array of N elements" unless 0 <= index < Length().
-  const T& operator[](int index) const { return (*this->Items())[Checked(index)]; }
+  const T& operator[](int index) const {
+    const std::size_t at = Checked(index);
+    return (*this->Items())[at];
+  }
   /// The same for writing: elements that are shared are copied first. Do not copy the
   /// array while writing through the reference.
   T& operator[](int index) {

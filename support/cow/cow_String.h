@@ -20,6 +20,7 @@ class KSTUTL_EXPORT cow_StringStorage : public cow_Shared {
 
   cow_StringStorage(const cow_StringStorage&) = delete;
   ~cow_StringStorage();
+  // NOLINTNEXTLINE(misc-new-delete-overloads): made by the private form with Room.
   static void operator delete(void* block) { ::operator delete(block); }
 
   char* chars;

@@ -78,7 +78,7 @@ TEST(CowList, MoveLeavesTheEmptyList) {
   cow_List<int> a;
   a.Append(1);
   const cow_List<int> b = std::move(a);
-  EXPECT_TRUE(a.IsEmpty());  // NOLINT(bugprone-use-after-move): that is the promise
+  EXPECT_TRUE(a.IsEmpty());  // NOLINT: that is the promise
   EXPECT_THAT(b, ElementsAre(1));
 }
 
@@ -237,6 +237,7 @@ TEST(CowContainers, ThreadsChangeCopiesOfOne) {
   shared.Insert("list", {});
   StartLine start(kThreads);
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   std::atomic<int> wrong = 0;
   for (int id = 0; id < kThreads; ++id) {
     threads.emplace_back([&start, &wrong, own = shared] {

@@ -7,6 +7,8 @@
 
 #include "common/StartLine.h"
 
+// NOLINTBEGIN(performance-unnecessary-copy-initialization): copies are under test.
+
 namespace {
 
 struct Counted : cow_Shared {
@@ -64,7 +66,7 @@ TEST(CowHandle, MoveLeavesNull) {
   Handle a;
   a.Write().value = 1;
   Handle b = std::move(a);
-  EXPECT_EQ(a.Get(), nullptr);  // NOLINT(bugprone-use-after-move): that is the promise
+  EXPECT_EQ(a.Get(), nullptr);  // NOLINT: that is the promise
   EXPECT_TRUE(b.IsUnique());
 }
 
@@ -98,6 +100,7 @@ TEST(CowHandle, ThreadsCopyWriteAndReleaseSharedObjects) {
     shared.Write().value = -1;
     StartLine start(kThreads);
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     std::atomic<int> wrong = 0;
     for (int id = 0; id < kThreads; ++id) {
       threads.emplace_back([&start, &wrong, id, own = shared] {
@@ -145,3 +148,5 @@ TEST(CowHandle, LastHolderWritesInPlaceBehindTheReadsOfOthers) {
 }
 
 }  // namespace
+
+// NOLINTEND(performance-unnecessary-copy-initialization)
