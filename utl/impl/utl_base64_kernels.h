@@ -1,0 +1,40 @@
+#pragma once
+
+// The alphabet, and the kernels behind utl_base64Kernels.
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+inline constexpr std::string_view kBase64Alphabet =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+!";
+
+// What a byte that is not of the alphabet means to the decoder.
+inline constexpr std::int8_t kBase64End = -1;
+inline constexpr std::int8_t kBase64Padding = -2;
+inline constexpr std::int8_t kBase64Invalid = -3;
+
+/// The value 0 to 63 of each byte, or one of the meanings above.
+inline constexpr auto kBase64Values = [] {
+  std::array<std::int8_t, 256> values{};
+  values.fill(kBase64Invalid);
+  for (std::size_t i = 0; i < kBase64Alphabet.size(); ++i) {
+    values[static_cast<unsigned char>(kBase64Alphabet[i])] = static_cast<std::int8_t>(i);
+  }
+  values['\0'] = kBase64End;
+  values['='] = kBase64Padding;
+  return values;
+}();
+
+/// A character, a value at a time.
+void Base64EncodePlain(const unsigned char* bytes, std::size_t groups,
+                       char* text) noexcept;
+std::size_t Base64DecodePlain(const unsigned char* text, std::size_t groups,
+                              unsigned char* bytes) noexcept;
+
+/// Two characters from one table of all 12-bit values; four tables for decoding.
+void Base64EncodeTable(const unsigned char* bytes, std::size_t groups,
+                       char* text) noexcept;
+std::size_t Base64DecodeTable(const unsigned char* text, std::size_t groups,
+                              unsigned char* bytes) noexcept;
