@@ -106,6 +106,7 @@ BOOL ReadFile(HANDLE handle, LPVOID buffer, DWORD count, LPDWORD read, OVERLAPPE
   done = 0;
   const int fd = Usable(handle, kRead);
   if (fd < 0) return FALSE;
+  if (buffer == nullptr && count > 0) return Fail(ERROR_NOACCESS);
   const auto move = [fd, buffer](DWORD from, size_t piece) {
     return ::read(fd, static_cast<char*>(buffer) + from, piece);
   };

@@ -1,6 +1,6 @@
 // Opening by name: what is created, what is refused, and with which code.
 
-#include <io.h>
+#include <gmock/gmock.h>
 
 #include "common/ChildProcess.h"
 #include "common/OtherUser.h"
@@ -208,6 +208,13 @@ TEST_F(CreateFileTest, PermissionIsNeeded) {
   AllowCreation(dir_.Path());
   if (result == 2) GTEST_SKIP() << "no other user than root to be had on this target";
   EXPECT_EQ(result, 0);
+}
+
+TEST_F(CreateFileTest, FilesThatNobodyMayWrite) {
+  // The kernel's own: not even root may. Where they are mounted read-only, the code
+  // is the one of that.
+  EXPECT_THAT(OpenCode("Z:\\sys\\kernel\\uevent_seqnum", GENERIC_WRITE),
+              testing::AnyOf(DWORD{ERROR_ACCESS_DENIED}, DWORD{ERROR_WRITE_PROTECT}));
 }
 
 TEST_F(CreateFileTest, DeletedNames) {

@@ -27,7 +27,7 @@ std::string Quoted(const std::string& arg) {
 std::string CommandLine(const std::string& program,
                         const std::vector<std::string>& args) {
   std::string line = Quoted(program);
-  for (const std::string& arg : args) line += " " + Quoted(arg);
+  for (const std::string& arg : args) (line += ' ') += Quoted(arg);
   return line;
 }
 
