@@ -1,0 +1,66 @@
+#include "common/FailingCall.h"
+
+#include <algorithm>
+
+namespace {
+
+struct Plan {
+  SystemCall call = {};
+  DWORD code = 0;
+  int callsToGo = 0;  // 0: no failure is planned
+  bool happened = false;
+};
+
+Plan plan;
+constexpr DWORD kNoLimit = 0xFFFFFFFF;
+DWORD writeLimit = kNoLimit;
+CreateFileArguments lastCreateFile;
+
+}  // namespace
+
+FailingCall::FailingCall(SystemCall call, DWORD code, int nth) {
+  redirection::Install();
+  plan = {call, code, nth, false};
+}
+
+FailingCall::~FailingCall() {
+  plan = {};
+}
+
+bool FailingCall::Happened() const {
+  return plan.happened;
+}
+
+ShortWrites::ShortWrites(DWORD bytes) {
+  redirection::Install();
+  writeLimit = bytes;
+}
+
+ShortWrites::~ShortWrites() {
+  writeLimit = kNoLimit;
+}
+
+WatchedCreateFile::WatchedCreateFile() {
+  redirection::Install();
+}
+
+CreateFileArguments WatchedCreateFile::Last() const {
+  return lastCreateFile;
+}
+
+bool redirection::Fails(SystemCall call) {
+  if (call != plan.call || plan.callsToGo == 0 || --plan.callsToGo != 0) {
+    return false;
+  }
+  plan.happened = true;
+  SetLastError(plan.code);
+  return true;
+}
+
+DWORD redirection::WriteLimit(DWORD count) {
+  return std::min(count, writeLimit);
+}
+
+void redirection::Record(const CreateFileArguments& arguments) {
+  lastCreateFile = arguments;
+}

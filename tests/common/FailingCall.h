@@ -1,0 +1,73 @@
+#pragma once
+
+#include <windows.h>
+
+/// The calls of the library to the system that a test can watch and make fail.
+enum class SystemCall {
+  kCloseHandle,
+  kCreateFile,
+  kFlushFileBuffers,
+  kGetFileInformationByHandle,
+  kGetFileSize,
+  kReadFile,
+  kSetEndOfFile,
+  kSetFilePointer,
+  kWriteFile,
+};
+
+/// While it lives, one coming call of the library fails without reaching the system:
+///
+///     FailingCall noSpace(SystemCall::kWriteFile, ERROR_DISK_FULL);
+///     FailingCall third(SystemCall::kSetFilePointer, ERROR_NEGATIVE_SEEK, 3);
+///
+/// A failing CloseHandle closes all the same, so that the test leaks nothing. One object
+/// at a time, in the thread that makes the calls.
+class FailingCall {
+ public:
+  /// The next call of this kind fails with error number `code`, or the `nth`, 1 being
+  /// the next.
+  FailingCall(SystemCall call, DWORD code, int nth = 1);
+  ~FailingCall();
+  FailingCall(const FailingCall&) = delete;
+  FailingCall& operator=(const FailingCall&) = delete;
+
+  bool Happened() const;
+};
+
+/// While it lives, a write of the library takes at most `bytes` bytes and succeeds.
+class ShortWrites {
+ public:
+  explicit ShortWrites(DWORD bytes);
+  ~ShortWrites();
+  ShortWrites(const ShortWrites&) = delete;
+  ShortWrites& operator=(const ShortWrites&) = delete;
+};
+
+/// What the library handed to its last CreateFileA.
+struct CreateFileArguments {
+  DWORD access;
+  DWORD shares;
+  DWORD creation;
+  DWORD flags;
+  bool hasSecurity;
+  bool hasTemplate;
+};
+
+/// Watches CreateFileA from the construction on.
+class WatchedCreateFile {
+ public:
+  WatchedCreateFile();
+  CreateFileArguments Last() const;
+};
+
+// For the redirected calls, one version a target.
+namespace redirection {
+
+/// Has the library's calls go through the functions of this program.
+void Install();
+/// Counts a call; true, with the last error set, for the one that is to fail.
+bool Fails(SystemCall call);
+DWORD WriteLimit(DWORD count);
+void Record(const CreateFileArguments& arguments);
+
+}  // namespace redirection

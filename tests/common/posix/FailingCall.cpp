@@ -1,0 +1,82 @@
+// The program defines the calls itself: a program's functions come before those of the
+// same name in a shared library, for the library's own calls too.
+
+#include "common/FailingCall.h"
+
+#include <dlfcn.h>
+
+namespace {
+
+// The library's function behind one of this program.
+template <class Function>
+Function* Next(Function* own) {
+  Dl_info info = {};
+  dladdr(reinterpret_cast<void*>(own), &info);
+  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, info.dli_sname));
+}
+
+}  // namespace
+
+void redirection::Install() {}
+
+HANDLE CreateFileA(LPCSTR name, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
+                   DWORD disposition, DWORD flags, HANDLE templateFile) {
+  static const auto next = Next(&CreateFileA);
+  redirection::Record(
+      {access, share, disposition, flags, security != nullptr, templateFile != nullptr});
+  return redirection::Fails(SystemCall::kCreateFile)
+             ? INVALID_HANDLE_VALUE
+             : next(name, access, share, security, disposition, flags, templateFile);
+}
+
+BOOL CloseHandle(HANDLE handle) {
+  static const auto next = Next(&CloseHandle);
+  const BOOL closed = next(handle);
+  return redirection::Fails(SystemCall::kCloseHandle) ? FALSE : closed;
+}
+
+BOOL FlushFileBuffers(HANDLE handle) {
+  static const auto next = Next(&FlushFileBuffers);
+  return redirection::Fails(SystemCall::kFlushFileBuffers) ? FALSE : next(handle);
+}
+
+BOOL GetFileInformationByHandle(HANDLE handle, BY_HANDLE_FILE_INFORMATION* information) {
+  static const auto next = Next(&GetFileInformationByHandle);
+  return redirection::Fails(SystemCall::kGetFileInformationByHandle)
+             ? FALSE
+             : next(handle, information);
+}
+
+DWORD GetFileSize(HANDLE handle, LPDWORD sizeHigh) {
+  static const auto next = Next(&GetFileSize);
+  return redirection::Fails(SystemCall::kGetFileSize) ? INVALID_FILE_SIZE
+                                                      : next(handle, sizeHigh);
+}
+
+BOOL ReadFile(HANDLE handle, LPVOID buffer, DWORD count, LPDWORD read,
+              OVERLAPPED* overlapped) {
+  static const auto next = Next(&ReadFile);
+  return redirection::Fails(SystemCall::kReadFile)
+             ? FALSE
+             : next(handle, buffer, count, read, overlapped);
+}
+
+BOOL SetEndOfFile(HANDLE handle) {
+  static const auto next = Next(&SetEndOfFile);
+  return redirection::Fails(SystemCall::kSetEndOfFile) ? FALSE : next(handle);
+}
+
+DWORD SetFilePointer(HANDLE handle, LONG distance, PLONG distanceHigh, DWORD method) {
+  static const auto next = Next(&SetFilePointer);
+  return redirection::Fails(SystemCall::kSetFilePointer)
+             ? INVALID_SET_FILE_POINTER
+             : next(handle, distance, distanceHigh, method);
+}
+
+BOOL WriteFile(HANDLE handle, LPCVOID buffer, DWORD count, LPDWORD written,
+               OVERLAPPED* overlapped) {
+  static const auto next = Next(&WriteFile);
+  return redirection::Fails(SystemCall::kWriteFile)
+             ? FALSE
+             : next(handle, buffer, redirection::WriteLimit(count), written, overlapped);
+}
