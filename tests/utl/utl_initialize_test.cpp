@@ -1,0 +1,78 @@
+#include "utl/utl_initialize.h"
+
+#include <gtest/gtest.h>
+
+#include "utl/utl_IOTracker.h"
+
+namespace {
+
+using Holder = thr_GlobalSingleton<utl_IOTracker_Container>;
+
+TEST(utl_initialize, MovesTheCallersCountByOneAtTheRealStartAndEnd) {
+  int first = 10;
+  int second = 20;
+  utl_initialize(first);
+  EXPECT_EQ(first, 11);
+  utl_initialize(second);
+  utl_initialize(first);
+  EXPECT_EQ(first, 11);
+  EXPECT_EQ(second, 20);
+
+  utl_finalize(first);
+  utl_finalize(first);
+  EXPECT_EQ(first, 11);
+  utl_finalize(second);
+  EXPECT_EQ(first, 11);
+  EXPECT_EQ(second, 19);
+}
+
+TEST(utl_initialize, TheLastEndTakesTheLibraryDown) {
+  int count = 0;
+  utl_initialize(count);
+  utl_initialize(count);
+  Holder::Instance();
+  utl_finalize(count);
+  EXPECT_NE(Holder::Look(), nullptr);
+  utl_finalize(count);
+  EXPECT_EQ(Holder::Look(), nullptr);
+}
+
+TEST(utl_initialize, ObjectsThatWereNeverMadeAreSkipped) {
+  int count = 0;
+  Holder::Destroy();
+  utl_initialize(count);
+  EXPECT_EQ(Holder::Look(), nullptr);
+  utl_finalize(count);
+  EXPECT_EQ(Holder::Look(), nullptr);
+}
+
+TEST(utl_initialize, StartsAnewAfterTheEnd) {
+  int count = 0;
+  for (int round = 0; round < 3; ++round) {
+    utl_initialize(count);
+    EXPECT_EQ(count, 1);
+    EXPECT_EQ(Holder::Instance().Tracker(), nullptr);
+    utl_finalize(count);
+    EXPECT_EQ(count, 0);
+    EXPECT_EQ(Holder::Look(), nullptr);
+  }
+}
+
+// One end too many: the nesting goes below zero, and the next start only makes up for it.
+TEST(utl_initialize, AnEndWithoutAStartIsMadeUpForByTheNextStart) {
+  int count = 0;
+  Holder::Instance();
+  utl_finalize(count);
+  EXPECT_EQ(count, 0);
+  EXPECT_NE(Holder::Look(), nullptr);
+
+  utl_initialize(count);
+  EXPECT_EQ(count, 0);
+  utl_initialize(count);
+  EXPECT_EQ(count, 1);
+  utl_finalize(count);
+  EXPECT_EQ(count, 0);
+  EXPECT_EQ(Holder::Look(), nullptr);
+}
+
+}  // namespace
