@@ -105,7 +105,6 @@ class KSTUTL_EXPORT utl_File {
   void* OpenRead(const cow_String& path) const;
   void* OpenUpdate(const cow_String& path) const;
   void* OpenWrite(const cow_String& path) const;
-  unsigned WriterShareMode() const;
 
   // Opened by the first operation, be it a const one.
   mutable bool opened_ = false;

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <windows.h>
+
+#include <utility>
+
+/// Owns a handle of the system, or INVALID_HANDLE_VALUE for none, and closes it at the
+/// end of its scope. Quiet: a failing close is not reported.
+class ScopedHandle {
+ public:
+  explicit ScopedHandle(HANDLE handle) noexcept : handle_(handle) {}
+  ScopedHandle(ScopedHandle&& other) noexcept : handle_(other.Release()) {}
+  ScopedHandle& operator=(ScopedHandle&&) = delete;
+  ~ScopedHandle() {
+    if (IsValid()) {
+      CloseHandle(handle_);
+    }
+  }
+
+  bool IsValid() const noexcept { return handle_ != INVALID_HANDLE_VALUE; }
+  HANDLE Get() const noexcept { return handle_; }
+  /// Leaves the handle to the caller.
+  HANDLE Release() noexcept { return std::exchange(handle_, INVALID_HANDLE_VALUE); }
+
+ private:
+  HANDLE handle_;
+};
