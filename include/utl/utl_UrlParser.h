@@ -8,8 +8,8 @@
 ///     SCHEME://[USER@]HOST[:PORT][/PATH[?QUERY]]
 ///
 /// The parts follow fixed patterns rather than RFC 3986. A scheme consists of letters,
-/// "+", "." and "-", a host of letters, digits, "." and "-". The user is everything up to
-/// the last "@" that leaves a host behind it, "/" included, and is never returned. A port
+/// "+", "." and "-", a host of letters, digits, "." and "-". The user is everything up
+/// to the first "@", "/" included, if a host follows that, and is never returned. A port
 /// counts only when a "/" follows it. The path lacks its first "/", ends before the first
 /// "?" and is not empty. Parts are returned as they are written; no letter case is
 /// changed, nothing is decoded.

@@ -1,0 +1,237 @@
+#include "rgx/rgx_funcs.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "common/ExpectThrow.h"
+#include "nex/nex_TextException.h"
+#include "rgx/rgx_ReCompileCache.h"
+
+namespace {
+
+using std::string_literals::operator""s;
+using testing::ElementsAre;
+
+constexpr int kMax = std::numeric_limits<int>::max();
+
+std::vector<std::string> Split(const cow_String& pattern, const std::string& subject) {
+  std::vector<std::string> fields;
+  for (const cow_String& field : rgx_split(pattern, cow_String(subject))) {
+    fields.emplace_back(std::string_view(field));
+  }
+  return fields;
+}
+
+std::string Subn(const cow_String& pattern, const std::string& replacement,
+                 const std::string& subject, int count = kMax) {
+  return std::string(std::string_view(
+      rgx_subn(pattern, cow_String(replacement), cow_String(subject), count)));
+}
+
+cow_1DArrayList<cow_String> List(std::initializer_list<const char*> items) {
+  cow_1DArrayList<cow_String> list;
+  for (const char* item : items) {
+    list.Append(item);
+  }
+  return list;
+}
+
+void ExpectNeverEnds(const cow_String& pattern, const std::string& subject) {
+  EXPECT_THROW_TEXT(Split(pattern, subject), nex_TextException,
+                    "rgx_split: pattern matches the empty string");
+}
+
+TEST(RgxSplit, FieldsBetweenMatches) {
+  EXPECT_THAT(Split(",", "a,b,c"), ElementsAre("a", "b", "c"));
+  EXPECT_THAT(Split(" *, *", "a , b ,c"), ElementsAre("a", "b", "c"));
+}
+
+TEST(RgxSplit, NoEmptyFieldBeforeAMatch) {
+  EXPECT_THAT(Split(",", "a,,b"), ElementsAre("a", "b"));
+  EXPECT_THAT(Split(",", ",a"), ElementsAre("a"));
+}
+
+TEST(RgxSplit, AlwaysAFieldBehindTheLastMatch) {
+  EXPECT_THAT(Split(",", "a,"), ElementsAre("a", ""));
+  EXPECT_THAT(Split(",", ","), ElementsAre(""));
+  EXPECT_THAT(Split(",", ",,,"), ElementsAre(""));
+}
+
+TEST(RgxSplit, WithoutAMatchTheWholeSubject) {
+  EXPECT_THAT(Split(",", "abc"), ElementsAre("abc"));
+  EXPECT_THAT(Split(",", ""), ElementsAre(""));
+}
+
+TEST(RgxSplit, EveryRemainderIsAFreshSubject) {
+  EXPECT_THAT(Split("^a", "aaab"), ElementsAre("b"));
+  EXPECT_THAT(Split("(?<=,)b|,", "a,bc"), ElementsAre("a", "bc"));
+}
+
+TEST(RgxSplit, APatternThatMatchesNothingAtAll) {
+  ExpectNeverEnds("x*", "abc");
+  ExpectNeverEnds("", "abc");
+  ExpectNeverEnds("", "");
+  ExpectNeverEnds("x*", "");
+  ExpectNeverEnds("$", "ab");       // behind the last field
+  ExpectNeverEnds("(?=,)", "a,b");  // on the second search
+  ExpectNeverEnds(",|$", "a,b");
+  ExpectNeverEnds("b*$", "ab");
+  try {
+    rgx_split("x*", "abc");
+  } catch (const nex_TextException& thrown) {
+    EXPECT_STREQ(thrown.SourceFile(), "rgx/impl/rgx_funcs");
+  }
+}
+
+TEST(RgxSplit, AnEmptyMatchFurtherOnIsNoError) {
+  EXPECT_THAT(Split("(?<=a)", "abc"), ElementsAre("a", "bc"));
+  EXPECT_THAT(Split("(?<=a)(?=b)", "xabab"), ElementsAre("xa", "ba", "b"));
+}
+
+TEST(RgxSplit, ZeroBytes) {
+  EXPECT_THAT(Split(",", "a\0b,c"s), ElementsAre("a\0b,c"s));
+  EXPECT_THAT(Split(",", "a,b\0c,d"s), ElementsAre("a", "b\0c,d"s));
+  EXPECT_THAT(Split("b", "ab\0b"s), ElementsAre("a", "\0b"s));
+}
+
+TEST(RgxSplit, TenMegabytes) {
+  std::string subject;
+  for (int i = 0; i < 1 << 20; ++i) {
+    subject += "123456789,";
+  }
+  const cow_1DArrayList<cow_String> fields = rgx_split(",", cow_String(subject));
+  ASSERT_EQ(fields.Length(), (1 << 20) + 1);
+  EXPECT_EQ(fields[1 << 19], "123456789");
+  EXPECT_EQ(fields[1 << 20], "");
+}
+
+TEST(RgxJoin, ItemsAndSeparators) {
+  EXPECT_EQ(rgx_join(List({}), "-"), "");
+  EXPECT_EQ(rgx_join(List({"a"}), "-"), "a");
+  EXPECT_EQ(rgx_join(List({"a", "b", "c"}), "--"), "a--b--c");
+  EXPECT_EQ(rgx_join(List({"", "", ""}), "-"), "--");
+  EXPECT_EQ(rgx_join(List({"a", "b"}), ""), "ab");
+  EXPECT_EQ(rgx_join(List({"a", "b"}), cow_String("\0", 1)), cow_String("a\0b", 3));
+}
+
+TEST(RgxJoin, AResultThatIsTooLong) {
+  cow_1DArrayList<cow_String> items;
+  const cow_String megabyte(std::string(1 << 20, 'x'));
+  for (int i = 0; i < 2048; ++i) {
+    items.Append(megabyte);
+  }
+  EXPECT_THROW(rgx_join(items, ""), std::length_error);
+  cow_1DArrayList<cow_String> blanks;
+  for (int i = 0; i < 2050; ++i) {
+    blanks.Append("");
+  }
+  EXPECT_THROW(rgx_join(blanks, megabyte), std::length_error);
+}
+
+TEST(RgxSubn, ReplacesUpToCount) {
+  EXPECT_EQ(Subn("a", "x", "banana", 2), "bxnxna");
+  EXPECT_EQ(Subn("a", "x", "banana", 3), "bxnxnx");
+  EXPECT_EQ(Subn("a", "x", "banana"), "bxnxnx");
+  EXPECT_EQ(Subn("a", "", "banana"), "bnn");
+  EXPECT_EQ(Subn("a", "x", "aa", 1), "xa");
+}
+
+TEST(RgxSubn, UnchangedWithoutMatchOrCount) {
+  EXPECT_EQ(Subn("x", "y", "banana"), "banana");
+  EXPECT_EQ(Subn("a", "y", "banana", 0), "banana");
+  EXPECT_EQ(Subn("a", "y", "banana", -1), "banana");
+  EXPECT_EQ(Subn("a", "y", "banana", std::numeric_limits<int>::min()), "banana");
+  EXPECT_EQ(Subn("x", "y", ""), "");
+}
+
+TEST(RgxSubn, AMalformedPatternThrowsWhateverTheCount) {
+  EXPECT_THROW_TEXT(Subn("(", "y", "banana", 0), nex_TextException,
+                    "rgx_match: error in regex at offset 1: missing closing parenthesis");
+}
+
+TEST(RgxSubn, EmptyMatches) {
+  EXPECT_EQ(Subn("x*", "-", "abc", 10), "-a-b-c-");
+  EXPECT_EQ(Subn("x*", "-", "abc", 3), "-a-b-c");
+  EXPECT_EQ(Subn("x*", "-", "abc", 1), "-abc");
+  EXPECT_EQ(Subn("x*", "-", "", 10), "-");
+  EXPECT_EQ(Subn("x*", "-", "axb", 10), "-a--b-");
+  EXPECT_EQ(Subn("$", "-", "ab", 10), "ab--");
+  EXPECT_EQ(Subn("^", "-", "ab", 10), "-a-b-");
+  EXPECT_EQ(Subn("(?=b)", "-", "abab", 10), "a--ba--b");
+}
+
+TEST(RgxSubn, EveryRemainderIsAFreshSubject) {
+  EXPECT_EQ(Subn("^a", "x", "aaba"), "xxba");
+  EXPECT_EQ(Subn("(?<=a)b", "x", "abb"), "axb");
+}
+
+TEST(RgxSubn, References) {
+  const struct {
+    const char* replacement;
+    const char* result;
+  } cases[] = {{"<$1>", "x<a>y"},     {"$2$1", "xbay"},
+               {"$&$&", "xababy"},    {"$`", "xxy"},
+               {"$'", "xyy"},         {"$0", "x$0y"},
+               {"$10", "xa0y"},       {"$12", "xy"},
+               {"$3", "xy"},          {"$9", "xy"},
+               {"$", "x$y"},          {"$$1", "x$ay"},
+               {"$x", "x$xy"},        {"$ 1", "x$ 1y"},
+               {"\\$1", "x\\ay"},     {"$1$", "xa$y"},
+               {"${1}", "x${1}y"},    {"&", "x&y"},
+               {"\n$1\n", "x\na\ny"}, {"$99999999999999999999", "xy"},
+               {"$4294967297", "xy"}, {"a$1b$2c", "xaabbcy"}};
+  for (const auto& [replacement, result] : cases) {
+    EXPECT_EQ(Subn("(a)(b)", replacement, "xaby"), result) << replacement;
+  }
+}
+
+TEST(RgxSubn, ReferenceToATwoDigitGroup) {
+  EXPECT_EQ(Subn("(.)(.)(.)(.)(.)(.)(.)(.)(.)(.)(.)(.)", "$12$11$1", "abcdefghijkl"),
+            "lka");
+}
+
+TEST(RgxSubn, ReferencesNameTheFirstMatch) {
+  EXPECT_EQ(Subn("(a|b)=", "<$1>", "a=1 b=2"), "<a>1 <a>2");
+  EXPECT_EQ(Subn("\\d", "$`", "a1b2"), "aaba");
+  EXPECT_EQ(Subn("\\d", "$'", "a1b2"), "ab2bb2");
+}
+
+TEST(RgxSubn, InsertedTextIsNotLookedAtAgain) {
+  EXPECT_EQ(Subn("(..)x", "$1", "$1x$1x"), "$1$1");
+  EXPECT_EQ(Subn("a", "aa", "aba"), "aabaa");
+}
+
+TEST(RgxSubn, ZeroBytes) {
+  EXPECT_EQ(Subn("b", "x", "a\0b"s), "a\0b"s);
+  EXPECT_EQ(Subn("b", "x", "b\0b"s), "x\0b"s);
+  EXPECT_EQ(Subn("b", "$'", "bc\0b"s), "cc\0b"s);
+  EXPECT_EQ(Subn("(b)", "$1\0$1"s, "b"), "b\0$1"s);
+  EXPECT_EQ(Subn("x*", "-", "a\0b"s), "-a-\0-b-"s);
+}
+
+// The references are searched with a pattern of their own, which is cached as well.
+TEST(RgxSubn, ManyPatternsBetweenTheSearches) {
+  using Cache = thr_ThreadSingleton<rgx_ReCompileCache>;
+  Cache::Destroy();
+  for (int i = 0; i < 300; ++i) {
+    const std::string number = std::to_string(i);
+    const cow_String pattern(number + "(x)");
+    EXPECT_EQ(Subn(pattern, "<$1>", number + "x" + number + "x"), "<x><x>");
+    EXPECT_TRUE(Cache::Instance().IsMember(pattern));
+  }
+  EXPECT_EQ(Subn("y", "$1", "y"), "");
+  EXPECT_TRUE(Cache::Instance().IsMember("\\$([1-9]+|&|`|')"));
+}
+
+TEST(RgxSubn, TenMegabytes) {
+  const std::string subject(10 << 20, 'a');
+  EXPECT_EQ(Subn("a", "b", subject), std::string(10 << 20, 'b'));
+  EXPECT_EQ(Subn("a{1000}", "b", subject).size(), (10u << 20) / 1000 + (10 << 20) % 1000);
+}
+
+}  // namespace

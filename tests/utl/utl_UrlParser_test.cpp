@@ -1,0 +1,131 @@
+#include "utl/utl_UrlParser.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "common/ExpectThrow.h"
+#include "nex/nex_TextException.h"
+
+namespace {
+
+struct UrlCase {
+  const char* input;
+  bool isUrl;
+  const char* scheme;
+  const char* host;
+  const char* port;
+  const char* path;
+};
+
+void Expect(const UrlCase& c) {
+  SCOPED_TRACE(c.input);
+  EXPECT_EQ(utl_UrlParser::IsUrl(c.input), c.isUrl);
+  EXPECT_EQ(utl_UrlParser::GetScheme(c.input), c.scheme);
+  EXPECT_EQ(utl_UrlParser::GetHost(c.input), c.host);
+  EXPECT_EQ(utl_UrlParser::HasHost(c.input), *c.host != '\0');
+  EXPECT_EQ(utl_UrlParser::GetPort(c.input), c.port);
+  EXPECT_EQ(utl_UrlParser::HasPort(c.input), *c.port != '\0');
+  EXPECT_EQ(utl_UrlParser::GetPath(c.input), c.path);
+  EXPECT_EQ(utl_UrlParser::HasPath(c.input), *c.path != '\0');
+}
+
+TEST(UrlParser, Table) {
+  for (const UrlCase& c : {
+           UrlCase{"kstrdb://user@node-7:4000/db/file?x=1", true, "kstrdb", "node-7",
+                   "4000", "db/file"},
+           UrlCase{"kstrdb://server/db", true, "kstrdb", "server", "", "db"},
+           UrlCase{"kstrdb://server:4000", true, "kstrdb", "server", "", ""},
+           UrlCase{"KSTRDB://server/db", false, "KSTRDB", "server", "", "db"},
+           UrlCase{"http://server/a", false, "http", "server", "", "a"},
+           UrlCase{"C:\\data\\job.inp", false, "C", "", "", ""},
+           UrlCase{"job.inp", false, "", "", "", ""},
+           UrlCase{"dir/kstrdb:x", false, "", "", "", ""},
+       }) {
+    Expect(c);
+  }
+}
+
+TEST(UrlParser, Consequences) {
+  for (const UrlCase& c : {
+           UrlCase{"kstrdb://host:1234", true, "kstrdb", "host", "", ""},
+           UrlCase{"kstrdb://host:1234/", true, "kstrdb", "host", "1234", ""},
+           UrlCase{"kstrdb://host/", true, "kstrdb", "host", "", ""},
+           UrlCase{"kstrdb://host/?q", true, "kstrdb", "host", "", ""},
+           UrlCase{"kstrdb://host//p", true, "kstrdb", "host", "", "/p"},
+           UrlCase{"kstrdb://host/p\nq?r", true, "kstrdb", "host", "", "p\nq"},
+           UrlCase{"kstrdb://host_2/p", true, "kstrdb", "host", "", ""},
+           UrlCase{"kstrdb://host:12x/p", true, "kstrdb", "host", "", ""},
+           UrlCase{"kstrdb://u:p@h:1/p", true, "kstrdb", "h", "1", "p"},
+           // The user may hold a "/"; without a host behind the "@" there is no user.
+           UrlCase{"kstrdb://a/b@h/p", true, "kstrdb", "h", "", "p"},
+           UrlCase{"kstrdb://a/b@", true, "kstrdb", "a", "", "b@"},
+           UrlCase{"kstrdb://a:1/b@h", true, "kstrdb", "h", "1", "b@h"},
+           UrlCase{"kstrdb://u@v@h/p", true, "kstrdb", "v", "", ""},
+           UrlCase{"kstrdb://@h/p", true, "kstrdb", "", "", ""},
+           UrlCase{"kstrdb:", true, "kstrdb", "", "", ""},
+           UrlCase{"kstrdb:/host/p", true, "kstrdb", "", "", ""},
+           UrlCase{"kstrdb", false, "", "", "", ""},
+           UrlCase{" kstrdb:x", false, "", "", "", ""},
+           UrlCase{"kstrdb2:x", false, "", "", "", ""},
+           UrlCase{"xkstrdb:x", false, "xkstrdb", "", "", ""},
+           UrlCase{"a+b.c-d://h", false, "a+b.c-d", "h", "", ""},
+           UrlCase{":", false, "", "", "", ""},
+           UrlCase{"://h/p", false, "", "", "", ""},
+           UrlCase{"", false, "", "", "", ""},
+       }) {
+    Expect(c);
+  }
+}
+
+TEST(UrlParser, ATextEndsAtAZeroByte) {
+  const cow_String text("kstrdb\0://h/p", 13);
+  EXPECT_FALSE(utl_UrlParser::IsUrl(text));
+  EXPECT_EQ(utl_UrlParser::GetScheme(text), "");
+  EXPECT_EQ(utl_UrlParser::GetPath(cow_String("kstrdb://h/pq\0r", 15)), "pq");
+}
+
+TEST(UrlParser, IsScheme) {
+  const struct {
+    const char* text;
+    const char* scheme;
+    bool is;
+  } cases[] = {
+      {"kstrdb://h", "kstrdb", true},
+      {"kstrdb://h", "KSTRDB", false},
+      {"kstrdb://h", "kst", false},
+      {"kstrdb://h", "strdb", false},
+      {"kstrdb", "kstrdb", false},
+      {"C:\\data\\job.inp", "C", true},
+      {"C:\\data\\job.inp", "c", false},
+      {"kstrdb:", "", false},
+      {":", "", false},
+      {"a b:", "a b", false},
+      {"a1:", "a1", false},
+      {"(a):", "(a)", false},
+      // The scheme is used as a pattern.
+      {"kstrdb:", "k.trdb", true},
+      {"k/trdb:", "k.trdb", true},
+      {"kkkstrdb:", "k+strdb", true},
+      {"k+strdb:", "k+strdb", false},
+      {"a-b:", "a-b", true},
+      {"aaa:", "a++", true},
+      // A name's check passes over one line feed at the end.
+      {"ab\n:", "ab\n", true},
+      {"ab:", "ab\n", false},
+  };
+  for (const auto& [text, scheme, is] : cases) {
+    EXPECT_EQ(utl_UrlParser::IsScheme(text, scheme), is) << text << " " << scheme;
+  }
+}
+
+TEST(UrlParser, ASchemeThatIsNoPattern) {
+  EXPECT_THROW_TEXT(utl_UrlParser::IsScheme("a:", "+"), nex_TextException,
+                    "rgx_match: error in regex at offset 1: quantifier does not follow a "
+                    "repeatable item");
+  EXPECT_THROW_TEXT(utl_UrlParser::IsScheme("", "a+++"), nex_TextException,
+                    "rgx_match: error in regex at offset 4: quantifier does not follow a "
+                    "repeatable item");
+}
+
+}  // namespace
