@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <limits>
 #include <memory>
 
 #include "cow/cow_String.h"
@@ -103,7 +105,8 @@ class KSTUTL_EXPORT utl_MultisectionFile {
   /// tell).
   ///
   /// Sections that were not set are copied without a look at their checksum: what was
-  /// damaged stays so, and is still detected when it is read.
+  /// damaged stays so, and is still detected when it is read. That goes for a negative
+  /// length too, which misplaces all sections behind it when the file is opened again.
   ///
   /// Throws nex_TextException "Total size exceeds 2147483647 bytes" before anything is
   /// touched; utl_FileExceptionRead with code 38 when the file lacks bytes of a section,
@@ -126,4 +129,8 @@ class KSTUTL_EXPORT utl_MultisectionFile {
   cow_String path_;
   std::unique_ptr<utl_LockFileHolder> lock_;
   std::unique_ptr<utl_SectionDirectory> directory_;
+
+  // Where file_ stands after a section was read, so that the next one needs no seek.
+  static constexpr auto kUnknownPosition = std::numeric_limits<std::int64_t>::min();
+  std::int64_t position_ = kUnknownPosition;
 };

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "cow/cow_String.h"
+#include "KSTutl_export.h"
+
+/// Internal to the library; exported for its tests. A lock that is held by the mere
+/// existence of an empty file, made by the run time's exclusive create.
+/// Threads: one object is used by one thread at a time.
+class KSTUTL_EXPORT utl_LockFileHolder {
+ public:
+  /// Makes `attempts` attempts at once; 0 only records the path.
+  utl_LockFileHolder(const cow_String& path, int attempts, unsigned pauseMilliseconds);
+  /// Removes the lock file if this object made it.
+  ~utl_LockFileHolder();
+  utl_LockFileHolder(const utl_LockFileHolder&) = delete;
+  utl_LockFileHolder& operator=(const utl_LockFileHolder&) = delete;
+
+  /// Tries up to `attempts` times to make the file, with a pause after each failed
+  /// attempt, the last one too. True when the lock is held, also from before.
+  bool acquire(int attempts, unsigned pauseMilliseconds);
+
+ private:
+  bool TryOnce() const;
+
+  bool held_ = false;
+  cow_String path_;
+};

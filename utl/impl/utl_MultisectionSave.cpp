@@ -1,0 +1,178 @@
+#include <windows.h>
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "atr/atr_translate.h"
+#include "utl/utl_MultisectionFile.h"
+#include "utl_LockFileHolder.h"
+#include "utl_MultisectionFormat.h"
+#include "utl_SectionDirectory.h"
+
+namespace {
+
+/// Writes to a file through a buffer, so that many small pieces make one call.
+class GatheringWriter {
+ public:
+  explicit GatheringWriter(utl_File& file) : file_(file), buffer_(kMultisectionPiece) {}
+
+  void Append(const char* bytes, int count) {
+    if (count > FreeRoom()) {
+      Flush();
+    }
+    if (count >= kMultisectionPiece) {
+      written_ += file_.Write(bytes, count);
+      return;
+    }
+    std::memcpy(buffer_.data() + used_, bytes, static_cast<std::size_t>(count));
+    used_ += count;
+  }
+
+  void AppendInt(std::uint32_t value) {
+    char bytes[4];
+    utl_PutInt(bytes, value);
+    Append(bytes, 4);
+  }
+
+  /// Appends the next `count` bytes of another file; false when that one ends before.
+  bool AppendFrom(utl_File& source, int count) {
+    while (count > 0) {
+      if (FreeRoom() == 0) {
+        Flush();
+      }
+      const int piece = source.Read(buffer_.data() + used_, std::min(count, FreeRoom()));
+      if (piece == 0) {
+        return false;
+      }
+      used_ += piece;
+      count -= piece;
+    }
+    return true;
+  }
+
+  void Flush() {
+    if (used_ > 0) {
+      file_.Write(buffer_.data(), used_);
+      written_ += used_;
+      used_ = 0;
+    }
+  }
+
+  /// How many bytes the file has got; those in the buffer do not count.
+  std::int64_t Written() const { return written_; }
+
+ private:
+  int FreeRoom() const { return kMultisectionPiece - used_; }
+
+  utl_File& file_;
+  std::vector<char> buffer_;
+  int used_ = 0;
+  std::int64_t written_ = 0;
+};
+
+void WriteDirectory(GatheringWriter& out, const utl_SectionDirectory& directory) {
+  out.Append(reinterpret_cast<const char*>(kMultisectionTag), sizeof kMultisectionTag);
+  out.AppendInt(kMultisectionVersion);
+  out.AppendInt(static_cast<std::uint32_t>(directory.All().size()));
+  for (const utl_SectionRecord& record : directory.All()) {
+    out.AppendInt(static_cast<std::uint32_t>(record.name.Length()));
+    out.Append(record.name.c_str(), record.name.Length());
+    out.AppendInt(static_cast<std::uint32_t>(record.Length()));
+    out.AppendInt(record.checksum);
+  }
+}
+
+/// Turns records into ones whose bytes are in the new file, each as soon as its last
+/// byte was written there: after a failure the others still hold their data.
+class Settler {
+ public:
+  Settler(utl_SectionDirectory::Records& records, std::int64_t firstOffset)
+      : next_(records.begin()), end_(records.end()), offset_(firstOffset) {}
+
+  void Settle(std::int64_t written) {
+    for (; next_ != end_; ++next_) {
+      const std::int64_t behind = offset_ + std::max(next_->Length(), 0);
+      if (behind > written) {
+        return;
+      }
+      next_->fileLength = next_->Length();
+      next_->memoryLength = 0;
+      next_->data.reset();
+      next_->offset = offset_;
+      offset_ = behind;
+    }
+  }
+
+ private:
+  utl_SectionDirectory::Records::iterator next_;
+  utl_SectionDirectory::Records::iterator end_;
+  std::int64_t offset_;
+};
+
+}  // namespace
+
+void utl_MultisectionFile::saveChanges() {
+  /// Deletes the temporary file, whichever way the save ends.
+  class FileRemover {
+   public:
+    explicit FileRemover(const cow_String& path) : path_(path) {}
+    ~FileRemover() { DeleteFileA(path_.c_str()); }
+    FileRemover(const FileRemover&) = delete;
+    FileRemover& operator=(const FileRemover&) = delete;
+
+   private:
+    cow_String path_;
+  };
+
+  if (directory_->DataOffset() + directory_->DataSize() >
+      std::numeric_limits<int>::max()) {
+    utl_MultisectionFail(path_,
+                         atr_translate("Total size exceeds 2147483647 bytes").Result());
+  }
+  position_ = kUnknownPosition;
+  const cow_String temporaryPath =
+      path_ + "." + std::to_string(GetCurrentProcessId()) + ".tmp";
+  const FileRemover remover(temporaryPath);
+  utl_File temporary;
+  temporary.Open(temporaryPath, utl_FileAccessWrite, utl_FileShareDefault);
+  WriteTemporary(temporary);
+  temporary.Flush();
+  CopyOver(temporary, temporaryPath);
+}
+
+void utl_MultisectionFile::WriteTemporary(utl_File& temporary) {
+  GatheringWriter out(temporary);
+  WriteDirectory(out, *directory_);
+  Settler settler(directory_->All(), directory_->DataOffset());
+  for (const utl_SectionRecord& record : directory_->All()) {
+    if (record.data) {
+      out.Append(record.data.get(), record.memoryLength);
+    } else if (record.fileLength > 0) {
+      file_.Seek(record.offset);
+      if (!out.AppendFrom(file_, record.fileLength)) {
+        out.Flush();
+        settler.Settle(out.Written());
+        utl_MultisectionFailAtEnd(path_);
+      }
+    }
+    settler.Settle(out.Written());
+  }
+  out.Flush();
+  settler.Settle(out.Written());
+}
+
+void utl_MultisectionFile::CopyOver(utl_File& temporary,
+                                    const cow_String& temporaryPath) {
+  const auto size = static_cast<int>(static_cast<std::int64_t>(temporary.FileSize()));
+  file_.Extend(size);
+  file_.Seek(0);
+  temporary.Seek(0);
+  GatheringWriter out(file_);
+  if (!out.AppendFrom(temporary, size)) {
+    utl_MultisectionFailAtEnd(temporaryPath);
+  }
+  out.Flush();
+}
