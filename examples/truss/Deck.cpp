@@ -1,0 +1,120 @@
+#include <algorithm>
+#include <cfloat>
+#include <charconv>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <sstream>
+
+#include "nex/nex_TextException.h"
+#include "Truss.h"
+
+namespace {
+
+struct Reader {
+  using Rows = std::map<int, int>;  // of ids
+  Deck deck;
+  int line = 0;
+  std::string text = {};  // the line without its comment
+  std::vector<std::string> words = {};
+  Rows nodeRows = {}, barRows = {};
+  double modulus = 0;
+  bool isHeld = false;
+
+  // The file may be no deck at all, so words are cut and stripped to stay in one line.
+  void Check(bool isGood, const std::string& reason, std::string word = {}) const {
+    if (!isGood) {
+      const auto isOdd = [](char c) { return c < ' ' || c > '~'; };
+      std::replace_if(word.begin(), word.end(), isOdd, '?');
+      deck.Fail(line, reason + (word.empty() ? "" : '"' + word.substr(0, 40) + '"'));
+    }
+  }
+  bool IsRecord(const std::string& form) const {
+    const bool isRecord = form.starts_with(words[0] + ' ');
+    const auto count = 1 + std::count(form.begin(), form.end(), ' ');
+    Check(!isRecord || count <= std::ssize(words), "too few words, expected ", form);
+    Check(!isRecord || count >= std::ssize(words), "too many words, expected ", form);
+    return isRecord;
+  }
+  template <class Value>
+  Value Number(int at, Value least, const char* kind) const {
+    const char* const end = words[at].data() + words[at].size();
+    Value value = 0;
+    const auto [rest, error] = std::from_chars(words[at].data(), end, value);
+    const bool isNumber = error == std::errc() && rest == end;
+    Check(isNumber && value >= least && value <= DBL_MAX,
+          std::string("expected ") + kind + ", not ", words[at]);
+    return value;
+  }
+  double Real(int at) const { return Number(at, -DBL_MAX, "a number"); }
+  double Positive(int at) const { return Number(at, DBL_MIN, "a positive number"); }
+  Eigen::Vector3d Vector(int at) const { return {Real(at), Real(at + 1), Real(at + 2)}; }
+  int Id(int at) const { return Number(at, 1, "an id from 1 to 2147483647"); }
+  int NewId(Rows& rows) const {
+    Check(rows.try_emplace(Id(1), int(rows.size())).second, "repeated id ", words[1]);
+    return Id(1);
+  }
+  int NodeRow(int at) const {
+    const auto row = nodeRows.find(Id(at));
+    Check(row != nodeRows.end(), "unknown node ", words[at]);
+    return row->second;
+  }
+  // The first round: what records of the second may name before it stands.
+  void TakeNode() {
+    if (words[0] == "title") {
+      Check(deck.title.IsEmpty(), "a second title");
+      deck.title = cow_String(text.substr(text.find("title") + 5)).Trim(" \t\r");
+    } else if (IsRecord("node ID X Y Z")) {
+      deck.nodes.push_back({NewId(nodeRows), line, Vector(2), {0, 0, 0}, {}});
+    }
+  }
+  void TakeOther() {
+    if (IsRecord("material E")) {
+      modulus = Positive(1);
+    } else if (IsRecord("bar ID NODE NODE AREA")) {
+      const std::array rows = {NodeRow(2), NodeRow(3)};
+      Check(modulus > 0, "a bar before any material");
+      Check(deck.nodes[rows[0]].xyz != deck.nodes[rows[1]].xyz, "a bar of zero length");
+      deck.bars.push_back(
+          {NewId(barRows), line, {Id(2), Id(3)}, rows, Positive(4), modulus});
+    } else if (IsRecord("fix NODE xyz")) {
+      for (const char c : words[2]) {
+        Check(c >= 'x' && c <= 'z', "expected letters of xyz, not ", words[2]);
+        deck.nodes[NodeRow(1)].held[c - 'x'] = isHeld = true;
+      }
+    } else if (IsRecord("load NODE FX FY FZ")) {
+      deck.nodes[NodeRow(1)].load += Vector(2);
+    } else {
+      Check(words[0] == "title" || words[0] == "node", "unknown word ", words[0]);
+    }
+  }
+};
+
+}  // namespace
+
+void Deck::Fail(int line, const std::string& reason) const {
+  const std::string text = path + ":" + std::to_string(line) + ": " + reason;
+  nex_TextException(text).Throw("examples/truss/Deck", __LINE__);
+}
+
+Deck ReadDeck(const std::string& path) {
+  Reader reader{{path, {}, {}, {}}};
+  std::ifstream file(path, std::ios::binary);
+  file.peek();  // only reading shows that it is a directory
+  reader.Check(file.is_open() && !file.bad(), "cannot be read");
+  const std::string content(std::istreambuf_iterator<char>(file), {});
+  for (const auto take : {&Reader::TakeNode, &Reader::TakeOther}) {
+    std::istringstream lines(content);
+    for (reader.line = 1; std::getline(lines, reader.text); ++reader.line) {
+      reader.text.resize(std::min(reader.text.find('#'), reader.text.size()));
+      std::istringstream in(reader.text);
+      reader.words.assign(std::istream_iterator<std::string>(in), {});
+      if (!reader.words.empty()) {
+        (reader.*take)();
+      }
+    }
+  }
+  reader.Check(!reader.deck.bars.empty(), "no bars");
+  reader.Check(reader.isHeld, "no support");
+  return reader.deck;
+}

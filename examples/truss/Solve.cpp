@@ -1,0 +1,64 @@
+#include <cmath>
+#include <Eigen/SparseCholesky>
+
+#include "Truss.h"
+
+using Matrix = Eigen::SparseMatrix<double>;
+
+Equations Assemble(const Deck& deck) {
+  const auto rows = 3 * std::ssize(deck.nodes);
+  Equations equations{Matrix(rows, std::ssize(deck.bars)), Matrix(rows, rows),
+                      Eigen::VectorXd(std::ssize(deck.bars)), Eigen::VectorXd(rows)};
+  for (int column = 0; const Bar& bar : deck.bars) {
+    const Eigen::Vector3d span =
+        deck.nodes[bar.rows[1]].xyz - deck.nodes[bar.rows[0]].xyz;
+    const double length = span.stableNorm();
+    const double stiffness = bar.modulus * bar.area / length;
+    if (!std::isnormal(length) || !std::isnormal(stiffness)) {
+      deck.Fail(bar.line, "a bar of a stiffness out of range");
+    }
+    for (int i = 0; i < 3; ++i) {
+      equations.pull.insert(3 * bar.rows[0] + i, column) = -span[i] / length;
+      equations.pull.insert(3 * bar.rows[1] + i, column) = span[i] / length;
+    }
+    equations.stiffness[column++] = stiffness;
+  }
+  int row = 0, count = 0;
+  for (const Node& node : deck.nodes) {
+    for (int i = 0; i < 3; ++i, ++row) {
+      equations.loads[row] = node.load[i];
+      if (!node.held[i]) {
+        equations.free.insert(row, count++) = 1;
+      }
+    }
+  }
+  equations.free.conservativeResize(rows, count);
+  return equations;
+}
+
+Results Solve(const Deck& deck, const Equations& equations) {
+  const auto& [pull, free, stiffness, loads] = equations;
+  const Matrix freePull = free.transpose() * pull;
+  const Matrix matrix = freePull * stiffness.asDiagonal() * freePull.transpose();
+  const Eigen::SimplicialLDLT<Matrix> factors(matrix);
+  // A direction left a mere share of its bars' stiffness is free to move: rounding leaves
+  // a mechanism 1e-16 to 1e-13 of it, and below 1e-10 at most six digits would be right.
+  for (int i = 0; i < matrix.rows(); ++i) {
+    const int unknown = factors.permutationPinv().indices()[i];
+    if (!(factors.vectorD()[i] > 1e-10 * matrix.coeff(unknown, unknown))) {
+      const auto row = Matrix::InnerIterator(free, unknown).row();
+      const Node& node = deck.nodes[row / 3];
+      deck.Fail(node.line, "a mechanism: node " + std::to_string(node.id) +
+                               " is free to move in " + "xyz"[row % 3]);
+    }
+  }
+  Results results;
+  results.displacements = free * factors.solve(free.transpose() * loads);
+  results.forces = stiffness.asDiagonal() * (pull.transpose() * results.displacements);
+  results.reactions = pull * results.forces - loads;
+  results.reactions -= free * (free.transpose() * results.reactions);
+  if (!results.reactions.allFinite()) {
+    deck.Fail(deck.nodes[0].line, "loads out of range");
+  }
+  return results;
+}

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <array>
+#include <Eigen/SparseCore>
+#include <string>
+#include <vector>
+
+#include "cow/cow_String.h"
+
+struct Node {
+  int id, line;
+  Eigen::Vector3d xyz, load;
+  std::array<bool, 3> held;
+};
+struct Bar {
+  int id, line;
+  std::array<int, 2> ends, rows;  ///< the nodes' ids, and their places in `nodes`
+  double area, modulus;
+};
+
+/// A pin-jointed frame, rows in the order of its deck: text, one record a line, words
+/// separated by blanks or tabs, "#" starts a comment, in any order
+///     title TEXT...          at most once
+///     material E             Young's modulus, for the bars that follow
+///     node ID X Y Z          IDs: integers from 1 on, nodes and bars numbered apart
+///     bar ID NODE NODE AREA
+///     fix NODE xyz           directions held; of several records, all
+///     load NODE FX FY FZ     of several records, the sum
+struct Deck {
+  std::string path;
+  cow_String title;
+  std::vector<Node> nodes;
+  std::vector<Bar> bars;
+  /// Throws the nex_TextException "PATH:LINE: REASON".
+  [[noreturn]] void Fail(int line, const std::string& reason) const;
+};
+
+/// The frame's equations. Rows: three a node. Columns: of `pull` the forces that stretch
+/// a bar by a unit tension, of `free` a 1 for a direction that is not held.
+struct Equations {
+  Eigen::SparseMatrix<double> pull, free;
+  Eigen::VectorXd stiffness,
+      loads;  ///< of the bars, tension per elongation; on the nodes
+};
+struct Results {
+  Eigen::VectorXd displacements, forces, reactions;  ///< forces: tension positive
+};
+
+/// The first three throw as Deck::Fail does: a bad line, a mechanism, numbers too large.
+Deck ReadDeck(const std::string& path);
+Equations Assemble(const Deck& deck);
+Results Solve(const Deck& deck, const Equations& equations);
+/// Sets the sections of the multisection file `path`, then compares what it reads there.
+void Save(const cow_String& path, const Deck& deck, const Results& results);

@@ -1,0 +1,25 @@
+# The truss program linked into the tests, its main under another name.
+find_package(Eigen3 3.3 REQUIRED NO_MODULE NO_CMAKE_FIND_ROOT_PATH)
+set(truss "${PROJECT_SOURCE_DIR}/examples/truss")
+target_sources(${program} PRIVATE
+  "${truss}/Deck.cpp" "${truss}/Save.cpp" "${truss}/Solve.cpp" "${truss}/main.cpp")
+set_source_files_properties("${truss}/main.cpp" PROPERTIES
+  COMPILE_DEFINITIONS main=kst_truss_main)
+target_compile_definitions(${program} PRIVATE KST_TRUSS_DECKS="${truss}/decks/")
+target_link_libraries(${program} PRIVATE Eigen3::Eigen)
+
+# And as it is shipped: each deck, and one that is none.
+if(TARGET kst_truss)
+  foreach(deck plane_truss space_truss tower)
+    add_test(NAME TrussProgram.Solves_${deck}
+      COMMAND kst_truss -job ${deck} -outdir "${CMAKE_CURRENT_BINARY_DIR}"
+        "${truss}/decks/${deck}.deck")
+  endforeach()
+  add_test(NAME TrussProgram.RefusesItsGenerator
+    COMMAND kst_truss -job bad -outdir "${CMAKE_CURRENT_BINARY_DIR}"
+      "${truss}/decks/make_tower.awk")
+  set_tests_properties(TrussProgram.RefusesItsGenerator PROPERTIES WILL_FAIL ON)
+  set_tests_properties(
+    TrussProgram.Solves_plane_truss TrussProgram.Solves_space_truss TrussProgram.Solves_tower
+    TrussProgram.RefusesItsGenerator PROPERTIES TIMEOUT 300 LABELS examples)
+endif()
