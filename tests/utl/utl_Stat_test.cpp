@@ -205,6 +205,9 @@ TEST_F(utl_StatTest, ACopyIsAValueOfItsOwn) {
   EXPECT_EQ(copy.accessTime, file.accessTime);
   EXPECT_EQ(copy.writeTime, file.writeTime);
   EXPECT_EQ(copy.creationTime, file.creationTime);
+  const utl_Stat& same = copy;
+  copy = same;
+  EXPECT_EQ(copy.record, &copy.size);
   copy = missing;
   EXPECT_EQ(copy.record, nullptr);
   EXPECT_EQ(copy.size, 0);

@@ -48,7 +48,7 @@ HANDLE Create(const cow_String& path, DWORD access, DWORD shares, DWORD creation
 
 HANDLE OpenExisting(const cow_String& path, DWORD access, DWORD shares, const char* where,
                     const char* operation) {
-  const HANDLE handle = Create(path, access, shares, OPEN_EXISTING);
+  HANDLE handle = Create(path, access, shares, OPEN_EXISTING);
   if (handle != INVALID_HANDLE_VALUE) {
     return handle;
   }
@@ -216,7 +216,7 @@ int utl_File::WriteShortAllowed(const char* buffer, int count) {
 }
 
 utl_FileOffset utl_File::FileSize() const {
-  const HANDLE handle = Handle();
+  HANDLE handle = Handle();
   DWORD high = 0;
   SetLastError(ERROR_SUCCESS);  // as for SetFilePointer
   const DWORD low = GetFileSize(handle, &high);
@@ -233,7 +233,7 @@ void utl_File::Extend(const utl_FileOffset& size) {
         Translated("utl_File::Extend - attempt to extend a read-only file."))
         .Throw(kSource, __LINE__);
   }
-  const HANDLE handle = Handle();
+  HANDLE handle = Handle();
   const auto check = [this](const char* operation, DWORD code, int line) {
     if (code != ERROR_SUCCESS) {
       Fail<utl_FileExceptionExtend>(operation, code, path_, line);

@@ -38,7 +38,8 @@ utl_Stat::utl_Stat(const cow_String& name) {
 }
 
 utl_Stat::utl_Stat(int descriptor) {
-  // The run time answers with a number that stands for a handle.
+  // The run time answers with a handle as a number.
+  // NOLINTNEXTLINE(performance-no-int-to-ptr)
   const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(descriptor));
   if (handle == INVALID_HANDLE_VALUE) {
     nex_SystemErrorException(omi_SystemErrorCode::FromErrno()).Throw(kSource, __LINE__);
@@ -55,6 +56,9 @@ utl_Stat::utl_Stat(const utl_Stat& other) noexcept {
 }
 
 utl_Stat& utl_Stat::operator=(const utl_Stat& other) noexcept {
+  if (this == &other) {
+    return *this;
+  }
   flag = other.flag;
   size = other.size;
   fileIndex = other.fileIndex;
