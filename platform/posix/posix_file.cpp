@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <iterator>
 #include <mutex>
 #include <utility>
@@ -24,6 +25,9 @@ namespace {
 // How often an open that other processes refuse looks again: two opens at the same
 // moment can refuse each other, and must not both fail.
 constexpr int kTries = 5;
+
+// More than the system ever numbers a descriptor.
+constexpr int kHandleOfZero = 0x40000000;
 
 std::mutex mutex;
 
@@ -81,13 +85,13 @@ void RemoveAtEnd(const OpenFile& file) {
 }  // namespace
 
 HANDLE HandleOf(int fd) {
-  return reinterpret_cast<HANDLE>((LONG_PTR{fd} + 1) * 4);
+  return reinterpret_cast<HANDLE>(LONG_PTR{fd == 0 ? kHandleOfZero : fd});
 }
 
 int DescriptorOf(HANDLE handle) {
   const auto value = reinterpret_cast<LONG_PTR>(handle);
-  const bool possible = value >= 4 && value % 4 == 0 && value / 4 <= 0x7FFFFFFF;
-  return possible ? static_cast<int>(value / 4 - 1) : -1;
+  if (value == kHandleOfZero) return 0;
+  return value > 0 && value <= INT_MAX ? static_cast<int>(value) : -1;
 }
 
 bool AccessOf(int fd, unsigned& access) {
@@ -105,6 +109,12 @@ bool AccessOf(int fd, unsigned& access) {
   const int kind = flags & O_ACCMODE;
   access = kind == O_RDWR ? kRead | kWrite : kind == O_WRONLY ? kWrite : kRead;
   return true;
+}
+
+bool IsProcess(int fd) {
+  const std::lock_guard guard(mutex);
+  return fd >= 0 && static_cast<size_t>(fd) < Table().size() && Entry(fd).open &&
+         Entry(fd).isProcess;
 }
 
 bool EnterFile(int fd, const OpenFile& file) {

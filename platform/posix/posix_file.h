@@ -1,9 +1,9 @@
 #pragma once
 
-// The files that this layer has open. A handle is its descriptor's number plus
-// one, times four: a small integer that looks like a Windows handle, so that one
-// kept in 32 bits widens to the same handle. Descriptors that were opened by
-// other means (the standard ones) count as handles too.
+// The files that this layer has open. A handle is the number of its descriptor, so
+// that one kept in 32 bits widens to the same handle and a socket is one as it is;
+// only descriptor 0 bears another number, since no handle is null. Descriptors
+// that were opened by other means (the standard ones, sockets) count as well.
 
 #include <sys/types.h>
 
@@ -33,6 +33,7 @@ struct OpenFile {
   dev_t device = 0;
   ino_t inode = 0;
   bool isRegular = false;
+  bool isProcess = false;
   int textMode = 0x4000;    // _O_TEXT or _O_BINARY
   std::string removeAtEnd;  // the path to remove when the file is closed
   std::vector<LockedRange> locks;
@@ -44,6 +45,9 @@ int DescriptorOf(HANDLE handle);
 
 /// The access of an open descriptor in `access`; false when it is not open.
 bool AccessOf(int fd, unsigned& access);
+
+/// Whether it is an open process's.
+bool IsProcess(int fd);
 
 /// Enters a freshly opened descriptor. False when another open of the same file
 /// has what this one does not share, or does not share what it has; the caller

@@ -1,0 +1,172 @@
+// The process, its machine, the time, the socket layer.
+
+#include <winsock2.h>
+// Behind winsock2.h:
+#include <io.h>
+#include <psapi.h>
+#include <time.h>
+
+#include <string>
+
+#include "platform/PlatformTest.h"
+
+namespace {
+
+constexpr char kProcessor[] = "HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0";
+
+HANDLE OpenOwn() {
+  return OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE,
+                     GetCurrentProcessId());
+}
+
+}  // namespace
+
+TEST(HostTest, Processors) {
+  SYSTEM_INFO information = {};
+  GetSystemInfo(&information);
+  EXPECT_GE(information.dwNumberOfProcessors, 1u);
+  EXPECT_EQ(information.dwPageSize, 4096u);
+}
+
+TEST(HostTest, User) {
+  char name[257] = {};
+  DWORD size = sizeof name;
+  ASSERT_TRUE(GetUserNameA(name, &size));
+  EXPECT_EQ(size, std::string(name).size() + 1);
+  DWORD small = 1;
+  EXPECT_EQ(CodeOf([&] { return GetUserNameA(name, &small); }),
+            DWORD{ERROR_INSUFFICIENT_BUFFER});
+  EXPECT_EQ(small, size);
+}
+
+TEST(HostTest, ClockRate) {
+  HKEY key = nullptr;
+  ASSERT_EQ(RegOpenKeyExA(HKEY_LOCAL_MACHINE, kProcessor, 0, KEY_READ, &key), 0);
+  for (const char* name : {"~MHz", "~Mhz", "~mhz"}) {
+    unsigned long long rate = 0;
+    DWORD size = sizeof rate;
+    DWORD type = 0;
+    EXPECT_EQ(RegQueryValueExA(key, name, nullptr, &type, reinterpret_cast<BYTE*>(&rate),
+                               &size),
+              0);
+    EXPECT_GT(rate, 100u);
+    EXPECT_LT(rate, 100000u);
+    EXPECT_EQ(size, 4u);
+    EXPECT_EQ(type, DWORD{REG_DWORD});
+  }
+  BYTE small[2];
+  DWORD size = sizeof small;
+  EXPECT_EQ(RegQueryValueExA(key, "~MHz", nullptr, nullptr, small, &size),
+            static_cast<LONG>(ERROR_MORE_DATA));
+  EXPECT_EQ(size, 4u);
+  EXPECT_EQ(RegQueryValueExA(key, "no such", nullptr, nullptr, nullptr, nullptr),
+            static_cast<LONG>(ERROR_FILE_NOT_FOUND));
+  EXPECT_EQ(RegCloseKey(key), 0);
+  EXPECT_EQ(RegOpenKeyExA(HKEY_LOCAL_MACHINE, "NO\\SUCH", 0, KEY_READ, &key),
+            static_cast<LONG>(ERROR_FILE_NOT_FOUND));
+}
+
+TEST(HostTest, OwnProcess) {
+  const HANDLE process = OpenOwn();
+  ASSERT_NE(process, nullptr);
+  FILETIME creation;
+  FILETIME exit;
+  FILETIME kernel;
+  FILETIME user;
+  EXPECT_TRUE(GetProcessTimes(process, &creation, &exit, &kernel, &user));
+  EXPECT_TRUE(GetProcessTimes(GetCurrentProcess(), &creation, &exit, &kernel, &user));
+  EXPECT_TRUE(CloseHandle(process));
+  EXPECT_EQ(
+      CodeOf([&] { return GetProcessTimes(process, &creation, &exit, &kernel, &user); }),
+      DWORD{ERROR_INVALID_HANDLE});
+}
+
+TEST(HostTest, NoSuchProcess) {
+  EXPECT_EQ(CodeOf([] {
+              return OpenProcess(PROCESS_QUERY_INFORMATION, FALSE, 999999998) != nullptr;
+            }),
+            DWORD{ERROR_INVALID_PARAMETER});
+}
+
+TEST(HostTest, Memory) {
+  const HANDLE process = OpenOwn();
+  PROCESS_MEMORY_COUNTERS counters = {};
+  EXPECT_EQ(sizeof counters, 72u);
+  EXPECT_TRUE(GetProcessMemoryInfo(process, &counters, sizeof counters));
+  EXPECT_GT(counters.WorkingSetSize, 100000u);
+  EXPECT_GE(counters.PeakWorkingSetSize, counters.WorkingSetSize);
+  EXPECT_GT(counters.PeakPagefileUsage, 0u);
+  EXPECT_EQ(CodeOf([&] { return GetProcessMemoryInfo(process, &counters, 10); }),
+            DWORD{ERROR_INSUFFICIENT_BUFFER});
+  CloseHandle(process);
+}
+
+TEST(HostTest, ModuleName) {
+  const HANDLE process = OpenOwn();
+  HMODULE module = nullptr;
+  DWORD needed = 0;
+  EXPECT_TRUE(EnumProcessModules(process, &module, sizeof module, &needed));
+  EXPECT_GE(needed, sizeof module);
+  wchar_t name[520] = {};
+  const DWORD length = GetModuleBaseNameW(process, module, name, 520);
+  const std::wstring base(name);
+  EXPECT_EQ(base.size(), length);
+  EXPECT_EQ(base.substr(0, base.find(L'.')), L"platform_tests");
+  CloseHandle(process);
+}
+
+TEST(HostTest, LocalTime) {
+  __time64_t now = 0;
+  EXPECT_EQ(_time64(&now), now);
+  const tm before = *_localtime64(&now);
+  SYSTEMTIME local = {};
+  GetLocalTime(&local);
+  // Unless midnight lies between the two calls.
+  const bool sameDay = local.wDay == before.tm_mday;
+  EXPECT_EQ(local.wYear - (sameDay ? 0 : local.wYear - 1900 - before.tm_year),
+            before.tm_year + 1900);
+  EXPECT_LT(local.wMilliseconds, 1000);
+  EXPECT_GE(local.wMonth, 1);
+  EXPECT_LE(local.wMonth, 12);
+}
+
+TEST(HostTest, Sleep) {
+  SetLastError(kUntouched);
+  Sleep(0);
+  Sleep(1);
+  EXPECT_EQ(GetLastError(), kUntouched);
+}
+
+TEST(HostTest, SocketLayer) {
+  const struct {
+    WORD asked;
+    int result;
+    WORD granted;
+  } cases[] = {{MAKEWORD(2, 0), 0, MAKEWORD(2, 0)},
+               {MAKEWORD(1, 1), 0, MAKEWORD(1, 1)},
+               {MAKEWORD(3, 3), 0, MAKEWORD(2, 2)},
+               {MAKEWORD(0, 0), 10092, MAKEWORD(2, 2)}};
+  int starts = 0;
+  for (const auto& one : cases) {
+    WSADATA data = {};
+    EXPECT_EQ(WSAStartup(one.asked, &data), one.result);
+    EXPECT_EQ(data.wVersion, one.granted);
+    if (one.result == 0) ++starts;
+  }
+  char name[256] = {};
+  EXPECT_EQ(gethostname(name, sizeof name), 0);
+  EXPECT_STRNE(name, "");
+  for (; starts > 0; --starts) EXPECT_EQ(WSACleanup(), 0);
+  EXPECT_EQ(WSACleanup(), -1);
+}
+
+TEST(HostTest, InheritanceOfHandles) {
+  TempDir dir;
+  const ScopedHandle file(Open(dir.File("f"), GENERIC_WRITE, kShareAll, CREATE_NEW));
+  EXPECT_TRUE(SetHandleInformation(file, HANDLE_FLAG_INHERIT, 0));
+  EXPECT_TRUE(SetHandleInformation(file, HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT));
+  for (const HANDLE handle : {INVALID_HANDLE_VALUE, HANDLE{}}) {
+    EXPECT_EQ(CodeOf([&] { return SetHandleInformation(handle, 1, 0); }),
+              DWORD{ERROR_INVALID_HANDLE});
+  }
+}
