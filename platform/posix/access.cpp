@@ -73,10 +73,11 @@ int _access(const char* path, int mode) {
 int _stat64i32(const char* path, struct _stat64i32* result) {
   Path resolved;
   struct stat status;
-  // A drive without a directory is no name here.
+  // Neither a drive without a directory nor "dir\" is a name here.
   const std::string_view name = path == nullptr ? "" : path;
   const bool onlyDrive = name.size() == 2 && name[1] == ':';
-  if (onlyDrive || StatusOf(path, resolved, status) != ERROR_SUCCESS) {
+  if (onlyDrive || StatusOf(path, resolved, status) != ERROR_SUCCESS ||
+      resolved.separatorAtEnd) {
     return FailWith(ENOENT);
   }
   const bool isDirectory = S_ISDIR(status.st_mode);

@@ -7,7 +7,6 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <strings.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -97,10 +96,18 @@ bool IsDotOrDots(const std::string& name) {
   return name == "." || name == "..";
 }
 
+bool LessWithoutCase(char a, char b) {
+  return std::toupper(static_cast<unsigned char>(a)) <
+         std::toupper(static_cast<unsigned char>(b));
+}
+
 bool InOrder(const std::string& one, const std::string& other) {
   if (IsDotOrDots(one) != IsDotOrDots(other)) return IsDotOrDots(one);
-  const int difference = strcasecmp(one.c_str(), other.c_str());
-  return difference != 0 ? difference < 0 : one < other;
+  const auto before = [](const std::string& a, const std::string& b) {
+    return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(),
+                                        LessWithoutCase);
+  };
+  return before(one, other) || (!before(other, one) && one < other);
 }
 
 DWORD List(Search& search, std::string_view pattern) {

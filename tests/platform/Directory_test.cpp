@@ -195,15 +195,15 @@ TEST_F(DirectoryTest, DiskSpace) {
 
 TEST_F(DirectoryTest, UnusedNames) {
   std::string expected =
-      Below("fa") + std::to_string(100000 + _getpid() % 100000).substr(1);
+      Name("fa") + std::to_string(100000 + _getpid() % 100000).substr(1);
   for (char letter = 'a'; letter <= 'z'; ++letter) {
     expected[expected.size() - 6] = letter;
-    std::string name = Below("fXXXXXX");
+    std::string name = Name("fXXXXXX");
     ASSERT_NE(_mktemp(name.data()), nullptr);
     EXPECT_EQ(name, expected);
     WriteWholeFile(name, "");
   }
-  std::string name = Below("fXXXXXX");
+  std::string name = Name("fXXXXXX");
   EXPECT_EQ(_mktemp(name.data()), nullptr);
 }
 
@@ -248,7 +248,8 @@ TEST_F(DirectoryTest, Status) {
   } cases[] = {{Below("a"), 0x81B6, 10},
                {Below("p.exe"), 0x81FF, 3},
                {Below("d"), 0x41FF, 0},
-               {Below("d\\"), 0x41FF, 0},
+               {Below("d\\"), 0, 0},
+               {Below("a\\"), 0, 0},
                {"Z:\\", 0x41FF, 0},
                {".", 0x41FF, 0},
                {Below("missing"), 0, 0},
