@@ -1,0 +1,276 @@
+// Where lines are broken and when the stream below is flushed.
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include <random>
+#include <string>
+#include <string_view>
+
+#include "utl/RecordingStream.h"
+#include "utl/utl_Stream.h"
+
+namespace {
+
+// In what follows a '|' is a flush.
+
+TEST(StreamLinesTest, WithoutOptionalBreaksTextGoesOutAtOnce) {
+  RecordingStream out;
+  utl_Stream stream(out, 10, 6, 6);
+  stream << "longer than "
+         << "the line";
+  EXPECT_EQ("longer than the line", out.Take());
+}
+
+TEST(StreamLinesTest, TextThatFitsIsHeldBack) {
+  RecordingStream out;
+  utl_Stream stream(out, 10, 6, 6);
+  stream.OptionalLineBreak();
+  stream << "123456"
+         << "7890";
+  EXPECT_EQ("", out.Take());
+  stream.LineBreak();
+  EXPECT_EQ("1234567890\n|", out.Take());
+}
+
+// Fills the line from `column` on and tells by the break how much was left.
+std::size_t RoomLeft(utl_Stream& stream, RecordingStream& out) {
+  out.Take();
+  stream.OptionalLineBreak();
+  std::size_t room = 0;
+  while (stream.Print("x"), out.Text().empty()) {
+    ++room;
+  }
+  return room;
+}
+
+TEST(StreamLinesTest, TheLineIsBrokenBeforeTheHeldText) {
+  RecordingStream out;
+  utl_Stream stream(out, 10, 6, 6);
+  stream.OptionalLineBreak();
+  stream << "123456";
+  EXPECT_EQ("", out.Take());
+  stream << "abcde";
+  EXPECT_EQ("\n|123456abcde", out.Take());
+  stream << "f";
+  EXPECT_EQ("f", out.Take()) << "no break is pending any more";
+}
+
+TEST(StreamLinesTest, TheColumnAfterABreakCountsHeldTextAndText) {
+  RecordingStream out;
+  utl_Stream stream(out, 14, 6, 6);
+  stream << "ab";
+  stream.OptionalLineBreak();
+  stream << "123456"
+         << "abcdefg";
+  EXPECT_EQ("ab\n|123456abcdefg", out.Take());
+  EXPECT_EQ(1u, RoomLeft(stream, out)) << "13 of 14";
+}
+
+TEST(StreamLinesTest, TheLineMayBeFullButNotLonger) {
+  RecordingStream out;
+  utl_Stream stream(out, 10, 6, 6);
+  stream << "1234";
+  stream.OptionalLineBreak();
+  stream << "567890";
+  EXPECT_EQ("1234", out.Take());
+  stream << ""
+         << "!";
+  EXPECT_EQ("\n|567890!", out.Take());
+}
+
+TEST(StreamLinesTest, ASecondOptionalBreakWritesWhatIsHeld) {
+  RecordingStream out;
+  utl_Stream stream(out, 10, 6, 6);
+  stream.OptionalLineBreak();
+  stream << "123";
+  stream.OptionalLineBreak();
+  EXPECT_EQ("123", out.Take());
+  stream << "456";
+  EXPECT_EQ("", out.Take());
+  stream << "78901";
+  EXPECT_EQ("\n|45678901", out.Take()) << "broken at the later place";
+}
+
+TEST(StreamLinesTest, TheColumnAfterLineBreakIsTheLengthOfTheHeldText) {
+  RecordingStream out;
+  utl_Stream stream(out, 10, 6, 6);
+  stream << "12345";
+  stream.OptionalLineBreak();
+  stream << "ab";
+  stream.LineBreak();
+  EXPECT_EQ("12345ab\n|", out.Take());
+  EXPECT_EQ(8u, RoomLeft(stream, out)) << "2 of 10";
+  RecordingStream other;
+  utl_Stream fresh(other, 10, 6, 6);
+  fresh << "12345" << endl;
+  EXPECT_EQ(10u, RoomLeft(fresh, other)) << "nothing was held";
+}
+
+TEST(StreamLinesTest, LineBreakEndsAnOptionalBreak) {
+  RecordingStream out;
+  utl_Stream stream(out, 10, 6, 6);
+  stream.OptionalLineBreak();
+  stream << endl << "text";
+  EXPECT_EQ("\n|text", out.Take());
+}
+
+TEST(StreamLinesTest, FlushWritesHeldTextAndKeepsTheBreakPending) {
+  RecordingStream out;
+  utl_Stream stream(out, 10, 6, 6);
+  stream << "1234567";
+  stream.OptionalLineBreak();
+  stream << "ab";
+  stream.Flush();
+  EXPECT_EQ("1234567ab|", out.Take());
+  stream << "0123456789";
+  EXPECT_EQ("", out.Take()) << "still held back, from column 0";
+  stream << "!";
+  EXPECT_EQ("\n|0123456789!", out.Take());
+}
+
+TEST(StreamLinesTest, HeldTextIsLostAtTheEnd) {
+  RecordingStream out;
+  {
+    utl_Stream stream(out, 10, 6, 6);
+    stream << "ab";
+    stream.OptionalLineBreak();
+    stream << "cd";
+  }
+  EXPECT_EQ("ab", out.Take());
+}
+
+TEST(StreamLinesTest, LongOutputIsFlushedBehind500Columns) {
+  RecordingStream out;
+  utl_Stream stream(out, 600, 6, 6);
+  for (int i = 0; i < 600; ++i) {
+    stream << "x";
+  }
+  EXPECT_EQ(std::string(501, 'x') + "|" + std::string(99, 'x'), out.Take());
+  EXPECT_EQ(501u, RoomLeft(stream, out)) << "counted anew: 99 of 600";
+}
+
+TEST(StreamLinesTest, ABrokenLineIsNotFlushedBehind500Columns) {
+  RecordingStream out;
+  utl_Stream stream(out, 10, 6, 6);
+  stream.OptionalLineBreak();
+  stream << std::string(600, 'x').c_str();
+  EXPECT_EQ("\n|" + std::string(600, 'x'), out.Take());
+  stream << "y";
+  EXPECT_EQ("y|", out.Take()) << "but with the next text";
+}
+
+TEST(StreamLinesTest, NumbersAreBrokenAsTextIs) {
+  RecordingStream out;
+  utl_Stream stream(out, 12, 3, 6);
+  stream << "x =";
+  for (const double value : {0.5, 1200.0, -3.0}) {
+    stream.OptionalLineBreak();
+    stream.Print(value, 6, 6);
+  }
+  stream << endl;
+  EXPECT_EQ("x =   0.5\n| 1200.   -3.\n|", out.Take());
+}
+
+TEST(StreamLinesTest, LineWidthsThatHoldNothingBreakAtEveryPlace) {
+  for (const int width : {0, -1, std::numeric_limits<int>::min()}) {
+    RecordingStream out;
+    utl_Stream stream(out, width, 6, 6);
+    for (const char* text : {"a", "b"}) {
+      stream.OptionalLineBreak();
+      stream << text;
+    }
+    EXPECT_EQ("\n|a\n|b", out.Take());
+  }
+}
+
+// The model holds the whole line so far as text and decides from it.
+class Model {
+ public:
+  explicit Model(std::size_t width) : width_(width) {}
+
+  void Print(const std::string& text) {
+    if (!breakable_) {
+      Out(text);
+      counted_ += text.size();
+      if (counted_ > 500) {
+        Out("|");
+        counted_ = 0;
+      }
+    } else if (counted_ + held_.size() + text.size() <= width_) {
+      held_ += text;
+    } else {
+      Out("\n|" + held_ + text);
+      counted_ = held_.size() + text.size();
+      held_ = "";
+      breakable_ = false;
+    }
+  }
+
+  void OptionalLineBreak() {
+    Out(held_);
+    counted_ += held_.size();
+    held_ = "";
+    breakable_ = true;
+  }
+
+  void LineBreak() {
+    Out(held_ + "\n|");
+    counted_ = held_.size();
+    held_ = "";
+    breakable_ = false;
+  }
+
+  void Flush() {
+    Out(held_ + "|");
+    counted_ = 0;
+    held_ = "";
+  }
+
+  const std::string& Text() const { return text_; }
+
+ private:
+  void Out(std::string_view text) { text_ += text; }
+
+  std::size_t width_;
+  std::size_t counted_ = 0;
+  bool breakable_ = false;
+  std::string held_;
+  std::string text_;
+};
+
+TEST(StreamLinesTest, RandomSequencesAsTheModelWritesThem) {
+  std::mt19937 random(1);
+  for (int round = 0; round < 2000; ++round) {
+    const unsigned width = static_cast<unsigned>(random()) % 120;
+    RecordingStream out;
+    utl_Stream stream(out, static_cast<int>(width), 6, 6);
+    Model model(width);
+    for (int step = 0; step < 200; ++step) {
+      const std::string text(random() % (random() % 30 == 0 ? 400 : 12),
+                             static_cast<char>('a' + random() % 26));
+      switch (random() % 8) {
+        case 0:
+        case 1:
+          stream.OptionalLineBreak();
+          model.OptionalLineBreak();
+          break;
+        case 2:
+          random() % 2 == 0 ? stream.LineBreak() : static_cast<void>(stream << endl);
+          model.LineBreak();
+          break;
+        case 3:
+          stream.Flush();
+          model.Flush();
+          break;
+        default:
+          stream << text.c_str();
+          model.Print(text);
+      }
+      ASSERT_EQ(model.Text(), out.Text()) << "width " << width << ", step " << step;
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,198 @@
+// Numbers against the run time's own printf.
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <bit>
+#include <clocale>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+#include <locale>
+#include <random>
+#include <string>
+
+#include "utl/RecordingStream.h"
+#include "utl/utl_Stream.h"
+
+namespace {
+
+class Printer {
+ public:
+  template <class... Arguments>
+  std::string operator()(Arguments... arguments) {
+    stream_.Print(arguments...);
+    return out_.TakeText();
+  }
+
+ private:
+  RecordingStream out_;
+  utl_Stream stream_{out_, 80, 6, 6};
+};
+
+using Buffer = std::array<char, 200>;
+
+// The four rows; an empty precision is what the third is about.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat"
+template <class Real>
+void Format(Buffer& buffer, Real value, int width, int precision) {
+  char* const text = buffer.data();
+  constexpr std::size_t kSize = std::tuple_size<Buffer>();
+  if (width != 0 && precision != 0) {
+    std::snprintf(text, kSize, "%*.*g", width, precision, static_cast<double>(value));
+  } else if (precision != 0) {
+    std::snprintf(text, kSize, "%.*g", precision, static_cast<double>(value));
+  } else if (width != 0) {
+    std::snprintf(text, kSize, "%*.g", width, static_cast<double>(value));
+  } else {
+    std::snprintf(text, kSize, "%g", static_cast<double>(value));
+  }
+}
+#pragma GCC diagnostic pop
+
+// The rules for points and exponents, on a string of its own.
+std::string Expected(const Buffer& buffer, int width) {
+  std::string text = buffer.data();
+  const std::size_t e = text.find('e');
+  if (text.find('.') == std::string::npos && e == std::string::npos) {
+    text += '.';
+    return text[0] == ' ' ? text.substr(1) : text;
+  }
+  if (e != std::string::npos && text.size() == e + 5 && text[e + 2] == '0' &&
+      text.back() != ' ') {
+    text.erase(e + 2, 1);
+    return width != 0 ? " " + text : text;
+  }
+  return text;
+}
+
+// Values of every kind: any bits, decimal fractions, whole numbers, powers, limits.
+template <class Real, class Bits>
+Real RandomReal(std::mt19937_64& random) {
+  const auto whole = static_cast<Real>(static_cast<std::int32_t>(random()));
+  switch (random() % 8) {
+    case 0:
+      return whole;
+    case 1:
+      return std::round(std::ldexp(whole, static_cast<int>(random() % 40) - 25));
+    case 2:
+      return std::trunc(whole / 65536) / 1000;
+    case 3:
+      return std::pow(Real{10}, static_cast<Real>(random() % 40) - 20);
+    case 4:
+      return std::nextafter(std::pow(Real{10}, static_cast<Real>(random() % 20)), whole);
+    case 5: {
+      constexpr std::array<Real, 7> kSpecial = {std::numeric_limits<Real>::infinity(),
+                                                -std::numeric_limits<Real>::infinity(),
+                                                std::numeric_limits<Real>::quiet_NaN(),
+                                                0,
+                                                -Real{0},
+                                                std::numeric_limits<Real>::max(),
+                                                std::numeric_limits<Real>::denorm_min()};
+      return kSpecial[random() % kSpecial.size()];
+    }
+    default: {
+      const auto any = std::bit_cast<Real>(static_cast<Bits>(random()));
+      return std::isnan(any) ? Real{1} : any;  // run times differ in their signs
+    }
+  }
+}
+
+template <class Real, class Bits>
+void ExpectMillionAsPrintf(unsigned seed) {
+  std::mt19937_64 random(seed);
+  Printer printed;
+  Buffer buffer;
+  for (int round = 0; round < 1000000; ++round) {
+    const Real value = RandomReal<Real, Bits>(random);
+    const int width = random() % 4 == 0 ? 0 : static_cast<int>(random() % 100) - 20;
+    const int precision = random() % 4 == 0 ? 0 : static_cast<int>(random() % 21);
+    Format(buffer, value, width, precision);
+    ASSERT_EQ(Expected(buffer, width), printed(value, width, precision))
+        << std::hexfloat << value << ", " << width << ", " << precision;
+  }
+}
+
+TEST(StreamPrintfTest, AMillionDoubles) {
+  ExpectMillionAsPrintf<double, std::uint64_t>(1);
+}
+
+TEST(StreamPrintfTest, AMillionFloats) {
+  ExpectMillionAsPrintf<float, std::uint32_t>(2);
+}
+
+TEST(StreamPrintfTest, WholeNumbers) {
+  std::mt19937 random(3);
+  Printer printed;
+  Buffer buffer;
+  for (int round = 0; round < 200000; ++round) {
+    const auto value = static_cast<unsigned>(random()) >> random() % 32;
+    const int width = static_cast<int>(random() % 100) - 20;
+    const int number =
+        random() % 2 == 0 ? static_cast<int>(value) : -static_cast<int>(value / 2);
+    std::snprintf(buffer.data(), buffer.size(), "%*i", width, number);
+    ASSERT_EQ(buffer.data(), printed(number, width));
+    std::snprintf(buffer.data(), buffer.size(), "%*u", width, value);
+    ASSERT_EQ(buffer.data(), printed(value, width));
+  }
+}
+
+TEST(StreamPrintfTest, PrecisionsBeyondAllDigits) {
+  std::mt19937_64 random(4);
+  Printer printed;
+  for (int round = 0; round < 2000; ++round) {
+    const double value = RandomReal<double, std::uint64_t>(random);
+    const int precision = static_cast<int>(random() % 1200) - 10;
+    if (precision != 0) {
+      std::array<char, 1300> buffer;
+      std::snprintf(buffer.data(), buffer.size(), "%.*g", precision, value);
+      std::string text = buffer.data();
+      if (text.find_first_of(".e") == std::string::npos) {
+        text += '.';
+      }
+      ASSERT_EQ(text, printed(value, 0, precision)) << precision;
+    }
+  }
+}
+
+class CommaForPoint : public std::numpunct<char> {
+  char do_decimal_point() const override { return ','; }
+  char do_thousands_sep() const override { return '.'; }
+  std::string do_grouping() const override { return "\3"; }
+};
+
+// Sets a locale with a decimal comma for the C and the C++ library, as far as the
+// system has one.
+class DecimalComma {
+ public:
+  DecimalComma() {
+    std::locale::global(std::locale(std::locale(), new CommaForPoint));
+    for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "de_DE", "German_Germany.1252",
+                             "fr_FR.UTF-8", "German", "French"}) {
+      if (std::setlocale(LC_ALL, name) != nullptr) {
+        break;
+      }
+    }
+  }
+  ~DecimalComma() {
+    std::locale::global(std::locale::classic());
+    std::setlocale(LC_ALL, "C");
+  }
+  DecimalComma(const DecimalComma&) = delete;
+  DecimalComma& operator=(const DecimalComma&) = delete;
+};
+
+TEST(StreamPrintfTest, OutputDoesNotDependOnTheLocale) {
+  const DecimalComma comma;
+  Printer printed;
+  EXPECT_EQ("1234.5", printed(1234.5, 0, 0));
+  EXPECT_EQ("  0.25", printed(0.25f, 6, 3));
+  EXPECT_EQ("3.", printed(3.0, 0, 0));
+  EXPECT_EQ("1.5e-07", printed(1.5e-7, 0, 6));
+  EXPECT_EQ("1234567", printed(1234567, 0));
+}
+
+}  // namespace

@@ -1,0 +1,52 @@
+#pragma once
+
+// One number as text, in the "C" locale whatever the process's locale is.
+
+#include <cstddef>
+#include <memory>
+#include <string_view>
+
+/// Formats a number step by step, as printf would do it at once.
+class utl_NumberText {
+ public:
+  /// As "%.*g"; as "%g" when `precision` is negative.
+  utl_NumberText(double value, int precision);
+  /// As "%i" and "%u".
+  explicit utl_NumberText(int value);
+  explicit utl_NumberText(unsigned int value);
+
+  utl_NumberText(const utl_NumberText&) = delete;
+  utl_NumberText& operator=(const utl_NumberText&) = delete;
+
+  /// Pads to a field: right-justified in `width` characters, left-justified in -`width`.
+  /// Throws std::bad_alloc for a field that there is no memory for.
+  void Justify(int width) {
+    if (width != 0) {
+      Pad(width);
+    }
+  }
+
+  /// What utl_Stream::FixNumericString makes of it. That is only the point: exponents
+  /// have two digits here, or three that do not begin with 0.
+  void AddPoint();
+
+  std::string_view Text() const { return {text_, length_}; }
+
+ private:
+  template <class... Value>
+  void Format(Value... value);
+  void Pad(int width);
+
+  // A double never has more significant digits, so a higher precision changes nothing.
+  static constexpr int kMaxPrecision = 800;
+
+  char local_[kMaxPrecision + 32];
+  std::unique_ptr<char[]> large_;
+  char* text_ = local_;
+  std::size_t length_ = 0;
+  bool onlyDigits_ = false;  // known to have neither point nor exponent
+};
+
+/// Puts a point behind a text of `length` characters, where there is room for it, and
+/// takes a blank away at its front if there is one; the new length.
+std::size_t utl_addPoint(char* text, std::size_t length);
