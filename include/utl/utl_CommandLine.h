@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstddef>
-#include <optional>
+#include <unordered_map>
 
 #include "cow/cow_1DArrayList.h"
 #include "cow/cow_Map.h"
@@ -106,10 +106,10 @@ class KSTUTL_EXPORT utl_CommandLine {
 
   void Classify(const cow_1DArrayList<cow_String>& args, int first);
   void ApplyErrorOption() const;
-  std::optional<cow_String> Value(const cow_String& name) const;
+  bool Look(const cow_String& name, cow_String& value) const;
   cow_String RequiredValue(const cow_String& name) const;
 
-  cow_Map<cow_String, cow_String> options_;
+  std::unordered_map<cow_String, cow_String> options_;
   cow_1DArrayList<cow_String> arguments_;
 };
 

@@ -89,12 +89,13 @@ cow_1DArrayList<cow_String> rgx_split(cow_String const& pattern,
                                       cow_String const& subject) {
   cow_1DArrayList<cow_String> fields;
   Remainder rest(subject);
-  rgx_Found found = rgx_search(pattern, rest.Visible());
+  const rgx_Search search(pattern);
+  rgx_Found found = search.In(rest.Visible());
   if (!found.Matched()) {
     fields.Append(subject);
     return fields;
   }
-  for (; found.Matched(); found = rgx_search(pattern, rest.Visible())) {
+  for (; found.Matched(); found = search.In(rest.Visible())) {
     if (found.End() == 0) {
       nex_TextException("rgx_split: pattern matches the empty string")
           .Throw(kSource, __LINE__);

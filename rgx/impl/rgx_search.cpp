@@ -34,13 +34,18 @@ std::string_view rgx_Found::Text(int n) const noexcept {
   return end > start ? subject_.substr(start, end - start) : std::string_view();
 }
 
-rgx_Found rgx_search(const cow_String& pattern, std::string_view subject) {
-  rgx_ReCompileCache& cache = thr_ThreadSingleton<rgx_ReCompileCache>::Instance();
-  const int groups = cache.Matcher().Match(cache.Compiled(pattern), subject);
+rgx_Search::rgx_Search(const cow_String& pattern)
+    : rgx_Search(pattern, thr_ThreadSingleton<rgx_ReCompileCache>::Instance()) {}
+
+rgx_Search::rgx_Search(const cow_String& pattern, rgx_ReCompileCache& cache)
+    : pattern_(cache.Compiled(pattern)), matcher_(cache.Matcher()) {}
+
+rgx_Found rgx_Search::In(std::string_view subject) const {
+  const int groups = matcher_.Match(pattern_, subject);
   if (groups < -1) {
     ThrowExecError(groups);
   }
-  return {subject, cache.Matcher().Offsets(), std::max(groups, 0)};
+  return {subject, matcher_.Offsets(), std::max(groups, 0)};
 }
 
 std::string_view rgx_upToZero(std::string_view text) {

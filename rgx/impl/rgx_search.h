@@ -8,6 +8,10 @@
 
 #include "cow/cow_String.h"
 
+class rgx_CompiledPattern;
+class rgx_Matcher;
+class rgx_ReCompileCache;
+
 /// Where a match lies in its subject. It refers to memory of the calling thread that the
 /// thread's next search changes, and to the subject.
 class rgx_Found {
@@ -32,8 +36,27 @@ class rgx_Found {
   int groupCount_;  // 0 when nothing matched
 };
 
-/// Searches `pattern` in the whole `subject`, zero bytes included. Throws as rgx_match.
-rgx_Found rgx_search(const cow_String& pattern, std::string_view subject);
+/// One pattern, to be searched several times. Valid until the calling thread uses another
+/// pattern.
+class rgx_Search {
+ public:
+  /// Throws as rgx_match.
+  explicit rgx_Search(const cow_String& pattern);
+
+  /// Searches the whole `subject`, zero bytes included. Throws as rgx_match.
+  rgx_Found In(std::string_view subject) const;
+
+ private:
+  rgx_Search(const cow_String& pattern, rgx_ReCompileCache& cache);
+
+  const rgx_CompiledPattern& pattern_;
+  rgx_Matcher& matcher_;
+};
+
+/// Searches once.
+inline rgx_Found rgx_search(const cow_String& pattern, std::string_view subject) {
+  return rgx_Search(pattern).In(subject);
+}
 
 /// The text before the first zero byte.
 std::string_view rgx_upToZero(std::string_view text);

@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cstdlib>
 #include <mutex>
+#include <optional>
 #include <utility>
 
 #include "atr/atr_translate.h"
@@ -95,7 +96,8 @@ cow_String utl_CommandLine::ConstGetValue(const cow_String& name) const {
 
 cow_String utl_CommandLine::ConstGetValue(const cow_String& name,
                                           const cow_String& dflt) const {
-  return Value(name).value_or(dflt);
+  cow_String value;
+  return Look(name, value) ? value : dflt;
 }
 
 int utl_CommandLine::ConstGetValueAsInt(const cow_String& name) const {
@@ -103,8 +105,8 @@ int utl_CommandLine::ConstGetValueAsInt(const cow_String& name) const {
 }
 
 int utl_CommandLine::ConstGetValueAsInt(const cow_String& name, int dflt) const {
-  const std::optional<cow_String> value = Value(name);
-  return value ? ToInt(name, *value) : dflt;
+  cow_String value;
+  return Look(name, value) ? ToInt(name, value) : dflt;
 }
 
 std::size_t utl_CommandLine::ConstGetValueAsSizeT(const cow_String& name) const {
@@ -113,13 +115,13 @@ std::size_t utl_CommandLine::ConstGetValueAsSizeT(const cow_String& name) const 
 
 std::size_t utl_CommandLine::ConstGetValueAsSizeT(const cow_String& name,
                                                   std::size_t dflt) const {
-  const std::optional<cow_String> value = Value(name);
-  return value ? ToSizeT(name, *value) : dflt;
+  cow_String value;
+  return Look(name, value) ? ToSizeT(name, value) : dflt;
 }
 
 bool utl_CommandLine::IsMember(const cow_String& name) const {
   const auto lock = Locked();
-  return options_.IsMember(name);
+  return options_.count(name) != 0;
 }
 
 cow_String utl_CommandLine::ConstGet(int i) const {
@@ -165,18 +167,18 @@ void utl_CommandLine::Classify(const cow_1DArrayList<cow_String>& args, int firs
   for (int i = first; i < args.Length(); ++i) {
     if (!NamesOption(args[i])) {
       if (pending) {
-        options_.Insert(*pending, args[i]);
+        options_.insert_or_assign(*pending, args[i]);
         pending.reset();
       }
       continue;
     }
     if (pending) {
-      options_.Insert(*pending, "");
+      options_.insert_or_assign(*pending, "");
     }
     pending = args[i].Substr(1, args[i].Length());
   }
   if (pending) {
-    options_.Insert(*pending, "");
+    options_.insert_or_assign(*pending, "");
   }
 }
 
@@ -192,17 +194,21 @@ void utl_CommandLine::ApplyErrorOption() const {
   }
 }
 
-// A copy of the option's value, none when the option was not given.
-std::optional<cow_String> utl_CommandLine::Value(const cow_String& name) const {
+// Copies the option's value; false when the option was not given.
+bool utl_CommandLine::Look(const cow_String& name, cow_String& value) const {
   const auto lock = Locked();
-  const cow_String* const stored = options_.Find(name);
-  return stored != nullptr ? std::optional(Unshared(*stored)) : std::nullopt;
+  const auto found = options_.find(name);
+  if (found == options_.end()) {
+    return false;
+  }
+  value = Unshared(found->second);
+  return true;
 }
 
 cow_String utl_CommandLine::RequiredValue(const cow_String& name) const {
-  std::optional<cow_String> value = Value(name);
-  if (!value) {
+  cow_String value;
+  if (!Look(name, value)) {
     utl_MissingCmdLineArgException(name).Throw(kSource, __LINE__);
   }
-  return *std::move(value);
+  return value;
 }
