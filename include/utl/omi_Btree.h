@@ -1,0 +1,161 @@
+#pragma once
+
+#include <vector>
+
+#include "cow/cow_String.h"
+#include "KSTutl_export.h"
+
+/// An ordered map of unique keys to values: omi_Btree with its node and its iterator.
+///
+/// Despite its name it is a binary search tree, kept roughly balanced by single rotations
+/// where the heights of two siblings differ by 2 or more. It is looser than an AVL tree,
+/// and its shape is part of the contract: a missing child counts as height 0, the same as
+/// a childless one; there are no double rotations; after a removal only the path from the
+/// root to the removed node is rebalanced.
+///
+/// The library has three maps, <int,int>, <cow_String,int> and <cow_String,void*>, whose
+/// pointers it does not own. One map is used by one thread at a time.
+///
+///     omi_Btree<cow_String, int> ids;
+///     ids.Insert("steel", 7);
+///     ids.Find("steel");                            // 7
+///     ids.Find("wood");                             // -1, the null value
+///     omi_BtreeIterator<cow_String, int> i(ids);
+///     for (i.First(); !i.AtEnd(); i.Next()) use(i.Key(), i.Value());
+///
+/// Order of int keys: the sign of their difference in 32 bits, which overflows for keys
+/// more than 2^31-1 apart; those compare the wrong way. Order of cow_String keys, up to
+/// their first zero byte: unsigned bytes, or natural order while atr_getNaturalOrder() is
+/// on; the switch must not change while a map holds entries.
+
+template <class K, class V>
+class omi_Btree;
+
+/// An entry of the map and the root of its subtree. What is not const is for the map.
+template <class K, class V>
+class omi_BtreeNode {
+ public:
+  /// A node without children, of height 0.
+  omi_BtreeNode(const K& key, const V& value);
+  ~omi_BtreeNode();
+  omi_BtreeNode& operator=(const omi_BtreeNode&) = delete;
+
+  const K& Key() const { return key_; }
+  const V& Value() const { return value_; }
+  const omi_BtreeNode* Left() const { return left_; }
+  const omi_BtreeNode* Right() const { return right_; }
+  /// 0 without children, else 1 more than the higher child's. After a removal it may be
+  /// higher than the truth.
+  int Height() const { return height_; }
+
+  /// Adds the entry below this node and rebalances everything below it, but not this
+  /// node. False, and nothing changed, when the key is present.
+  bool Insert(const K& key, const V& value);
+
+  /// Removes the entry of `key` at or below this node, whose parent is `parent`, and
+  /// rebalances what lies between, but not this node. False when there is none. True may
+  /// mean that this node itself is deleted.
+  bool Remove(const K& key, omi_BtreeNode& parent);
+
+  /// The node of `key` at or below this one, or null.
+  const omi_BtreeNode* Find(const K& key) const;
+
+ private:
+  friend class omi_Btree<K, V>;
+
+  omi_BtreeNode(const omi_BtreeNode& other);
+  // A node on the way down, and the slot of the child that the way takes.
+  struct Step {
+    omi_BtreeNode* node;
+    omi_BtreeNode** child;
+  };
+  omi_BtreeNode** ChildSlot(int comparison) { return comparison < 1 ? &left_ : &right_; }
+  void UpdateHeight();
+  static void Retrace(const std::vector<Step>& way);
+  static void Rebalance(omi_BtreeNode*& slot);
+  omi_BtreeNode* TakeReplacement();
+  void RemoveNode(omi_BtreeNode* node, omi_BtreeNode* replacement);
+
+  V value_;
+  K key_;
+  omi_BtreeNode* left_ = nullptr;
+  omi_BtreeNode* right_ = nullptr;
+  int height_ = 0;
+};
+
+template <class K, class V>
+class omi_Btree {
+ public:
+  omi_Btree();
+  omi_Btree(const omi_Btree& other);
+  /// Copies the other map's entries; when that throws, this map is as it was.
+  omi_Btree& operator=(const omi_Btree& other);
+  ~omi_Btree();
+
+  /// Adds an entry. False when the key is present; its value stays as it is.
+  bool Insert(const K& key, const V& value);
+
+  /// Removes the entry of `key`. False when there is none.
+  bool Remove(const K& key);
+
+  /// The value of `key`, or GetNullValue().
+  V Find(const K& key) const;
+
+  /// What stands for no value: -1 for int values, null for pointers.
+  V GetNullValue() const;
+
+  int Size() const { return count_; }
+  bool IsEmpty() const { return count_ == 0; }
+
+  /// The root, or null for an empty map; valid until the map changes.
+  const omi_BtreeNode<K, V>* Root() const { return root_; }
+
+ private:
+  omi_BtreeNode<K, V>* root_;
+  int count_;
+  V nullValue_;
+};
+
+/// Walks a map in the order of its keys, both ways. At the end to begin with. It must not
+/// be used after the map has changed.
+template <class K, class V>
+class omi_BtreeIterator {
+ public:
+  explicit omi_BtreeIterator(const omi_Btree<K, V>& tree);
+
+  /// Go to the smallest, to the largest key; to the end of an empty map.
+  void First();
+  void Last();
+
+  /// Go to the next larger, to the next smaller key, or to the end behind the last one.
+  /// At the end they do nothing.
+  void Next();
+  void Prev();
+
+  bool AtEnd() const { return path_.empty(); }
+
+  /// The current entry. REQUIRES: !AtEnd().
+  const K& Key() const { return path_.back()->Key(); }
+  const V& Value() const { return path_.back()->Value(); }
+
+ private:
+  using Node = omi_BtreeNode<K, V>;
+  using Child = const Node* (Node::*)() const;
+  template <Child side>
+  void Descend(const Node* node);
+  template <Child ahead, Child behind>
+  void Step();
+
+  const omi_Btree<K, V>& tree_;
+  std::vector<const Node*> path_;  // from the root to the current node
+};
+
+extern template class KSTUTL_EXPORT omi_BtreeNode<int, int>;
+extern template class KSTUTL_EXPORT omi_BtreeNode<cow_String, int>;
+extern template class KSTUTL_EXPORT omi_BtreeNode<cow_String, void*>;
+extern template class KSTUTL_EXPORT omi_Btree<int, int>;
+extern template class KSTUTL_EXPORT omi_Btree<cow_String, int>;
+extern template class KSTUTL_EXPORT omi_Btree<cow_String, void*>;
+extern template class KSTUTL_EXPORT omi_BtreeIterator<int, int>;
+extern template class KSTUTL_EXPORT omi_BtreeIterator<cow_String, int>;
+extern template class KSTUTL_EXPORT omi_BtreeIterator<cow_String, void*>;

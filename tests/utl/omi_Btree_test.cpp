@@ -1,0 +1,381 @@
+#include "utl/omi_Btree.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <functional>
+#include <map>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "atr/atr_naturalOrder.h"
+
+namespace {
+
+// The rules of the tree coded a second time: recursive, on indices into an array.
+template <class K, class V>
+class Model {
+ public:
+  using Order = std::function<int(const K&, const K&)>;
+  explicit Model(Order order) : order_(std::move(order)) {}
+
+  bool Insert(const K& key, const V& value) {
+    bool added = false;
+    root_ = Inserted(root_, key, value, added);
+    if (added) root_ = Rebalanced(root_);
+    return added;
+  }
+
+  bool Remove(const K& key) {
+    bool removed = false;
+    root_ = Removed(root_, key, removed);
+    if (removed && root_ != kNone) root_ = Rebalanced(root_);
+    return removed;
+  }
+
+  bool Equals(const omi_BtreeNode<K, V>* node) const { return Equals(node, root_); }
+
+ private:
+  static constexpr int kNone = -1;
+  struct Entry {
+    K key;
+    V value;
+    int left, right, height;
+  };
+
+  Entry& At(int i) { return entries_[static_cast<std::size_t>(i)]; }
+  const Entry& At(int i) const { return entries_[static_cast<std::size_t>(i)]; }
+  void Measure(int i) {
+    int height = 0;
+    for (int child : {At(i).left, At(i).right}) {
+      if (child != kNone && At(child).height >= height) height = At(child).height + 1;
+    }
+    At(i).height = height;
+  }
+  int Counted(int i) const { return i == kNone ? 0 : At(i).height; }
+
+  int Rebalanced(int i) {
+    const int lean = Counted(At(i).right) - Counted(At(i).left);
+    if (lean > -2 && lean < 2) return i;
+    const bool toRight = lean > 0;
+    const int up = toRight ? At(i).right : At(i).left;
+    int& given = toRight ? At(up).left : At(up).right;
+    (toRight ? At(i).right : At(i).left) = given;
+    given = i;
+    Measure(i);
+    Measure(up);
+    return up;
+  }
+
+  int Inserted(int i, const K& key, const V& value, bool& added) {
+    if (i == kNone) {
+      added = true;
+      entries_.push_back({key, value, kNone, kNone, 0});
+      return static_cast<int>(entries_.size()) - 1;
+    }
+    const int order = order_(key, At(i).key);
+    if (order == 0) return i;
+    const bool toRight = order > 0;
+    const int child = Inserted(toRight ? At(i).right : At(i).left, key, value, added);
+    (toRight ? At(i).right : At(i).left) = added ? Rebalanced(child) : child;
+    if (added) Measure(i);
+    return i;
+  }
+
+  int Removed(int i, const K& key, bool& removed) {
+    if (i == kNone) return kNone;
+    const int order = order_(key, At(i).key);
+    if (order == 0) {
+      removed = true;
+      return Joined(At(i).left, At(i).right);
+    }
+    const bool toRight = order > 0;
+    int child = Removed(toRight ? At(i).right : At(i).left, key, removed);
+    if (!removed) return i;
+    (toRight ? At(i).right : At(i).left) = child == kNone ? kNone : Rebalanced(child);
+    Measure(i);
+    return i;
+  }
+
+  int Joined(int left, int right) {
+    if (left == kNone || right == kNone) return left == kNone ? right : left;
+    int parent = kNone, smallest = right;
+    while (At(smallest).left != kNone) {
+      parent = smallest;
+      smallest = At(smallest).left;
+    }
+    if (parent != kNone) {
+      At(parent).left = At(smallest).right;
+      At(smallest).right = right;
+      Measure(parent);
+    }
+    At(smallest).left = left;
+    Measure(smallest);
+    return smallest;
+  }
+
+  bool Equals(const omi_BtreeNode<K, V>* node, int i) const {
+    if (node == nullptr || i == kNone) return node == nullptr && i == kNone;
+    return node->Key() == At(i).key && node->Value() == At(i).value &&
+           node->Height() == At(i).height && Equals(node->Left(), At(i).left) &&
+           Equals(node->Right(), At(i).right);
+  }
+
+  Order order_;
+  std::vector<Entry> entries_;
+  int root_ = kNone;
+};
+
+// Random insertions and removals of `keys`: contents against std::map and shape against
+// the model after each; iterations both ways now and then.
+template <class K, class V>
+void ExpectContentsAndShape(const std::vector<K>& keys, const std::vector<V>& values,
+                            typename Model<K, V>::Order order) {
+  const auto less = [&](const K& a, const K& b) { return order(a, b) < 0; };
+  omi_Btree<K, V> tree;
+  Model<K, V> model(order);
+  std::map<K, V, decltype(less)> map(less);
+  std::mt19937 random(20070301);
+  for (int step = 0; step < 100000; ++step) {
+    const K& key = keys[random() % keys.size()];
+    const V& value = values[random() % values.size()];
+    // Phases of growth and of shrinking.
+    if (random() % 100 < ((step / 5000) % 2 == 0 ? 60u : 40u)) {
+      const bool isNew = map.insert({key, value}).second;
+      ASSERT_EQ(tree.Insert(key, value), isNew);
+      ASSERT_EQ(model.Insert(key, value), isNew);
+    } else {
+      const bool isThere = map.erase(key) == 1;
+      ASSERT_EQ(tree.Remove(key), isThere);
+      ASSERT_EQ(model.Remove(key), isThere);
+    }
+    ASSERT_EQ(tree.Size(), static_cast<int>(map.size()));
+    ASSERT_TRUE(model.Equals(tree.Root())) << "step " << step;
+    const K& asked = keys[random() % keys.size()];
+    const auto found = map.find(asked);
+    ASSERT_EQ(tree.Find(asked), found == map.end() ? tree.GetNullValue() : found->second);
+
+    if (step % 1000 != 0) continue;
+    omi_BtreeIterator<K, V> i(tree);
+    auto forth = map.begin();
+    for (i.First(); !i.AtEnd(); i.Next(), ++forth) {
+      ASSERT_EQ(i.Key(), forth->first);
+      ASSERT_EQ(i.Value(), forth->second);
+    }
+    ASSERT_EQ(forth, map.end());
+    auto back = map.rbegin();
+    for (i.Last(); !i.AtEnd(); i.Prev(), ++back) ASSERT_EQ(i.Key(), back->first);
+    ASSERT_EQ(back, map.rend());
+  }
+}
+
+std::vector<int> SomeInts() {
+  std::vector<int> keys;
+  for (int i = -150; i < 150; ++i) keys.push_back(i * 7919);
+  return keys;
+}
+
+std::vector<cow_String> SomeNames() {
+  std::vector<cow_String> keys;
+  for (int i = 0; i < 150; ++i) keys.push_back(("file" + std::to_string(i)).c_str());
+  for (int i = 0; i < 128; ++i) {
+    keys.push_back((std::string(1, static_cast<char>(2 * i + 1)) + "x").c_str());
+  }
+  return keys;
+}
+
+int ByBytes(const cow_String& a, const cow_String& b) {
+  return a < b ? -1 : a == b ? 0 : 1;
+}
+
+// Switches natural order on for as long as it lives.
+struct NaturalOrder {
+  NaturalOrder() { atr_setNaturalOrder(true); }
+  ~NaturalOrder() { atr_setNaturalOrder(false); }
+};
+
+int ByNaturalOrder(const cow_String& a, const cow_String& b) {
+  return strnatcmp(a.c_str(), b.c_str());
+}
+
+TEST(omi_Btree, IntsKeepContentsAndShape) {
+  ExpectContentsAndShape<int, int>(SomeInts(), {-1, 0, 5, INT_MAX},
+                                   [](int a, int b) { return a < b ? -1 : a > b; });
+}
+
+TEST(omi_Btree, StringsToIntsKeepContentsAndShape) {
+  ExpectContentsAndShape<cow_String, int>(SomeNames(), {1, 2, 3}, ByBytes);
+}
+
+TEST(omi_Btree, StringsToIntsInNaturalOrderKeepContentsAndShape) {
+  NaturalOrder on;
+  ExpectContentsAndShape<cow_String, int>(SomeNames(), {1, 2, 3}, ByNaturalOrder);
+}
+
+TEST(omi_Btree, StringsToPointersKeepContentsAndShape) {
+  int a, b;
+  ExpectContentsAndShape<cow_String, void*>(SomeNames(), {&a, &b}, ByBytes);
+}
+
+TEST(omi_Btree, StringsToPointersInNaturalOrderKeepContentsAndShape) {
+  NaturalOrder on;
+  int a, b;
+  ExpectContentsAndShape<cow_String, void*>(SomeNames(), {&a, &b}, ByNaturalOrder);
+}
+
+TEST(omi_Btree, InsertOfAnExistingKeyKeepsTheFirstValue) {
+  omi_Btree<int, int> tree;
+  EXPECT_TRUE(tree.Insert(1, 10));
+  EXPECT_FALSE(tree.Insert(1, 20));
+  EXPECT_EQ(tree.Find(1), 10);
+  EXPECT_EQ(tree.Size(), 1);
+}
+
+TEST(omi_Btree, ThreeInOrderStayAChainAndTheFourthRotates) {
+  omi_Btree<int, int> tree;
+  for (int key : {1, 2, 3}) tree.Insert(key, key);
+  EXPECT_EQ(tree.Root()->Key(), 1);
+  EXPECT_EQ(tree.Root()->Right()->Key(), 2);
+  EXPECT_EQ(tree.Root()->Right()->Right()->Key(), 3);
+  EXPECT_EQ(tree.Root()->Height(), 2);
+  tree.Insert(4, 4);
+  EXPECT_EQ(tree.Root()->Key(), 2);
+  EXPECT_EQ(tree.Root()->Left()->Key(), 1);
+  EXPECT_EQ(tree.Root()->Right()->Key(), 3);
+  EXPECT_EQ(tree.Root()->Right()->Right()->Key(), 4);
+}
+
+TEST(omi_Btree, RemovingTheOnlyEntryLeavesAnEmptyMap) {
+  omi_Btree<cow_String, int> tree;
+  EXPECT_FALSE(tree.Remove("a"));
+  tree.Insert("a", 1);
+  EXPECT_FALSE(tree.IsEmpty());
+  EXPECT_TRUE(tree.Remove("a"));
+  EXPECT_TRUE(tree.IsEmpty());
+  EXPECT_EQ(tree.Root(), nullptr);
+  omi_BtreeIterator<cow_String, int> i(tree);
+  i.First();
+  EXPECT_TRUE(i.AtEnd());
+  i.Last();
+  EXPECT_TRUE(i.AtEnd());
+}
+
+TEST(omi_Btree, NodeWithTwoChildrenIsReplacedByTheNextLargerKey) {
+  omi_Btree<int, int> tree;
+  for (int key : {50, 30, 80, 20, 40, 70, 90, 60}) tree.Insert(key, key);
+  ASSERT_EQ(tree.Root()->Key(), 50);
+  tree.Remove(50);
+  EXPECT_EQ(tree.Root()->Key(), 60);
+}
+
+TEST(omi_Btree, NullValueStandsForAnAbsentKey) {
+  omi_Btree<int, int> ints;
+  omi_Btree<cow_String, int> names;
+  omi_Btree<cow_String, void*> pointers;
+  EXPECT_EQ(ints.GetNullValue(), -1);
+  EXPECT_EQ(names.GetNullValue(), -1);
+  EXPECT_EQ(pointers.GetNullValue(), nullptr);
+  EXPECT_EQ(ints.Find(1), -1);
+  EXPECT_EQ(names.Find("a"), -1);
+  EXPECT_EQ(pointers.Find("a"), nullptr);
+}
+
+TEST(omi_Btree, NaturalOrderPutsFile9BeforeFile10) {
+  const auto first = [] {
+    omi_Btree<cow_String, int> tree;
+    tree.Insert("file10", 10);
+    tree.Insert("file9", 9);
+    omi_BtreeIterator<cow_String, int> i(tree);
+    i.First();
+    return i.Key();
+  };
+  EXPECT_EQ(first(), "file10");
+  NaturalOrder on;
+  EXPECT_EQ(first(), "file9");
+}
+
+TEST(omi_Btree, IntComparisonWraps) {
+  omi_Btree<int, int> tree;
+  tree.Insert(INT_MIN, 1);
+  tree.Insert(INT_MAX, 2);  // the difference wraps to -1: to the left
+  ASSERT_NE(tree.Root()->Left(), nullptr);
+  EXPECT_EQ(tree.Root()->Left()->Key(), INT_MAX);
+  EXPECT_EQ(tree.Root()->Right(), nullptr);
+}
+
+TEST(omi_Btree, CopiesAreDeepAndKeepTheShape) {
+  omi_Btree<cow_String, int> tree;
+  for (const cow_String& key : SomeNames()) tree.Insert(key, key.Length());
+  omi_Btree<cow_String, int> copy(tree), assigned;
+  assigned.Insert("other", 1);
+  assigned = tree;
+  const auto* root = tree.Root();
+  tree = *&tree;
+  EXPECT_EQ(tree.Root(), root);
+
+  const std::function<bool(const omi_BtreeNode<cow_String, int>*,
+                           const omi_BtreeNode<cow_String, int>*)>
+      same = [&](const auto* a, const auto* b) {
+        if (a == nullptr || b == nullptr) return a == b;
+        return a != b && a->Key() == b->Key() && a->Value() == b->Value() &&
+               a->Height() == b->Height() && same(a->Left(), b->Left()) &&
+               same(a->Right(), b->Right());
+      };
+  EXPECT_TRUE(same(tree.Root(), copy.Root()));
+  EXPECT_TRUE(same(tree.Root(), assigned.Root()));
+  copy.Remove("file7");
+  EXPECT_EQ(tree.Find("file7"), 5);
+  EXPECT_EQ(copy.Find("file7"), -1);
+  EXPECT_EQ(assigned.Size(), tree.Size());
+  assigned = omi_Btree<cow_String, int>();
+  EXPECT_TRUE(assigned.IsEmpty());
+}
+
+TEST(omi_Btree, IteratorTurnsAndStaysAtTheEnd) {
+  omi_Btree<int, int> tree;
+  for (int key = 0; key < 10; ++key) tree.Insert(key, key);
+  omi_BtreeIterator<int, int> i(tree);
+  EXPECT_TRUE(i.AtEnd());
+  i.Next();
+  i.Prev();
+  EXPECT_TRUE(i.AtEnd());
+  for (i.First(); i.Key() != 5; i.Next()) {
+  }
+  i.Prev();
+  EXPECT_EQ(i.Key(), 4);
+  i.Next();
+  i.Next();
+  EXPECT_EQ(i.Key(), 6);
+  i.Last();
+  i.Next();
+  EXPECT_TRUE(i.AtEnd());
+  i.First();
+  i.Prev();
+  EXPECT_TRUE(i.AtEnd());
+}
+
+TEST(omi_Btree, MillionSortedInsertions) {
+  omi_Btree<int, int> tree;
+  for (int key = 0; key < 1000000; ++key) ASSERT_TRUE(tree.Insert(key, -key));
+  EXPECT_LT(tree.Root()->Height(), 40);
+  omi_BtreeIterator<int, int> i(tree);
+  int expected = 0;
+  for (i.First(); !i.AtEnd(); i.Next()) ASSERT_EQ(i.Key(), expected++);
+  EXPECT_EQ(expected, 1000000);
+}
+
+TEST(omi_Btree, OrderThatUnbalancesTheTreeDoesNotExhaustTheStack) {
+  omi_Btree<int, int> tree;
+  for (int key = 0; key < 20000; ++key) {
+    tree.Insert(key, key);
+    tree.Insert(1000000 - key, key);
+  }
+  const omi_Btree<int, int> copy(tree);
+  EXPECT_EQ(copy.Size(), 40000);
+  for (int key = 0; key < 20000; ++key) ASSERT_TRUE(tree.Remove(key));
+  EXPECT_EQ(tree.Size(), 20000);
+}
+
+}  // namespace
