@@ -1,0 +1,22 @@
+#include "utl/utl_DirPathUtils.h"
+
+#include "utl/utl_Stat.h"
+
+bool utl_DirPathUtils::CheckDirectory(cow_String const& path) {
+  try {
+    const utl_Stat status(path);
+    return status.record != nullptr && status.isDirectory;
+  } catch (nex_Exception const&) {
+    return false;
+  }
+}
+
+cow_String utl_DirPathUtils::TrimSeparator(cow_String const& path) {
+  if (!std::string_view(path).ends_with('\\')) return path;
+  return path.Substr(0, path.Length() - 1);
+}
+
+cow_String utl_DirPathUtils::AddSeparator(cow_String const& path) {
+  if (std::string_view(path).ends_with('\\')) return path;
+  return path + "\\";
+}

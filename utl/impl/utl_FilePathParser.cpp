@@ -1,0 +1,134 @@
+#include "utl/utl_FilePathParser.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace {
+
+constexpr std::string_view kHostStart = "\\\\";
+
+bool IsAsciiLetter(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+bool IsForbiddenInWindowsName(char c) {
+  return (c >= 1 && c <= 31) || c == '<' || c == '>' || c == '"' || c == '/' || c == '|';
+}
+
+bool IsWindows(std::string_view path) {
+  path = path.substr(0, path.find('\0'));
+  return std::none_of(path.begin(), path.end(), IsForbiddenInWindowsName);
+}
+
+char DriveLetter(std::string_view path) {
+  if (path.size() < 2 || path[1] != ':') return '\0';
+  const char letter = static_cast<char>(path[0] & 0x7F);
+  if (!IsAsciiLetter(letter)) return '\0';
+  return static_cast<char>(letter | 0x20);
+}
+
+// Where the host of a path ends, or npos: only a third backslash ends it.
+std::size_t HostEnd(std::string_view path) {
+  return path.starts_with(kHostStart) ? path.find('\\', kHostStart.size())
+                                      : std::string_view::npos;
+}
+
+std::string_view HostName(std::string_view path) {
+  const std::size_t end = HostEnd(path);
+  if (end == std::string_view::npos) return {};
+  return path.substr(kHostStart.size(), end - kHostStart.size());
+}
+
+bool IsUnix(std::string_view path) {
+  if (path.find('/') != std::string_view::npos) return true;
+  if (path.find('\\') != std::string_view::npos) return false;
+  return DriveLetter(path) == '\0' && HostName(path).empty();
+}
+
+// The path behind its drive or host. The drive test does not mask the letter's
+// top bit, unlike DriveLetter.
+std::string_view WithoutRoot(std::string_view path) {
+  if (path.size() >= 2 && path[1] == ':' && IsAsciiLetter(path[0])) return path.substr(2);
+  const std::size_t end = HostEnd(path);
+  return end == std::string_view::npos ? path : path.substr(end);
+}
+
+// A path in the style by which it is read: the text that separators are sought in,
+// and where the last one is (npos: none).
+struct Read {
+  std::string_view text;
+  std::size_t separator;
+
+  explicit Read(std::string_view path) {
+    const bool windows = IsWindows(path);
+    text = windows ? WithoutRoot(path) : path;
+    separator = text.rfind(windows ? '\\' : '/');
+  }
+
+  bool HasSeparator() const { return separator != std::string_view::npos; }
+  std::string_view Component() const {
+    return HasSeparator() ? text.substr(separator + 1) : text;
+  }
+};
+
+bool HasStyle(std::string_view path) {
+  return IsWindows(path) || IsUnix(path);
+}
+
+}  // namespace
+
+bool utl_FilePathParser::IsWindowsStyle(cow_String const& path) {
+  return IsWindows(path);
+}
+
+bool utl_FilePathParser::IsUnixStyle(cow_String const& path) {
+  return IsUnix(path);
+}
+
+bool utl_FilePathParser::HasDrive(cow_String const& path) {
+  return IsWindows(path) && DriveLetter(path) != '\0';
+}
+
+char utl_FilePathParser::Drive(cow_String const& path) {
+  return DriveLetter(path);
+}
+
+bool utl_FilePathParser::HasHost(cow_String const& path) {
+  return IsWindows(path) && !HostName(path).empty();
+}
+
+cow_String utl_FilePathParser::Host(cow_String const& path) {
+  return cow_String(HostName(path));
+}
+
+bool utl_FilePathParser::HasDirName(cow_String const& path) {
+  return HasStyle(path) && Read(path).HasSeparator();
+}
+
+cow_String utl_FilePathParser::DirName(cow_String const& path) {
+  const Read read(path);
+  if (!read.HasSeparator()) return {};
+  return cow_String(read.text.substr(0, read.separator));
+}
+
+bool utl_FilePathParser::HasBaseName(cow_String const& path) {
+  if (!HasStyle(path)) return false;
+  const std::string_view component = Read(path).Component();
+  return !component.empty() && component.rfind('.') != 0;
+}
+
+cow_String utl_FilePathParser::BaseName(cow_String const& path) {
+  const std::string_view component = Read(path).Component();
+  return cow_String(component.substr(0, component.rfind('.')));
+}
+
+bool utl_FilePathParser::HasExtension(cow_String const& path) {
+  return HasStyle(path) && Read(path).Component().find('.') != std::string_view::npos;
+}
+
+cow_String utl_FilePathParser::Extension(cow_String const& path) {
+  const std::string_view component = Read(path).Component();
+  const std::size_t dot = component.rfind('.');
+  return dot == std::string_view::npos ? cow_String()
+                                       : cow_String(component.substr(dot + 1));
+}
