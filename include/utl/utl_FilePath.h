@@ -1,0 +1,111 @@
+#pragma once
+
+#include "cow/cow_1DArray.h"
+#include "cow/cow_List.h"
+#include "cow/cow_String.h"
+#include "KSTutl_export.h"
+
+/// A file name resolved once against a directory, the environment and the current
+/// directory, and kept in four parts.
+///
+///     utl_FilePath path("sub/f.txt", "D:\\x");
+///     path.AbsolutePathName();    // D:\x\sub\f.txt
+///     path.PathName();            // sub\f.txt
+///     path.BaseName();            // f
+///
+/// A name that is a URL (see utl_UrlParser), or that lies in the "Network connectors"
+/// namespace, is kept whole: it is no plain path, and the file system is never asked
+/// about it.
+///
+/// A value. Nothing throws: what the system refuses is answered by false. Resolving
+/// (SetFilePath and the constructor with arguments) reads the environment and the
+/// current directory of the process; while it runs no other thread may change these.
+/// Queries of distinct objects may run at once.
+class KSTUTL_EXPORT utl_FilePath {
+ public:
+  /// The empty plain path.
+  utl_FilePath() = default;
+
+  /// The same as SetFilePath on an empty path.
+  utl_FilePath(cow_String fileName, cow_String directory);
+
+  /// Resolves `fileName` against `directory`:
+  /// - Every `/` becomes `\`; then references %NAME% and $NAME to environment variables
+  ///   are replaced by their values, over and over, in both arguments. A variable that
+  ///   is unset or whose name has 256 characters or more stays as written. So that a
+  ///   variable that names itself comes to an end, each form is replaced 1,000 times
+  ///   at the most in one argument.
+  /// - An absolute name (`\dir...`, `\\host...`, `C:\...`) ignores the directory. A name
+  ///   such as "C:data" is sought in the current directory of drive C.
+  /// - Any other name is anchored at the directory if that is absolute, has a drive or
+  ///   starts with `\`. A relative directory is dropped and the current directory taken,
+  ///   as with an empty one.
+  /// - The name "" or "." stands for the directory itself.
+  /// Only `\` separates afterwards; "." and ".." are not resolved. A URL sets the base
+  /// name alone and leaves the other parts as they were. `C:\\`, with a second backslash,
+  /// ends as the name "C:".
+  void SetFilePath(cow_String fileName, cow_String directory);
+
+  /// Turns every `\` of directory, subdirectory and base name into `/`. Plain paths only.
+  /// Returns this path.
+  utl_FilePath& Portable();
+
+  /// Turns every `/` of directory, subdirectory and base name into `\`. Plain paths only.
+  /// Returns this path.
+  utl_FilePath& Native();
+
+  /// Whether a file or directory of this name exists; true for a path that is not plain.
+  bool Exists() const;
+
+  /// Whether it exists and may be read; true for a path that is not plain.
+  bool IsReadable() const;
+
+  /// Whether it may be written, or, when it does not exist, created: that is tried, and
+  /// nothing is left behind. False for a path that is not plain.
+  bool IsWriteable() const;
+
+  /// Whether the extension is ".exe" or ".bat", in lower case only, and the file may be
+  /// read. False for a path that is not plain.
+  bool IsExecutable() const;
+
+  /// Whether it is a directory. A path that ends in a separator is none. False for a path
+  /// that is not plain.
+  bool IsDir() const;
+
+  /// The name as given, resolved: `sub\f.txt`; the whole name of a path that is not
+  /// plain.
+  cow_String PathName() const;
+
+  /// Directory and name: `D:\x\sub\f.txt`; the whole name of a path that is not plain.
+  cow_String AbsolutePathName() const;
+
+  /// Everything before the last component, with its separator: `D:\x\sub\`; "" for a path
+  /// that is not plain.
+  cow_String AbsoluteDirectoryPath() const;
+
+  /// The last component: "f.txt"; the whole name of a path that is not plain.
+  cow_String FileName() const;
+
+  /// The last component up to its last dot: "f"; the whole name of a path that is not
+  /// plain.
+  cow_String BaseName() const { return baseName_; }
+
+  /// The last component from its last dot on, dot included: ".txt"; "" when it has none.
+  cow_String Extension() const { return extension_; }
+
+ private:
+  bool IsPlain() const { return !isUrl_ && !isNetworkConnector_; }
+  cow_String Anchor(std::string_view name, std::string_view directory) const;
+  cow_String CurrentDirectoryOfDrive(char letter) const;
+  void SplitName(std::string_view name);
+
+  bool isUrl_ = false;
+  bool isNetworkConnector_ = false;
+  cow_String directory_;
+  cow_String subdirectory_;
+  cow_String baseName_;
+  cow_String extension_;
+};
+
+extern template class KSTUTL_EXPORT cow_List<utl_FilePath>;
+extern template class KSTUTL_EXPORT cow_1DArray<utl_FilePath>;

@@ -1,0 +1,146 @@
+#include "utl/utl_hostInfo.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <ctime>
+#include <filesystem>
+#include <regex>
+#include <string>
+#include <thread>
+
+#include "common/ExpectThrow.h"
+#include "common/ScopedEnvironment.h"
+#include "common/TempDir.h"
+#include "nex/nex_TextException.h"
+#include "utl/impl/utl_clockSpeed.h"
+
+namespace {
+
+std::string Text(cow_String const& text) {
+  return std::string(std::string_view(text));
+}
+
+std::string Now(const char* format) {
+  const std::time_t now = std::time(nullptr);
+  char text[64];
+  std::strftime(text, sizeof text, format, std::localtime(&now));
+  return text;
+}
+
+TEST(utl_hostInfo, DateAndTimeAreTheLocalOnes) {
+  // The clock may tick between the calls: the answer lies between two readings.
+  const std::string before = Now("%d-%b-%Y"), date = Text(utl_getDate()),
+                    after = Now("%d-%b-%Y");
+  EXPECT_TRUE(date == before || date == after) << date;
+  EXPECT_TRUE(std::regex_match(date, std::regex("[0-3][0-9]-[A-Z][a-z]{2}-[0-9]{4}")));
+  std::string first, time, last;
+  do {
+    first = Now("%H:%M:%S");
+    time = Text(utl_getTime());
+    last = Now("%H:%M:%S");
+  } while (first != last);
+  EXPECT_EQ(time, first);
+}
+
+TEST(utl_hostInfo, HostAndUserAreKnown) {
+  EXPECT_NE(utl_getHostName(), "");
+  EXPECT_NE(utl_getUserName(), "");
+}
+
+TEST(utl_hostInfo, CurrentDirectoryHasItsDrive) {
+  TempDir dir;
+  const auto earlier = std::filesystem::current_path();
+  std::filesystem::current_path(dir.Path());
+  EXPECT_EQ(Text(utl_getcwd()), dir.ShownPath());
+  std::filesystem::current_path(earlier);
+}
+
+TEST(utl_hostInfo, CurrentDirectoryTooLongForTheSystemCallIsEmpty) {
+  TempDir dir;
+  const auto earlier = std::filesystem::current_path();
+  std::filesystem::current_path(dir.Path());
+  // Step by step: no single call gets a long path.
+  for (int depth = 0; depth < 3; ++depth) {
+    const std::string name(100, 'd');
+    std::error_code failed;
+    std::filesystem::create_directory(name, failed);
+    std::filesystem::current_path(name, failed);
+  }
+  const cow_String current = utl_getcwd();
+  std::filesystem::current_path(earlier);
+  EXPECT_EQ(current, "");
+}
+
+TEST(utl_hostInfo, PlatformIsAlwaysTheSame) {
+  EXPECT_EQ(utl_getPlatform(), "win86_64");
+}
+
+TEST(utl_hostInfo, CountsProcessors) {
+  EXPECT_EQ(utl_getNumberCpus(), static_cast<int>(std::thread::hardware_concurrency()));
+}
+
+TEST(utl_hostInfo, ClockRateIsPlausible) {
+  const int rate = utl_getCpusClockSpeed();
+  EXPECT_GT(rate, 100);
+  EXPECT_LT(rate, 20000);
+}
+
+TEST(utl_hostInfo, ClockRateIsFoundUnderEachSpelling) {
+  const char* key = "HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0";
+  for (const char* spelling : {"~MHz", "~Mhz", "~mhz"}) {
+    EXPECT_GT(utl_registryNumber(key, {spelling}), 100) << spelling;
+    EXPECT_GT(utl_registryNumber(key, {"absent", spelling}), 100) << spelling;
+  }
+}
+
+TEST(utl_hostInfo, ClockRateWithoutKeyOrValueIsMinusOne) {
+  EXPECT_EQ(utl_registryNumber("HARDWARE\\DESCRIPTION\\System\\NoProcessor\\0", {"~MHz"}),
+            -1);
+  EXPECT_EQ(utl_registryNumber("HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0",
+                               {"absent", "absent too"}),
+            -1);
+}
+
+TEST(utl_hostInfo, DriverNameComesFromTheCommand) {
+  const struct {
+    const char *command, *name;
+  } cases[] = {
+      {"C:\\tools\\launcher.exe", "kst"},
+      {"/opt/bin/kst_driver", "kst_driver"},
+      {"/opt/bin/launcher2.exe", "launcher2"},
+      {"Launcher", "Launcher"},
+      {"kstrdb://server/launcher", "kstrdb://server/launcher"},
+  };
+  for (const auto& c : cases) {
+    ScopedEnvironment command("KES_COMMAND", c.command);
+    EXPECT_EQ(utl_getDriverName(), c.name) << c.command;
+  }
+}
+
+TEST(utl_hostInfo, DriverNameWithoutCommandThrows) {
+  ScopedEnvironment command("KES_COMMAND", nullptr);
+  EXPECT_THROW_TEXT(utl_getDriverName(), nex_TextException,
+                    "Failed to determine driver name");
+  try {
+    utl_getDriverName();
+    FAIL();
+  } catch (nex_TextException const& thrown) {
+    EXPECT_STREQ(thrown.SourceFile(), "utl/impl/utl_getDriverName");
+  }
+}
+
+TEST(utl_hostInfo, SleepsAndAnswersOne) {
+  EXPECT_EQ(utl_sleep(0), 1);
+  const auto before = std::chrono::steady_clock::now();
+  EXPECT_EQ(utl_sleep(30), 1);
+  EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(29));
+}
+
+TEST(utl_hostInfo, SocketLayerStartsAnyNumberOfTimes) {
+  utl_InitializeWinsock();
+  utl_InitializeWinsock();
+  EXPECT_NE(utl_getHostName(), "");
+}
+
+}  // namespace
