@@ -19,7 +19,9 @@
 ///     ...
 ///     utl_finalize(count);     // count is 0
 
-/// Starts the support libraries at the first call.
+/// Starts the support libraries and the socket layer at the first call. Then, if the
+/// environment variable KES_LEARNER is exactly "ON", this is the Learner Edition (see
+/// utl_Version).
 KSTUTL_EXPORT void utl_initialize(int& count);
 
 /// Ends, at the call that matches the first `utl_initialize`, the objects that exist once

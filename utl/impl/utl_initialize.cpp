@@ -1,5 +1,10 @@
 #include "utl/utl_initialize.h"
 
+#include <winsock2.h>
+
+#include <cstdlib>
+#include <string_view>
+
 #include "atr/atr_initialize.h"
 #include "cow/cow_initialize.h"
 #include "mem/mem_initialize.h"
@@ -10,7 +15,9 @@
 #include "thr/thr_initialize.h"
 #include "typ/typ_initialize.h"
 #include "utl/utl_CommandLine.h"
+#include "utl/utl_hostInfo.h"
 #include "utl/utl_IOTracker.h"
+#include "utl/utl_Version.h"
 
 namespace {
 
@@ -29,10 +36,21 @@ void StartLibraries(int count) {
   cow_initialize(count);
   nex_initialize(count);
   rgx_initialize(count);
+  utl_InitializeWinsock();
+}
+
+// Only the exact word creates the version object.
+void ApplyLearnerSwitch() {
+  const char* learner = std::getenv("KES_LEARNER");
+  if (learner != nullptr && std::string_view(learner) == "ON") {
+    omi_Singleton<utl_Version>::Instance().SetLearnerEdition();
+  }
 }
 
 void EndSingletons() {
+  omi_SingletonBase<utl_Version>::Finalize();
   thr_GlobalSingleton<utl_CommandLine>::Destroy();
+  WSACleanup();
   thr_GlobalSingleton<utl_IOTracker_Container>::Destroy();
 }
 
@@ -56,6 +74,7 @@ void utl_initialize(int& count) {
   }
   ++count;
   StartLibraries(count);
+  ApplyLearnerSwitch();
 }
 
 void utl_finalize(int& count) {
