@@ -1,0 +1,36 @@
+#pragma once
+
+#include "cow/cow_String.h"
+#include "KSTutl_export.h"
+
+/// Searches the directories that an environment variable lists, separated by ";", for a
+/// file. Stateless; nothing throws; resolving the candidates follows utl_FilePath, whose
+/// rules on threads hold.
+class KSTUTL_EXPORT utl_PathFinder {
+ public:
+  utl_PathFinder() = delete;
+
+  /// The first existing file `name` in `subDirectory` (may be "") of a directory listed
+  /// in `variable`, or "". With PATHS set to "Z:\a;Z:\b":
+  ///
+  ///     getSubDirPath("PATHS", "bin", "kst", true, true, false)    // Z:\b/bin/kst.exe
+  ///
+  /// - The parts are joined by "/", whatever the directory ends in: "dir/" gives
+  /// "dir//name";
+  ///   only a `name` that begins with "/" brings its own.
+  /// - `tryExe`: where the name does not exist, the name with ".exe" is tried; found, it
+  /// is
+  ///   returned with ".exe", or without when `withoutExe`.
+  /// - `mustBeReadable`: a candidate that exists and cannot be read ends the whole search
+  ///   with "", also when a later directory holds a readable one.
+  /// An unset or empty variable and an empty name give "". Empty list entries are
+  /// skipped.
+  static cow_String getSubDirPath(cow_String const& variable,
+                                  cow_String const& subDirectory, cow_String const& name,
+                                  bool mustBeReadable, bool tryExe, bool withoutExe);
+
+  /// getSubDirPath without subdirectory, the result with ".exe". The last flag is kept
+  /// for its callers and has no effect.
+  static cow_String getPath(cow_String const& variable, cow_String const& name,
+                            bool mustBeReadable, bool tryExe, bool extraFlag);
+};

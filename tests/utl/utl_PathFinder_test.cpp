@@ -1,0 +1,97 @@
+#include "utl/utl_PathFinder.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+#include "common/ScopedEnvironment.h"
+#include "common/TempDir.h"
+
+namespace {
+
+constexpr char kVariable[] = "KES_T_PATHS";
+
+class utl_PathFinder_ : public testing::Test {
+ protected:
+  utl_PathFinder_() {
+    for (const char* directory : {"a", "b", "b/bin"}) {
+      std::filesystem::create_directory(dir_.File(directory));
+    }
+    for (const char* file : {"b/tool", "b/prog.exe", "b/bin/deep", "a/both", "b/both"}) {
+      WriteWholeFile(dir_.File(file), "");
+    }
+  }
+
+  // A directory of the list as a user writes it.
+  std::string In(const char* name) const { return dir_.ShownPath() + "\\" + name; }
+
+  static std::string Found(const char* subDirectory, const char* name,
+                           bool readable = false, bool tryExe = false,
+                           bool withoutExe = false) {
+    return std::string(std::string_view(utl_PathFinder::getSubDirPath(
+        kVariable, subDirectory, name, readable, tryExe, withoutExe)));
+  }
+
+  TempDir dir_;
+};
+
+TEST_F(utl_PathFinder_, FindsTheFirstInTheOrderOfTheList) {
+  ScopedEnvironment list(kVariable, (In("a") + ";" + In("b")).c_str());
+  EXPECT_EQ(Found("", "tool"), In("b") + "/tool");
+  EXPECT_EQ(Found("", "both"), In("a") + "/both");
+  EXPECT_EQ(Found("bin", "deep"), In("b") + "/bin/deep");
+  EXPECT_EQ(Found("", "none"), "");
+}
+
+TEST_F(utl_PathFinder_, EmptyEntriesOfTheListAreSkipped) {
+  std::filesystem::current_path(dir_.File("b"));  // an empty entry is not this one
+  ScopedEnvironment list(kVariable, (";;" + In("a") + ";;;" + In("b") + ";").c_str());
+  EXPECT_EQ(Found("", "tool"), In("b") + "/tool");
+  EXPECT_EQ(Found("", "none"), "");
+  ScopedEnvironment onlySeparators(kVariable, ";;;");
+  EXPECT_EQ(Found("", "tool"), "");
+  std::filesystem::current_path(dir_.Path() + "/..");
+}
+
+TEST_F(utl_PathFinder_, UnsetOrEmptyVariableOrEmptyNameFindsNothing) {
+  ScopedEnvironment unset(kVariable, nullptr);
+  EXPECT_EQ(Found("", "tool"), "");
+  ScopedEnvironment empty(kVariable, "");
+  EXPECT_EQ(Found("", "tool"), "");
+  ScopedEnvironment list(kVariable, In("b").c_str());
+  EXPECT_EQ(Found("", ""), "");
+  EXPECT_EQ(Found("bin", ""), "");
+}
+
+TEST_F(utl_PathFinder_, JoinsWithSlashesWhateverTheDirectoryEndsIn) {
+  ScopedEnvironment list(kVariable, (In("b") + "/").c_str());
+  EXPECT_EQ(Found("", "tool"), In("b") + "//tool");
+  EXPECT_EQ(Found("", "/tool"), In("b") + "//tool");
+  ScopedEnvironment plain(kVariable, In("b").c_str());
+  EXPECT_EQ(Found("", "/tool"), In("b") + "/tool");
+  ScopedEnvironment backslash(kVariable, (In("b") + "\\").c_str());
+  EXPECT_EQ(Found("", "tool"), In("b") + "\\/tool");
+}
+
+TEST_F(utl_PathFinder_, TriesTheNameWithExe) {
+  ScopedEnvironment list(kVariable, (In("a") + ";" + In("b")).c_str());
+  EXPECT_EQ(Found("", "prog"), "");
+  EXPECT_EQ(Found("", "prog", true, true), In("b") + "/prog.exe");
+  EXPECT_EQ(Found("", "prog", true, true, true), In("b") + "/prog");
+  EXPECT_EQ(Found("", "tool", true, true, true), In("b") + "/tool");
+  EXPECT_EQ(Found("", "prog.exe", true, true, true), In("b") + "/prog.exe");
+}
+
+TEST_F(utl_PathFinder_, GetPathIgnoresItsLastFlag) {
+  ScopedEnvironment list(kVariable, In("b").c_str());
+  for (bool extra : {false, true}) {
+    EXPECT_EQ(utl_PathFinder::getPath(kVariable, "prog", true, true, extra),
+              cow_String(In("b") + "/prog.exe"));
+    EXPECT_EQ(utl_PathFinder::getPath(kVariable, "tool", false, false, extra),
+              cow_String(In("b") + "/tool"));
+    EXPECT_EQ(utl_PathFinder::getPath(kVariable, "none", false, true, extra), "");
+  }
+}
+
+}  // namespace

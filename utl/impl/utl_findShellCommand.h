@@ -1,0 +1,25 @@
+#pragma once
+
+#include <initializer_list>
+
+#include "cow/cow_String.h"
+#include "KSTutl_export.h"
+
+/// What to look for where the platform is not Windows, and how to fail.
+struct utl_ShellSearch {
+  const char* windowsCommand;
+  std::initializer_list<const char*> commands;
+  std::initializer_list<const char*> directories;
+  const char* failureText;
+  const char* sourceFile;
+  int sourceLine;
+};
+
+/// The command for the platform of this name. Internal; exported for the tests, which
+/// name platforms other than the one that utl_getPlatform always answers.
+KSTUTL_EXPORT cow_String utl_findShellCommand(cow_String const& platform,
+                                              utl_ShellSearch const& search);
+
+/// The searches of remoteShellCommand and secureShellCommand.
+KSTUTL_EXPORT cow_String utl_remoteShellCommandOn(cow_String const& platform);
+KSTUTL_EXPORT cow_String utl_secureShellCommandOn(cow_String const& platform);

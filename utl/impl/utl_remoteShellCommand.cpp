@@ -1,0 +1,23 @@
+#include "utl/impl/utl_findShellCommand.h"
+#include "utl/utl_hostInfo.h"
+#include "utl/utl_shellCommand.h"
+
+namespace {
+
+// The line that the exception reports, whatever line this file has it on.
+constexpr int kFailureLine = 44;
+
+}  // namespace
+
+cow_String utl_remoteShellCommandOn(cow_String const& platform) {
+  return utl_findShellCommand(platform, {"rsh",
+                                         {"remsh", "rsh"},
+                                         {"/usr/bin", "usr/bsd", "usr/net", "usr/ucb"},
+                                         "Cannot find remote shell command",
+                                         "utl/impl/utl_remoteShellCommand",
+                                         kFailureLine});
+}
+
+cow_String remoteShellCommand() {
+  return utl_remoteShellCommandOn(utl_getPlatform());
+}

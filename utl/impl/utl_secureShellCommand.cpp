@@ -1,0 +1,23 @@
+#include "utl/impl/utl_findShellCommand.h"
+#include "utl/utl_hostInfo.h"
+#include "utl/utl_shellCommand.h"
+
+namespace {
+
+// The line that the exception reports, whatever line this file has it on.
+constexpr int kFailureLine = 42;
+
+}  // namespace
+
+cow_String utl_secureShellCommandOn(cow_String const& platform) {
+  return utl_findShellCommand(platform, {"ssh",
+                                         {"ssh"},
+                                         {"/usr/bin"},
+                                         "Cannot find secure shell command",
+                                         "utl/impl/utl_secureShellCommand",
+                                         kFailureLine});
+}
+
+cow_String secureShellCommand() {
+  return utl_secureShellCommandOn(utl_getPlatform());
+}
