@@ -1,0 +1,81 @@
+#include "utl/utl_JobFileName.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "common/ExpectThrow.h"
+#include "common/ScopedEnvironment.h"
+#include "common/TempDir.h"
+#include "utl/utl_CommandLine.h"
+#include "utl/utl_CommandLineLoader.h"
+
+namespace {
+
+class utl_JobFileName_ : public testing::Test {
+ protected:
+  utl_JobFileName_() : earlier_(std::filesystem::current_path()) {
+    std::filesystem::current_path(dir_.Path());
+  }
+  ~utl_JobFileName_() override {
+    std::filesystem::current_path(earlier_);
+    thr_GlobalSingleton<utl_CommandLine>::Destroy();
+  }
+
+  static void Load(std::vector<std::string> arguments) {
+    thr_GlobalSingleton<utl_CommandLine>::Destroy();
+    std::vector<char*> argv;
+    for (std::string& argument : arguments) argv.push_back(argument.data());
+    utl_CommandLineLoader::SetArgs(static_cast<int>(argv.size()), argv.data());
+  }
+  static std::string Name(const char* suffix) {
+    return std::string(std::string_view(utl_JobFileName(suffix)));
+  }
+
+  TempDir dir_;
+  std::filesystem::path earlier_;
+  ScopedEnvironment auxiliary_{"SUPAUXNAME", nullptr};
+};
+
+TEST_F(utl_JobFileName_, IsTheJobInTheCurrentDirectory) {
+  Load({"prog", "-job", "beam"});
+  EXPECT_EQ(Name(".dat"), dir_.ShownPath() + "\\beam.dat");
+  EXPECT_EQ(Name("_2"), dir_.ShownPath() + "\\beam_2");
+  EXPECT_EQ(Name(""), dir_.ShownPath() + "\\beam");
+}
+
+TEST_F(utl_JobFileName_, IsInTheOutputDirectory) {
+  Load({"prog", "-job", "beam", "-outdir", "D:\\out"});
+  EXPECT_EQ(Name(".dat"), "D:\\out\\beam.dat");
+  Load({"prog", "-job", "E:\\jobs\\beam", "-outdir", "D:\\out"});
+  EXPECT_EQ(Name(".dat"), "E:\\jobs\\beam.dat");
+  Load({"prog", "-job", "beam", "-outdir", "rel"});
+  EXPECT_EQ(Name(".dat"), dir_.ShownPath() + "\\beam.dat");
+  Load({"prog", "-job", "beam", "-outdir"});
+  EXPECT_EQ(Name(".dat"), dir_.ShownPath() + "\\beam.dat");
+}
+
+TEST_F(utl_JobFileName_, AuxiliaryNameGoesBeforeTheJob) {
+  Load({"prog", "-job", "beam"});
+  ScopedEnvironment aux("SUPAUXNAME", "aux");
+  EXPECT_EQ(Name(".msg"), dir_.ShownPath() + "\\aux.msg");
+  ScopedEnvironment blank("SUPAUXNAME", " x");
+  EXPECT_EQ(Name(".msg"), dir_.ShownPath() + "\\beam.msg");
+}
+
+TEST_F(utl_JobFileName_, EnvironmentReferencesAreExpanded) {
+  ScopedEnvironment out("KES_T_OUT", "D:\\out");
+  ScopedEnvironment name("KES_T_NAME", "beam");
+  Load({"prog", "-job", "%KES_T_NAME%", "-outdir", "$KES_T_OUT"});
+  EXPECT_EQ(Name(".dat"), "D:\\out\\beam.dat");
+}
+
+TEST_F(utl_JobFileName_, WithoutAnyNameThrows) {
+  Load({"prog"});
+  EXPECT_THROW_TEXT(utl_JobFileName(".dat"), utl_MissingCmdLineArgException,
+                    "Command line argument job is required.");
+}
+
+}  // namespace

@@ -1,0 +1,16 @@
+#include "utl/utl_JobFileName.h"
+
+#include <cstdlib>
+
+#include "utl/utl_CommandLine.h"
+#include "utl/utl_FilePath.h"
+
+cow_String utl_JobFileName(cow_String suffix) {
+  utl_CommandLine& commandLine = thr_GlobalSingleton<utl_CommandLine>::Instance();
+  const char* auxiliary = std::getenv("SUPAUXNAME");
+  const bool isAuxiliary = auxiliary != nullptr && auxiliary[0] != ' ';
+  const cow_String name =
+      isAuxiliary ? cow_String(auxiliary) : commandLine.ConstGetValue("job");
+  return utl_FilePath(name + suffix, commandLine.ConstGetValue("outdir", ""))
+      .AbsolutePathName();
+}
