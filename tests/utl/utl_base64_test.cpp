@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 
+#include "common/ExceptionContract.h"
 #include "common/ExpectThrow.h"
 #include "utl/impl/utl_base64_codec.h"
 
@@ -463,10 +464,8 @@ TEST(Base64Test, ErrorsNameTheirSource) {
   }
 }
 
-TEST(Base64Test, ErrorIsCopiedAndRaisedAsItsOwnClass) {
-  const utl_Base64CodecError error("text");
-  const utl_Base64CodecError copy(error);
-  EXPECT_THROW_TEXT(copy.Propagate(), utl_Base64CodecError, "text");
+TEST(Base64Test, ErrorKeepsTheContractOfTheLibrary) {
+  ExpectExceptionContract(utl_Base64CodecError("text"), "text");
 }
 
 }  // namespace

@@ -1,0 +1,28 @@
+#pragma once
+
+/// A pipe in descriptors of the C run time, closed at the end.
+class Pipe {
+ public:
+  /// Throws std::runtime_error when there is none to be had.
+  Pipe();
+  ~Pipe();
+  Pipe(const Pipe&) = delete;
+  Pipe& operator=(const Pipe&) = delete;
+
+  int Reader() const { return ends_[0]; }
+  int Writer() const { return ends_[1]; }
+  void CloseWriter();
+
+ private:
+  int ends_[2];
+};
+
+/// While it lives, blocking calls of the calling process are interrupted again and again,
+/// on systems that know such a thing.
+class Interruptions {
+ public:
+  Interruptions();
+  ~Interruptions();
+  Interruptions(const Interruptions&) = delete;
+  Interruptions& operator=(const Interruptions&) = delete;
+};
