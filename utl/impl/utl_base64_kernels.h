@@ -4,23 +4,22 @@
 
 #include <array>
 #include <cstddef>
-#include <cstdint>
 #include <string_view>
 
 inline constexpr std::string_view kBase64Alphabet =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+!";
 
 // What a byte that is not of the alphabet means to the decoder.
-inline constexpr std::int8_t kBase64End = -1;
-inline constexpr std::int8_t kBase64Padding = -2;
-inline constexpr std::int8_t kBase64Invalid = -3;
+inline constexpr int kBase64End = -1;
+inline constexpr int kBase64Padding = -2;
+inline constexpr int kBase64Invalid = -3;
 
 /// The value 0 to 63 of each byte, or one of the meanings above.
 inline constexpr auto kBase64Values = [] {
-  std::array<std::int8_t, 256> values{};
+  std::array<int, 256> values{};
   values.fill(kBase64Invalid);
   for (std::size_t i = 0; i < kBase64Alphabet.size(); ++i) {
-    values[static_cast<unsigned char>(kBase64Alphabet[i])] = static_cast<std::int8_t>(i);
+    values[static_cast<unsigned char>(kBase64Alphabet[i])] = static_cast<int>(i);
   }
   values['\0'] = kBase64End;
   values['='] = kBase64Padding;

@@ -1,3 +1,4 @@
+#include <cstdint>
 #include <cstring>
 
 #include "utl/impl/utl_base64_kernels.h"
