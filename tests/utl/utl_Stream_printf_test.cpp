@@ -34,8 +34,14 @@ class Printer {
 
 using Buffer = std::array<char, 200>;
 
-// The four rows; an empty precision is what the third is about. A left-justified field
-// is made in a second step: one run time's %g forgets the blanks behind whole numbers.
+// Whether the run time's %g pads whole numbers at all. One forgets the blanks.
+bool PadsWholeNumbers() {
+  Buffer buffer;
+  std::snprintf(buffer.data(), buffer.size(), "%*.*g", 8, 13, 100000.0);
+  return std::string("  100000") == buffer.data();
+}
+
+// The four rows; an empty precision is what the third is about.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat"
 void FormatRow(Buffer& buffer, double value, int width, int precision) {
@@ -53,11 +59,14 @@ void FormatRow(Buffer& buffer, double value, int width, int precision) {
 #pragma GCC diagnostic pop
 
 void Format(Buffer& buffer, double value, int width, int precision) {
-  FormatRow(buffer, value, width < 0 ? 1 : width, precision);
-  if (width < 0) {
-    const Buffer number = buffer;
-    std::snprintf(buffer.data(), buffer.size(), "%*s", width, number.data());
+  static const bool whole = PadsWholeNumbers();
+  if (whole || width == 0) {
+    FormatRow(buffer, value, width, precision);
+    return;
   }
+  FormatRow(buffer, value, 1, precision);  // no field to speak of, but the row
+  const Buffer number = buffer;
+  std::snprintf(buffer.data(), buffer.size(), "%*s", width, number.data());
 }
 
 // The rules for points and exponents, on a string of its own.
