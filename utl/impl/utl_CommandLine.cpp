@@ -156,8 +156,8 @@ void utl_CommandLine::SetArgs(int argc, char** argv) {
 }
 
 void utl_CommandLine::SetArgsList(cow_1DArrayList<cow_String> args) {
-  arguments_ = args;
-  Classify(args, 0);
+  arguments_ = std::move(args);
+  Classify(arguments_, 0);
   ApplyErrorOption();
 }
 
