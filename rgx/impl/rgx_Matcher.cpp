@@ -83,7 +83,7 @@ class rgx_CompiledPattern {
   const pcre2_code* Get() const noexcept { return code_.get(); }
 
   // The text that the pattern stands for when no character in it has a special meaning;
-  // empty for other patterns. Searching for it takes a tenth of the time.
+  // empty for other patterns. Finding it directly halves the time of a split.
   const std::string& Literal() const noexcept { return literal_; }
 
   // "(*LIMIT_HEAP=n)": such a pattern must not find memory that is there already.
