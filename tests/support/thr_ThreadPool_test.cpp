@@ -51,17 +51,23 @@ TEST(thr_ThreadPool, OneThreadRunsTasksInOrder) {
 TEST(thr_ThreadPool, TwoThreadsRunTwoTasksAtOnce) {
   std::promise<void> first;
   std::promise<void> second;
+  const std::shared_future<void> firstRuns = first.get_future().share();
+  const std::shared_future<void> secondRuns = second.get_future().share();
   thr_ThreadPool pool;
   pool.AddThreads(1, 2);
   // Each task waits for the other; one thread alone would never end.
-  pool.RunTask(Task([&] {
+  pool.RunTask(Task([&first, secondRuns] {
     first.set_value();
-    second.get_future().wait();
+    secondRuns.wait();
   }));
-  pool.RunTask(Task([&] {
+  pool.RunTask(Task([&second, firstRuns] {
     second.set_value();
-    first.get_future().wait();
+    firstRuns.wait();
   }));
+  // The pool's end would drop a task that has not begun, and the other one would wait for
+  // it without end.
+  firstRuns.wait();
+  secondRuns.wait();
 }
 
 TEST(thr_ThreadPool, TaskWithoutThreadsWaitsForOne) {
@@ -120,13 +126,13 @@ TEST(thr_ThreadPool, NoThreadsWantedAddsNone) {
 TEST(thr_ThreadPool, ProcessEndsWhileATaskRuns) {
   static auto* const pool = new thr_ThreadPool;
   static auto* const never = new std::promise<void>;
-  std::promise<void> begun;
+  static auto* const begun = new std::promise<void>;
   pool->AddThreads(2, 2);
-  pool->RunTask(Task([&] {
-    begun.set_value();
+  pool->RunTask(Task([] {
+    begun->set_value();
     never->get_future().wait();
   }));
-  begun.get_future().wait();
+  begun->get_future().wait();
 }
 
 }  // namespace

@@ -91,7 +91,7 @@ TEST_F(thr_ThreadSingletonTest, LastObjectFreesTheSlot) {
 }
 
 TEST_F(thr_ThreadSingletonTest, ThreadsThatComeAndGo) {
-  constexpr int kRounds = 100;
+  constexpr int kRounds = 25;
   constexpr int kThreads = 8;
   for (int round = 0; round < kRounds; ++round) {
     std::vector<std::thread> threads;
