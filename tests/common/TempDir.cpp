@@ -20,9 +20,10 @@ TempDir::TempDir() {
 TempDir::~TempDir() {
   // Windows removes no read-only file.
   std::error_code ignored;
-  for (const auto& entry : fs::recursive_directory_iterator(path_, ignored)) {
-    if (!entry.is_symlink(ignored)) {
-      fs::permissions(entry.path(), fs::perms::owner_write, fs::perm_options::add,
+  for (fs::recursive_directory_iterator entry(path_, ignored), end; entry != end;
+       entry.increment(ignored)) {
+    if (!entry->is_symlink(ignored)) {
+      fs::permissions(entry->path(), fs::perms::owner_write, fs::perm_options::add,
                       ignored);
     }
   }
