@@ -46,9 +46,10 @@ DWORD AbsentDriveCode(std::string_view behindDrive) {
   return inRoot ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND;
 }
 
+// "" when it has been removed.
 std::string CurrentDirectory() {
   const std::unique_ptr<char, void (*)(void*)> directory(getcwd(nullptr, 0), free);
-  return directory ? directory.get() : "/";
+  return directory ? directory.get() : "";
 }
 
 void AddComponent(std::vector<std::string_view>& components, std::string_view component,
@@ -135,7 +136,11 @@ DWORD Resolve(const char* name, Path& result) {
     if (absent) return AbsentDriveCode(rest);
   }
   std::string whole;
-  if (rest.empty() || !IsSeparator(rest[0])) whole = CurrentDirectory() + "/";
+  if (rest.empty() || !IsSeparator(rest[0])) {
+    whole = CurrentDirectory();
+    if (whole.empty()) return ERROR_PATH_NOT_FOUND;
+    whole += '/';
+  }
   whole += rest;
   const std::vector<std::string_view> components = Components(whole);
   result.path = Join(components);

@@ -2,6 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
+#include <string>
+#include <system_error>
+
 #include "common/ChildProcess.h"
 #include "common/OtherUser.h"
 #include "platform/PlatformTest.h"
@@ -208,6 +212,27 @@ TEST_F(CreateFileTest, PermissionIsNeeded) {
   AllowCreation(dir_.Path());
   if (result == 2) GTEST_SKIP() << "no other user than root to be had on this target";
   EXPECT_EQ(result, 0);
+}
+
+TEST_CHILD(createInCurrentDirectory) {
+  std::filesystem::current_path(argv[1]);
+  ChildWriteLine("there");
+  ChildReadLine();
+  ChildWriteLine(std::to_string(OpenCode("kst_m", GENERIC_WRITE, 0, CREATE_ALWAYS)));
+  return 0;
+}
+
+// Where the current directory cannot be removed, the file lies in it; never elsewhere.
+TEST_F(CreateFileTest, InACurrentDirectoryThatWasRemoved) {
+  std::filesystem::create_directory(Name("gone"));
+  ChildProcess child = ChildProcess::Start("createInCurrentDirectory", {Name("gone")});
+  ASSERT_EQ(child.ReadLine(), "there");
+  std::error_code refused;
+  const bool removed = std::filesystem::remove(Name("gone"), refused);
+  child.WriteLine("go on");
+  EXPECT_EQ(child.ReadLine(), std::to_string(removed ? ERROR_PATH_NOT_FOUND : 0));
+  EXPECT_EQ(FileExists(Name("gone") + "/kst_m"), !removed);
+  EXPECT_EQ(child.Wait(), 0);
 }
 
 TEST_F(CreateFileTest, FilesThatNobodyMayWrite) {
