@@ -2,7 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include "rgx/rgx_ReCompileCache.h"
+#include "thr/thr_ThreadPool.h"
+#include "typ/typ_DebugFlags.h"
+#include "utl/utl_CommandLine.h"
 #include "utl/utl_IOTracker.h"
+#include "utl/utl_Version.h"
 
 namespace {
 
@@ -35,6 +40,22 @@ TEST(utl_initialize, TheLastEndTakesTheLibraryDown) {
   EXPECT_NE(Holder::Look(), nullptr);
   utl_finalize(count);
   EXPECT_EQ(Holder::Look(), nullptr);
+}
+
+TEST(utl_initialize, TheEndReachesEveryObjectAndLibrary) {
+  int count = 0;
+  utl_initialize(count);
+  omi_Singleton<utl_Version>::Instance();
+  thr_GlobalSingleton<utl_CommandLine>::Instance();
+  thr_GlobalSingleton<thr_ThreadPool>::Instance();
+  thr_ThreadSingleton<rgx_ReCompileCache>::Instance();
+  typ_DebugFlags::SetDebugFlags("utl", 3);
+  utl_finalize(count);
+  EXPECT_EQ(omi_Singleton<utl_Version>::Look(), nullptr);
+  EXPECT_EQ(thr_GlobalSingleton<utl_CommandLine>::Look(), nullptr);
+  EXPECT_EQ(thr_GlobalSingleton<thr_ThreadPool>::Look(), nullptr);
+  EXPECT_EQ(thr_ThreadSingleton<rgx_ReCompileCache>::Look(), nullptr);
+  EXPECT_EQ(typ_DebugFlags::Level("utl"), 0);
 }
 
 TEST(utl_initialize, ObjectsThatWereNeverMadeAreSkipped) {
