@@ -41,6 +41,7 @@ constexpr Message kMessages[] = {
     {112, "Disk full."},
     {122, "Insufficient buffer."},
     {123, "Invalid name."},
+    {126, "Module not found."},
     {131, "Negative seek."},
     {145, "Directory is not empty."},
     {183, "File already exists."},

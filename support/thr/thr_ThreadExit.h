@@ -8,7 +8,8 @@
 ///
 /// It hangs on an operating-system slot whose callback runs at the end of every thread,
 /// because a library whose attach and detach notifications are switched off can rely on
-/// no other sign. The slot is never given back.
+/// no other sign. The slot is never given back, and from the first registration on the
+/// library stays loaded until the process ends.
 ///
 /// The clean-ups of a thread that ends the whole process need not run.
 ///

@@ -10,3 +10,16 @@ set_target_properties(second_library PROPERTIES
 target_include_directories(second_library PUBLIC "${CMAKE_CURRENT_BINARY_DIR}/include")
 target_link_libraries(second_library PUBLIC KSTutl::KSTutl)
 target_link_libraries(${program} PRIVATE second_library)
+
+# A process that does not link the library, but loads it and lets go of it.
+set(dynamic_library ${common_sources})
+list(FILTER dynamic_library INCLUDE REGEX "/DynamicLibrary\\.cpp$")
+add_executable(unload_client support/unload/unload_client.cpp ${dynamic_library})
+kstutl_compile_options(unload_client)
+target_include_directories(unload_client PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}")
+target_link_libraries(unload_client PRIVATE ${CMAKE_DL_LIBS} Threads::Threads)
+add_dependencies(unload_client KSTutl)
+add_test(NAME thr_ThreadExit.OutlivesTheUnloadingOfTheLibrary
+  COMMAND unload_client "$<TARGET_FILE:KSTutl>")
+set_tests_properties(thr_ThreadExit.OutlivesTheUnloadingOfTheLibrary PROPERTIES
+  TIMEOUT 60 LABELS support ${KSTUTL_TEST_PROPERTIES})

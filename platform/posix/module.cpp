@@ -1,0 +1,20 @@
+// The modules of the process.
+//
+// Not emulated: finding a module by its name, and a handle that is not pinned; both
+// flags are taken as given.
+
+#include <dlfcn.h>
+
+#include "posix_error.h"
+
+using namespace posix;
+
+BOOL GetModuleHandleExA(DWORD, LPCSTR name, HMODULE* module) {
+  Dl_info found = {};
+  void* const kept =
+      dladdr(name, &found) != 0
+          ? dlopen(found.dli_fname, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE)
+          : nullptr;
+  *module = static_cast<HMODULE>(kept);
+  return kept != nullptr ? TRUE : Fail(ERROR_MOD_NOT_FOUND);
+}

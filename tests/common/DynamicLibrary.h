@@ -1,0 +1,20 @@
+#pragma once
+
+/// A shared library that is loaded while the program runs.
+class DynamicLibrary {
+ public:
+  using AnyFunction = void (*)();
+
+  explicit DynamicLibrary(const char* path);
+  DynamicLibrary(const DynamicLibrary&) = delete;
+  DynamicLibrary& operator=(const DynamicLibrary&) = delete;
+
+  /// The function of that (mangled) name; null when the library was not loaded or has
+  /// none.
+  AnyFunction Function(const char* name) const;
+  /// Gives the library back to the system; its functions must not be called any more.
+  void Unload();
+
+ private:
+  void* module_;
+};
