@@ -54,6 +54,7 @@ class KSTUTL_EXPORT thr_ThreadPool {
 
   /// Takes over a task and runs it as soon as a thread is free. Without threads it waits
   /// for `AddThreads`. The task is destroyed on the pool's thread when it has run.
+  /// REQUIRES: `task` is not null.
   void RunTask(std::unique_ptr<thr_Task> task);
 
  private:
