@@ -16,7 +16,8 @@ class utl_SectionDirectory;
 /// docs/multisection-file.md; a file is at most 2,147,483,647 bytes long.
 ///
 /// Threads: one object is used by one thread at a time. Processes: writers exclude each
-/// other (see the constructor), readers take no lock and look at none.
+/// other (see the constructor), readers take no lock and look at none: one that reads
+/// while a writer saves may find the file cut short or damaged.
 ///
 ///     utl_MultisectionFile file("job.kdb", utl_FileAccessUpdate);
 ///     if (file.hasSection("title")) {

@@ -1,5 +1,6 @@
 #include "utl/MultisectionImage.h"
 
+#include <algorithm>
 #include <array>
 
 namespace {
@@ -17,7 +18,8 @@ std::array<std::uint32_t, 256> ChecksumTable() {
   return table;
 }
 
-/// Cuts pieces off the front of a text; once one was too short, all fail.
+/// Cuts pieces off the front of a text; once one was too short, or not what was expected,
+/// all fail.
 class Cutter {
  public:
   explicit Cutter(const std::string& bytes) : bytes_(bytes) {}
@@ -43,6 +45,7 @@ class Cutter {
     return static_cast<std::int32_t>(value);
   }
 
+  void Expect(bool condition) { ok_ = ok_ && condition; }
   bool Ok() const { return ok_; }
   bool AtEnd() const { return ok_ && at_ == bytes_.size(); }
 
@@ -57,6 +60,20 @@ struct Entry {
   std::int64_t length;
   std::uint32_t checksum;
 };
+
+// The entries as far as they are there; `cutter` tells whether all are.
+std::vector<Entry> CutDirectory(Cutter& cutter) {
+  std::vector<Entry> entries;
+  cutter.Expect(cutter.Bytes(4) == kTag && cutter.Int() == 1);
+  const std::int64_t count = cutter.Int();
+  for (std::int64_t i = 0; i < count && cutter.Ok(); ++i) {
+    Entry& entry = entries.emplace_back();
+    entry.name = cutter.Bytes(cutter.Int());
+    entry.length = cutter.Int();
+    entry.checksum = static_cast<std::uint32_t>(cutter.Int());
+  }
+  return entries;
+}
 
 }  // namespace
 
@@ -100,23 +117,20 @@ std::string BuildImage(const Image& sections) {
 
 std::optional<Image> ParseImage(const std::string& bytes) {
   Cutter cutter(bytes);
-  if (cutter.Bytes(4) != kTag || cutter.Int() != 1) {
-    return std::nullopt;
-  }
-  const std::int64_t count = cutter.Int();
-  std::vector<Entry> entries;
-  for (std::int64_t i = 0; i < count && cutter.Ok(); ++i) {
-    Entry& entry = entries.emplace_back();
-    entry.name = cutter.Bytes(cutter.Int());
-    entry.length = cutter.Int();
-    entry.checksum = static_cast<std::uint32_t>(cutter.Int());
-  }
   Image sections;
-  for (const Entry& entry : entries) {
+  for (const Entry& entry : CutDirectory(cutter)) {
     sections.push_back({entry.name, cutter.Bytes(entry.length)});
     if (!cutter.Ok() || ImageChecksum(sections.back().data) != entry.checksum) {
       return std::nullopt;
     }
   }
   return cutter.AtEnd() ? std::optional(sections) : std::nullopt;
+}
+
+bool IsWholeImage(const std::string& bytes) {
+  Cutter cutter(bytes);
+  for (const Entry& entry : CutDirectory(cutter)) {
+    cutter.Bytes(std::max<std::int64_t>(entry.length, 0));
+  }
+  return cutter.AtEnd();
 }

@@ -23,6 +23,9 @@ std::string BuildImage(const Image& sections);
 /// The sections of a complete file; nothing when a byte is missing, left over or damaged.
 std::optional<Image> ParseImage(const std::string& bytes);
 
+/// Whether the directory and as many bytes as it promises are there, right or wrong.
+bool IsWholeImage(const std::string& bytes);
+
 /// The parts BuildImage is made of, for files that are wrong in one place.
 std::string ImageInt(std::int64_t value);
 std::string ImageHeader(std::int64_t count);

@@ -141,8 +141,8 @@ Killed KillWhileSaving(const std::string& file, std::mt19937& random, bool inCop
 }
 
 // Recovery by the format page, without the library: the file if it is complete, else
-// the temporary file; both leftovers go. What the file holds then.
-std::optional<Image> Recovered(const std::string& file) {
+// the temporary file if it is whole; both leftovers go. The file's bytes then.
+std::string Recover(const std::string& file) {
   namespace fs = std::filesystem;
   fs::path temporary;
   for (const auto& entry : fs::directory_iterator(fs::path(file).parent_path())) {
@@ -150,17 +150,15 @@ std::optional<Image> Recovered(const std::string& file) {
       temporary = entry.path();
     }
   }
-  std::optional<Image> image = ParseImage(ReadWholeFile(file));
-  if (!image && !temporary.empty()) {
+  if (!ParseImage(ReadWholeFile(file)) && !temporary.empty()) {
     const std::string bytes = ReadWholeFile(temporary.string());
-    image = ParseImage(bytes);
-    if (image) {
+    if (IsWholeImage(bytes)) {
       WriteWholeFile(file, bytes);
     }
   }
   fs::remove(temporary);
   fs::remove(file + ".lock");
-  return image;
+  return ReadWholeFile(file);
 }
 
 // A few bytes; the sizes of numbers 0 and 4 are the same.
@@ -169,28 +167,54 @@ Image Small(int number) {
           {"data", std::string(static_cast<std::size_t>(1 + number * 7 % 4), 'x')}};
 }
 
-// The states that a save goes through, made by hand.
+// Makes the states that a save from `old` to `fresh` goes through, and recovers from
+// each. Those in which the file is still the old one count as not saved if `old` is
+// complete.
+void ExpectRecoveryFromEveryStage(const std::string& file, const std::string& old,
+                                  const std::string& fresh) {
+  const std::string temporary = file + ".4711.tmp";
+  for (std::size_t written = 0; written < fresh.size(); ++written) {
+    WriteWholeFile(file, old);
+    WriteWholeFile(temporary, fresh.substr(0, written));
+    EXPECT_EQ(old, Recover(file)) << written << " written";
+  }
+  std::string resized = old;
+  resized.resize(fresh.size());
+  for (std::size_t copied = 0; copied <= fresh.size(); ++copied) {
+    const std::string stage = fresh.substr(0, copied) + resized.substr(copied);
+    WriteWholeFile(file, stage);
+    WriteWholeFile(temporary, fresh);
+    EXPECT_EQ(stage == old && ParseImage(old) ? old : fresh, Recover(file))
+        << copied << " copied";
+  }
+}
+
 TEST_F(MultisectionProcessTest, RecoveryFromEveryStageOfASave) {
-  const std::string old = BuildImage(Small(0));
-  const std::string temporary = file_ + ".4711.tmp";
   for (int number = 1; number <= 4; ++number) {
-    const std::string fresh = BuildImage(Small(number));
-    for (std::size_t written = 0; written < fresh.size(); ++written) {
-      WriteWholeFile(file_, old);
-      WriteWholeFile(temporary, fresh.substr(0, written));
-      EXPECT_EQ(Small(0), Recovered(file_)) << number << ": " << written << " written";
-    }
-    std::string resized = old;
-    resized.resize(fresh.size());
-    for (std::size_t copied = 0; copied <= fresh.size(); ++copied) {
-      const std::string file = fresh.substr(0, copied) + resized.substr(copied);
-      WriteWholeFile(file_, file);
-      WriteWholeFile(temporary, fresh);
-      EXPECT_EQ(file == old ? Small(0) : Small(number), Recovered(file_))
-          << number << ": " << copied << " copied";
-    }
+    SCOPED_TRACE(number);
+    ExpectRecoveryFromEveryStage(file_, BuildImage(Small(0)), BuildImage(Small(number)));
   }
   EXPECT_EQ("", OtherFiles());
+}
+
+// A save carries damage along, so neither file is ever complete.
+TEST_F(MultisectionProcessTest, RecoveryOfAFileThatWasDamagedBeforeTheSave) {
+  const auto damaged = [](const std::string& data) {
+    std::string bytes = BuildImage({{"damaged", "abc"}, {"set", data}});
+    bytes[bytes.size() - data.size() - 1] = 'X';
+    return bytes;
+  };
+  for (const char* data : {"new", "longer", ""}) {
+    SCOPED_TRACE(data);
+    ExpectRecoveryFromEveryStage(file_, damaged("old"), damaged(data));
+  }
+}
+
+// The same with a negative length.
+TEST_F(MultisectionProcessTest, RecoveryOfAFileWithANegativeLength) {
+  const std::string entry = ImageInt(1) + "a" + ImageInt(-2) + ImageInt(0);
+  ExpectRecoveryFromEveryStage(file_, ImageHeader(1) + entry,
+                               ImageHeader(2) + entry + ImageEntry({"b", "22"}) + "22");
 }
 
 TEST_F(MultisectionProcessTest, KilledSaveLeavesTheOldOrTheNewFileOrACompleteCopy) {
@@ -200,7 +224,7 @@ TEST_F(MultisectionProcessTest, KilledSaveLeavesTheOldOrTheNewFileOrACompleteCop
     SCOPED_TRACE("round " + std::to_string(round));
     WriteImage(Generation(0));
     const Killed killed = KillWhileSaving(file_, random, round % 2 != 0);
-    const std::optional<Image> found = Recovered(file_);
+    const std::optional<Image> found = ParseImage(Recover(file_));
     ASSERT_TRUE(found == Generation(killed.old) || found == Generation(killed.fresh))
         << (found ? found->front().data : "nothing") << " found, old " << killed.old
         << ", new " << killed.fresh;
