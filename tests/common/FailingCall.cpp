@@ -1,6 +1,7 @@
 #include "common/FailingCall.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -14,6 +15,7 @@ struct Plan {
 Plan plan;
 constexpr DWORD kNoLimit = 0xFFFFFFFF;
 DWORD writeLimit = kNoLimit;
+std::function<void(DWORD)> insteadOfSleep;
 CreateFileArguments lastCreateFile;
 
 }  // namespace
@@ -40,6 +42,15 @@ ShortWrites::~ShortWrites() {
   writeLimit = kNoLimit;
 }
 
+InsteadOfSleep::InsteadOfSleep(std::function<void(DWORD)> action) {
+  redirection::Install();
+  insteadOfSleep = std::move(action);
+}
+
+InsteadOfSleep::~InsteadOfSleep() {
+  insteadOfSleep = nullptr;
+}
+
 WatchedCreateFile::WatchedCreateFile() {
   redirection::Install();
 }
@@ -59,6 +70,14 @@ bool redirection::Fails(SystemCall call) {
 
 DWORD redirection::WriteLimit(DWORD count) {
   return std::min(count, writeLimit);
+}
+
+bool redirection::ReplaceSleep(DWORD milliseconds) {
+  if (!insteadOfSleep) {
+    return false;
+  }
+  insteadOfSleep(milliseconds);
+  return true;
 }
 
 void redirection::Record(const CreateFileArguments& arguments) {

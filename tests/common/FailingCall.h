@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <functional>
+
 /// The calls of the library to the system that a test can watch and make fail.
 enum class SystemCall {
   kCloseHandle,
@@ -43,6 +45,16 @@ class ShortWrites {
   ShortWrites& operator=(const ShortWrites&) = delete;
 };
 
+/// While it lives, a pause of the library ends at once, after a call of `action` with its
+/// milliseconds. One object at a time.
+class InsteadOfSleep {
+ public:
+  explicit InsteadOfSleep(std::function<void(DWORD)> action);
+  ~InsteadOfSleep();
+  InsteadOfSleep(const InsteadOfSleep&) = delete;
+  InsteadOfSleep& operator=(const InsteadOfSleep&) = delete;
+};
+
 /// What the library handed to its last CreateFileA.
 struct CreateFileArguments {
   DWORD access;
@@ -68,6 +80,8 @@ void Install();
 /// Counts a call; true, with the last error set, for the one that is to fail.
 bool Fails(SystemCall call);
 DWORD WriteLimit(DWORD count);
+/// Does what replaces a pause; false when it is to be made.
+bool ReplaceSleep(DWORD milliseconds);
 void Record(const CreateFileArguments& arguments);
 
 }  // namespace redirection

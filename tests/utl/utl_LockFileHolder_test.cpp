@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 #include <io.h>
 
+#include <vector>
+
 #include "common/ChildProcess.h"
+#include "common/FailingCall.h"
 #include "common/TempDir.h"
 
 namespace {
@@ -53,6 +56,22 @@ TEST_F(LockFileHolderTest, FreedLockIsAcquiredByALaterAttempt) {
   EXPECT_FALSE(lock.acquire(1, 0));
   ASSERT_EQ(0, _unlink(file_.c_str()));
   EXPECT_TRUE(lock.acquire(1, 0));
+}
+
+TEST_F(LockFileHolderTest, PausesAfterEveryFailedAttemptTheLastOneToo) {
+  WriteWholeFile(file_, "");
+  std::vector<DWORD> pauses;
+  const InsteadOfSleep sleep([&](DWORD milliseconds) { pauses.push_back(milliseconds); });
+  utl_LockFileHolder lock(path_, 2, 5);
+  EXPECT_EQ((std::vector<DWORD>{5, 5}), pauses);
+  EXPECT_FALSE(lock.acquire(3, 7));
+  EXPECT_EQ((std::vector<DWORD>{5, 5, 7, 7, 7}), pauses);
+}
+
+TEST_F(LockFileHolderTest, DoesNotPauseAfterSuccess) {
+  const InsteadOfSleep sleep([](DWORD) { ADD_FAILURE(); });
+  utl_LockFileHolder lock(path_, 10, 10);
+  EXPECT_TRUE(lock.acquire(10, 10));
 }
 
 TEST_F(LockFileHolderTest, AcquireOfAHeldLockIsTrueWithoutAnAttempt) {

@@ -158,6 +158,17 @@ TEST_F(MultisectionFailureTest, FailedWriteOfTheTemporaryFileKeepsTheDataForAnot
   EXPECT_EQ(BuildImage(kNew), ReadWholeFile(file_));
 }
 
+TEST_F(MultisectionFailureTest, FailedReadIsNotTakenForAPlaceInTheFile) {
+  utl_MultisectionFile file(path_, utl_FileAccessRead);
+  EXPECT_EQ("old", Get(file, "a"));
+  for (const SystemCall call : {SystemCall::kReadFile, SystemCall::kSetFilePointer}) {
+    const FailingCall failure(call, ERROR_ACCESS_DENIED);
+    EXPECT_THROW(Get(file, call == SystemCall::kReadFile ? "b" : "a"), nex_TextException);
+  }
+  EXPECT_EQ("3", Get(file, "c"));
+  EXPECT_EQ("kept", Get(file, "b"));
+}
+
 TEST_F(MultisectionFailureTest, FailedCloseIsThrownByTheDestructorAfterUnlocking) {
   EXPECT_THROW_TEXT(
       {

@@ -1,6 +1,9 @@
 // Who may have the file open when, and what the lock file does.
 
+#include <vector>
+
 #include "common/ChildProcess.h"
+#include "common/FailingCall.h"
 #include "utl/MultisectionTest.h"
 
 namespace {
@@ -39,6 +42,43 @@ TEST_F(MultisectionLockTest, LeftOverLockRefusesUpdateAndStays) {
   EXPECT_CONTENTS_ERROR(utl_MultisectionFile(path_, utl_FileAccessUpdate), kLocked);
   EXPECT_EQ("model.dat.lock", OtherFiles());
   EXPECT_EQ(BuildImage({{"a", "1"}}), ReadWholeFile(file_));
+}
+
+TEST_F(MultisectionLockTest, GivesUpAfterTenAttemptsTenMillisecondsApart) {
+  WriteImage({});
+  WriteWholeFile(lock_, "");
+  std::vector<DWORD> pauses;
+  const InsteadOfSleep sleep([&](DWORD milliseconds) { pauses.push_back(milliseconds); });
+  EXPECT_CONTENTS_ERROR(utl_MultisectionFile(path_, utl_FileAccessUpdate), kLocked);
+  EXPECT_EQ(std::vector<DWORD>(10, 10), pauses);
+}
+
+TEST_F(MultisectionLockTest, TheTenthAttemptIsTheLast) {
+  WriteImage({});
+  for (const int freedAfter : {9, 10}) {
+    WriteWholeFile(lock_, "");
+    int pauses = 0;
+    const InsteadOfSleep sleep([&](DWORD) {
+      if (++pauses == freedAfter) {
+        std::filesystem::remove(lock_);
+      }
+    });
+    if (freedAfter == 9) {
+      const utl_MultisectionFile file(path_, utl_FileAccessUpdate);
+      EXPECT_EQ("model.dat.lock", OtherFiles());
+    } else {
+      EXPECT_CONTENTS_ERROR(utl_MultisectionFile(path_, utl_FileAccessUpdate), kLocked);
+    }
+    EXPECT_EQ("", OtherFiles());
+  }
+}
+
+TEST_F(MultisectionLockTest, DirectoryInTheLocksPlaceRefusesUpdateAndStays) {
+  WriteImage({});
+  std::filesystem::create_directory(lock_);
+  const InsteadOfSleep sleep([](DWORD) {});
+  EXPECT_CONTENTS_ERROR(utl_MultisectionFile(path_, utl_FileAccessUpdate), kLocked);
+  EXPECT_TRUE(std::filesystem::is_directory(lock_));
 }
 
 TEST_F(MultisectionLockTest, LeftOverLockIsIgnoredByAReader) {

@@ -1,5 +1,6 @@
 #include "utl/utl_MultisectionFile.h"
 
+#include <limits>
 #include <random>
 #include <type_traits>
 
@@ -179,6 +180,44 @@ TEST_F(MultisectionFileTest, SavedSectionsAreReadFromTheFileAgain) {
   EXPECT_EQ(RandomData(300000, 2), Get(file, "b"));
   EXPECT_EQ(BuildImage({{"a", "two, longer"}, {"b", RandomData(300000, 2)}}),
             ReadWholeFile(file_));
+}
+
+// Where the file stands is remembered from read to read; whatever moves it must count.
+TEST_F(MultisectionFileTest, SectionsAreFoundWhereverTheFileStands) {
+  WriteImage({{"a", "1"}, {"b", "22"}, {"c", "333"}, {"d", "4444"}});
+  utl_MultisectionFile file(path_, utl_FileAccessUpdate);
+  EXPECT_EQ("22", Get(file, "b"));
+  EXPECT_EQ("333", Get(file, "c"));
+  EXPECT_EQ("1", Get(file, "a"));
+  file.saveChanges();  // moves the file, and no section
+  EXPECT_EQ("22", Get(file, "b"));
+  Set(file, "c", "new");
+  EXPECT_EQ("new", Get(file, "c"));
+  EXPECT_EQ("4444", Get(file, "d"));
+  EXPECT_EQ("22", Get(file, "b"));
+  file.saveChanges();
+  EXPECT_EQ("new", Get(file, "c"));
+  EXPECT_EQ("4444", Get(file, "d"));
+}
+
+TEST_F(MultisectionFileTest, SectionBehindTwoGigabytesLessAFewBytes) {
+  constexpr std::int64_t kMax = std::numeric_limits<std::int32_t>::max();
+  const ImageSection last = {"b", "the last bytes"};
+  const std::int64_t directory = 12 + 2 * 13;
+  const auto hole = kMax - directory - static_cast<std::int64_t>(last.data.size());
+  WriteWholeFile(file_, ImageHeader(2) + ImageInt(1) + "a" + ImageInt(hole) +
+                            ImageInt(0) + ImageEntry(last));
+  {
+    utl_File sparse(path_, utl_FileAccessUpdate, utl_FileShareDefault);
+    sparse.Seek(directory + hole);
+    sparse.Write(last.data.data(), static_cast<int>(last.data.size()));
+    EXPECT_TRUE(sparse.FileSize() == kMax);
+  }
+  utl_MultisectionFile file(path_, utl_FileAccessUpdate);
+  EXPECT_EQ(hole, file.getSectionLength("a"));
+  EXPECT_EQ(last.data, Get(file, "b"));
+  Set(file, "b", last.data + "!");
+  EXPECT_CONTENTS_ERROR(file.saveChanges(), "Total size exceeds 2147483647 bytes");
 }
 
 TEST_F(MultisectionFileTest, SavingCutsTheFileToItsNewLength) {

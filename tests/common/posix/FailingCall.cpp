@@ -73,6 +73,13 @@ DWORD SetFilePointer(HANDLE handle, LONG distance, PLONG distanceHigh, DWORD met
              : next(handle, distance, distanceHigh, method);
 }
 
+void Sleep(DWORD milliseconds) {
+  static const auto next = Next(&Sleep);
+  if (!redirection::ReplaceSleep(milliseconds)) {
+    next(milliseconds);
+  }
+}
+
 BOOL WriteFile(HANDLE handle, LPCVOID buffer, DWORD count, LPDWORD written,
                OVERLAPPED* overlapped) {
   static const auto next = Next(&WriteFile);

@@ -58,6 +58,12 @@ DWORD WINAPI Move(HANDLE handle, LONG distance, PLONG distanceHigh, DWORD method
              : SetFilePointer(handle, distance, distanceHigh, method);
 }
 
+void WINAPI Pause(DWORD milliseconds) {
+  if (!redirection::ReplaceSleep(milliseconds)) {
+    Sleep(milliseconds);
+  }
+}
+
 BOOL WINAPI Write(HANDLE handle, LPCVOID buffer, DWORD count, LPDWORD written,
                   OVERLAPPED* overlapped) {
   return redirection::Fails(SystemCall::kWriteFile)
@@ -85,6 +91,7 @@ const Replacement kReplacements[] = {
     {"ReadFile", Address(&Read)},
     {"SetEndOfFile", Address(&SetEnd)},
     {"SetFilePointer", Address(&Move)},
+    {"Sleep", Address(&Pause)},
     {"WriteFile", Address(&Write)},
 };
 
