@@ -12,12 +12,11 @@
 namespace {
 
 struct Reader {
-  using Rows = std::map<int, int>;  // of ids
   Deck deck;
   int line = 0;
   std::string text = {};  // the line without its comment
   std::vector<std::string> words = {};
-  Rows nodeRows = {}, barRows = {};
+  std::map<int, int> nodeRows = {}, barRows = {};  // of ids
   double modulus = 0;
   bool isHeld = false;
 
@@ -41,8 +40,7 @@ struct Reader {
     const char* const end = words[at].data() + words[at].size();
     Value value = 0;
     const auto [rest, error] = std::from_chars(words[at].data(), end, value);
-    const bool isNumber = error == std::errc() && rest == end;
-    Check(isNumber && value >= least && value <= DBL_MAX,
+    Check(error == std::errc() && rest == end && value >= least && value <= DBL_MAX,
           std::string("expected ") + kind + ", not ", words[at]);
     return value;
   }
@@ -50,7 +48,7 @@ struct Reader {
   double Positive(int at) const { return Number(at, DBL_MIN, "a positive number"); }
   Eigen::Vector3d Vector(int at) const { return {Real(at), Real(at + 1), Real(at + 2)}; }
   int Id(int at) const { return Number(at, 1, "an id from 1 to 2147483647"); }
-  int NewId(Rows& rows) const {
+  int NewId(std::map<int, int>& rows) const {
     Check(rows.try_emplace(Id(1), int(rows.size())).second, "repeated id ", words[1]);
     return Id(1);
   }

@@ -1,4 +1,4 @@
-#include <filesystem>
+#include <fstream>
 
 #include "nex/nex_TextException.h"
 #include "Truss.h"
@@ -20,7 +20,6 @@ static std::string Column(const std::vector<Row>& rows, Field Row::*field) {
 
 void Save(const cow_String& path, const Deck& deck, const Results& results) {
   const int counts[] = {int(deck.nodes.size()), int(deck.bars.size())};
-  const auto& [displacements, forces, reactions] = results;
   const std::pair<cow_String, std::string> sections[] = {
       {"title", Bytes(deck.title.c_str(), deck.title.Length())},
       {"nodes",
@@ -28,23 +27,22 @@ void Save(const cow_String& path, const Deck& deck, const Results& results) {
       {"bars", Bytes(counts + 1, 1) + Column(deck.bars, &Bar::id) +
                    Column(deck.bars, &Bar::ends) + Column(deck.bars, &Bar::area) +
                    Column(deck.bars, &Bar::modulus)},
-      {"displacements", Bytes(displacements.data(), displacements.size())},
-      {"forces", Bytes(forces.data(), forces.size())},
-      {"reactions", Bytes(reactions.data(), reactions.size())}};
-  {
-    // Updating refuses a file that is locked or another kind; writing would empty it.
-    const bool exists = std::filesystem::exists(path.c_str());
-    utl_MultisectionFile file(path, exists ? utl_FileAccessUpdate : utl_FileAccessWrite);
-    for (const auto& [name, bytes] : sections) {
-      file.setSectionData(name, bytes.data(), int(bytes.size()));
-    }
-    file.saveChanges();
-  }
-  utl_MultisectionFile file(path, utl_FileAccessRead);
+      {"displacements",
+       Bytes(results.displacements.data(), results.displacements.size())},
+      {"forces", Bytes(results.forces.data(), results.forces.size())},
+      {"reactions", Bytes(results.reactions.data(), results.reactions.size())}};
+  // Updating refuses a file that is locked or another kind; writing would empty it.
+  const bool isNew = std::ifstream(path.c_str()).peek() == EOF;  // or was never saved
+  utl_MultisectionFile file(path, isNew ? utl_FileAccessWrite : utl_FileAccessUpdate);
   for (const auto& [name, bytes] : sections) {
-    std::string saved(std::size_t(file.getSectionLength(name)), '\0');
-    file.getSectionData(name, saved.data());
-    if (saved != bytes) {
+    file.setSectionData(name, bytes.data(), int(bytes.size()));
+  }
+  file.saveChanges();
+  utl_MultisectionFile saved(path, utl_FileAccessRead);  // while no other can write
+  for (const auto& [name, bytes] : sections) {
+    std::string data(std::size_t(saved.getSectionLength(name)), '\0');
+    saved.getSectionData(name, data.data());
+    if (data != bytes) {
       nex_TextException(path + ": section " + name + " is not what was saved")
           .Throw("examples/truss/Save", __LINE__);
     }

@@ -3,8 +3,6 @@
 
 #include "Truss.h"
 
-using Matrix = Eigen::SparseMatrix<double>;
-
 Equations Assemble(const Deck& deck) {
   const auto rows = 3 * std::ssize(deck.nodes);
   Equations equations{Matrix(rows, std::ssize(deck.bars)), Matrix(rows, rows),
@@ -12,8 +10,7 @@ Equations Assemble(const Deck& deck) {
   for (int column = 0; const Bar& bar : deck.bars) {
     const Eigen::Vector3d span =
         deck.nodes[bar.rows[1]].xyz - deck.nodes[bar.rows[0]].xyz;
-    const double length = span.stableNorm();
-    const double stiffness = bar.modulus * bar.area / length;
+    const double length = span.stableNorm(), stiffness = bar.modulus * bar.area / length;
     if (!std::isnormal(length) || !std::isnormal(stiffness)) {
       deck.Fail(bar.line, "a bar of a stiffness out of range");
     }
@@ -41,12 +38,20 @@ Results Solve(const Deck& deck, const Equations& equations) {
   const Matrix freePull = free.transpose() * pull;
   const Matrix matrix = freePull * stiffness.asDiagonal() * freePull.transpose();
   const Eigen::SimplicialLDLT<Matrix> factors(matrix);
-  // A direction left a mere share of its bars' stiffness is free to move: rounding leaves
-  // a mechanism 1e-16 to 1e-13 of it, and below 1e-10 at most six digits would be right.
+  // A pivot is the energy of a motion. That of a mechanism is rounding, not what the
+  // bars' stretching in the motion gives; no more is one that has lost all its digits.
   for (int i = 0; i < matrix.rows(); ++i) {
-    const int unknown = factors.permutationPinv().indices()[i];
-    if (!(factors.vectorD()[i] > 1e-10 * matrix.coeff(unknown, unknown))) {
-      const auto row = Matrix::InnerIterator(free, unknown).row();
+    const int at = factors.permutationPinv().indices()[i];
+    const double pivot = factors.vectorD()[i];
+    double energy = pivot;
+    if (pivot < 1e-4 * matrix.coeff(at, at) && factors.info() == Eigen::Success) {
+      Eigen::VectorXd motion = Eigen::VectorXd::Unit(matrix.rows(), i);
+      factors.matrixU().solveInPlace(motion);
+      motion = freePull.transpose() * (factors.permutationPinv() * motion);
+      energy = motion.dot(stiffness.asDiagonal() * motion);
+    }
+    if (!(pivot > 0 && std::abs(energy - pivot) < 0.01 * pivot)) {
+      const auto row = Matrix::InnerIterator(free, at).row();
       const Node& node = deck.nodes[row / 3];
       deck.Fail(node.line, "a mechanism: node " + std::to_string(node.id) +
                                " is free to move in " + "xyz"[row % 3]);

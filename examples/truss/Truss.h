@@ -35,12 +35,12 @@ struct Deck {
   [[noreturn]] void Fail(int line, const std::string& reason) const;
 };
 
+using Matrix = Eigen::SparseMatrix<double>;
 /// The frame's equations. Rows: three a node. Columns: of `pull` the forces that stretch
 /// a bar by a unit tension, of `free` a 1 for a direction that is not held.
 struct Equations {
-  Eigen::SparseMatrix<double> pull, free;
-  Eigen::VectorXd stiffness,
-      loads;  ///< of the bars, tension per elongation; on the nodes
+  Matrix pull, free;
+  Eigen::VectorXd stiffness, loads;  ///< a bar's tension per elongation; on the nodes
 };
 struct Results {
   Eigen::VectorXd displacements, forces, reactions;  ///< forces: tension positive

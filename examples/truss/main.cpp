@@ -39,8 +39,7 @@ int main(int argc, char** argv) {
   utl_initialize(count);
   try {
     const Deck deck = ReadDeck(decks[0]);
-    const Equations equations = Assemble(deck);
-    const Results results = Solve(deck, equations);
+    const Results results = Solve(deck, Assemble(deck));
     std::cout << deck.title << '\n';
     PrintTable("      node   displacement x, y, z", deck.nodes, results.displacements);
     PrintTable("       bar   tension", deck.bars, results.forces);

@@ -234,6 +234,14 @@ TEST(TrussProgram, LeavesALockedResultFileAlone) {
   EXPECT_TRUE(FileExists(job.ResultPath() + ".lock"));
 }
 
+TEST(TrussProgram, TakesTheEmptyFileOfAJobThatDiedBeforeItsFirstSave) {
+  const TrussJob job(kDeck);
+  WriteWholeFile(job.ResultPath(), "");
+  const TrussRun run = job.Run();
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(SectionFile(ReadWholeFile(job.ResultPath())).Sections().size(), 6u);
+}
+
 TEST(TrussProgram, LeavesAFileOfAnotherKindAlone) {
   const TrussJob job(kDeck);
   WriteWholeFile(job.ResultPath(), "no section file");

@@ -1,9 +1,12 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <Eigen/Dense>
+#include <utility>
 
 #include "common/TempDir.h"
 #include "examples/truss/Truss.h"
+#include "nex/nex_TextException.h"
 #include "truss_job.h"
 
 namespace {
@@ -97,11 +100,61 @@ TEST(TrussSolve, LoadsOnHeldDirectionsGoIntoTheSupports) {
 }
 
 TEST(TrussSolve, SlenderFramesAreNoMechanisms) {
-  // A crown so shallow that its stiffness is 2e-8 of its bars'.
-  const auto [deck, results] = SolveText(
-      "material 1\nnode 1 -1 0 0\nnode 2 1 0 0\nnode 3 0 1e-4 0\n"
-      "bar 1 1 3 1\nbar 2 2 3 1\nfix 1 xyz\nfix 2 xyz\nfix 3 z\nload 3 0 -1e-9 0\n");
-  EXPECT_NEAR(results.displacements[7], -0.05, 1e-8);
+  // Crowns so shallow that their stiffness is 2e-8 and 2e-12 of their bars'.
+  for (const auto& [rise, load] : {std::pair("1e-4", "-1e-9"), {"1e-6", "-1e-13"}}) {
+    const auto [deck, results] = SolveText(
+        "material 1\nnode 1 -1 0 0\nnode 2 1 0 0\nnode 3 0 " + std::string(rise) +
+        " 0\nbar 1 1 3 1\nbar 2 2 3 1\nfix 1 xyz\n"
+        "fix 2 xyz\nfix 3 z\nload 3 0 " +
+        load + " 0\n");
+    EXPECT_NEAR(results.displacements[7], -0.05, 1e-8) << rise;
+  }
+}
+
+// A ladder of `bays` in the plane, its bars' areas by turns, without supports in it.
+std::string Ladder(int bays, const std::vector<std::string>& areas) {
+  std::string text = "material 1\n";
+  for (int node = 1; node <= 2 * bays + 2; ++node) {
+    const std::string id = std::to_string(node);
+    text += "node " + id + (node % 2 != 0 ? " 0 " : " 0.3 ") +
+            std::to_string((node - 1) / 2) + " 0\nfix " + id + " z\n";
+  }
+  std::size_t bars = 0;
+  const auto add = [&](int a, int b) {
+    text += "bar " + std::to_string(bars + 1) + ' ' + std::to_string(a) + ' ' +
+            std::to_string(b) + ' ' + areas[bars % areas.size()] + '\n';
+    ++bars;
+  };
+  add(1, 2);
+  for (int bay = 0; bay < bays; ++bay) {
+    const int node = 2 * bay + 1;
+    add(node, node + 2);
+    add(node + 1, node + 3);
+    add(node + 2, node + 3);
+    add(node, node + 3);
+  }
+  return text;
+}
+
+TEST(TrussSolve, LaddersThatTurnAreMechanismsWhateverTheirBars) {
+  const std::vector<std::vector<std::string>> rows = {
+      {"1"}, {"1", "1e-4", "1e-2"}, {"1e-6", "1", "1"}, {"1", "1e-6", "1"}};
+  for (const auto& areas : rows) {
+    for (const int bays : {1, 3, 5, 40}) {
+      const std::string ladder = Ladder(bays, areas);
+      for (int hinge = 1; hinge <= 2 * bays + 2; ++hinge) {
+        try {
+          SolveText(ladder + "fix " + std::to_string(hinge) + " xyz\n");
+          ADD_FAILURE() << bays << " bays, hinge at " << hinge << ", " << areas[0];
+        } catch (const nex_TextException& refusal) {
+          EXPECT_THAT(refusal.AsString().c_str(), testing::HasSubstr(": a mechanism: "));
+        }
+      }
+      const Results results =
+          SolveText(ladder + "fix 1 xyz\nfix 2 xyz\nload 3 1 0 0\n").results;
+      EXPECT_NEAR(results.reactions.sum(), -1, 1e-6) << bays << " bays, " << areas[0];
+    }
+  }
 }
 
 class TrussShipped : public testing::TestWithParam<const char*> {};
