@@ -110,9 +110,10 @@ TEST_F(MultisectionDamageTest, NameLengthBeyondTheFile) {
   EXPECT_LT(PeakMemory() - before, kMemoryAllowance);
 }
 
+// The checksum of no bytes does not excuse it.
 TEST_F(MultisectionDamageTest, NegativeDataLengthIsFoundWhenTheDataIsRead) {
-  WriteWholeFile(file_, ImageHeader(2) + ImageInt(1) + "a" + ImageInt(-1) + ImageInt(0) +
-                            ImageEntry({"b", "22"}) + "22");
+  WriteWholeFile(file_, ImageHeader(2) + ImageInt(1) + "a" + ImageInt(-1) +
+                            ImageInt(0xFFFFFFFF) + ImageEntry({"b", "22"}) + "22");
   utl_MultisectionFile file(path_, utl_FileAccessRead);
   EXPECT_EQ(-1, file.getSectionLength("a"));
   char buffer[] = "as is";

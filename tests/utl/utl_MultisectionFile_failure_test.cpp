@@ -169,6 +169,19 @@ TEST_F(MultisectionFailureTest, FailedReadIsNotTakenForAPlaceInTheFile) {
   EXPECT_EQ("kept", Get(file, "b"));
 }
 
+TEST_F(MultisectionFailureTest, SectionIsReadAgainFromItsStartAfterAReadBrokeOff) {
+  std::string data(600000, 'x');
+  data.front() = 'a';
+  WriteImage({{"a", "1"}, {"large", data}});
+  utl_MultisectionFile file(path_, utl_FileAccessRead);
+  EXPECT_EQ("1", Get(file, "a"));
+  {
+    const FailingCall failure(SystemCall::kReadFile, ERROR_ACCESS_DENIED, 2);
+    EXPECT_THROW(Get(file, "large"), utl_FileExceptionRead);
+  }
+  EXPECT_TRUE(data == Get(file, "large"));
+}
+
 TEST_F(MultisectionFailureTest, FailedCloseIsThrownByTheDestructorAfterUnlocking) {
   EXPECT_THROW_TEXT(
       {
