@@ -1,13 +1,14 @@
 #include <algorithm>
 #include <cfloat>
 #include <charconv>
-#include <fstream>
 #include <iterator>
 #include <map>
 #include <sstream>
 
 #include "nex/nex_TextException.h"
 #include "Truss.h"
+#include "utl/utl_File.h"
+#include "utl/utl_FilePath.h"
 
 namespace {
 
@@ -22,11 +23,10 @@ struct Reader {
 
   // The file may be no deck at all, so words are cut and stripped to stay in one line.
   void Check(bool isGood, const std::string& reason, std::string word = {}) const {
-    if (!isGood) {
-      const auto isOdd = [](char c) { return c < ' ' || c > '~'; };
-      std::replace_if(word.begin(), word.end(), isOdd, '?');
-      deck.Fail(line, reason + (word.empty() ? "" : '"' + word.substr(0, 40) + '"'));
-    }
+    const auto isOdd = [](char c) { return c < ' ' || c > '~'; };
+    std::ranges::replace_if(word, isOdd, '?');
+    word = word.empty() ? "" : '"' + word.substr(0, 40) + '"';
+    deck.Check(isGood, line, reason + word);
   }
   bool IsRecord(const std::string& form) const {
     const bool isRecord = form.starts_with(words[0] + ' ');
@@ -53,9 +53,8 @@ struct Reader {
     return Id(1);
   }
   int NodeRow(int at) const {
-    const auto row = nodeRows.find(Id(at));
-    Check(row != nodeRows.end(), "unknown node ", words[at]);
-    return row->second;
+    Check(nodeRows.contains(Id(at)), "unknown node ", words[at]);
+    return nodeRows.at(Id(at));
   }
   // The first round: what records of the second may name before it stands.
   void TakeNode() {
@@ -90,17 +89,20 @@ struct Reader {
 
 }  // namespace
 
-void Deck::Fail(int line, const std::string& reason) const {
-  const std::string text = path + ":" + std::to_string(line) + ": " + reason;
-  nex_TextException(text).Throw("examples/truss/Deck", __LINE__);
+void Deck::Check(bool isGood, int line, const std::string& reason) const {
+  if (!isGood) {
+    const std::string text = ":" + std::to_string(line) + ": " + reason;
+    nex_TextException(name + text).Throw("examples/truss/Deck", __LINE__);
+  }
 }
 
-Deck ReadDeck(const std::string& path) {
-  Reader reader{{path, {}, {}, {}}};
-  std::ifstream file(path, std::ios::binary);
-  file.peek();  // only reading shows that it is a directory
-  reader.Check(file.is_open() && !file.bad(), "cannot be read");
-  const std::string content(std::istreambuf_iterator<char>(file), {});
+Deck ReadDeck(const cow_String& name) {
+  Reader reader{{name, {}, {}, {}}};
+  const utl_FilePath path(name, "");
+  reader.Check(path.IsReadable() && !path.IsDir(), "cannot be read");
+  utl_File file(path.AbsolutePathName(), utl_FileAccessRead, utl_FileShareDefault);
+  std::string content(std::size_t(file.FileSize()), '\0');
+  file.Read(content.data(), int(content.size()));
   for (const auto take : {&Reader::TakeNode, &Reader::TakeOther}) {
     std::istringstream lines(content);
     for (reader.line = 1; std::getline(lines, reader.text); ++reader.line) {

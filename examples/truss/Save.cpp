@@ -1,8 +1,7 @@
-#include <fstream>
-
-#include "nex/nex_TextException.h"
 #include "Truss.h"
+#include "utl/utl_FilePath.h"
 #include "utl/utl_MultisectionFile.h"
+#include "utl/utl_Stat.h"
 
 template <class Value>
 static std::string Bytes(const Value* values, std::ptrdiff_t count) {
@@ -32,7 +31,7 @@ void Save(const cow_String& path, const Deck& deck, const Results& results) {
       {"forces", Bytes(results.forces.data(), results.forces.size())},
       {"reactions", Bytes(results.reactions.data(), results.reactions.size())}};
   // Updating refuses a file that is locked or another kind; writing would empty it.
-  const bool isNew = std::ifstream(path.c_str()).peek() == EOF;  // or was never saved
+  const bool isNew = !utl_FilePath(path, "").Exists() || utl_Stat(path).size == 0;
   utl_MultisectionFile file(path, isNew ? utl_FileAccessWrite : utl_FileAccessUpdate);
   for (const auto& [name, bytes] : sections) {
     file.setSectionData(name, bytes.data(), int(bytes.size()));
@@ -42,9 +41,6 @@ void Save(const cow_String& path, const Deck& deck, const Results& results) {
   for (const auto& [name, bytes] : sections) {
     std::string data(std::size_t(saved.getSectionLength(name)), '\0');
     saved.getSectionData(name, data.data());
-    if (data != bytes) {
-      nex_TextException(path + ": section " + name + " is not what was saved")
-          .Throw("examples/truss/Save", __LINE__);
-    }
+    deck.Check(data == bytes, 0, "section " + std::string(name) + " was not saved well");
   }
 }

@@ -4,29 +4,25 @@
 #include "Truss.h"
 
 Equations Assemble(const Deck& deck) {
-  const auto rows = 3 * std::ssize(deck.nodes);
-  Equations equations{Matrix(rows, std::ssize(deck.bars)), Matrix(rows, rows),
-                      Eigen::VectorXd(std::ssize(deck.bars)), Eigen::VectorXd(rows)};
+  const auto rows = 3 * std::ssize(deck.nodes), bars = std::ssize(deck.bars);
+  Equations equations{Matrix(rows, bars), Matrix(rows, rows), Vector(bars), Vector(rows)};
   for (int column = 0; const Bar& bar : deck.bars) {
     const Eigen::Vector3d span =
         deck.nodes[bar.rows[1]].xyz - deck.nodes[bar.rows[0]].xyz;
     const double length = span.stableNorm(), stiffness = bar.modulus * bar.area / length;
-    if (!std::isnormal(length) || !std::isnormal(stiffness)) {
-      deck.Fail(bar.line, "a bar of a stiffness out of range");
-    }
+    deck.Check(std::isnormal(length) && std::isnormal(stiffness), bar.line,
+               "a bar of a stiffness out of range");
     for (int i = 0; i < 3; ++i) {
       equations.pull.insert(3 * bar.rows[0] + i, column) = -span[i] / length;
       equations.pull.insert(3 * bar.rows[1] + i, column) = span[i] / length;
     }
     equations.stiffness[column++] = stiffness;
   }
-  int row = 0, count = 0;
-  for (const Node& node : deck.nodes) {
-    for (int i = 0; i < 3; ++i, ++row) {
-      equations.loads[row] = node.load[i];
-      if (!node.held[i]) {
-        equations.free.insert(row, count++) = 1;
-      }
+  int count = 0;
+  for (int row = 0; row < rows; ++row) {
+    equations.loads[row] = deck.nodes[row / 3].load[row % 3];
+    if (!deck.nodes[row / 3].held[row % 3]) {
+      equations.free.insert(row, count++) = 1;
     }
   }
   equations.free.conservativeResize(rows, count);
@@ -45,25 +41,21 @@ Results Solve(const Deck& deck, const Equations& equations) {
     const double pivot = factors.vectorD()[i];
     double energy = pivot;
     if (pivot < 1e-4 * matrix.coeff(at, at) && factors.info() == Eigen::Success) {
-      Eigen::VectorXd motion = Eigen::VectorXd::Unit(matrix.rows(), i);
+      Vector motion = Vector::Unit(matrix.rows(), i);
       factors.matrixU().solveInPlace(motion);
       motion = freePull.transpose() * (factors.permutationPinv() * motion);
       energy = motion.dot(stiffness.asDiagonal() * motion);
     }
-    if (!(pivot > 0 && std::abs(energy - pivot) < 0.01 * pivot)) {
-      const auto row = Matrix::InnerIterator(free, at).row();
-      const Node& node = deck.nodes[row / 3];
-      deck.Fail(node.line, "a mechanism: node " + std::to_string(node.id) +
-                               " is free to move in " + "xyz"[row % 3]);
-    }
+    const auto row = Matrix::InnerIterator(free, at).row();
+    const Node& node = deck.nodes[row / 3];
+    deck.Check(pivot > 0 && std::abs(energy - pivot) < 0.01 * pivot, node.line,
+               "a mechanism: node " + std::to_string(node.id) + " is free to move in " +
+                   "xyz"[row % 3]);
   }
-  Results results;
-  results.displacements = free * factors.solve(free.transpose() * loads);
+  Results results{free * factors.solve(free.transpose() * loads), {}, {}};
   results.forces = stiffness.asDiagonal() * (pull.transpose() * results.displacements);
   results.reactions = pull * results.forces - loads;
   results.reactions -= free * (free.transpose() * results.reactions);
-  if (!results.reactions.allFinite()) {
-    deck.Fail(deck.nodes[0].line, "loads out of range");
-  }
+  deck.Check(results.reactions.allFinite(), deck.nodes[0].line, "loads out of range");
   return results;
 }

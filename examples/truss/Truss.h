@@ -27,27 +27,27 @@ struct Bar {
 ///     fix NODE xyz           directions held; of several records, all
 ///     load NODE FX FY FZ     of several records, the sum
 struct Deck {
-  std::string path;
-  cow_String title;
+  cow_String name, title;  ///< as the deck's file was named; "" without a title
   std::vector<Node> nodes;
   std::vector<Bar> bars;
-  /// Throws the nex_TextException "PATH:LINE: REASON".
-  [[noreturn]] void Fail(int line, const std::string& reason) const;
+  /// Throws the nex_TextException "NAME:LINE: REASON" unless it is good.
+  void Check(bool isGood, int line, const std::string& reason) const;
 };
 
 using Matrix = Eigen::SparseMatrix<double>;
+using Vector = Eigen::VectorXd;
 /// The frame's equations. Rows: three a node. Columns: of `pull` the forces that stretch
 /// a bar by a unit tension, of `free` a 1 for a direction that is not held.
 struct Equations {
   Matrix pull, free;
-  Eigen::VectorXd stiffness, loads;  ///< a bar's tension per elongation; on the nodes
+  Vector stiffness, loads;  ///< a bar's tension per elongation; on the nodes
 };
 struct Results {
-  Eigen::VectorXd displacements, forces, reactions;  ///< forces: tension positive
+  Vector displacements, forces, reactions;  ///< forces: tension positive
 };
 
-/// The first three throw as Deck::Fail does: a bad line, a mechanism, numbers too large.
-Deck ReadDeck(const std::string& path);
+/// The first three throw as Deck::Check does: a bad line, a mechanism, numbers too large.
+Deck ReadDeck(const cow_String& name);
 Equations Assemble(const Deck& deck);
 Results Solve(const Deck& deck, const Equations& equations);
 /// Sets the sections of the multisection file `path`, then compares what it reads there.

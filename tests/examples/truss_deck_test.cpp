@@ -8,7 +8,7 @@
 namespace {
 
 Deck ReadText(const std::string& text) {
-  return ReadDeck(TrussJob(text).DeckPath());
+  return ReadDeck(TrussJob(text).DeckPath().c_str());
 }
 
 TEST(TrussDeck, KeepsRowsInTheOrderOfTheDeck) {
@@ -187,7 +187,7 @@ TEST_P(TrussBadDeck, GetsOneLineAndTouchesNothing) {
   WriteWholeFile(job.ResultPath(), "results of an earlier run");
   const TrussRun run = job.Run();
   EXPECT_EQ(run.status, 1);
-  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.out, kTrussTitle);
   EXPECT_EQ(run.err, job.DeckPath() + ":" + std::to_string(GetParam().line) + ": " +
                          GetParam().reason + "\n");
   EXPECT_EQ(ReadWholeFile(job.ResultPath()), "results of an earlier run");
@@ -205,7 +205,7 @@ TEST(TrussBadDeck, MakesNoResultFile) {
 
 TEST(TrussBadDeck, IsATextException) {
   const TrussJob job("beam\n");
-  EXPECT_THROW_TEXT(ReadDeck(job.DeckPath()), nex_TextException,
+  EXPECT_THROW_TEXT(ReadDeck(job.DeckPath().c_str()), nex_TextException,
                     job.DeckPath() + ":1: unknown word \"beam\"");
 }
 

@@ -10,6 +10,9 @@ inline std::string ShippedDeck(const std::string& name) {
   return KST_TRUSS_DECKS + name + ".deck";
 }
 
+/// The line that begins what the program prints.
+inline const std::string kTrussTitle = "KESTRA Version 6.6-7\n";
+
 /// What a run of the program gave; line ends are "\n" on both targets.
 struct TrussRun {
   int status;
@@ -25,8 +28,10 @@ class TrussJob {
   explicit TrussJob(const std::string& deckText) { WriteWholeFile(DeckPath(), deckText); }
   std::string DeckPath() const { return dir_.File("test.deck"); }
   std::string DirPath() const { return dir_.Path(); }
-  /// The result file as the program forms its name.
-  std::string ResultPath() const { return dir_.Path() + "/job.kdb"; }
+  std::string ShownDirPath() const { return dir_.ShownPath(); }
+  /// The result file, and its name as the program forms it.
+  std::string ResultPath() const { return dir_.File("job.kdb"); }
+  std::string ShownResultPath() const { return ShownDirPath() + "\\job.kdb"; }
   TrussRun Run() const {
     return RunTruss({"-job", "job", "-outdir", dir_.Path(), DeckPath()});
   }

@@ -1,10 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <filesystem>
 #include <utility>
 
+#include "common/ScopedEnvironment.h"
 #include "truss_job.h"
 #include "utl/utl_MultisectionFile.h"
 
@@ -119,25 +122,26 @@ TEST(TrussProgram, PrintsTables) {
   const TrussJob job(kDeck);
   const TrussRun run = job.Run();
   EXPECT_EQ(run.err, "");
-  EXPECT_EQ(run.out,
-            "Two bars\n"
-            "\n"
-            "      node   displacement x, y, z\n"
-            "        11               0               0               0\n"
-            "         2               0               0               0\n"
-            "         7        0.104167        -0.15625               0\n"
-            "\n"
-            "       bar   tension\n"
-            "       300              -5\n"
-            "         1             -15\n"
-            "\n"
-            "      node   reaction x, y, z\n"
-            "        11               3               4               0\n"
-            "         2              -9              12               0\n"
-            "         7               0               0               0\n"
-            "\n"
-            "Saved in " +
-                job.ResultPath() + " and read back.\n");
+  EXPECT_EQ(run.out, kTrussTitle +
+                         "\n"
+                         "Two bars\n"
+                         "\n"
+                         "      node   displacement x, y, z\n"
+                         "        11               0               0               0\n"
+                         "         2               0               0               0\n"
+                         "         7        0.104167        -0.15625               0\n"
+                         "\n"
+                         "       bar   tension\n"
+                         "       300              -5\n"
+                         "         1             -15\n"
+                         "\n"
+                         "      node   reaction x, y, z\n"
+                         "        11               3               4               0\n"
+                         "         2              -9              12               0\n"
+                         "         7               0               0               0\n"
+                         "\n"
+                         "Saved in " +
+                         job.ShownResultPath() + " and read back.\n");
 }
 
 TEST(TrussProgram, SavesAnEmptyTitle) {
@@ -183,26 +187,139 @@ TEST(TrussProgram, TakesOptionsInAnyOrder) {
   EXPECT_TRUE(FileExists(job.ResultPath()));
 }
 
-TEST(TrussProgram, AnswersWrongArgumentsWithItsUsage) {
+// What the program answers to arguments it does not take.
+void ExpectRefusal(const std::vector<std::string>& arguments,
+                   const std::string& message) {
+  const TrussRun run = RunTruss(arguments);
+  EXPECT_EQ(run.status, 1) << testing::PrintToString(arguments);
+  EXPECT_EQ(run.out, kTrussTitle) << testing::PrintToString(arguments);
+  EXPECT_EQ(run.err, message + "\n") << testing::PrintToString(arguments);
+}
+
+TEST(TrussProgram, NeedsADeckThatIsNoOptionsValue) {
   const std::vector<std::vector<std::string>> rows = {
-      {},
-      {"test.deck"},
-      {"-job"},
       {"-job", "a"},
-      {"-job", "", "test.deck"},
-      {"-job", "a", "-outdir"},
-      {"-job", "a", "-outdir", "", "test.deck"},
-      {"-job", "a", "test.deck", "other.deck"},
-      {"-job", "a", "-verbose"},
+      {"-job", "-verbose"},
       {"-job", "a", "-verbose", "test.deck"},
-      {"test.deck", "-job"}};
+      {"-job", "a", "-digits", "3", "-x.deck"},
+      {"-job", "a", "-"}};
   for (const auto& row : rows) {
-    const TrussRun run = RunTruss(row);
-    EXPECT_EQ(run.status, 1) << testing::PrintToString(row);
-    EXPECT_EQ(run.out, "") << testing::PrintToString(row);
-    EXPECT_EQ(run.err, "usage: kst_truss -job NAME [-outdir DIR] DECK\n")
-        << testing::PrintToString(row);
+    ExpectRefusal(row, "kst_truss: expected -job NAME [-outdir DIR] [-digits N] DECK");
   }
+}
+
+TEST(TrussProgram, NeedsAJob) {
+  const TrussJob job(kDeck);
+  const std::string message = "Command line argument job is required.";
+  ExpectRefusal({}, message);
+  ExpectRefusal({job.DeckPath()}, message);
+  ExpectRefusal({"-outdir", job.DirPath(), job.DeckPath()}, message);
+}
+
+TEST(TrussProgram, RefusesDigitsThatAreNoNumber) {
+  const TrussJob job(kDeck);
+  for (const char* digits : {"12x", "+5", "1.5", "many"}) {
+    ExpectRefusal(
+        {"-job", "job", "-outdir", job.DirPath(), "-digits", digits, job.DeckPath()},
+        "Command line argument digits must have type integer");
+  }
+  EXPECT_FALSE(FileExists(job.ResultPath()));
+}
+
+TEST(TrussProgram, PrintsAsManyDigitsAsAskedFor) {
+  const TrussJob job(kDeck);
+  const std::pair<const char*, const char*> rows[] = {
+      {"0", "\n         7        0.1       -0.2          0\n"},
+      {"2", "\n         7         0.1       -0.16           0\n"},
+      {"99", "\n         7        0.10416666666666667                   -0.15625"},
+  };
+  for (const auto& [digits, line] : rows) {
+    const TrussRun run = RunTruss(
+        {"-job", "job", "-outdir", job.DirPath(), "-digits", digits, job.DeckPath()});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(run.out.find(line), std::string::npos) << run.out;
+  }
+}
+
+TEST(TrussProgram, RefusesADirectoryThatThePathRulesWouldDrop) {
+  const TrussJob job(kDeck);
+  const ScopedEnvironment variable("KST_TRUSS_OUT", "out");
+  for (const char* directory :
+       {"out", ".", "..", "a/b", ".\\out", "x", "Z:out", "Q:out", "$KST_TRUSS_OUT",
+        "http://host/out", "Network connectors"}) {
+    ExpectRefusal({"-job", "job", "-outdir", directory, job.DeckPath()},
+                  "kst_truss: outdir must be absolute");
+  }
+  EXPECT_FALSE(FileExists("job.kdb"));
+}
+
+TEST(TrussProgram, TakesAnAbsoluteDirectoryInEveryForm) {
+  const TrussJob job(kDeck);
+  const std::string shown = job.ShownDirPath();
+  std::string portable = shown;
+  std::replace(portable.begin(), portable.end(), '\\', '/');
+  const ScopedEnvironment variable("KST_TRUSS_OUT", shown.c_str());
+  for (const std::string& directory :
+       {shown, shown + "\\", portable, shown.substr(2), portable.substr(2),
+        std::string("$KST_TRUSS_OUT"), std::string("%KST_TRUSS_OUT%/.")}) {
+    const TrussRun run = RunTruss({"-job", "job", "-outdir", directory, job.DeckPath()});
+    EXPECT_EQ(run.status, 0) << directory << ": " << run.err;
+    EXPECT_TRUE(FileExists(job.ResultPath())) << directory;
+    std::filesystem::remove(job.ResultPath());
+  }
+}
+
+TEST(TrussProgram, SavesInTheCurrentDirectoryWithoutAnother) {
+  const TrussJob job(kDeck);
+  const auto earlier = std::filesystem::current_path();
+  std::filesystem::current_path(job.DirPath());
+  const TrussRun run = RunTruss({"-job", "job", "test.deck"});
+  const TrussRun second = RunTruss({"-job", "second", ".\\test.deck", "-outdir"});
+  std::filesystem::current_path(earlier);
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(second.status, 0) << second.err;
+  EXPECT_TRUE(FileExists(job.ResultPath()));
+  EXPECT_TRUE(FileExists(job.DirPath() + "/second.kdb"));
+}
+
+TEST(TrussProgram, TakesTheJobsNameFromTheEnvironmentFirst) {
+  const TrussJob job(kDeck);
+  {
+    const ScopedEnvironment name("SUPAUXNAME", "other");
+    EXPECT_EQ(RunTruss({"-outdir", job.DirPath(), job.DeckPath()}).status, 0);
+    EXPECT_TRUE(FileExists(job.DirPath() + "/other.kdb"));
+    EXPECT_EQ(job.Run().status, 0);
+    EXPECT_FALSE(FileExists(job.ResultPath()));
+  }
+  const ScopedEnvironment name("SUPAUXNAME", " other");
+  EXPECT_EQ(job.Run().status, 0);
+  EXPECT_TRUE(FileExists(job.ResultPath()));
+}
+
+TEST(TrussProgram, ResolvesTheDecksName) {
+  const TrussJob job(kDeck);
+  const ScopedEnvironment variable("KST_TRUSS_DECKS", job.ShownDirPath().c_str());
+  for (const char* deck :
+       {"$KST_TRUSS_DECKS/test.deck", "%KST_TRUSS_DECKS%\\test.deck"}) {
+    const TrussRun run = RunTruss({"-job", "job", "-outdir", job.DirPath(), deck});
+    EXPECT_EQ(run.status, 0) << run.err;
+  }
+}
+
+TEST(TrussProgram, TakesTheLastDeckAndTheLastValue) {
+  const TrussJob job(kDeck);
+  const TrussRun run = RunTruss({"-job", "other", "none.deck", "-outdir", job.DirPath(),
+                                 job.DeckPath(), "-job", "job"});
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_TRUE(FileExists(job.ResultPath()));
+}
+
+TEST(TrussProgram, IsTheLearnerEditionWhereTheEnvironmentSaysSo) {
+  const TrussJob job(kDeck);
+  const ScopedEnvironment learner("KES_LEARNER", "ON");
+  const TrussRun run = job.Run();
+  EXPECT_TRUE(run.out.starts_with("KESTRA Learner Edition 6.6-7\n\nTwo bars\n"))
+      << run.out;
 }
 
 // The library's message, whatever the system's text for the error in its middle.
@@ -219,7 +336,7 @@ TEST(TrussProgram, PrintsTheLibrarysMessageForAnAbsentDirectory) {
   ExpectMessage(
       RunTruss({"-job", "job", "-outdir", dir, job.DeckPath()}),
       "*** Error: File open failed (utl_File: CreateFile in OpenWrite)\nerror: ",
-      "\nfile: " + dir + "/job.kdb\n");
+      "\nfile: " + job.ShownDirPath() + "\\none\\job.kdb\n");
 }
 
 TEST(TrussProgram, LeavesALockedResultFileAlone) {
@@ -229,7 +346,7 @@ TEST(TrussProgram, LeavesALockedResultFileAlone) {
   WriteWholeFile(job.ResultPath() + ".lock", "");
   const TrussRun run = job.Run();
   EXPECT_EQ(run.status, 1);
-  EXPECT_EQ(run.err, "\"" + job.ResultPath() + "\": Cannot create the lock file.\n");
+  EXPECT_EQ(run.err, "\"" + job.ShownResultPath() + "\": Cannot create the lock file.\n");
   EXPECT_EQ(ReadWholeFile(job.ResultPath()), before);
   EXPECT_TRUE(FileExists(job.ResultPath() + ".lock"));
 }
@@ -247,7 +364,7 @@ TEST(TrussProgram, LeavesAFileOfAnotherKindAlone) {
   WriteWholeFile(job.ResultPath(), "no section file");
   const TrussRun run = job.Run();
   EXPECT_EQ(run.status, 1);
-  EXPECT_EQ(run.err, "\"" + job.ResultPath() + "\": Invalid file type\n");
+  EXPECT_EQ(run.err, "\"" + job.ShownResultPath() + "\": Invalid file type\n");
   EXPECT_EQ(ReadWholeFile(job.ResultPath()), "no section file");
 }
 

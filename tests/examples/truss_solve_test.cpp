@@ -17,7 +17,7 @@ struct Solved {
 };
 
 Solved SolveDeck(const std::string& path) {
-  Solved solved{ReadDeck(path), {}};
+  Solved solved{ReadDeck(path.c_str()), {}};
   solved.results = Solve(solved.deck, Assemble(solved.deck));
   return solved;
 }
@@ -242,7 +242,7 @@ TEST(TrussShippedDecks, TheSpaceTrussHasThePublishedWeightAndLimits) {
 }
 
 TEST(TrussShippedDecks, TheTowerHasTwoThousandBars) {
-  const Deck deck = ReadDeck(ShippedDeck("tower"));
+  const Deck deck = ReadDeck(ShippedDeck("tower").c_str());
   EXPECT_EQ(deck.bars.size(), 2040u);
   EXPECT_EQ(deck.nodes.size(), 484u);
 }
