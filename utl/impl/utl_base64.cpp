@@ -135,9 +135,11 @@ const utl_Base64Codec& Codec() {
 }  // namespace
 
 std::span<const utl_Base64Kernel> utl_base64Kernels() {
-  static const std::array<utl_Base64Kernel, 2> kernels = {{
+  static const std::array<utl_Base64Kernel, 4> kernels = {{
       {"plain", Base64EncodePlain, Base64DecodePlain, true},
       {"table", Base64EncodeTable, Base64DecodeTable, true},
+      {"avx2", Base64EncodeAvx2, Base64DecodeAvx2, Base64HasAvx2()},
+      {"avx512", Base64EncodeAvx512, Base64DecodeAvx512, Base64HasAvx512()},
   }};
   return kernels;
 }

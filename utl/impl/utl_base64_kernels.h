@@ -37,3 +37,17 @@ void Base64EncodeTable(const unsigned char* bytes, std::size_t groups,
                        char* text) noexcept;
 std::size_t Base64DecodeTable(const unsigned char* text, std::size_t groups,
                               unsigned char* bytes) noexcept;
+
+/// Eight groups at a time.
+bool Base64HasAvx2();
+void Base64EncodeAvx2(const unsigned char* bytes, std::size_t groups,
+                      char* text) noexcept;
+std::size_t Base64DecodeAvx2(const unsigned char* text, std::size_t groups,
+                             unsigned char* bytes) noexcept;
+
+/// Sixteen groups at a time.
+bool Base64HasAvx512();
+void Base64EncodeAvx512(const unsigned char* bytes, std::size_t groups,
+                        char* text) noexcept;
+std::size_t Base64DecodeAvx512(const unsigned char* text, std::size_t groups,
+                               unsigned char* bytes) noexcept;
