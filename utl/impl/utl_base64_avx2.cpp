@@ -34,7 +34,7 @@ constexpr std::size_t kGroups = 8;
   const __m256i upper = _mm256_cmpgt_epi8(_mm256_set1_epi8(26), values);
   const __m256i range = _mm256_or_si256(_mm256_subs_epu8(values, _mm256_set1_epi8(51)),
                                         _mm256_and_si256(upper, _mm256_set1_epi8(13)));
-  return _mm256_add_epi8(values, _mm256_shuffle_epi8(distances, range));
+  return _mm256_adds_epi8(values, _mm256_shuffle_epi8(distances, range));
 }
 
 [[gnu::always_inline, KSTUTL_BASE64_HALVES]] inline __m256i HighHalves(__m256i chars) {
@@ -62,8 +62,8 @@ constexpr std::size_t kGroups = 8;
       _mm_setr_epi8(0, 63 - '!', 62 - '+', 52 - '0', -'A', -'A', 26 - 'a', 26 - 'a', 0, 0,
                     0, 0, 0, 0, 0, 0));
   const __m256i last = _mm256_cmpeq_epi8(chars, _mm256_set1_epi8('!'));
-  const __m256i index = _mm256_add_epi8(HighHalves(chars), last);
-  return _mm256_add_epi8(chars, _mm256_shuffle_epi8(distances, index));
+  const __m256i index = _mm256_adds_epi8(HighHalves(chars), last);
+  return _mm256_adds_epi8(chars, _mm256_shuffle_epi8(distances, index));
 }
 
 // The bytes of eight groups of values, 24 from the lowest on.
