@@ -51,8 +51,8 @@ KSTUTL_EXPORT rgx_ReIterator rgx_match(cow_String const& pattern, char const* su
 ///
 /// Throws nex_TextException with "rgx_split: pattern matches the empty string" when a
 /// match ends where the remaining text starts, since it would never get on; the remaining
-/// text may be empty itself. A zero byte hides the separators behind it until a match
-/// beyond it is impossible: the text from there on ends up in the last field.
+/// text may be empty itself. No match is found behind a zero byte: all text from there on
+/// belongs to the last field.
 KSTUTL_EXPORT cow_1DArrayList<cow_String> rgx_split(cow_String const& pattern,
                                                     cow_String const& subject);
 

@@ -234,6 +234,39 @@ void CompareSplit(const cow_String& pattern, const Engine& engine,
   }
 }
 
+void CompareAll(const std::string& pattern, const std::string& subject) {
+  SCOPED_TRACE(testing::PrintToString(pattern));
+  const Engine engine(pattern);
+  if (!engine.IsValid()) {
+    EXPECT_THROW(rgx_match(cow_String(pattern), cow_String(subject)), nex_TextException);
+    return;
+  }
+  CompareGroups(cow_String(pattern), engine, subject);
+  CompareSplit(cow_String(pattern), engine, subject);
+}
+
+// Patterns without a special character are found without the engine.
+TEST(RgxDifferential, EveryByteInAPattern) {
+  for (int byte = 1; byte < 256; ++byte) {
+    const std::string c(1, static_cast<char>(byte));
+    const std::string subject = "xa" + c + "bab" + c + c + "ax,a{1}b" + c + "a";
+    for (const std::string& pattern :
+         {c, "a" + c, c + "a", "a" + c + "b", c + c, "{" + c + "}", c + "1}"}) {
+      CompareAll(pattern, subject);
+      CompareAll(pattern, "ab");
+      CompareAll(pattern, "");
+    }
+  }
+}
+
+TEST(RgxDifferential, LongPatternsWithoutSpecialCharacters) {
+  for (const std::size_t length : {1000u, 60000u, 70000u}) {
+    const std::string pattern(length, 'a');
+    CompareAll(pattern, "b" + pattern + "b" + pattern.substr(1));
+    CompareAll(pattern, pattern.substr(1));
+  }
+}
+
 TEST(RgxDifferential, RandomPatternsAndSubjects) {
   Source source;
   int compared = 0;
