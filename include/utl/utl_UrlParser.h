@@ -9,10 +9,10 @@
 ///
 /// The parts follow fixed patterns rather than RFC 3986. A scheme consists of letters,
 /// "+", "." and "-", a host of letters, digits, "." and "-". The user is everything up
-/// to the first "@", "/" included, if a host follows that, and is never returned. A port
-/// counts only when a "/" follows it. The path lacks its first "/", ends before the first
-/// "?" and is not empty. Parts are returned as they are written; no letter case is
-/// changed, nothing is decoded.
+/// to the first "@", "/" included, and is never returned; each part is looked for behind
+/// a user first, and without one if it is not found there. A port counts only when a "/"
+/// follows it. The path lacks its first "/", ends before the first "?" and is not empty.
+/// Parts are returned as they are written; no letter case is changed, nothing is decoded.
 ///
 ///     utl_UrlParser::IsUrl("kstrdb://me@node-7:4000/db/f?x=1");     // true
 ///     utl_UrlParser::GetHost("kstrdb://me@node-7:4000/db/f?x=1");   // "node-7"
@@ -36,8 +36,10 @@ class KSTUTL_EXPORT utl_UrlParser {
   static cow_String GetScheme(cow_String const& s);
   /// Whether the text starts with `scheme` and ":". The scheme is used as a pattern: "."
   /// stands for any character and "+" repeats the character before it. A scheme with
-  /// other characters than letters, "+", "." and "-" gives false; one that is no valid
-  /// pattern, like "+", throws the nex_TextException of rgx_match.
+  /// other characters than letters, "+", "." and "-" gives false (a line feed at its end
+  /// is let pass); one that is no valid pattern, like "+", throws the nex_TextException
+  /// of rgx_match. A scheme with a zero byte is a pattern that ends there, without the
+  /// ":".
   static bool IsScheme(cow_String const& s, cow_String const& scheme);
 
   static bool HasHost(cow_String const& s);

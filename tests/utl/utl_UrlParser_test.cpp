@@ -83,6 +83,14 @@ TEST(UrlParser, ATextEndsAtAZeroByte) {
   EXPECT_FALSE(utl_UrlParser::IsUrl(text));
   EXPECT_EQ(utl_UrlParser::GetScheme(text), "");
   EXPECT_EQ(utl_UrlParser::GetPath(cow_String("kstrdb://h/pq\0r", 15)), "pq");
+  EXPECT_FALSE(utl_UrlParser::IsScheme(text, "kstrdb"));
+}
+
+// The pattern that is made of it ends there, before the ":".
+TEST(UrlParser, ASchemeEndsAtAZeroByte) {
+  const cow_String scheme("kst\0_", 5);
+  EXPECT_TRUE(utl_UrlParser::IsScheme("kstrdb", scheme));
+  EXPECT_FALSE(utl_UrlParser::IsScheme("rdb:", scheme));
 }
 
 TEST(UrlParser, IsScheme) {
