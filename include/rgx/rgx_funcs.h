@@ -1,9 +1,9 @@
 // Perl-style regular expressions over cow_String: match, split, join, substitute.
 //
 // Patterns are those of PCRE2 without any option: letter case counts, "." stops at a line
-// feed, "^" and "$" stand for the ends of the subject (an option written into the
-// pattern, like "(?i)", works). The first use of a pattern in a thread compiles it; see
-// rgx_ReCompileCache.
+// feed, "^" and "$" stand for the ends of the subject, "$" also for the place before a
+// line feed that ends it (an option written into the pattern, like "(?i)", works). The
+// first use of a pattern in a thread compiles it; see rgx_ReCompileCache.
 //
 // A pattern, and a subject while it is searched, end at their first zero byte.
 //
