@@ -2,12 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cstdlib>
 #include <functional>
 #include <memory>
 #include <string>
-#include <thread>
 #include <type_traits>
 #include <vector>
 
@@ -63,6 +61,17 @@ class CommandLine : public testing::Test {
     typ_DebugFlags::Clear();
   }
 };
+
+// Only the class that the command line names as its friend may fill it.
+template <class Line>
+concept TakesArgs = requires(Line& line) {
+  line.SetArgs(0, nullptr);
+};
+template <class Line>
+concept TakesArgsList = requires(Line& line) {
+  line.SetArgsList({});
+};
+static_assert(!TakesArgs<utl_CommandLine> && !TakesArgsList<utl_CommandLine>);
 
 TEST_F(CommandLine, EmptyBeforeItIsLoaded) {
   EXPECT_EQ(Singleton::Look(), nullptr);
@@ -319,53 +328,6 @@ TEST_F(CommandLine, ExceptionsNameTheirSource) {
   } catch (const utl_CmdLineArgFormatException& thrown) {
     EXPECT_STREQ(thrown.SourceFile(), "utl/impl/utl_CommandLine");
     EXPECT_GT(thrown.SourceLine(), 0);
-  }
-}
-
-// Eight threads make the object at once, and ask it.
-TEST_F(CommandLine, ThreadsThatCreateIt) {
-  for (int round = 0; round < 50; ++round) {
-    Singleton::Destroy();
-    std::atomic<const utl_CommandLine*> made{nullptr};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 8; ++i) {
-      threads.emplace_back([&made] {
-        const utl_CommandLine* const mine = &Line();
-        const utl_CommandLine* other = nullptr;
-        if (!made.compare_exchange_strong(other, mine)) {
-          EXPECT_EQ(other, mine);
-        }
-        EXPECT_EQ(mine->Size(), 0);
-        EXPECT_FALSE(mine->IsMember("job"));
-      });
-    }
-    for (std::thread& thread : threads) {
-      thread.join();
-    }
-  }
-}
-
-TEST_F(CommandLine, QueriesFromEightThreads) {
-  Load({"-job", "beam", "-cpus", "4", "-error", "a=1,b", "-bad", "x"});
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 8; ++i) {
-    threads.emplace_back([] {
-      for (int round = 0; round < 200; ++round) {
-        cow_String job = Line().ConstGetValue("job");
-        job += "!";
-        EXPECT_EQ(job, "beam!");
-        EXPECT_EQ(Line().ConstGetValueAsInt("cpus"), 4);
-        EXPECT_EQ(Line().ConstGetValueAsSizeT("cpus", 1), 4u);
-        EXPECT_EQ(Line().ConstGet(2), "beam");
-        EXPECT_EQ(Line().Size(), 9);
-        EXPECT_EQ(Line().ConstGetValueAsDictionary("error").Length(), 2);
-        EXPECT_THROW(Line().ConstGetValueAsInt("bad"), utl_CmdLineArgFormatException);
-        EXPECT_THROW(Line().ConstGetValue("none"), utl_MissingCmdLineArgException);
-      }
-    });
-  }
-  for (std::thread& thread : threads) {
-    thread.join();
   }
 }
 
