@@ -10,7 +10,7 @@ class KSTUTL_EXPORT utl_DirPathUtils {
   utl_DirPathUtils() = delete;
 
   /// Whether `path` exists and is a directory; false also for a path whose status
-  /// cannot be read.
+  /// cannot be read, whatever the reason.
   static bool CheckDirectory(cow_String const& path);
 
   /// `path` without one trailing `\`. A `/` is never trimmed. A drive root loses

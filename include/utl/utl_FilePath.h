@@ -17,7 +17,8 @@
 /// namespace, is kept whole: it is no plain path, and the file system is never asked
 /// about it.
 ///
-/// A value. Nothing throws: what the system refuses is answered by false. Resolving
+/// A value. Nothing throws but std::bad_alloc: what the system refuses is answered by
+/// false. Resolving
 /// (SetFilePath and the constructor with arguments) reads the environment and the
 /// current directory of the process; while it runs no other thread may change these.
 /// Queries of distinct objects may run at once.
@@ -41,9 +42,9 @@ class KSTUTL_EXPORT utl_FilePath {
   ///   starts with `\`. A relative directory is dropped and the current directory taken,
   ///   as with an empty one.
   /// - The name "" or "." stands for the directory itself.
-  /// Only `\` separates afterwards; "." and ".." are not resolved. A URL sets the base
-  /// name alone and leaves the other parts as they were. `C:\\`, with a second backslash,
-  /// ends as the name "C:".
+  /// Only `\` separates afterwards; "." and ".." are not resolved. A URL or
+  /// network connector sets the base name alone and leaves the other parts as they were.
+  /// `C:\\`, with a second backslash, ends as the name "C:".
   void SetFilePath(cow_String fileName, cow_String directory);
 
   /// Turns every `\` of directory, subdirectory and base name into `/`. Plain paths only.
@@ -68,7 +69,8 @@ class KSTUTL_EXPORT utl_FilePath {
   /// read. False for a path that is not plain.
   bool IsExecutable() const;
 
-  /// Whether it is a directory. A path that ends in a separator is none. False for a path
+  /// Whether it is a directory. A path that ends in a separator is none: the system's
+  /// status call does not take it. False for a path
   /// that is not plain.
   bool IsDir() const;
 
@@ -91,6 +93,7 @@ class KSTUTL_EXPORT utl_FilePath {
   cow_String BaseName() const { return baseName_; }
 
   /// The last component from its last dot on, dot included: ".txt"; "" when it has none.
+  /// Of no meaning for a path that is not plain.
   cow_String Extension() const { return extension_; }
 
  private:

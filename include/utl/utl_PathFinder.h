@@ -16,13 +16,12 @@ class KSTUTL_EXPORT utl_PathFinder {
   ///     getSubDirPath("PATHS", "bin", "kst", true, true, false)    // Z:\b/bin/kst.exe
   ///
   /// - The parts are joined by "/", whatever the directory ends in: "dir/" gives
-  /// "dir//name";
-  ///   only a `name` that begins with "/" brings its own.
-  /// - `tryExe`: where the name does not exist, the name with ".exe" is tried; found, it
-  /// is
-  ///   returned with ".exe", or without when `withoutExe`.
-  /// - `mustBeReadable`: a candidate that exists and cannot be read ends the whole search
-  ///   with "", also when a later directory holds a readable one.
+  ///   "dir//name". Before a `name` that begins with "/" the directory gets none, not
+  ///   even when a `subDirectory` comes in between: "dir" and "bin" give "dirbin//name".
+  /// - `tryExe`: where the name does not exist, the name with ".exe" is tried; found,
+  ///   it is returned with ".exe", or without when `withoutExe`.
+  /// - `mustBeReadable`: a candidate that exists and cannot be read ends the whole
+  ///   search with "", also when a later directory holds a readable one.
   /// An unset or empty variable and an empty name give "". Empty list entries are
   /// skipped.
   static cow_String getSubDirPath(cow_String const& variable,

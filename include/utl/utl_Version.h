@@ -42,7 +42,7 @@ class KSTUTL_EXPORT utl_Version {
   bool Prerelease() const { return type_ == VT_PRERELEASE; }
   bool IsLearnerEdition() const { return type_ == VT_LEARNER; }
 
-  /// Makes this the Learner Edition, for the rest of the process.
+  /// Makes this the Learner Edition, until utl_finalize destroys this object.
   void SetLearnerEdition() { type_ = VT_LEARNER; }
 
   /// "KESTRA" until it is set.

@@ -6,7 +6,7 @@ bool utl_DirPathUtils::CheckDirectory(cow_String const& path) {
   try {
     const utl_Stat status(path);
     return status.record != nullptr && status.isDirectory;
-  } catch (nex_Exception const&) {
+  } catch (...) {
     return false;
   }
 }

@@ -211,7 +211,12 @@ bool utl_FilePath::IsDir() const {
 
 cow_String utl_FilePath::PathName() const {
   if (!IsPlain()) return baseName_;
-  return subdirectory_ + baseName_ + extension_;
+  cow_String name = cow_String::Reserved(subdirectory_.Length() + baseName_.Length() +
+                                         extension_.Length());
+  name += subdirectory_;
+  name += baseName_;
+  name += extension_;
+  return name;
 }
 
 cow_String utl_FilePath::AbsolutePathName() const {
@@ -230,5 +235,8 @@ cow_String utl_FilePath::AbsoluteDirectoryPath() const {
 
 cow_String utl_FilePath::FileName() const {
   if (!IsPlain()) return baseName_;
-  return baseName_ + extension_;
+  cow_String name = cow_String::Reserved(baseName_.Length() + extension_.Length());
+  name += baseName_;
+  name += extension_;
+  return name;
 }

@@ -42,7 +42,7 @@ std::string_view HostName(std::string_view path) {
 bool IsUnix(std::string_view path) {
   if (path.find('/') != std::string_view::npos) return true;
   if (path.find('\\') != std::string_view::npos) return false;
-  return DriveLetter(path) == '\0' && HostName(path).empty();
+  return DriveLetter(path) == '\0';  // no backslash, so no host
 }
 
 // The path behind its drive or host. The drive test does not mask the letter's

@@ -4,15 +4,17 @@
 #include <winsock2.h>
 
 #include <direct.h>
+#include <io.h>
 
 #include <algorithm>
 #include <cstdio>
 
 #include "utl/impl/utl_clockSpeed.h"
+#include "utl/impl/utl_timeText.h"
 
 namespace {
 
-constexpr int kTextSize = 64;
+constexpr int kTextSize = 127;
 constexpr int kHostNameSize = 256;
 constexpr int kUserNameSize = 257;
 constexpr int kPathSize = 260;
@@ -21,27 +23,33 @@ constexpr int kPathSize = 260;
 constexpr const char* kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                    "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
-SYSTEMTIME LocalTime() {
-  SYSTEMTIME now;
-  GetLocalTime(&now);
-  return now;
+std::tm LocalTime() {
+  const __time64_t now = _time64(nullptr);
+  return *_localtime64(&now);
 }
 
 }  // namespace
 
-cow_String utl_getDate() {
-  const SYSTEMTIME now = LocalTime();
+cow_String utl_dateText(std::tm const& when) {
   char text[kTextSize];
-  std::snprintf(text, sizeof text, "%02d-%s-%04d", now.wDay, kMonths[now.wMonth - 1],
-                now.wYear);
+  std::snprintf(text, sizeof text, "%02d-%s-%04d", when.tm_mday, kMonths[when.tm_mon],
+                when.tm_year + 1900);
   return text;
 }
 
-cow_String utl_getTime() {
-  const SYSTEMTIME now = LocalTime();
+cow_String utl_timeText(std::tm const& when) {
   char text[kTextSize];
-  std::snprintf(text, sizeof text, "%02d:%02d:%02d", now.wHour, now.wMinute, now.wSecond);
+  std::snprintf(text, sizeof text, "%02d:%02d:%02d", when.tm_hour, when.tm_min,
+                when.tm_sec);
   return text;
+}
+
+cow_String utl_getDate() {
+  return utl_dateText(LocalTime());
+}
+
+cow_String utl_getTime() {
+  return utl_timeText(LocalTime());
 }
 
 cow_String utl_getHostName() {
