@@ -18,6 +18,13 @@ DWORD writeLimit = kNoLimit;
 std::function<void(DWORD)> insteadOfSleep;
 CreateFileArguments lastCreateFile;
 
+struct {
+  std::function<void()> atEnd;
+  WORD granted = 0;
+  std::vector<WORD> starts;
+  int ends = 0;
+} sockets;
+
 }  // namespace
 
 FailingCall::FailingCall(SystemCall call, DWORD code, int nth) {
@@ -59,6 +66,23 @@ CreateFileArguments WatchedCreateFile::Last() const {
   return lastCreateFile;
 }
 
+WatchedSockets::WatchedSockets(std::function<void()> atEnd, WORD granted) {
+  redirection::Install();
+  sockets = {std::move(atEnd), granted, {}, 0};
+}
+
+WatchedSockets::~WatchedSockets() {
+  sockets = {};
+}
+
+const std::vector<WORD>& WatchedSockets::Starts() const {
+  return sockets.starts;
+}
+
+int WatchedSockets::Ends() const {
+  return sockets.ends;
+}
+
 bool redirection::Fails(SystemCall call) {
   if (call != plan.call || plan.callsToGo == 0 || --plan.callsToGo != 0) {
     return false;
@@ -82,4 +106,14 @@ bool redirection::ReplaceSleep(DWORD milliseconds) {
 
 void redirection::Record(const CreateFileArguments& arguments) {
   lastCreateFile = arguments;
+}
+
+void redirection::RecordSocketStart(WORD asked, WORD& granted) {
+  sockets.starts.push_back(asked);
+  if (sockets.granted != 0) granted = sockets.granted;
+}
+
+void redirection::RecordSocketEnd() {
+  ++sockets.ends;
+  if (sockets.atEnd) sockets.atEnd();
 }

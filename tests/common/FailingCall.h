@@ -3,17 +3,22 @@
 #include <windows.h>
 
 #include <functional>
+#include <vector>
 
 /// The calls of the library to the system that a test can watch and make fail.
 enum class SystemCall {
+  kAccess,
   kCloseHandle,
   kCreateFile,
   kFlushFileBuffers,
   kGetFileInformationByHandle,
   kGetFileSize,
+  kGetHostName,
+  kGetUserName,
   kReadFile,
   kSetEndOfFile,
   kSetFilePointer,
+  kSocketStart,
   kWriteFile,
 };
 
@@ -72,8 +77,26 @@ class WatchedCreateFile {
   CreateFileArguments Last() const;
 };
 
+/// Watches the starts and ends of the socket layer from the construction on. One object
+/// at a time.
+class WatchedSockets {
+ public:
+  /// `atEnd`, unless empty, is called at every end, before the layer goes down. A granted
+  /// version other than 0 is what the library is told of each start.
+  explicit WatchedSockets(std::function<void()> atEnd = {}, WORD granted = 0);
+  ~WatchedSockets();
+  WatchedSockets(const WatchedSockets&) = delete;
+  WatchedSockets& operator=(const WatchedSockets&) = delete;
+
+  /// The versions asked for, the major number in the low byte.
+  const std::vector<WORD>& Starts() const;
+  int Ends() const;
+};
+
 // For the redirected calls, one version a target.
 namespace redirection {
+
+constexpr int kSocketsNotReady = 10091;
 
 /// Has the library's calls go through the functions of this program.
 void Install();
@@ -83,5 +106,8 @@ DWORD WriteLimit(DWORD count);
 /// Does what replaces a pause; false when it is to be made.
 bool ReplaceSleep(DWORD milliseconds);
 void Record(const CreateFileArguments& arguments);
+/// Also changes the granted version where a test wants another one.
+void RecordSocketStart(WORD asked, WORD& granted);
+void RecordSocketEnd();
 
 }  // namespace redirection

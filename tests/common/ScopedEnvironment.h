@@ -21,5 +21,9 @@ class ScopedEnvironment {
   std::string earlier_;
 };
 
+/// Sets `name` to the empty text for the processes started from here on. (Some run times
+/// cannot set a variable of their own process to nothing: that clears it.)
+void SetEmptyForChildren(const char* name);
+
 /// Sets (or with null clears) `name` where std::getenv reads; one version a target.
 void SetEnvironment(const char* name, const char* value);

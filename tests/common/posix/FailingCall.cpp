@@ -4,6 +4,8 @@
 #include "common/FailingCall.h"
 
 #include <dlfcn.h>
+#include <io.h>
+#include <winsock2.h>
 
 namespace {
 
@@ -86,4 +88,33 @@ BOOL WriteFile(HANDLE handle, LPCVOID buffer, DWORD count, LPDWORD written,
   return redirection::Fails(SystemCall::kWriteFile)
              ? FALSE
              : next(handle, buffer, redirection::WriteLimit(count), written, overlapped);
+}
+
+BOOL GetUserNameA(LPSTR name, LPDWORD size) {
+  static const auto next = Next(&GetUserNameA);
+  return redirection::Fails(SystemCall::kGetUserName) ? FALSE : next(name, size);
+}
+
+int _access(const char* path, int mode) {
+  static const auto next = Next(&_access);
+  return redirection::Fails(SystemCall::kAccess) ? -1 : next(path, mode);
+}
+
+int gethostname(char* name, std::size_t size) noexcept {
+  static const auto next = Next(&gethostname);
+  return redirection::Fails(SystemCall::kGetHostName) ? -1 : next(name, size);
+}
+
+int WSAStartup(WORD version, WSADATA* data) {
+  static const auto next = Next(&WSAStartup);
+  if (redirection::Fails(SystemCall::kSocketStart)) return redirection::kSocketsNotReady;
+  const int result = next(version, data);
+  redirection::RecordSocketStart(version, data->wVersion);
+  return result;
+}
+
+int WSACleanup() {
+  static const auto next = Next(&WSACleanup);
+  redirection::RecordSocketEnd();
+  return next();
 }

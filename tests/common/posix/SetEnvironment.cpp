@@ -9,3 +9,7 @@ void SetEnvironment(const char* name, const char* value) {
     setenv(name, value, 1);
   }
 }
+
+void SetEmptyForChildren(const char* name) {
+  setenv(name, "", 1);
+}

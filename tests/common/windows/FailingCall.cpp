@@ -3,6 +3,10 @@
 
 #include "common/FailingCall.h"
 
+#include <winsock2.h>
+
+#include <io.h>
+
 #include <cstring>
 #include <iterator>
 #include <stdexcept>
@@ -72,6 +76,30 @@ BOOL WINAPI Write(HANDLE handle, LPCVOID buffer, DWORD count, LPDWORD written,
                          overlapped);
 }
 
+BOOL WINAPI UserName(LPSTR name, LPDWORD size) {
+  return redirection::Fails(SystemCall::kGetUserName) ? FALSE : GetUserNameA(name, size);
+}
+
+int Access(const char* path, int mode) {
+  return redirection::Fails(SystemCall::kAccess) ? -1 : _access(path, mode);
+}
+
+int WINAPI HostName(char* name, int size) {
+  return redirection::Fails(SystemCall::kGetHostName) ? -1 : gethostname(name, size);
+}
+
+int WINAPI SocketStart(WORD version, WSADATA* data) {
+  if (redirection::Fails(SystemCall::kSocketStart)) return redirection::kSocketsNotReady;
+  const int result = WSAStartup(version, data);
+  redirection::RecordSocketStart(version, data->wVersion);
+  return result;
+}
+
+int WINAPI SocketEnd() {
+  redirection::RecordSocketEnd();
+  return WSACleanup();
+}
+
 template <class Function>
 ULONGLONG Address(Function* function) {
   return reinterpret_cast<ULONGLONG>(function);
@@ -88,11 +116,16 @@ const Replacement kReplacements[] = {
     {"FlushFileBuffers", Address(&Flush)},
     {"GetFileInformationByHandle", Address(&Information)},
     {"GetFileSize", Address(&Size)},
+    {"GetUserNameA", Address(&UserName)},
     {"ReadFile", Address(&Read)},
     {"SetEndOfFile", Address(&SetEnd)},
     {"SetFilePointer", Address(&Move)},
     {"Sleep", Address(&Pause)},
+    {"WSACleanup", Address(&SocketEnd)},
+    {"WSAStartup", Address(&SocketStart)},
     {"WriteFile", Address(&Write)},
+    {"_access", Address(&Access)},
+    {"gethostname", Address(&HostName)},
 };
 
 // A loaded module and the tables of its image, which hold offsets from its start.

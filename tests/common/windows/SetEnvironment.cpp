@@ -1,3 +1,5 @@
+#include <windows.h>
+
 #include <cstdlib>
 #include <string>
 
@@ -7,4 +9,8 @@
 void SetEnvironment(const char* name, const char* value) {
   const std::string text = value != nullptr ? value : "";
   _putenv((std::string(name) + "=" + text).c_str());
+}
+
+void SetEmptyForChildren(const char* name) {
+  SetEnvironmentVariableA(name, "");
 }
