@@ -242,6 +242,7 @@ TEST(utl_FilePath, ExpandsEnvironmentReferences) {
       {"%", "%"},
       {"%KES_T_A", "%KES_T_A"},
       {"%KES_T_P%x", "50%x"},
+      {"$KES_T_P", "50%"},
       {"%KES_T_P%KES_T_A%", "50alpha"},  // values are expanded with what follows
   };
   for (const auto& c2 : cases) {
@@ -256,6 +257,9 @@ TEST(utl_FilePath, SeparatorsInValuesAreNotUnified) {
   const utl_FilePath path("%KES_T_A%", "D:\\");
   EXPECT_EQ(path.PathName(), "x/y");
   EXPECT_EQ(path.BaseName(), "x/y");
+  // So this is a directory with a drive and no root: the drive's current one, if any.
+  ScopedEnvironment absent("KES_T_B", "Q:/x");
+  EXPECT_EQ(utl_FilePath("f", "$KES_T_B").AbsolutePathName(), "f");
 }
 
 TEST(utl_FilePath, VariableThatNamesItselfComesToAnEnd) {

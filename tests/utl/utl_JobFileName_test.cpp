@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "common/ChildProcess.h"
 #include "common/ExpectThrow.h"
 #include "common/ScopedEnvironment.h"
 #include "common/TempDir.h"
@@ -63,6 +64,19 @@ TEST_F(utl_JobFileName_, AuxiliaryNameGoesBeforeTheJob) {
   EXPECT_EQ(Name(".msg"), dir_.ShownPath() + "\\aux.msg");
   ScopedEnvironment blank("SUPAUXNAME", " x");
   EXPECT_EQ(Name(".msg"), dir_.ShownPath() + "\\beam.msg");
+}
+
+TEST_CHILD(printJobFileName) {
+  utl_CommandLineLoader::SetArgs(argc, argv);
+  ChildWriteLine(utl_JobFileName(".msg").c_str());
+  return 0;
+}
+
+TEST_F(utl_JobFileName_, AnEmptyAuxiliaryNameIsUsed) {
+  SetEmptyForChildren("SUPAUXNAME");
+  ChildProcess child = ChildProcess::Start("printJobFileName", {"-job", "beam"});
+  EXPECT_EQ(child.ReadLine(), dir_.ShownPath() + "\\.msg");
+  EXPECT_EQ(child.Wait(), 0);
 }
 
 TEST_F(utl_JobFileName_, EnvironmentReferencesAreExpanded) {

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <string>
 
+#include "common/FailingCall.h"
 #include "common/ScopedEnvironment.h"
 #include "common/TempDir.h"
 
@@ -72,6 +73,29 @@ TEST_F(utl_PathFinder_, JoinsWithSlashesWhateverTheDirectoryEndsIn) {
   EXPECT_EQ(Found("", "/tool"), In("b") + "/tool");
   ScopedEnvironment backslash(kVariable, (In("b") + "\\").c_str());
   EXPECT_EQ(Found("", "tool"), In("b") + "\\/tool");
+  ScopedEnvironment parent(kVariable, (In("") + "b/").c_str());
+  EXPECT_EQ(Found("bin", "/deep"), In("") + "b/bin//deep");
+}
+
+// The system reports no existing file as unreadable of its own accord: every second
+// question, the one for reading, is made to fail.
+TEST_F(utl_PathFinder_, AnUnreadableHitEndsTheSearch) {
+  ScopedEnvironment list(kVariable, (In("a") + ";" + In("b")).c_str());
+  {
+    const FailingCall unreadable(SystemCall::kAccess, ERROR_ACCESS_DENIED, 2);
+    EXPECT_EQ(Found("", "both", true), "");
+    EXPECT_TRUE(unreadable.Happened());
+  }
+  WriteWholeFile(dir_.File("a/prog.exe"), "");
+  {
+    const FailingCall unreadable(SystemCall::kAccess, ERROR_ACCESS_DENIED, 3);
+    EXPECT_EQ(Found("", "prog", true, true), "");
+    EXPECT_TRUE(unreadable.Happened());
+  }
+  EXPECT_EQ(Found("", "both", true), In("a") + "/both");
+  const FailingCall notAsked(SystemCall::kAccess, ERROR_ACCESS_DENIED, 2);
+  EXPECT_EQ(Found("", "both", false), In("a") + "/both");
+  EXPECT_FALSE(notAsked.Happened());
 }
 
 TEST_F(utl_PathFinder_, TriesTheNameWithExe) {

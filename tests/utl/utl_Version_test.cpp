@@ -87,6 +87,8 @@ TEST_F(utl_Version_, TitlesOfTheProducts) {
   EXPECT_EQ(Version().Title(false), "KESTRA Version 6.6-7");
   Version().SetProductStudio();
   EXPECT_EQ(Version().Title(false), "KESTRA/Studio Version 6.6-7");
+  Version().SetExecutableName(utl_FilePath("C:\\bin\\kst.exe", ""));
+  EXPECT_EQ(Version().Title(false), "KESTRA/Studio Version 6.6-7") << "it shows nowhere";
 }
 
 TEST_F(utl_Version_, LearnerEditionIsNoReleaseAndShowsInTheTitle) {
@@ -144,6 +146,8 @@ TEST_F(utl_Version_, DevelopmentInformationFromWorkAndSequence) {
       {nullptr, "0123456789", ""},   // ten characters: no date, and no name
       {nullptr, "0123456789a", ""},  // a date alone is not shown
       {nullptr, "a nightly", "Snapshot: nightly"},
+      {nullptr, "0123 56789", "Snapshot: 56789"},
+      {nullptr, "0123 56789a", "Snapshot: 56789a ( 56789 )"},
       {nullptr, "snap_12Mar nightly", "Snapshot: nightly ( 12Mar )"},
       {nullptr, "snap_12Mar nightly b", "Snapshot: nightly b ( 12Mar )"},
       {"/views/solver", nullptr, "Work: solver"},

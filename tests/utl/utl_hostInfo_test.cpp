@@ -8,12 +8,16 @@
 #include <regex>
 #include <string>
 #include <thread>
+#include <vector>
 
+#include "common/ChildProcess.h"
 #include "common/ExpectThrow.h"
+#include "common/FailingCall.h"
 #include "common/ScopedEnvironment.h"
 #include "common/TempDir.h"
 #include "nex/nex_TextException.h"
 #include "utl/impl/utl_clockSpeed.h"
+#include "utl/impl/utl_timeText.h"
 
 namespace {
 
@@ -41,6 +45,33 @@ TEST(utl_hostInfo, DateAndTimeAreTheLocalOnes) {
     last = Now("%H:%M:%S");
   } while (first != last);
   EXPECT_EQ(time, first);
+}
+
+TEST(utl_hostInfo, DateAndTimeHaveTwoDigitsAndEnglishMonths) {
+  const char* months[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                          "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+  std::tm when = {};
+  when.tm_year = 107;
+  when.tm_mday = 1;
+  when.tm_hour = 4;
+  when.tm_min = 3;
+  when.tm_sec = 9;
+  for (when.tm_mon = 0; when.tm_mon < 12; ++when.tm_mon) {
+    EXPECT_EQ(Text(utl_dateText(when)),
+              std::string("01-") + months[when.tm_mon] + "-2007");
+  }
+  EXPECT_EQ(utl_timeText(when), "04:03:09");
+}
+
+TEST(utl_hostInfo, HostOrUserThatCannotBeHadIsEmpty) {
+  for (SystemCall call : {SystemCall::kSocketStart, SystemCall::kGetHostName}) {
+    const FailingCall failing(call, ERROR_ACCESS_DENIED);
+    EXPECT_EQ(utl_getHostName(), "");
+    EXPECT_TRUE(failing.Happened());
+  }
+  const FailingCall failing(SystemCall::kGetUserName, ERROR_ACCESS_DENIED);
+  EXPECT_EQ(utl_getUserName(), "");
+  EXPECT_TRUE(failing.Happened());
 }
 
 TEST(utl_hostInfo, HostAndUserAreKnown) {
@@ -114,11 +145,23 @@ TEST(utl_hostInfo, DriverNameComesFromTheCommand) {
       {"/opt/bin/launcher2.exe", "launcher2"},
       {"Launcher", "Launcher"},
       {"kstrdb://server/launcher", "kstrdb://server/launcher"},
+      {"Network connectors/launcher", "Network connectors/launcher"},
   };
   for (const auto& c : cases) {
     ScopedEnvironment command("KES_COMMAND", c.command);
     EXPECT_EQ(utl_getDriverName(), c.name) << c.command;
   }
+}
+
+TEST_CHILD(printDriverName) {
+  ChildWriteLine("<" + Text(utl_getDriverName()) + ">");
+  return 0;
+}
+
+TEST(utl_hostInfo, DriverNameOfAnEmptyCommandIsEmpty) {
+  SetEmptyForChildren("KES_COMMAND");
+  ChildProcess child = ChildProcess::Start("printDriverName");
+  EXPECT_EQ(child.ReadLine(), "<>");
 }
 
 TEST(utl_hostInfo, DriverNameWithoutCommandThrows) {
@@ -140,10 +183,36 @@ TEST(utl_hostInfo, SleepsAndAnswersOne) {
   EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(29));
 }
 
-TEST(utl_hostInfo, SocketLayerStartsAnyNumberOfTimes) {
+TEST(utl_hostInfo, SocketLayerStartsWithVersionTwo) {
+  const WatchedSockets sockets;
   utl_InitializeWinsock();
   utl_InitializeWinsock();
+  EXPECT_EQ(sockets.Starts(), (std::vector<WORD>{0x0002, 0x0002}));
+  EXPECT_EQ(sockets.Ends(), 0);
+}
+
+TEST(utl_hostInfo, SocketLayerOfAnotherVersionIsLeftDown) {
+  for (WORD granted : std::vector<WORD>{0x0102, 0x0001, 0x0202}) {
+    const WatchedSockets sockets({}, granted);
+    utl_InitializeWinsock();
+    EXPECT_EQ(sockets.Ends(), 1) << granted;
+  }
+}
+
+TEST(utl_hostInfo, SocketLayerThatDoesNotStartIsNotEnded) {
+  const WatchedSockets sockets;
+  const FailingCall failing(SystemCall::kSocketStart, ERROR_ACCESS_DENIED);
+  utl_InitializeWinsock();
+  EXPECT_TRUE(failing.Happened());
+  EXPECT_EQ(sockets.Ends(), 0);
+}
+
+TEST(utl_hostInfo, HostNameStartsTheSocketLayerForItselfAndNeverEndsIt) {
+  const WatchedSockets sockets;
   EXPECT_NE(utl_getHostName(), "");
+  EXPECT_NE(utl_getHostName(), "");
+  EXPECT_EQ(sockets.Starts(), (std::vector<WORD>{0x0101, 0x0101}));
+  EXPECT_EQ(sockets.Ends(), 0);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "common/FailingCall.h"
 #include "rgx/rgx_ReCompileCache.h"
 #include "thr/thr_ThreadPool.h"
 #include "typ/typ_DebugFlags.h"
@@ -77,6 +78,25 @@ TEST(utl_initialize, StartsAnewAfterTheEnd) {
     EXPECT_EQ(count, 0);
     EXPECT_EQ(Holder::Look(), nullptr);
   }
+}
+
+TEST(utl_initialize, SocketsEndBetweenTheCommandLineAndTheTracker) {
+  using CommandLine = thr_GlobalSingleton<utl_CommandLine>;
+  using Version = omi_Singleton<utl_Version>;
+  const WatchedSockets sockets([] {
+    EXPECT_EQ(Version::Look(), nullptr);
+    EXPECT_EQ(CommandLine::Look(), nullptr);
+    EXPECT_NE(Holder::Look(), nullptr);
+  });
+  int count = 0;
+  utl_initialize(count);
+  EXPECT_EQ(sockets.Starts(), std::vector<WORD>{0x0002});
+  Version::Instance();
+  CommandLine::Instance();
+  Holder::Instance();
+  utl_finalize(count);
+  EXPECT_EQ(sockets.Ends(), 1);
+  EXPECT_EQ(Holder::Look(), nullptr);
 }
 
 // One end too many: the nesting goes below zero, and the next start only makes up for it.
