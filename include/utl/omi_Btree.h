@@ -58,7 +58,7 @@ class omi_BtreeNode {
   bool Remove(const K& key, omi_BtreeNode& parent);
 
   /// The node of `key` at or below this one, or null.
-  const omi_BtreeNode* Find(const K& key) const;
+  omi_BtreeNode* Find(const K& key) const;
 
  private:
   friend class omi_Btree<K, V>;

@@ -296,6 +296,46 @@ TEST(omi_Btree, NaturalOrderPutsFile9BeforeFile10) {
   EXPECT_EQ(first(), "file9");
 }
 
+TEST(omi_Btree, NodesAnswerForTheirSubtrees) {
+  omi_BtreeNode<int, int> node(5, 50), parent(0, 0);
+  EXPECT_EQ(node.Height(), 0);
+  EXPECT_TRUE(node.Insert(3, 30));
+  EXPECT_TRUE(node.Insert(8, 80));
+  EXPECT_FALSE(node.Insert(5, 0));
+  EXPECT_FALSE(node.Insert(8, 0));
+  EXPECT_EQ(node.Height(), 1);
+  omi_BtreeNode<int, int>* const found = node.Find(8);
+  ASSERT_EQ(found, node.Right());
+  EXPECT_EQ(found->Value(), 80);
+  EXPECT_EQ(found->Find(3), nullptr) << "not below it";
+  EXPECT_EQ(node.Find(5), &node);
+  EXPECT_FALSE(node.Remove(9, parent));
+  EXPECT_TRUE(node.Remove(8, parent));
+  EXPECT_EQ(node.Right(), nullptr);
+  EXPECT_TRUE(node.Remove(3, parent));
+  EXPECT_EQ(node.Height(), 0);
+}
+
+TEST(omi_Btree, ANodeDoesNotRebalanceItself) {
+  omi_BtreeNode<int, int> node(1, 1);
+  for (int key : {2, 3, 4}) node.Insert(key, key);
+  EXPECT_EQ(node.Height(), 3);
+  EXPECT_EQ(node.Right()->Key(), 2);
+  node.Insert(5, 5);
+  EXPECT_EQ(node.Right()->Key(), 3) << "what is below it is";
+  EXPECT_EQ(node.Height(), 3);
+}
+
+TEST(omi_Btree, AKeyOfTheMapItselfMayBeRemoved) {
+  omi_Btree<cow_String, int> tree;
+  for (const char* key : {"a", "b", "c", "d"}) tree.Insert(key, 1);
+  while (!tree.IsEmpty()) {
+    const cow_String& key = tree.Root()->Key();
+    ASSERT_TRUE(tree.Remove(key));
+  }
+  EXPECT_EQ(tree.Root(), nullptr);
+}
+
 TEST(omi_Btree, IntComparisonWraps) {
   omi_Btree<int, int> tree;
   tree.Insert(INT_MIN, 1);

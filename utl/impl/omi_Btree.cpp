@@ -85,22 +85,23 @@ template <class K, class V>
 bool omi_BtreeNode<K, V>::Remove(const K& key, omi_BtreeNode& parent) {
   std::vector<Step> way;
   way.reserve(kUsualDepth);
+  omi_BtreeNode* above = &parent;
   omi_BtreeNode* node = this;
   while (const int comparison = Compare(key, node->key_)) {
     omi_BtreeNode** const child = node->ChildSlot(comparison);
     if (*child == nullptr) return false;
     way.push_back({node, child});
+    above = node;
     node = *child;
   }
-  omi_BtreeNode& above = way.empty() ? parent : *way.back().node;
-  above.RemoveNode(node, node->TakeReplacement());
+  above->RemoveNode(node, node->TakeReplacement());
   Retrace(way);
   return true;
 }
 
 template <class K, class V>
-const omi_BtreeNode<K, V>* omi_BtreeNode<K, V>::Find(const K& key) const {
-  const omi_BtreeNode* node = this;
+omi_BtreeNode<K, V>* omi_BtreeNode<K, V>::Find(const K& key) const {
+  auto* node = const_cast<omi_BtreeNode*>(this);  // as its parent would give it
   while (node != nullptr) {
     const int comparison = Compare(key, node->key_);
     if (comparison == 0) break;
@@ -128,16 +129,19 @@ void omi_BtreeNode<K, V>::Retrace(const std::vector<Step>& way) {
 template <class K, class V>
 void omi_BtreeNode<K, V>::Rebalance(omi_BtreeNode*& slot) {
   omi_BtreeNode* const node = slot;
-  const int balance = (node->right_ != nullptr ? node->right_->height_ : 0) -
-                      (node->left_ != nullptr ? node->left_->height_ : 0);
-  if (balance >= 2) {
-    slot = node->right_;
-    node->right_ = slot->left_;
-    slot->left_ = node;
-  } else if (balance <= -2) {
-    slot = node->left_;
-    node->left_ = slot->right_;
-    slot->right_ = node;
+  omi_BtreeNode* const left = node->left_;
+  omi_BtreeNode* const right = node->right_;
+  const auto counted = [](const omi_BtreeNode* child) {
+    return child != nullptr ? child->height_ : 0;
+  };
+  if (right != nullptr && right->height_ - counted(left) >= 2) {
+    node->right_ = right->left_;
+    right->left_ = node;
+    slot = right;
+  } else if (left != nullptr && left->height_ - counted(right) >= 2) {
+    node->left_ = left->right_;
+    left->right_ = node;
+    slot = left;
   } else {
     return;
   }
@@ -174,8 +178,8 @@ omi_BtreeNode<K, V>* omi_BtreeNode<K, V>::TakeReplacement() {
 template <class K, class V>
 void omi_BtreeNode<K, V>::RemoveNode(omi_BtreeNode* node, omi_BtreeNode* replacement) {
   (node == right_ ? right_ : left_) = replacement;
-  delete node;
   UpdateHeight();
+  delete node;
 }
 
 template <class K, class V>
