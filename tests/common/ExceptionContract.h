@@ -74,7 +74,8 @@ void ExpectExceptionContract(const Exception& sample, const atr_String& text) {
   exception_contract::ExpectCaughtByBase<nex_Exception>(exception);
 
   const std::unique_ptr<nex_Exception> copy(exception.Copy());
-  EXPECT_TRUE(typeid(*copy) == typeid(nex_TextException));
+  const nex_Exception& copied = *copy;
+  EXPECT_TRUE(typeid(copied) == typeid(nex_TextException));
   EXPECT_EQ(copy->AsString(), text);
   EXPECT_EQ(copy->SourceLine(), 7);
 }

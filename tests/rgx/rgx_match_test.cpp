@@ -188,9 +188,9 @@ TEST(RgxMatch, CompileErrors) {
       {"x{2,1}", "5: numbers out of order in {} quantifier"},
       {"(a)\\2", "4: reference to non-existent subpattern"},
   };
-  for (const auto& [pattern, text] : cases) {
-    EXPECT_THROW_AT(rgx_match(pattern, "a"), nex_TextException,
-                    std::string("rgx_match: error in regex at offset ") + text,
+  for (const auto& c : cases) {
+    EXPECT_THROW_AT(rgx_match(c.pattern, "a"), nex_TextException,
+                    std::string("rgx_match: error in regex at offset ") + c.text,
                     "rgx/impl/rgx_ReCompileCache", 92);
   }
 }

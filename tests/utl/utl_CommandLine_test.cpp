@@ -310,7 +310,8 @@ TEST_F(CommandLine, ExceptionsBuildTheirTextWhenAsked) {
   static_assert(std::is_base_of_v<nex_TextException, utl_MissingCmdLineArgException>);
   // A copy made by Copy is a plain text exception with the text that was handed in.
   const std::unique_ptr<nex_Exception> copy(utl_MissingCmdLineArgException("job").Copy());
-  EXPECT_EQ(typeid(*copy), typeid(nex_TextException));
+  const nex_Exception& copied = *copy;
+  EXPECT_EQ(typeid(copied), typeid(nex_TextException));
 }
 
 TEST_F(CommandLine, ExceptionsNameTheirSource) {
