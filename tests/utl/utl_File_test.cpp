@@ -275,7 +275,7 @@ TEST_F(utl_FileTest, ExtendBelowFourFailsAfterTheSizeWasSet) {
     EXPECT_THROW_TEXT(
         file.Extend(size), utl_FileExceptionExtend,
         CallText("*** Error: Extend failed", "SetFilePointer 3", 131, path_));
-    EXPECT_EQ(Contents(), std::string("0123456789").substr(0, size));
+    EXPECT_EQ(Contents(), std::string("0123456789", static_cast<std::size_t>(size)));
   }
 }
 
