@@ -4,7 +4,7 @@ set(truss "${PROJECT_SOURCE_DIR}/examples/truss")
 target_sources(${program} PRIVATE
   "${truss}/Deck.cpp" "${truss}/Save.cpp" "${truss}/Solve.cpp" "${truss}/main.cpp")
 set_source_files_properties("${truss}/main.cpp" PROPERTIES
-  COMPILE_DEFINITIONS main=kst_truss_main)
+  COMPILE_DEFINITIONS main=kst_truss_main SKIP_PRECOMPILE_HEADERS ON)
 target_compile_definitions(${program} PRIVATE KST_TRUSS_DECKS="${truss}/decks/")
 target_link_libraries(${program} PRIVATE Eigen3::Eigen)
 

@@ -147,7 +147,7 @@ TEST(StreamLinesTest, LongOutputIsFlushedBehind500Columns) {
   for (int i = 0; i < 600; ++i) {
     stream << "x";
   }
-  EXPECT_EQ(std::string(501, 'x') + "|" + std::string(99, 'x'), out.Take());
+  EXPECT_EQ(std::string(501, 'x').append("|").append(99, 'x'), out.Take());
   EXPECT_EQ(501u, RoomLeft(stream, out)) << "counted anew: 99 of 600";
 }
 
