@@ -102,8 +102,9 @@ BOOL GetProcessMemoryInfo(HANDLE process, PROCESS_MEMORY_COUNTERS* counters, DWO
   *counters = {};
   counters->cb = sizeof *counters;
   counters->PageFaultCount = static_cast<DWORD>(usage.ru_minflt + usage.ru_majflt);
-  counters->PeakWorkingSetSize = MemoryLine("VmHWM:");
   counters->WorkingSetSize = MemoryLine("VmRSS:");
+  // The kernel counts the peak a little behind.
+  counters->PeakWorkingSetSize = std::max(MemoryLine("VmHWM:"), counters->WorkingSetSize);
   counters->PagefileUsage = MemoryLine("VmData:");
   counters->PeakPagefileUsage = counters->PagefileUsage;
   return TRUE;

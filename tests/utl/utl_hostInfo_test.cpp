@@ -5,7 +5,6 @@
 #include <chrono>
 #include <ctime>
 #include <filesystem>
-#include <regex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -37,7 +36,6 @@ TEST(utl_hostInfo, DateAndTimeAreTheLocalOnes) {
   const std::string before = Now("%d-%b-%Y"), date = Text(utl_getDate()),
                     after = Now("%d-%b-%Y");
   EXPECT_TRUE(date == before || date == after) << date;
-  EXPECT_TRUE(std::regex_match(date, std::regex("[0-3][0-9]-[A-Z][a-z]{2}-[0-9]{4}")));
   std::string first, time, last;
   do {
     first = Now("%H:%M:%S");
