@@ -1,9 +1,16 @@
-#include <iostream>
-
-#include "cow/cow_String.h"
+#include "utl/utl_initialize.h"
+#include "utl/utl_MultisectionFile.h"
 
 int main() {
-  const cow_String greeting = cow_String("linked ") + "and loaded";
-  std::cout << greeting << '\n';
-  return greeting.Length() == 17 ? 0 : 1;
+  int count = 0;
+  utl_initialize(count);
+  double loads[2] = {1.5, -2.0};
+  {
+    utl_MultisectionFile file("job.kdb", utl_FileAccessWrite);
+    file.setSectionData("loads", loads, sizeof loads);
+    file.saveChanges();                   // the file on disk is as before until here
+    file.getSectionData("loads", loads);  // throws if the checksum is wrong
+  }                                       // unlocked and closed
+  utl_finalize(count);
+  return loads[1] == -2.0 ? 0 : 1;
 }
