@@ -173,6 +173,7 @@ void ExpectContentsAndShape(const std::vector<K>& keys, const std::vector<V>& va
 
 std::vector<int> SomeInts() {
   std::vector<int> keys;
+  keys.reserve(300);
   for (int i = -150; i < 150; ++i) keys.push_back(i * 7919);
   return keys;
 }

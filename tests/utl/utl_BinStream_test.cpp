@@ -5,7 +5,7 @@
 #include <io.h>
 #include <sys/stat.h>
 
-#include <cstring>
+#include <algorithm>
 #include <limits>
 #include <new>
 #include <string>
@@ -62,7 +62,7 @@ class BinStreamTest : public testing::Test {
   int fd_ = -1;
 };
 
-using std::string_view_literals::operator""sv;
+using namespace std::string_view_literals;
 
 TEST_F(BinStreamTest, IntegersAreTheirImages) {
   utl_BinOStream out = Output();
@@ -179,9 +179,9 @@ TEST_F(BinStreamTest, ArraysAreTheirElementsWithoutACount) {
   in.ReadIntArray(readInts, 2);
   in.ReadFloatArray(readFloats, 2);
   in.ReadDoubleArray(readDoubles, 2);
-  EXPECT_EQ(0, std::memcmp(ints, readInts, sizeof ints));
-  EXPECT_EQ(0, std::memcmp(floats, readFloats, sizeof floats));
-  EXPECT_EQ(0, std::memcmp(doubles, readDoubles, sizeof doubles));
+  EXPECT_TRUE(std::ranges::equal(ints, readInts));
+  EXPECT_TRUE(std::ranges::equal(floats, readFloats));
+  EXPECT_TRUE(std::ranges::equal(doubles, readDoubles));
 }
 
 TEST_F(BinStreamTest, CountsOfZeroOrLessMoveNothing) {

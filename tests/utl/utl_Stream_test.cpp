@@ -34,7 +34,8 @@ std::string Fixed(std::string text, int width) {
   text.resize(text.size() + 2, '#');
   text[text.size() - 2] = '\0';
   utl_Stream::FixNumericString(text.data(), width);
-  return text.c_str();
+  text.resize(text.find('\0'));
+  return text;
 }
 
 TEST(StreamTest, RealNumbers) {

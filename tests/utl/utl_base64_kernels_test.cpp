@@ -274,16 +274,19 @@ TEST_P(Base64KernelTest, NothingOutsideTheBlocksIsTouched) {
   }
 }
 
+// Enough for whole registers and a rest.
+constexpr std::size_t kGroups = 40;
+
 TEST_P(Base64KernelTest, DecodingStopsAtTheFirstGroupWithAnotherByte) {
-  std::string text(4 * 40, 'A');
+  std::string text(4 * kGroups, 'A');
   for (std::size_t at = 0; at < text.size(); ++at) {
     for (int byte = 0; byte < 256; ++byte) {
       text[at] = static_cast<char>(byte);
       const bool other = kAlphabet.find(text[at]) == std::string_view::npos;
-      const std::size_t groups = other ? at / 4 : 40;
-      std::array<unsigned char, 3 * 40> bytes;
+      const std::size_t groups = other ? at / 4 : kGroups;
+      std::array<unsigned char, 3 * kGroups> bytes;
       bytes.fill('#');
-      ASSERT_EQ(groups, kernel_.decode(Bytes(text.data()), 40, bytes.data()));
+      ASSERT_EQ(groups, kernel_.decode(Bytes(text.data()), kGroups, bytes.data()));
       const auto end = bytes.begin() + static_cast<std::ptrdiff_t>(3 * groups);
       ASSERT_TRUE(std::all_of(end, bytes.end(), [](int b) { return b == '#'; }))
           << "behind the " << groups << " groups";
@@ -293,15 +296,16 @@ TEST_P(Base64KernelTest, DecodingStopsAtTheFirstGroupWithAnotherByte) {
 }
 
 TEST_P(Base64KernelTest, EveryCharacterInEveryPlace) {
-  for (std::size_t at = 0; at < 4 * 40; ++at) {
+  for (std::size_t at = 0; at < 4 * kGroups; ++at) {
     for (std::size_t value = 0; value < 64; ++value) {
-      std::string text(4 * 40, 'k');
+      std::string text(4 * kGroups, 'k');
       text[at] = kAlphabet[value];
-      std::string bytes(3 * 40, ' ');
-      ASSERT_EQ(40u, kernel_.decode(Bytes(text.data()), 40, Bytes(bytes.data())));
+      std::string bytes(3 * kGroups, ' ');
+      ASSERT_EQ(kGroups,
+                kernel_.decode(Bytes(text.data()), kGroups, Bytes(bytes.data())));
       ASSERT_EQ(text, ModelEncoded(bytes, false));
-      std::string back(4 * 40, ' ');
-      kernel_.encode(Bytes(bytes.data()), 40, back.data());
+      std::string back(4 * kGroups, ' ');
+      kernel_.encode(Bytes(bytes.data()), kGroups, back.data());
       ASSERT_EQ(text, back);
     }
   }
