@@ -4,8 +4,8 @@
 
 extern "C" void load_arguments() {
   cow_1DArrayList<cow_String> arguments;
-  for (const char* argument : {"prog", "-job", "beam", "-cpus", "4", "-interactive",
-                               "-title", "a long title"}) {
+  for (const char* argument :
+       {"prog", "-job", "beam", "-cpus", "4", "-interactive", "-title", "a long title"}) {
     arguments.Append(argument);
   }
   utl_CommandLineLoader::SetArgsList(arguments);

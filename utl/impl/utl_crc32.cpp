@@ -47,7 +47,8 @@ std::uint32_t utl_crc32(std::uint32_t reg, const void* data, std::size_t size) n
 
 std::uint32_t utl_crc32Copy(std::uint32_t reg, void* to, const void* from,
                             std::size_t size) noexcept {
-  constexpr std::size_t kBlock = std::size_t{16} * 1024;  // both blocks fit the first-level cache
+  constexpr std::size_t kBlock =
+      std::size_t{16} * 1024;  // both blocks fit the first-level cache
   auto* target = static_cast<char*>(to);
   const auto* source = static_cast<const char*>(from);
   while (size > 0) {
