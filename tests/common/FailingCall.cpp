@@ -16,7 +16,7 @@ Plan plan;
 constexpr DWORD kNoLimit = 0xFFFFFFFF;
 DWORD writeLimit = kNoLimit;
 std::function<void(DWORD)> insteadOfSleep;
-CreateFileArguments lastCreateFile;
+thread_local CreateFileArguments lastCreateFile;  // other threads open files meanwhile
 
 struct {
   std::function<void()> atEnd;
