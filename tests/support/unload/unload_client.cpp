@@ -10,9 +10,9 @@
 
 namespace {
 
-std::atomic<bool> cleanedUp = false;
-std::atomic<bool> registered = false;
-std::atomic<bool> unloaded = false;
+std::atomic<bool> cleanedUp{false};
+std::atomic<bool> registered{false};
+std::atomic<bool> unloaded{false};
 
 using Register = void (*)(void (*)());
 
