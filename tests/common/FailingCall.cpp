@@ -19,6 +19,13 @@ std::function<void(DWORD)> insteadOfSleep;
 thread_local CreateFileArguments lastCreateFile;  // other threads open files meanwhile
 
 struct {
+  bool isFaked = false;
+  ULONGLONG toCaller = 0;
+  ULONGLONG onDrive = 0;
+  std::string asked;
+} disk;
+
+struct {
   std::function<void()> atEnd;
   WORD granted = 0;
   std::vector<WORD> starts;
@@ -56,6 +63,19 @@ InsteadOfSleep::InsteadOfSleep(std::function<void(DWORD)> action) {
 
 InsteadOfSleep::~InsteadOfSleep() {
   insteadOfSleep = nullptr;
+}
+
+FakeDiskSpace::FakeDiskSpace(ULONGLONG toCaller, ULONGLONG onDrive) {
+  redirection::Install();
+  disk = {true, toCaller, onDrive, {}};
+}
+
+FakeDiskSpace::~FakeDiskSpace() {
+  disk = {};
+}
+
+const std::string& FakeDiskSpace::Asked() const {
+  return disk.asked;
 }
 
 WatchedCreateFile::WatchedCreateFile() {
@@ -101,6 +121,15 @@ bool redirection::ReplaceSleep(DWORD milliseconds) {
     return false;
   }
   insteadOfSleep(milliseconds);
+  return true;
+}
+
+bool redirection::ReplaceDiskSpace(const char* directory, ULARGE_INTEGER* toCaller,
+                                   ULARGE_INTEGER* onDrive) {
+  if (!disk.isFaked) return false;
+  disk.asked = directory;
+  toCaller->QuadPart = disk.toCaller;
+  onDrive->QuadPart = disk.onDrive;
   return true;
 }
 

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <functional>
+#include <string>
 #include <vector>
 
 /// The calls of the library to the system that a test can watch and make fail.
@@ -11,6 +12,7 @@ enum class SystemCall {
   kCloseHandle,
   kCreateFile,
   kFlushFileBuffers,
+  kGetDiskFreeSpaceEx,
   kGetFileInformationByHandle,
   kGetFileSize,
   kGetHostName,
@@ -60,6 +62,21 @@ class InsteadOfSleep {
   InsteadOfSleep& operator=(const InsteadOfSleep&) = delete;
 };
 
+/// While it lives, the library is told of any disk that this many bytes are free to the
+/// caller and on the drive. One object at a time.
+///
+///     FakeDiskSpace full(0, 4096);
+class FakeDiskSpace {
+ public:
+  FakeDiskSpace(ULONGLONG toCaller, ULONGLONG onDrive);
+  ~FakeDiskSpace();
+  FakeDiskSpace(const FakeDiskSpace&) = delete;
+  FakeDiskSpace& operator=(const FakeDiskSpace&) = delete;
+
+  /// The directory that the library asked about last.
+  const std::string& Asked() const;
+};
+
 /// What the library handed to its last CreateFileA.
 struct CreateFileArguments {
   DWORD access;
@@ -105,6 +122,9 @@ bool Fails(SystemCall call);
 DWORD WriteLimit(DWORD count);
 /// Does what replaces a pause; false when it is to be made.
 bool ReplaceSleep(DWORD milliseconds);
+/// Answers for a disk; false when the system is to be asked.
+bool ReplaceDiskSpace(const char* directory, ULARGE_INTEGER* toCaller,
+                      ULARGE_INTEGER* onDrive);
 void Record(const CreateFileArguments& arguments);
 /// Also changes the granted version where a test wants another one.
 void RecordSocketStart(WORD asked, WORD& granted);

@@ -42,6 +42,14 @@ BOOL FlushFileBuffers(HANDLE handle) {
   return redirection::Fails(SystemCall::kFlushFileBuffers) ? FALSE : next(handle);
 }
 
+BOOL GetDiskFreeSpaceExA(LPCSTR directory, ULARGE_INTEGER* toCaller,
+                         ULARGE_INTEGER* total, ULARGE_INTEGER* onDrive) {
+  static const auto next = Next(&GetDiskFreeSpaceExA);
+  if (redirection::Fails(SystemCall::kGetDiskFreeSpaceEx)) return FALSE;
+  return redirection::ReplaceDiskSpace(directory, toCaller, onDrive) ||
+         next(directory, toCaller, total, onDrive);
+}
+
 BOOL GetFileInformationByHandle(HANDLE handle, BY_HANDLE_FILE_INFORMATION* information) {
   static const auto next = Next(&GetFileInformationByHandle);
   return redirection::Fails(SystemCall::kGetFileInformationByHandle)

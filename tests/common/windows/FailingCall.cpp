@@ -34,6 +34,13 @@ BOOL WINAPI Flush(HANDLE handle) {
                                                            : FlushFileBuffers(handle);
 }
 
+BOOL WINAPI Space(LPCSTR directory, ULARGE_INTEGER* toCaller, ULARGE_INTEGER* total,
+                  ULARGE_INTEGER* onDrive) {
+  if (redirection::Fails(SystemCall::kGetDiskFreeSpaceEx)) return FALSE;
+  return redirection::ReplaceDiskSpace(directory, toCaller, onDrive) ||
+         GetDiskFreeSpaceExA(directory, toCaller, total, onDrive);
+}
+
 BOOL WINAPI Information(HANDLE handle, BY_HANDLE_FILE_INFORMATION* information) {
   return redirection::Fails(SystemCall::kGetFileInformationByHandle)
              ? FALSE
@@ -114,6 +121,7 @@ const Replacement kReplacements[] = {
     {"CreateFileA", Address(&Create)},
     {"CloseHandle", Address(&Close)},
     {"FlushFileBuffers", Address(&Flush)},
+    {"GetDiskFreeSpaceExA", Address(&Space)},
     {"GetFileInformationByHandle", Address(&Information)},
     {"GetFileSize", Address(&Size)},
     {"GetUserNameA", Address(&UserName)},
