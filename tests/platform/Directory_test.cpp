@@ -204,7 +204,28 @@ TEST_F(DirectoryTest, UnusedNames) {
     WriteWholeFile(name, "");
   }
   std::string name = Name("fXXXXXX");
+  errno = 0;
   EXPECT_EQ(_mktemp(name.data()), nullptr);
+  EXPECT_EQ(errno, 0) << "a null pointer is all that tells";
+  expected[expected.size() - 6] = 'k';
+  std::filesystem::remove(expected);
+  std::filesystem::create_directory(expected);
+  name = Name("fXXXXXX");
+  EXPECT_EQ(_mktemp(name.data()), nullptr) << "a directory takes a name as well";
+  std::filesystem::remove(expected);
+  name = Name("fXXXXXX");
+  EXPECT_NE(_mktemp(name.data()), nullptr);
+  EXPECT_EQ(name, expected);
+}
+
+// A file under the name with an ending does not take the name.
+TEST_F(DirectoryTest, UnusedNamesWithoutTheirEnding) {
+  std::string first = Name("fXXXXXX");
+  ASSERT_NE(_mktemp(first.data()), nullptr);
+  WriteWholeFile(first + ".dat", "");
+  std::string second = Name("fXXXXXX");
+  ASSERT_NE(_mktemp(second.data()), nullptr);
+  EXPECT_EQ(second, first);
 }
 
 TEST_F(DirectoryTest, BadTemplates) {

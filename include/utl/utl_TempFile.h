@@ -1,0 +1,115 @@
+#pragma once
+
+#include <cstdint>
+
+#include "cow/cow_String.h"
+#include "KSTutl_export.h"
+#include "nex/nex_TextException.h"
+
+/// The name of one scratch file, which is removed with the object. The object reads and
+/// writes nothing: take `Name()` and use utl_File or the like; `Create` makes sure that
+/// the file exists and that it is this object's.
+///
+/// The directory is the first of these that is a directory: the command-line option
+/// "tmpdir", the environment variables SCRATCH and TMPDIR. There is no other; the
+/// current directory and the system's own for temporary files are never used. One that
+/// does not exist, or is a file, is passed over.
+///
+/// The name is made once, by the first operation, and is then the object's to its end:
+/// DIRECTORY\KstTempFileLNNNNN.SUFFIX, where L is a letter from a to z that makes the
+/// name (without the suffix) a new one, and NNNNN are digits of the process's number. So
+/// a process has at most 26 files without suffix in a directory at a time. With a suffix
+/// a file does not stand in the way of the next name: two objects with one suffix may
+/// have the same name, and the second `Create` fails.
+///
+/// While the name is not made, every operation but `Close` makes it and may throw
+///   utl_TempFileCantExc         there is no directory, or no letter is left;
+///   nex_SystemErrorException    a candidate's status cannot be read for another reason
+///                               than that it does not exist (code 2): it is the empty
+///                               text, or its parent does not exist;
+///   nex_TextException           the directory's free space cannot be had, as that of a
+///                               relative path (see utl_DiskAttributes).
+/// The object then has no name, and the next operation tries again.
+///
+/// Threads: one object by one thread at a time.
+///
+///     utl_TempFile scratch(".scr");
+///     scratch.Create();
+///     scratch.Close();
+///     utl_File file(scratch.Name(), utl_FileAccessWrite, utl_FileShareDefault);
+class KSTUTL_EXPORT utl_TempFile {
+ public:
+  /// Records the suffix, with or without its ".": "scr" and ".scr" are the same, "" is
+  /// none. Touches nothing on disk.
+  explicit utl_TempFile(const cow_String& suffix);
+  utl_TempFile(const utl_TempFile&) = delete;
+  utl_TempFile& operator=(const utl_TempFile&) = delete;
+  /// Closes and removes the file, whoever made it; whatever fails in it is ignored. An
+  /// object without a name touches nothing.
+  ~utl_TempFile();
+
+  /// Makes the file and holds it open for reading and writing. Throws
+  /// utl_TempFileOpenExc, if it exists in particular; what the object held open before
+  /// stays open then, and is closed otherwise.
+  void Create();
+  /// The same with the file that exists. Throws utl_TempFileOpenExc if it does not.
+  void Open();
+  /// Opens the file if it exists; whether it does. Throws utl_TempFileOpenExc if it
+  /// exists and cannot be opened.
+  bool OpenIfPresent();
+  /// Closes the file if it is open. The name and the file stay.
+  void Close();
+
+  /// Bytes that were free in the directory when the name was made.
+  std::uint64_t AvailableSpace() const;
+  /// The full path.
+  const cow_String& Name() const;
+
+  // The rest is implementation.
+
+ private:
+  void MakeName() const;
+  void Keep(int descriptor);
+  [[noreturn]] void ThrowCannotOpen(int error) const;
+
+  // Made by the first operation, be it a const one.
+  mutable bool named_ = false;
+  mutable std::uint64_t availableSpace_ = 0;
+  mutable cow_String name_;  // the suffix until the name is made
+  int descriptor_ = -1;
+};
+
+/// All failures of temporary files.
+class KSTUTL_EXPORT utl_TempFileException : public nex_TextException {
+ public:
+  explicit utl_TempFileException(const atr_String& message);
+  [[noreturn]] void Propagate() const override;
+};
+
+/// The file could not be made or opened; `systemText` is the reason.
+class KSTUTL_EXPORT utl_TempFileOpenExc : public utl_TempFileException {
+ public:
+  utl_TempFileOpenExc(const cow_String& fileName, const cow_String& systemText);
+  [[noreturn]] void Propagate() const override;
+};
+
+/// For callers of their own, as utl_TempFileNoDirExc is: utl_TempFile reports that it has
+/// no directory by utl_TempFileCantExc.
+class KSTUTL_EXPORT utl_TempFileDirExc : public utl_TempFileException {
+ public:
+  explicit utl_TempFileDirExc(const cow_String& directory);
+  [[noreturn]] void Propagate() const override;
+};
+
+/// There is no directory for the file, or no name that is not in use.
+class KSTUTL_EXPORT utl_TempFileCantExc : public utl_TempFileException {
+ public:
+  utl_TempFileCantExc();
+  [[noreturn]] void Propagate() const override;
+};
+
+class KSTUTL_EXPORT utl_TempFileNoDirExc : public utl_TempFileException {
+ public:
+  utl_TempFileNoDirExc();
+  [[noreturn]] void Propagate() const override;
+};
