@@ -20,17 +20,12 @@ namespace {
 
 constexpr int kMayWrite = 2;
 
-int FailWith(int number) {
-  errno = number;
-  return -1;
-}
-
 // The code of a name whose status cannot be had, 0 when it can.
 DWORD StatusOf(const char* name, Path& resolved, struct stat& status) {
   const DWORD code = Resolve(name, resolved);
   if (code != ERROR_SUCCESS) return code;
   if (stat(resolved.path.c_str(), &status) == 0) return ERROR_SUCCESS;
-  return errno == ENOENT ? MissingCode(resolved.path) : CodeFromErrno(errno);
+  return CodeOfFailure(resolved.path);
 }
 
 bool IsProgram(std::string_view path) {
@@ -63,11 +58,11 @@ int _access(const char* path, int mode) {
   }
   if (code != ERROR_SUCCESS) {
     SetLastError(code);
-    return FailWith(ErrnoFromCode(code));
+    return FailRunTime(ErrnoFromCode(code));
   }
   const bool refused = (mode & kMayWrite) != 0 && !S_ISDIR(status.st_mode) &&
                        (AttributesOf(status) & FILE_ATTRIBUTE_READONLY) != 0;
-  return refused ? FailWith(EACCES) : 0;
+  return refused ? FailRunTime(EACCES) : 0;
 }
 
 int _stat64i32(const char* path, struct _stat64i32* result) {
@@ -78,7 +73,7 @@ int _stat64i32(const char* path, struct _stat64i32* result) {
   const bool onlyDrive = name.size() == 2 && name[1] == ':';
   if (onlyDrive || StatusOf(path, resolved, status) != ERROR_SUCCESS ||
       resolved.separatorAtEnd) {
-    return FailWith(ENOENT);
+    return FailRunTime(ENOENT);
   }
   const bool isDirectory = S_ISDIR(status.st_mode);
   *result = {};

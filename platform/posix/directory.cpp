@@ -11,7 +11,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <string_view>
 
 #include "direct.h"
@@ -33,14 +32,9 @@ char* FailWith(int number) {
 DWORD CheckDirectory(const std::string& path) {
   struct stat status;
   if (stat(path.c_str(), &status) != 0) {
-    return errno == ENOENT ? MissingCode(path) : CodeFromErrno(errno);
+    return CodeOfFailure(path);
   }
   return S_ISDIR(status.st_mode) ? ERROR_SUCCESS : ERROR_DIRECTORY;
-}
-
-bool NameExists(const std::string& path) {
-  struct stat status;
-  return lstat(path.c_str(), &status) == 0;
 }
 
 }  // namespace
@@ -49,9 +43,9 @@ bool NameExists(const std::string& path) {
 using namespace posix;
 
 char* _getcwd(char* buffer, int size) {
-  const std::unique_ptr<char, void (*)(void*)> directory(getcwd(nullptr, 0), free);
-  if (!directory) return nullptr;
-  const std::string shown = Shown(directory.get());
+  const std::string directory = CurrentDirectory();
+  if (directory.empty()) return nullptr;
+  const std::string shown = Shown(directory);
   const auto room = static_cast<size_t>(size < 0 ? 0 : size);
   if (buffer == nullptr) {
     buffer = static_cast<char*>(std::malloc(std::max(room, shown.size() + 1)));
@@ -77,8 +71,7 @@ int _chdir(const char* path) {
   }
   if (code == ERROR_SUCCESS) return 0;
   SetLastError(code);
-  errno = ErrnoFromCode(code);
-  return -1;
+  return FailRunTime(ErrnoFromCode(code));
 }
 
 BOOL GetDiskFreeSpaceExA(LPCSTR directory, ULARGE_INTEGER* freeToCaller,
@@ -109,7 +102,7 @@ char* _mktemp(char* nameTemplate) {
   for (char letter = 'a'; letter <= 'z'; ++letter) {
     *places = letter;
     Path resolved;
-    if (Resolve(nameTemplate, resolved) != ERROR_SUCCESS || !NameExists(resolved.path)) {
+    if (Resolve(nameTemplate, resolved) != ERROR_SUCCESS || !Exists(resolved.path)) {
       return nameTemplate;
     }
   }

@@ -43,8 +43,8 @@ template <typename Move>
 bool MoveAll(DWORD count, DWORD& done, bool stopsShort, Move move) {
   done = 0;
   do {
-    const ssize_t moved = move(done, std::min<size_t>(count - done, kLargestPiece));
-    if (moved < 0 && errno == EINTR) continue;
+    const size_t piece = std::min<size_t>(count - done, kLargestPiece);
+    const ssize_t moved = Retried([&] { return move(done, piece); });
     if (moved < 0) return done > 0;
     done += static_cast<DWORD>(moved);
     if (moved == 0 || stopsShort) return true;
@@ -153,10 +153,7 @@ BOOL SetEndOfFile(HANDLE handle) {
   if ((access & kWrite) == 0) return Fail(ERROR_INVALID_PARAMETER);
   const off_t position = lseek(fd, 0, SEEK_CUR);
   if (position < 0) return FailWithErrno();
-  int result;
-  do {
-    result = ftruncate(fd, position);
-  } while (result != 0 && errno == EINTR);
+  const int result = Retried([&] { return ftruncate(fd, position); });
   return result == 0 ? TRUE : FailWithErrno();
 }
 
@@ -175,10 +172,7 @@ DWORD GetFileSize(HANDLE handle, LPDWORD sizeHigh) {
 BOOL FlushFileBuffers(HANDLE handle) {
   const int fd = Usable(handle, kWrite);
   if (fd < 0) return FALSE;
-  int result;
-  do {
-    result = fsync(fd);
-  } while (result != 0 && errno == EINTR);
+  const int result = Retried([&] { return fsync(fd); });
   // Devices that have nothing to flush say EINVAL.
   return result == 0 || errno == EINVAL ? TRUE : FailWithErrno();
 }

@@ -41,11 +41,8 @@ bool Apply(int fd, const LockedRange& range, short type, bool wait) {
   lock.l_whence = SEEK_SET;
   lock.l_start = range.start;
   lock.l_len = range.length;
-  int result;
-  do {
-    result = fcntl(fd, wait ? F_OFD_SETLKW : F_OFD_SETLK, &lock);
-  } while (result != 0 && errno == EINTR);
-  return result == 0;
+  return Retried([&] { return fcntl(fd, wait ? F_OFD_SETLKW : F_OFD_SETLK, &lock); }) ==
+         0;
 }
 
 bool Lock(int fd, const LockedRange& range, bool wait) {

@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <new>
 
 #include "posix_error.h"
 #include "posix_file.h"
@@ -51,11 +52,7 @@ unsigned Rights(DWORD access, DWORD flags) {
 }
 
 int OpenRetried(const char* path, int flags, mode_t mode) {
-  int fd;
-  do {
-    fd = open(path, flags | O_NOCTTY, mode);
-  } while (fd < 0 && errno == EINTR);
-  return fd;
+  return Retried([&] { return open(path, flags | O_NOCTTY, mode); });
 }
 
 // Whoever writes opens for reading too where that is allowed: the locks of share
@@ -110,10 +107,6 @@ DWORD CheckName(const Request& request, bool& isDirectory) {
   return code == ERROR_FILE_NOT_FOUND && request.MayCreate() ? ERROR_INVALID_NAME : code;
 }
 
-DWORD CodeOfOpen(const Request& request) {
-  return errno == ENOENT ? MissingCode(request.name.path) : CodeFromErrno(errno);
-}
-
 // Enters the open file and, only then, empties it if asked for.
 DWORD Complete(int fd, const Request& request, bool existed) {
   struct stat status;
@@ -128,10 +121,9 @@ DWORD Complete(int fd, const Request& request, bool existed) {
     file.removeAtEnd = request.name.path;
   }
   if (!EnterFile(fd, file)) return ERROR_SHARING_VIOLATION;
-  if (existed && request.Truncates() && file.isRegular && ftruncate(fd, 0) != 0) {
-    return CodeFromErrno(errno);
-  }
-  return ERROR_SUCCESS;
+  const bool empties = existed && request.Truncates() && file.isRegular;
+  const bool failed = empties && Retried([fd] { return ftruncate(fd, 0); }) != 0;
+  return failed ? CodeFromErrno(errno) : ERROR_SUCCESS;
 }
 
 // The descriptor, or -1 with its code in `code`.
@@ -140,24 +132,18 @@ int Open(const Request& request, DWORD& code) {
   code = CheckName(request, isDirectory);
   if (code != ERROR_SUCCESS) return -1;
   bool existed = true;
-  const int fd =
+  NewDescriptor fd(
       isDirectory
           ? OpenRetried(request.name.path.c_str(),
                         O_RDONLY | O_DIRECTORY | (request.inherit ? 0 : O_CLOEXEC), 0)
-          : OpenOrCreate(request, existed);
-  if (fd < 0) {
-    code = CodeOfOpen(request);
-    return -1;
-  }
-  code = Complete(fd, request, existed);
-  if (code != ERROR_SUCCESS) {
-    CloseFile(fd);
-    return -1;
-  }
+          : OpenOrCreate(request, existed));
+  code = fd.Get() < 0 ? CodeOfFailure(request.name.path)
+                      : Complete(fd.Get(), request, existed);
+  if (code != ERROR_SUCCESS) return -1;
   const bool tellsExistence =
       request.disposition == CREATE_ALWAYS || request.disposition == OPEN_ALWAYS;
   if (existed && tellsExistence) code = ERROR_ALREADY_EXISTS;
-  return fd;
+  return fd.Release();
 }
 
 DWORD CheckDeletion(const std::string& path, const struct stat& status) {
@@ -199,17 +185,19 @@ BOOL CloseHandle(HANDLE handle) {
   return number == 0 ? TRUE : Fail(CodeFromErrno(number));
 }
 
-BOOL DeleteFileA(LPCSTR name) {
+BOOL DeleteFileA(LPCSTR name) try {
   Path resolved;
   DWORD code = Resolve(name, resolved);
   if (code != ERROR_SUCCESS) return Fail(code);
   struct stat status;
   if (lstat(resolved.path.c_str(), &status) != 0) {
-    return Fail(errno == ENOENT ? MissingCode(resolved.path) : CodeFromErrno(errno));
+    return Fail(CodeOfFailure(resolved.path));
   }
   if (S_ISDIR(status.st_mode)) return Fail(ERROR_ACCESS_DENIED);
   if (resolved.separatorAtEnd) return Fail(ERROR_INVALID_NAME);
   code = CheckDeletion(resolved.path, status);
   if (code != ERROR_SUCCESS) return Fail(code);
   return unlink(resolved.path.c_str()) == 0 ? TRUE : FailWithErrno();
+} catch (const std::bad_alloc&) {
+  return Fail(ERROR_NOT_ENOUGH_MEMORY);
 }

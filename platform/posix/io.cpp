@@ -8,14 +8,12 @@
 #include "io.h"
 
 #include <fcntl.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstdarg>
 
 #include "posix_error.h"
 #include "posix_file.h"
-#include "process.h"
 #include "windows.h"
 
 using namespace posix;
@@ -24,13 +22,8 @@ namespace {
 
 constexpr unsigned kLargestCount = 0x7FFFFFFF;
 
-int FailWith(int number) {
-  errno = number;
-  return -1;
-}
-
 int FailWithLastError() {
-  return FailWith(ErrnoFromCode(GetLastError()));
+  return FailRunTime(ErrnoFromCode(GetLastError()));
 }
 
 DWORD Access(int flags) {
@@ -61,15 +54,11 @@ DWORD Disposition(int flags) {
   }
 }
 
-bool IsOpen(int fd) {
-  return fd >= 0 && fcntl(fd, F_GETFD) >= 0;
-}
-
 // The result of a read or write: a file that was not opened for it counts as a bad
 // descriptor.
 int Moved(BOOL succeeded, DWORD count) {
   if (succeeded) return static_cast<int>(count);
-  return GetLastError() == ERROR_ACCESS_DENIED ? FailWith(EBADF) : FailWithLastError();
+  return GetLastError() == ERROR_ACCESS_DENIED ? FailRunTime(EBADF) : FailWithLastError();
 }
 
 }  // namespace
@@ -96,29 +85,29 @@ int _open(const char* path, int flags, ...) {
 
 int _close(int fd) {
   const int number = CloseFile(fd);
-  return number == 0 ? 0 : FailWith(number);
+  return number == 0 ? 0 : FailRunTime(number);
 }
 
 int _read(int fd, void* buffer, unsigned int count) {
-  if (!IsOpen(fd)) return FailWith(EBADF);
+  if (!IsOpen(fd)) return FailRunTime(EBADF);
   if (count == 0) return 0;
-  if (count > kLargestCount) return FailWith(EINVAL);
+  if (count > kLargestCount) return FailRunTime(EINVAL);
   DWORD read = 0;
   const BOOL succeeded = ReadFile(HandleOf(fd), buffer, count, &read, nullptr);
   return Moved(succeeded, read);
 }
 
 int _write(int fd, const void* buffer, unsigned int count) {
-  if (!IsOpen(fd)) return FailWith(EBADF);
-  if (count > kLargestCount) return FailWith(EINVAL);
+  if (!IsOpen(fd)) return FailRunTime(EBADF);
+  if (count > kLargestCount) return FailRunTime(EINVAL);
   DWORD written = 0;
   const BOOL succeeded = WriteFile(HandleOf(fd), buffer, count, &written, nullptr);
   return Moved(succeeded, written);
 }
 
 long long _lseeki64(int fd, long long offset, int origin) {
-  if (!IsOpen(fd)) return FailWith(EBADF);
-  if (origin < 0 || origin > 2) return FailWith(EINVAL);
+  if (!IsOpen(fd)) return FailRunTime(EBADF);
+  if (origin < 0 || origin > 2) return FailRunTime(EINVAL);
   auto high = static_cast<LONG>(offset >> 32);
   SetLastError(NO_ERROR);
   const DWORD low = SetFilePointer(HandleOf(fd), static_cast<LONG>(offset), &high,
@@ -134,16 +123,12 @@ int _unlink(const char* path) {
 }
 
 int _setmode(int fd, int mode) {
-  if (!IsOpen(fd)) return FailWith(EBADF);
-  if (mode != _O_TEXT && mode != _O_BINARY) return FailWith(EINVAL);
+  if (!IsOpen(fd)) return FailRunTime(EBADF);
+  if (mode != _O_TEXT && mode != _O_BINARY) return FailRunTime(EINVAL);
   return ExchangeTextMode(fd, mode);
 }
 
 std::intptr_t _get_osfhandle(int fd) {
-  if (!IsOpen(fd)) return FailWith(EBADF);
+  if (!IsOpen(fd)) return FailRunTime(EBADF);
   return reinterpret_cast<std::intptr_t>(HandleOf(fd));
-}
-
-int _getpid() {
-  return getpid();
 }

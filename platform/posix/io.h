@@ -22,7 +22,6 @@ constexpr int _O_TRUNC = 0x0200;
 constexpr int _O_EXCL = 0x0400;
 constexpr int _O_TEXT = 0x4000;
 constexpr int _O_BINARY = 0x8000;
-constexpr int _S_IFMT = 0xF000;
 constexpr int _S_IFDIR = 0x4000;
 constexpr int _S_IFREG = 0x8000;
 constexpr int _S_IREAD = 0x0100;

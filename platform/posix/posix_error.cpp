@@ -5,8 +5,6 @@
 
 #include "posix_error.h"
 
-#include <cerrno>
-
 namespace posix {
 namespace {
 
@@ -35,7 +33,6 @@ constexpr ErrorPair kCodes[] = {
     {ENOMEM, ERROR_NOT_ENOUGH_MEMORY},
     {ENOSPC, ERROR_DISK_FULL},
     {ENOTDIR, ERROR_PATH_NOT_FOUND},
-    {ENOTEMPTY, ERROR_DIR_NOT_EMPTY},
     {EPERM, ERROR_ACCESS_DENIED},
     {EPIPE, ERROR_NO_DATA},
     {EROFS, ERROR_WRITE_PROTECT},
@@ -52,14 +49,11 @@ constexpr ErrorPair kNumbers[] = {
     {EACCES, ERROR_ACCESS_DENIED},
     {EBADF, ERROR_INVALID_HANDLE},
     {ENOMEM, ERROR_NOT_ENOUGH_MEMORY},
-    {EXDEV, ERROR_NOT_SAME_DEVICE},
     {EACCES, ERROR_WRITE_PROTECT},
     {EACCES, ERROR_SHARING_VIOLATION},
     {EACCES, ERROR_LOCK_VIOLATION},
     {EEXIST, ERROR_FILE_EXISTS},
-    {EPIPE, ERROR_BROKEN_PIPE},
     {ENOSPC, ERROR_DISK_FULL},
-    {ENOTEMPTY, ERROR_DIR_NOT_EMPTY},
     {EEXIST, ERROR_ALREADY_EXISTS},
     {ENOENT, ERROR_FILENAME_EXCED_RANGE},
     {EPIPE, ERROR_NO_DATA},
@@ -90,6 +84,11 @@ BOOL Fail(DWORD code) {
 
 BOOL FailWithErrno() {
   return Fail(CodeFromErrno(errno));
+}
+
+int FailRunTime(int number) {
+  errno = number;
+  return -1;
 }
 
 }  // namespace posix

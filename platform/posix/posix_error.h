@@ -3,6 +3,8 @@
 // What the files of this layer share about errors: the one table from errno to
 // Windows error codes, and the way back for the C run time's calls.
 
+#include <cerrno>
+
 #include "windows.h"
 
 namespace posix {
@@ -18,5 +20,17 @@ int ErrnoFromCode(DWORD code);
 BOOL Fail(DWORD code);
 /// The same with the present errno's code.
 BOOL FailWithErrno();
+
+/// Sets errno; -1, for `return FailRunTime(...)` in the C run time's calls.
+int FailRunTime(int number);
+
+/// The result of a call of the system that is made anew each time a signal has
+/// interrupted it.
+template <typename Call>
+auto Retried(Call call) {
+  auto result = call();
+  while (result == -1 && errno == EINTR) result = call();
+  return result;
+}
 
 }  // namespace posix

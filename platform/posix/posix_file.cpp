@@ -37,15 +37,17 @@ std::vector<OpenFile>& Table() {
   return table;
 }
 
-// REQUIRES: `mutex` is held; fd >= 0.
+// What the table knows of a descriptor, or null. REQUIRES: `mutex` is held.
+OpenFile* Known(int fd) {
+  const auto index = static_cast<size_t>(fd);
+  return fd >= 0 && index < Table().size() ? &Table()[index] : nullptr;
+}
+
+// The same; an unknown one gets a place. REQUIRES: `mutex` is held; fd >= 0.
 OpenFile& Entry(int fd) {
   const auto index = static_cast<size_t>(fd);
   if (Table().size() <= index) Table().resize(index + 1);
   return Table()[index];
-}
-
-bool IsOpen(int fd) {
-  return fd >= 0 && fcntl(fd, F_GETFD) >= 0;
 }
 
 // REQUIRES: `mutex` is held.
@@ -68,8 +70,9 @@ bool Meet(const LockedRange& one, const LockedRange& other) {
 
 // A pause of up to a millisecond, another one each time.
 void PauseBeforeTry(int fd, int tries) {
-  const int spread = (getpid() * 7919 + fd * 104729) & 0xF;
-  timespec pause = {0, 20000L * (spread + 1) * tries};
+  const auto number = static_cast<unsigned>(getpid()) * 7919;
+  const long spread = (number + static_cast<unsigned>(fd) * 104729) & 0xF;
+  timespec pause = {0, 20000 * (spread + 1) * tries};
   nanosleep(&pause, nullptr);
 }
 
@@ -94,13 +97,16 @@ int DescriptorOf(HANDLE handle) {
   return value > 0 && value <= INT_MAX ? static_cast<int>(value) : -1;
 }
 
+bool IsOpen(int fd) {
+  return fd >= 0 && fcntl(fd, F_GETFD) >= 0;
+}
+
 bool AccessOf(int fd, unsigned& access) {
   if (fd < 0) return false;
   {
     const std::lock_guard guard(mutex);
-    if (static_cast<size_t>(fd) < Table().size() &&
-        Table()[static_cast<size_t>(fd)].open) {
-      access = Table()[static_cast<size_t>(fd)].access;
+    if (const OpenFile* file = Known(fd); file != nullptr && file->open) {
+      access = file->access;
       return true;
     }
   }
@@ -113,8 +119,8 @@ bool AccessOf(int fd, unsigned& access) {
 
 bool IsProcess(int fd) {
   const std::lock_guard guard(mutex);
-  return fd >= 0 && static_cast<size_t>(fd) < Table().size() && Entry(fd).open &&
-         Entry(fd).isProcess;
+  const OpenFile* file = Known(fd);
+  return file != nullptr && file->open && file->isProcess;
 }
 
 bool EnterFile(int fd, const OpenFile& file) {
@@ -145,14 +151,15 @@ bool DeletionIsDenied(int fd, dev_t device, ino_t inode) {
   return !AgreesInProcess(deletion) || (fd >= 0 && IsDeniedElsewhere(fd, kDelete));
 }
 
-int CloseFile(int fd) {
+int CloseFile(int fd) noexcept {
   // Held over the close, so that nobody is given the number before the table has
   // forgotten it. The call is never repeated: interrupted, it has closed.
   const std::lock_guard guard(mutex);
   if (!IsOpen(fd)) return EBADF;
-  OpenFile& entry = Entry(fd);
-  if (entry.open) RemoveAtEnd(entry);
-  entry = OpenFile();
+  if (OpenFile* file = Known(fd)) {
+    if (file->open) RemoveAtEnd(*file);
+    *file = OpenFile();
+  }
   return close(fd) == 0 || errno == EINTR ? 0 : errno;
 }
 
@@ -177,7 +184,9 @@ OwnLocks NoteLock(int fd, const LockedRange& range) {
 
 bool ForgetLock(int fd, off_t start, off_t length, bool& stillMet) {
   const std::lock_guard guard(mutex);
-  std::vector<LockedRange>& locks = Entry(fd).locks;
+  OpenFile* file = Known(fd);
+  if (file == nullptr) return false;
+  std::vector<LockedRange>& locks = file->locks;
   const auto isIt = [start, length](const LockedRange& held) {
     return held.start == start && held.length == length;
   };

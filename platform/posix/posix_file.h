@@ -8,6 +8,7 @@
 #include <sys/types.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "windows.h"
@@ -43,6 +44,9 @@ HANDLE HandleOf(int fd);
 /// The descriptor of a handle, or -1; whether it is open is not looked at.
 int DescriptorOf(HANDLE handle);
 
+/// Whether the descriptor is open, by whatever means.
+bool IsOpen(int fd);
+
 /// The access of an open descriptor in `access`; false when it is not open.
 bool AccessOf(int fd, unsigned& access);
 
@@ -51,15 +55,33 @@ bool IsProcess(int fd);
 
 /// Enters a freshly opened descriptor. False when another open of the same file
 /// has what this one does not share, or does not share what it has; the caller
-/// then closes the descriptor.
+/// then closes the descriptor, as it does after std::bad_alloc.
 bool EnterFile(int fd, const OpenFile& file);
 
 /// Whether some open of the file does not share its deletion. `fd` is any open
 /// descriptor of it, or -1 to ask this process's opens alone.
 bool DeletionIsDenied(int fd, dev_t device, ino_t inode);
 
-/// Closes a descriptor and forgets its file: the errno value, 0 on success.
-int CloseFile(int fd);
+/// Closes a descriptor and forgets its file: the errno value, 0 on success. Takes
+/// no memory.
+int CloseFile(int fd) noexcept;
+
+/// Owns a freshly opened descriptor, or -1 for none, until it is released.
+class NewDescriptor {
+ public:
+  explicit NewDescriptor(int fd) : fd_(fd) {}
+  NewDescriptor(const NewDescriptor&) = delete;
+  NewDescriptor& operator=(const NewDescriptor&) = delete;
+  ~NewDescriptor() {
+    if (fd_ >= 0) CloseFile(fd_);
+  }
+
+  int Get() const { return fd_; }
+  int Release() { return std::exchange(fd_, -1); }
+
+ private:
+  int fd_;
+};
 
 /// Sets how the C run time reads and writes a descriptor, and returns how it did;
 /// -1 when it is not open.

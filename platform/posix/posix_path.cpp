@@ -15,9 +15,12 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <memory>
 #include <string_view>
 #include <vector>
+
+#include "posix_error.h"
 
 namespace posix {
 namespace {
@@ -44,12 +47,6 @@ DWORD AbsentDriveCode(std::string_view behindDrive) {
   const bool inRoot =
       !behindDrive.empty() && behindDrive.find_first_of("\\/") == std::string_view::npos;
   return inRoot ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND;
-}
-
-// "" when it has been removed.
-std::string CurrentDirectory() {
-  const std::unique_ptr<char, void (*)(void*)> directory(getcwd(nullptr, 0), free);
-  return directory ? directory.get() : "";
 }
 
 void AddComponent(std::vector<std::string_view>& components, std::string_view component,
@@ -79,11 +76,6 @@ std::vector<std::string_view> Components(std::string_view name) {
     start = end + 1;
   }
   return components;
-}
-
-bool Exists(const std::string& path) {
-  struct stat status;
-  return lstat(path.c_str(), &status) == 0;
 }
 
 // The entry of `directory` that differs from `name` in letter case alone, or "".
@@ -150,6 +142,16 @@ DWORD Resolve(const char* name, Path& result) {
   return ERROR_SUCCESS;
 }
 
+bool Exists(const std::string& path) {
+  struct stat status;
+  return lstat(path.c_str(), &status) == 0;
+}
+
+std::string CurrentDirectory() {
+  const std::unique_ptr<char, void (*)(void*)> directory(getcwd(nullptr, 0), free);
+  return directory ? directory.get() : "";
+}
+
 std::string ParentOf(const std::string& path) {
   const size_t end = path.find_last_of('/');
   return end == 0 ? "/" : path.substr(0, end);
@@ -160,6 +162,10 @@ DWORD MissingCode(const std::string& path) {
   const bool there =
       stat(ParentOf(path).c_str(), &status) == 0 && S_ISDIR(status.st_mode);
   return there ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND;
+}
+
+DWORD CodeOfFailure(const std::string& path) {
+  return errno == ENOENT ? MissingCode(path) : CodeFromErrno(errno);
 }
 
 std::string Shown(const std::string& path) {

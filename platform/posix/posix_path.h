@@ -20,9 +20,18 @@ struct Path {
 /// exist at all stays as written, to be created or to fail.
 DWORD Resolve(const char* name, Path& result);
 
+/// Whether the path names something, be it a link that leads nowhere.
+bool Exists(const std::string& path);
+
 /// The code for a path that does not exist: 2, or 3 when its directory does not
 /// exist either.
 DWORD MissingCode(const std::string& path);
+
+/// The code for a call on a path that has failed with the present errno.
+DWORD CodeOfFailure(const std::string& path);
+
+/// The current directory; "" and errno when it cannot be told.
+std::string CurrentDirectory();
 
 /// The directory part of an absolute path, "/" for a name in the root.
 std::string ParentOf(const std::string& path);

@@ -71,15 +71,17 @@ HANDLE OpenProcess(DWORD, BOOL inherit, DWORD processId) {
     SetLastError(ERROR_INVALID_PARAMETER);
     return nullptr;
   }
-  const int fd = open("/proc/self", O_RDONLY | O_DIRECTORY | (inherit ? 0 : O_CLOEXEC));
-  if (fd < 0) {
+  const int closeOnExec = inherit ? 0 : O_CLOEXEC;
+  NewDescriptor fd(
+      Retried([&] { return open("/proc/self", O_RDONLY | O_DIRECTORY | closeOnExec); }));
+  if (fd.Get() < 0) {
     FailWithErrno();
     return nullptr;
   }
   OpenFile process;
   process.isProcess = true;
-  EnterFile(fd, process);
-  return HandleOf(fd);
+  EnterFile(fd.Get(), process);
+  return HandleOf(fd.Release());
 }
 
 BOOL GetProcessTimes(HANDLE process, FILETIME* creation, FILETIME* exit, FILETIME* kernel,

@@ -7,8 +7,6 @@
 
 #include "windows.h"
 
-using SOCKET = ULONG_PTR;
-
 #define MAKEWORD(low, high) (static_cast<WORD>(((high) << 8) | (low)))
 #define LOBYTE(word) (static_cast<BYTE>((word)&0xFF))
 #define HIBYTE(word) (static_cast<BYTE>(((word) >> 8) & 0xFF))

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <io.h>
-#include <process.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -165,8 +164,4 @@ TEST_F(DescriptorTest, DescriptorsDenyDeletion) {
   EXPECT_EQ(ErrnoOf([&] { return _unlink(Name("a").c_str()); }), ENOENT);
   EXPECT_EQ(ErrnoOf([&] { return _unlink(Name("d").c_str()); }), EACCES);
   EXPECT_EQ(ErrnoOf([&] { return _unlink(""); }), ENOENT);
-}
-
-TEST_F(DescriptorTest, ProcessId) {
-  EXPECT_EQ(static_cast<DWORD>(_getpid()), GetCurrentProcessId());
 }

@@ -2,7 +2,6 @@
 
 #include <direct.h>
 #include <io.h>
-#include <process.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -195,7 +194,7 @@ TEST_F(DirectoryTest, DiskSpace) {
 
 TEST_F(DirectoryTest, UnusedNames) {
   std::string expected =
-      Name("fa") + std::to_string(100000 + _getpid() % 100000).substr(1);
+      Name("fa") + std::to_string(100000 + GetCurrentProcessId() % 100000).substr(1);
   for (char letter = 'a'; letter <= 'z'; ++letter) {
     expected[expected.size() - 6] = letter;
     std::string name = Name("fXXXXXX");

@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <io.h>
-#include <process.h>
 #include <windows.h>
 
 #include <cerrno>
@@ -31,7 +30,8 @@ class utl_TempFileTest : public TempFileTest {
 
   // The name of the file with that letter, without a suffix.
   std::string Expected(char letter) const {
-    const std::string digits = std::to_string(100000 + _getpid() % 100000).substr(1);
+    const std::string digits =
+        std::to_string(100000 + GetCurrentProcessId() % 100000).substr(1);
     return Shown("KstTempFile") + letter + digits;
   }
 
