@@ -39,15 +39,16 @@ int Usable(HANDLE handle, unsigned rights) {
 
 // Moves `count` bytes by `move(done, piece)`, a read or write. What was moved
 // before a failure counts, and the failure does not: the next call will meet it.
-template <typename Move>
-bool MoveAll(DWORD count, DWORD& done, bool stopsShort, Move move) {
+// `stopsShort()` tells, when fewer were moved, whether that is all for now.
+template <typename Move, typename StopsShort>
+bool MoveAll(DWORD count, DWORD& done, Move move, StopsShort stopsShort) {
   done = 0;
   do {
     const size_t piece = std::min<size_t>(count - done, kLargestPiece);
     const ssize_t moved = Retried([&] { return move(done, piece); });
     if (moved < 0) return done > 0;
     done += static_cast<DWORD>(moved);
-    if (moved == 0 || stopsShort) return true;
+    if (moved == 0 || (done < count && stopsShort())) return true;
   } while (done < count);
   return true;
 }
@@ -111,7 +112,7 @@ BOOL ReadFile(HANDLE handle, LPVOID buffer, DWORD count, LPDWORD read, OVERLAPPE
     return ::read(fd, static_cast<char*>(buffer) + from, piece);
   };
   // A pipe or a terminal gives what is there; a file everything up to its end.
-  if (MoveAll(count, done, !IsRegular(fd), move)) return TRUE;
+  if (MoveAll(count, done, move, [fd] { return !IsRegular(fd); })) return TRUE;
   return errno == EISDIR ? Fail(ERROR_INVALID_FUNCTION) : FailWithErrno();
 }
 
@@ -125,7 +126,7 @@ BOOL WriteFile(HANDLE handle, LPCVOID buffer, DWORD count, LPDWORD written, OVER
   const auto move = [fd, buffer](DWORD from, size_t piece) {
     return ::write(fd, static_cast<const char*>(buffer) + from, piece);
   };
-  if (MoveAll(count, done, false, move)) return TRUE;
+  if (MoveAll(count, done, move, [] { return false; })) return TRUE;
   return errno == EFAULT ? Fail(ERROR_INVALID_USER_BUFFER) : FailWithErrno();
 }
 
