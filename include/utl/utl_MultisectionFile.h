@@ -32,6 +32,10 @@ class utl_SectionDirectory;
 /// byte up to their first zero byte; of several sections of one name, which another
 /// writer may have made, the first is meant and the others are carried along.
 ///
+/// What a damaged file promises costs nothing: opening takes memory for the directory
+/// only once all of it is known to be in the file, and then for its bytes. (The first
+/// search by name adds some eight bytes for each different name.)
+///
 /// Errors of the file's contents are thrown as a plain nex_TextException whose text is
 /// the path in quotes, ": ", and a message:
 ///
@@ -58,6 +62,7 @@ class KSTUTL_EXPORT utl_MultisectionFile {
   ///   "Invalid file type"             the first four bytes are not the tag;
   ///   "Unsupported file format"       the version is not 1, or missing;
   ///   "Invalid string length"         a section name of negative length;
+  ///   "Total size exceeds 2147483647 bytes"  already the directory does;
   /// utl_FileExceptionRead with code 38 (end of file) when the file ends within the
   /// directory; and utl_File's exceptions, of which code 32 of utl_FileExceptionOpen
   /// says that another writer is at work. Nothing stays open or locked then.

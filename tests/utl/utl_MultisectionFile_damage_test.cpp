@@ -7,13 +7,26 @@
 
 namespace {
 
-using MultisectionDamageTest = MultisectionTest;
+class MultisectionDamageTest : public MultisectionTest {
+ protected:
+  /// A file of `size` bytes: `head`, and zeros.
+  void WriteZeros(const std::string& head, std::int64_t size) const {
+    WriteWholeFile(file_, head);
+    utl_File file(path_, utl_FileAccessUpdate, utl_FileShareDefault);
+    file.Extend(utl_FileOffset(size));
+  }
+};
 
 constexpr std::int64_t kMaxInt = std::numeric_limits<std::int32_t>::max();
 
-// What the damage of a small file may cost. The damaged lengths promise a gigabyte and
-// more; a sanitizer's allocator holds on to some tens of megabytes.
-constexpr std::int64_t kMemoryAllowance = 256 * 1024 * 1024;
+constexpr std::int64_t kMegabyte = 1024 * 1024;
+
+// What damage may cost beside the size of the file: buffers, and what an allocator
+// takes in advance.
+constexpr std::int64_t kMemoryAllowance = 8 * kMegabyte;
+
+// Large enough for a few bytes an entry to show.
+constexpr std::int64_t kLarge = 64 * kMegabyte;
 
 const Image kThree = {{"a", "\x01\x02\x03"}, {"second", "data of b"}, {"", "nameless"}};
 constexpr std::size_t kThreeDirectory = 12 + 3 * 12 + 1 + 6;
@@ -85,6 +98,25 @@ TEST_F(MultisectionDamageTest, SectionCountBeyondTheFile) {
   EXPECT_LT(PeakMemory() - before, kMemoryAllowance);
 }
 
+// Zeros are entries without name and data.
+TEST_F(MultisectionDamageTest, SectionCountBeyondAFileOfZerosCostsNoMemory) {
+  WriteZeros(ImageHeader(kMaxInt), kLarge);
+  const std::int64_t before = PeakMemory();
+  EXPECT_END_OF_FILE(utl_MultisectionFile(path_, utl_FileAccessRead));
+  EXPECT_LT(PeakMemory() - before, kMemoryAllowance);
+}
+
+TEST_F(MultisectionDamageTest, DirectoryOfZerosCostsTheSizeOfTheFile) {
+  const std::int64_t count = (kLarge - 12) / 12;
+  WriteZeros(ImageHeader(count), 12 + 12 * count);
+  const std::int64_t before = PeakMemory();
+  utl_MultisectionFile file(path_, utl_FileAccessRead);
+  EXPECT_EQ(0, file.getSectionLength(""));
+  EXPECT_FALSE(file.hasSection("a"));
+  EXPECT_CONTENTS_ERROR(Get(file, ""), "Data corrupted in section \"\"");
+  EXPECT_LT(PeakMemory() - before, kLarge + kMemoryAllowance);
+}
+
 TEST_F(MultisectionDamageTest, NegativeSectionCountReadsAsNoEntries) {
   for (const std::int64_t count : {std::int64_t{-1}, -kMaxInt - 1}) {
     WriteWholeFile(file_, ImageHeader(count) + ImageEntry({"a", "1"}) + "1");
@@ -104,9 +136,30 @@ TEST_F(MultisectionDamageTest, NegativeNameLength) {
 }
 
 TEST_F(MultisectionDamageTest, NameLengthBeyondTheFile) {
+  for (const std::int64_t size : {std::int64_t{100}, kLarge}) {
+    WriteZeros(ImageHeader(1) + ImageInt(kMaxInt), size);
+    const std::int64_t before = PeakMemory();
+    EXPECT_END_OF_FILE(utl_MultisectionFile(path_, utl_FileAccessRead));
+    EXPECT_LT(PeakMemory() - before, kMemoryAllowance);
+  }
+}
+
+TEST_F(MultisectionDamageTest, HugeNameCostsTheSizeOfTheFile) {
+  WriteZeros(ImageHeader(1) + ImageInt(kLarge), 12 + 12 + kLarge);
   const std::int64_t before = PeakMemory();
-  WriteWholeFile(file_, ImageHeader(1) + ImageInt(kMaxInt) + std::string(100, 'x'));
+  utl_MultisectionFile file(path_, utl_FileAccessRead);
+  EXPECT_EQ(0, file.getSectionLength(""));
+  EXPECT_LT(PeakMemory() - before, kLarge + kMemoryAllowance);
+}
+
+TEST_F(MultisectionDamageTest, DirectoryBeyondTheLimitOfAFile) {
+  const std::string head = ImageHeader(2) + ImageInt(kMaxInt - 24);
+  WriteZeros(head, kMaxInt);
   EXPECT_END_OF_FILE(utl_MultisectionFile(path_, utl_FileAccessRead));
+  const std::int64_t before = PeakMemory();
+  WriteZeros(head, kMaxInt + 12);
+  EXPECT_CONTENTS_ERROR(utl_MultisectionFile(path_, utl_FileAccessRead),
+                        "Total size exceeds 2147483647 bytes");
   EXPECT_LT(PeakMemory() - before, kMemoryAllowance);
 }
 

@@ -136,6 +136,29 @@ TEST_F(MultisectionFailureTest, FailedOpeningLeavesNoLock) {
   EXPECT_EQ("", OtherFiles());
 }
 
+// The second name is passed over, and the directory read again from its start.
+TEST_F(MultisectionFailureTest, EveryCallOfAnOpeningFailsOnce) {
+  const Image image = {{"a", "1"}, {std::string(200000, 'n'), "2"}, {"c", "3"}};
+  WriteImage(image);
+  for (const SystemCall call : {SystemCall::kCreateFile, SystemCall::kGetFileSize,
+                                SystemCall::kReadFile, SystemCall::kSetFilePointer}) {
+    for (int nth = 1;; ++nth) {
+      SCOPED_TRACE("call " + std::to_string(static_cast<int>(call)) + ", time " +
+                   std::to_string(nth));
+      const FailingCall failure(call, ERROR_ACCESS_DENIED, nth);
+      try {
+        utl_MultisectionFile file(path_, utl_FileAccessRead);
+        ASSERT_FALSE(failure.Happened());
+        EXPECT_GT(nth, 1) << "no such call at all";
+        EXPECT_EQ("3", Get(file, "c"));
+        break;
+      } catch (const nex_TextException&) {
+        ASSERT_TRUE(failure.Happened());
+      }
+    }
+  }
+}
+
 TEST_F(MultisectionFailureTest, FailedWriteOfTheTemporaryFileKeepsTheDataForAnotherTry) {
   utl_MultisectionFile file(path_, utl_FileAccessUpdate);
   Set(file, "a", kNew[0].data);

@@ -1,6 +1,7 @@
 #include "utl/utl_MultisectionFile.h"
 
 #include <algorithm>
+#include <string_view>
 #include <utility>
 
 #include "atr/atr_translate.h"
@@ -29,15 +30,15 @@ void Assert(bool condition, const char* text) {
   }
 }
 
-utl_SectionRecord& Existing(utl_SectionDirectory& directory, const cow_String& name) {
-  utl_SectionRecord* record = directory.Find(name);
-  Assert(record != nullptr, "hasSection(name)");
-  return *record;
+int Existing(utl_SectionDirectory& directory, const cow_String& name) {
+  const int section = directory.Find(name);
+  Assert(section != utl_kNoSection, "hasSection(name)");
+  return section;
 }
 
-[[noreturn]] void FailCorrupted(const cow_String& path, const cow_String& name) {
+[[noreturn]] void FailCorrupted(const cow_String& path, std::string_view name) {
   atr_translate message("Data corrupted in section \"%s\"");
-  atr_SubstituteFormat(message, 1, name);
+  atr_SubstituteFormat(message, 1, cow_String(name));
   utl_MultisectionFail(path, message.Result());
 }
 
@@ -85,31 +86,33 @@ utl_MultisectionFile::utl_MultisectionFile(const cow_String& path, utl_FileAcces
 utl_MultisectionFile::~utl_MultisectionFile() noexcept(false) = default;
 
 bool utl_MultisectionFile::hasSection(const cow_String& name) const {
-  return directory_->Find(name) != nullptr;
+  return directory_->Find(name) != utl_kNoSection;
 }
 
 int utl_MultisectionFile::getSectionLength(const cow_String& name) const {
-  return Existing(*directory_, name).Length();
+  return directory_->Length(Existing(*directory_, name));
 }
 
 void utl_MultisectionFile::getSectionData(const cow_String& name, void* buffer) {
-  const utl_SectionRecord& record = Existing(*directory_, name);
-  if (record.data) {
-    std::copy_n(record.data.get(), record.memoryLength, static_cast<char*>(buffer));
+  const int section = Existing(*directory_, name);
+  const int length = directory_->Length(section);
+  if (const char* data = directory_->Data(section)) {
+    std::copy_n(data, length, static_cast<char*>(buffer));
     return;
   }
-  if (record.fileLength < 0) {
-    FailCorrupted(path_, record.name);
+  if (length < 0) {
+    FailCorrupted(path_, directory_->Name(section));
   }
-  if (record.offset != position_) {
-    file_.Seek(record.offset);
+  const std::int64_t place = directory_->Place(section);
+  if (place != position_) {
+    file_.Seek(place);
   }
   position_ = kUnknownPosition;
   const std::uint32_t checksum =
-      ReadChecked(file_, path_, static_cast<char*>(buffer), record.fileLength);
-  position_ = record.offset + record.fileLength;
-  if (checksum != record.checksum) {
-    FailCorrupted(path_, record.name);
+      ReadChecked(file_, path_, static_cast<char*>(buffer), length);
+  position_ = place + length;
+  if (checksum != directory_->Checksum(section)) {
+    FailCorrupted(path_, directory_->Name(section));
   }
 }
 
@@ -119,12 +122,5 @@ void utl_MultisectionFile::setSectionData(const cow_String& name, const void* da
   const auto size = static_cast<std::size_t>(length);
   auto block = std::make_unique_for_overwrite<char[]>(size);
   const std::uint32_t checksum = utl_crc32Copy(utl_kCrc32Start, block.get(), data, size);
-
-  utl_SectionRecord* record = directory_->Find(name);
-  if (record == nullptr) {
-    record = &directory_->Append({.name = name});
-  }
-  record->data = std::move(block);
-  record->memoryLength = length;
-  record->checksum = checksum;
+  directory_->Set(name, std::move(block), length, checksum);
 }

@@ -1,6 +1,6 @@
 #include <algorithm>
 #include <cstring>
-#include <utility>
+#include <limits>
 #include <vector>
 
 #include "atr/atr_translate.h"
@@ -28,21 +28,26 @@ class BufferedReader {
     return true;
   }
 
-  /// Appends the next `count` bytes; false when the file ends before. Takes memory only
-  /// for bytes that are really there.
-  bool Take(cow_String& to, int count) {
-    while (count > 0) {
-      const int piece = std::min(count, Available());
-      if (piece == 0) {
-        return false;
-      }
-      to.Append(Advance(piece), piece);
-      count -= piece;
-    }
-    return true;
+  /// Passes over the next `count` bytes without reading them; false when the file ends
+  /// before.
+  bool Skip(int count) {
+    const int buffered = std::min(count, end_ - next_);
+    Advance(buffered);
+    count -= buffered;
+    return count == 0 || SkipInFile(count);
   }
 
-  /// How many bytes were taken.
+  /// Goes back to `position`, which lies in the first piece.
+  void Rewind(int position) {
+    if (position_ == next_) {
+      next_ = position;  // the buffer still has the first piece
+      position_ = position;
+    } else {
+      SeekTo(position);
+    }
+  }
+
+  /// In the file.
   std::int64_t Position() const { return position_; }
 
  private:
@@ -56,6 +61,22 @@ class BufferedReader {
       end_ = file_.Read(buffer_.data(), kBuffer);
     }
     return end_ - next_;
+  }
+
+  bool SkipInFile(int count) {
+    const std::int64_t target = position_ + count;
+    if (target > static_cast<std::int64_t>(file_.FileSize())) {
+      return false;
+    }
+    SeekTo(target);
+    return true;
+  }
+
+  void SeekTo(std::int64_t position) {
+    file_.Seek(position);
+    position_ = position;
+    next_ = 0;
+    end_ = 0;
   }
 
   const char* Advance(int count) {
@@ -84,43 +105,57 @@ class DirectoryReader {
     if (!reader_.Take(bytes, 4) || utl_GetInt(bytes) != kMultisectionVersion) {
       Fail("Unsupported file format");
     }
+    count_ = std::max(Int(), 0);
   }
 
+  /// Passes over the entries. What a damaged count or length promises is found to be
+  /// missing here, before any memory is taken for it.
+  void Measure() {
+    for (int i = 0; i < count_; ++i) {
+      Expect(reader_.Skip(NameLength()));
+      Expect(reader_.Skip(2 * kInt));
+      if (reader_.Position() > std::numeric_limits<int>::max()) {
+        Fail("Total size exceeds 2147483647 bytes");
+      }
+    }
+    end_ = reader_.Position();
+  }
+
+  /// Reads the entries that were measured.
   void ReadEntries(utl_SectionDirectory& directory) {
-    const int count = Int();
-    for (int i = 0; i < count; ++i) {
-      utl_SectionRecord record;
-      record.name = Name();
-      record.fileLength = Int();
-      record.checksum = static_cast<std::uint32_t>(Int());
-      directory.Append(std::move(record));
+    reader_.Rewind(kMultisectionHeaderSize);
+    directory.Reserve(count_,
+                      static_cast<std::size_t>(end_ - kMultisectionHeaderSize) -
+                          static_cast<std::size_t>(count_) * kMultisectionEntrySize);
+    for (int i = 0; i < count_; ++i) {
+      const int length = NameLength();
+      Expect(reader_.Position() + length <= end_);  // or the file is being changed
+      Expect(reader_.Take(directory.AppendName(length), length));
+      const int dataLength = Int();
+      directory.Describe(dataLength, static_cast<std::uint32_t>(Int()));
     }
-    std::int64_t offset = reader_.Position();
-    for (utl_SectionRecord& record : directory.All()) {
-      record.offset = offset;
-      offset += record.fileLength;
-    }
+    directory.PlaceFrom(reader_.Position());
   }
 
  private:
+  static constexpr int kInt = 4;
+
   [[noreturn]] void Fail(const char* message) {
     utl_MultisectionFail(path_, atr_translate(message).Result());
   }
 
   int Int() {
-    char bytes[4];
-    Expect(reader_.Take(bytes, 4));
+    char bytes[kInt];
+    Expect(reader_.Take(bytes, kInt));
     return static_cast<int>(utl_GetInt(bytes));
   }
 
-  cow_String Name() {
+  int NameLength() {
     const int length = Int();
     if (length < 0) {
       Fail("Invalid string length");
     }
-    cow_String name;
-    Expect(reader_.Take(name, length));
-    return name;
+    return length;
   }
 
   void Expect(bool taken) {
@@ -131,6 +166,8 @@ class DirectoryReader {
 
   BufferedReader reader_;
   const cow_String& path_;
+  int count_ = 0;
+  std::int64_t end_ = 0;  // of the directory
 };
 
 }  // namespace
@@ -139,5 +176,6 @@ void utl_MultisectionReadDirectory(utl_File& file, const cow_String& path,
                                    utl_SectionDirectory& directory) {
   DirectoryReader reader(file, path);
   reader.ReadHeader();
+  reader.Measure();
   reader.ReadEntries(directory);
 }

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <limits>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "atr/atr_translate.h"
@@ -76,41 +77,32 @@ class GatheringWriter {
 void WriteDirectory(GatheringWriter& out, const utl_SectionDirectory& directory) {
   out.Append(reinterpret_cast<const char*>(kMultisectionTag), sizeof kMultisectionTag);
   out.AppendInt(kMultisectionVersion);
-  out.AppendInt(static_cast<std::uint32_t>(directory.All().size()));
-  for (const utl_SectionRecord& record : directory.All()) {
-    out.AppendInt(static_cast<std::uint32_t>(record.name.Length()));
-    out.Append(record.name.c_str(), record.name.Length());
-    out.AppendInt(static_cast<std::uint32_t>(record.Length()));
-    out.AppendInt(record.checksum);
+  out.AppendInt(static_cast<std::uint32_t>(directory.Count()));
+  for (int section = 0; section < directory.Count(); ++section) {
+    const std::string_view name = directory.Name(section);
+    out.AppendInt(static_cast<std::uint32_t>(name.size()));
+    out.Append(name.data(), static_cast<int>(name.size()));
+    out.AppendInt(static_cast<std::uint32_t>(directory.Length(section)));
+    out.AppendInt(directory.Checksum(section));
   }
 }
 
-/// Turns records into ones whose bytes are in the new file, each as soon as its last
-/// byte was written there: after a failure the others still hold their data.
-class Settler {
- public:
-  Settler(utl_SectionDirectory::Records& records, std::int64_t firstOffset)
-      : next_(records.begin()), end_(records.end()), offset_(firstOffset) {}
-
-  void Settle(std::int64_t written) {
-    for (; next_ != end_; ++next_) {
-      const std::int64_t behind = offset_ + std::max(next_->Length(), 0);
-      if (behind > written) {
-        return;
+// Writes the bytes of all sections, from memory or from the file that holds them.
+void WriteSections(GatheringWriter& out, const utl_SectionDirectory& directory,
+                   utl_File& file, const cow_String& path) {
+  for (int section = 0; section < directory.Count(); ++section) {
+    const int length = directory.Length(section);
+    if (const char* data = directory.Data(section)) {
+      out.Append(data, length);
+    } else if (length > 0) {
+      file.Seek(directory.Place(section));
+      if (!out.AppendFrom(file, length)) {
+        out.Flush();
+        utl_MultisectionFailAtEnd(path);
       }
-      next_->fileLength = next_->Length();
-      next_->memoryLength = 0;
-      next_->data.reset();
-      next_->offset = offset_;
-      offset_ = behind;
     }
   }
-
- private:
-  utl_SectionDirectory::Records::iterator next_;
-  utl_SectionDirectory::Records::iterator end_;
-  std::int64_t offset_;
-};
+}
 
 }  // namespace
 
@@ -145,23 +137,15 @@ void utl_MultisectionFile::saveChanges() {
 
 void utl_MultisectionFile::WriteTemporary(utl_File& temporary) {
   GatheringWriter out(temporary);
-  WriteDirectory(out, *directory_);
-  Settler settler(directory_->All(), directory_->DataOffset());
-  for (const utl_SectionRecord& record : directory_->All()) {
-    if (record.data) {
-      out.Append(record.data.get(), record.memoryLength);
-    } else if (record.fileLength > 0) {
-      file_.Seek(record.offset);
-      if (!out.AppendFrom(file_, record.fileLength)) {
-        out.Flush();
-        settler.Settle(out.Written());
-        utl_MultisectionFailAtEnd(path_);
-      }
-    }
-    settler.Settle(out.Written());
+  try {
+    WriteDirectory(out, *directory_);
+    WriteSections(out, *directory_, file_, path_);
+    out.Flush();
+  } catch (...) {
+    directory_->Settle(out.Written());
+    throw;
   }
-  out.Flush();
-  settler.Settle(out.Written());
+  directory_->Settle(out.Written());
 }
 
 void utl_MultisectionFile::CopyOver(utl_File& temporary,
