@@ -11,7 +11,7 @@
 #include "cow/cow_1DArray.h"
 #include "nex/nex_AssertException.h"
 #include "second_library/second_library.h"
-#include "thr/thr_initialize.h"
+#include "utl/utl_initialize.h"
 
 namespace {
 
@@ -19,20 +19,27 @@ TEST(OnePerProcess, GlobalLock) {
   EXPECT_EQ(&thr_GlobalLock::Instance(), second_GlobalLock());
 }
 
-TEST(OnePerProcess, GlobalSingletonOfKSTutl) {
-  thr_ThreadPool* const pool = &thr_GlobalSingleton<thr_ThreadPool>::Instance();
-  EXPECT_EQ(second_Pool(), pool);
+// KSTutl destroys all that it sees; nothing may be left for the others to see.
+void ExpectThatKSTutlEndsThem() {
   int count = 0;
-  thr_finalize(count);  // KSTutl destroys the pool that it sees
-  EXPECT_EQ(thr_GlobalSingleton<thr_ThreadPool>::Look(), nullptr);
-  EXPECT_EQ(second_LookPool(), nullptr);
+  utl_initialize(count);
+  utl_finalize(count);
+  EXPECT_EQ(LookAtKSTutlObjects(), KSTutlObjects{});
+  EXPECT_EQ(second_LookAtKSTutlObjects(), KSTutlObjects{});
 }
 
-TEST(OnePerProcess, GlobalSingletonOfKSTutlMadeByTheSecondLibrary) {
-  EXPECT_EQ(second_Pool(), &thr_GlobalSingleton<thr_ThreadPool>::Instance());
-  int count = 0;
-  thr_finalize(count);
-  EXPECT_EQ(second_LookPool(), nullptr);
+TEST(OnePerProcess, ObjectsOfKSTutlMadeByThisProgram) {
+  const KSTutlObjects made = MakeKSTutlObjects();
+  EXPECT_EQ(second_LookAtKSTutlObjects(), made);
+  EXPECT_EQ(second_MakeKSTutlObjects(), made);
+  ExpectThatKSTutlEndsThem();
+}
+
+TEST(OnePerProcess, ObjectsOfKSTutlMadeByTheSecondLibrary) {
+  const KSTutlObjects made = second_MakeKSTutlObjects();
+  EXPECT_EQ(LookAtKSTutlObjects(), made);
+  EXPECT_EQ(MakeKSTutlObjects(), made);
+  ExpectThatKSTutlEndsThem();
 }
 
 TEST(OnePerProcess, GlobalSingletonOfTheSecondLibrary) {

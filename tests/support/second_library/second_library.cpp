@@ -37,12 +37,12 @@ thr_Mutex* second_GlobalLock() {
   return &thr_GlobalLock::Instance();
 }
 
-thr_ThreadPool* second_Pool() {
-  return &thr_GlobalSingleton<thr_ThreadPool>::Instance();
+KSTutlObjects second_LookAtKSTutlObjects() {
+  return LookAtKSTutlObjects();
 }
 
-thr_ThreadPool* second_LookPool() {
-  return thr_GlobalSingleton<thr_ThreadPool>::Look();
+KSTutlObjects second_MakeKSTutlObjects() {
+  return MakeKSTutlObjects();
 }
 
 second_Global* second_GlobalInstance() {
