@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include "atr/atr_initialize.h"
+#include "cow/cow_initialize.h"
 #include "mem/mem_initialize.h"
+#include "nex/nex_initialize.h"
 #include "omi/omni_initialize.h"
 #include "pnt/pnt_initialize.h"
 #include "thr/thr_initialize.h"
@@ -16,9 +19,15 @@ void InitializeAll(int& count) {
   thr_initialize(count);
   pnt_initialize(count);
   omni_initialize(count);
+  atr_initialize(count);
+  cow_initialize(count);
+  nex_initialize(count);
 }
 
 void FinalizeAll(int& count) {
+  nex_finalize(count);
+  cow_finalize(count);
+  atr_finalize(count);
   omni_finalize(count);
   pnt_finalize(count);
   thr_finalize(count);

@@ -2,14 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cstdint>
-#include <cstring>
 #include <exception>
 #include <memory>
 #include <thread>
 #include <typeinfo>
 
+#include "common/ExceptionContract.h"
 #include "common/ExpectThrow.h"
 #include "cow/cow_1DArray.h"
 #include "nex/nex_AssertException.h"
@@ -187,24 +185,8 @@ TEST(NexException, CopyingNeverFails) {
   static_assert(std::is_nothrow_copy_constructible_v<MemberException>);
 }
 
-// Of a pointer to a virtual function both targets' ABI keeps 1 + the offset of its slot;
-// the destructor comes first and takes two slots.
-template <class Function>
-int SlotOf(Function function) {
-  std::array<std::intptr_t, 2> words;
-  static_assert(sizeof function == sizeof words);
-  std::memcpy(words.data(), &function, sizeof words);
-  return static_cast<int>((words[0] - 1) / static_cast<int>(sizeof(void*)));
-}
-
 TEST(NexException, VirtualFunctionsHaveTheirSlots) {
-  EXPECT_EQ(SlotOf(&nex_Exception::DeveloperReport), 2);
-  EXPECT_EQ(SlotOf(&nex_Exception::UserReport), 3);
-  EXPECT_EQ(SlotOf(&nex_Exception::AsString), 4);
-  EXPECT_EQ(SlotOf(&nex_Exception::Propagate), 5);
-  EXPECT_EQ(SlotOf(&nex_Exception::Copy), 6);
-  EXPECT_EQ(SlotOf(&nex_Exception::DynTypeId), 7);
-  EXPECT_EQ(SlotOf(&nex_Exception::DBWrite), 8);
+  exception_contract::ExpectSlots<nex_Exception>();
 }
 
 }  // namespace

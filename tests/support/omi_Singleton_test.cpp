@@ -4,51 +4,55 @@
 
 namespace {
 
+int made = 0;
+int destroyed = 0;
+
 struct Counted {
   Counted() { ++made; }
   ~Counted() { ++destroyed; }
   Counted(const Counted&) = delete;
   Counted& operator=(const Counted&) = delete;
-
-  static int made;
-  static int destroyed;
 };
 
-int Counted::made = 0;
-int Counted::destroyed = 0;
+using Singleton = omi_Singleton<Counted>;
 
-TEST(omi_Singleton, LookCreatesNothing) {
-  EXPECT_EQ(omi_Singleton<Counted>::Look(), nullptr);
-  EXPECT_EQ(Counted::made, 0);
+class omi_SingletonTest : public testing::Test {
+ protected:
+  ~omi_SingletonTest() override { Singleton::Finalize(); }
+  const int madeBefore_ = made;
+  const int destroyedBefore_ = destroyed;
+};
+
+TEST_F(omi_SingletonTest, LookCreatesNothing) {
+  EXPECT_EQ(Singleton::Look(), nullptr);
+  EXPECT_EQ(made, madeBefore_);
 }
 
-TEST(omi_Singleton, InstanceIsMadeOnceAndStays) {
-  Counted& first = omi_Singleton<Counted>::Instance();
-  EXPECT_EQ(&omi_Singleton<Counted>::Instance(), &first);
-  EXPECT_EQ(omi_Singleton<Counted>::Look(), &first);
-  EXPECT_EQ(Counted::made, 1);
-  omi_SingletonBase<Counted>::Finalize();
+TEST_F(omi_SingletonTest, InstanceIsMadeOnceAndStays) {
+  Counted& first = Singleton::Instance();
+  EXPECT_EQ(&Singleton::Instance(), &first);
+  EXPECT_EQ(Singleton::Look(), &first);
+  EXPECT_EQ(made, madeBefore_ + 1);
 }
 
-TEST(omi_Singleton, FinalizeDestroysOnce) {
-  omi_Singleton<Counted>::Instance();
+TEST_F(omi_SingletonTest, FinalizeDestroysOnce) {
+  Singleton::Instance();
   omi_SingletonBase<Counted>::Finalize();
   omi_SingletonBase<Counted>::Finalize();
-  EXPECT_EQ(Counted::destroyed, 1);
-  EXPECT_EQ(omi_Singleton<Counted>::Look(), nullptr);
+  EXPECT_EQ(destroyed, destroyedBefore_ + 1);
+  EXPECT_EQ(Singleton::Look(), nullptr);
 }
 
-TEST(omi_Singleton, FinalizeWithoutObjectDoesNothing) {
+TEST_F(omi_SingletonTest, FinalizeWithoutObjectDoesNothing) {
   omi_SingletonBase<Counted>::Finalize();
-  EXPECT_EQ(Counted::destroyed, 0);
+  EXPECT_EQ(destroyed, destroyedBefore_);
 }
 
-TEST(omi_Singleton, IsMadeAnewAfterFinalize) {
-  omi_Singleton<Counted>::Instance();
+TEST_F(omi_SingletonTest, IsMadeAnewAfterFinalize) {
+  Singleton::Instance();
   omi_SingletonBase<Counted>::Finalize();
-  omi_Singleton<Counted>::Instance();
-  EXPECT_EQ(Counted::made, 2);
-  omi_SingletonBase<Counted>::Finalize();
+  Singleton::Instance();
+  EXPECT_EQ(made, madeBefore_ + 2);
 }
 
 }  // namespace

@@ -7,7 +7,12 @@
 #include <thread>
 #include <vector>
 
+#include "common/StartLine.h"
+
 namespace {
+
+std::atomic<int> made{0};
+std::atomic<int> destroyed{0};
 
 struct Counted {
   Counted() { ++made; }
@@ -18,105 +23,103 @@ struct Counted {
   Counted(const Counted&) = delete;
   Counted& operator=(const Counted&) = delete;
 
-  static std::atomic<int> made;
-  static std::atomic<int> destroyed;
   static Counted* seenWhileDying;
 };
 
-std::atomic<int> Counted::made{0};
-std::atomic<int> Counted::destroyed{0};
 Counted* Counted::seenWhileDying = nullptr;
 
 using Singleton = thr_GlobalSingleton<Counted>;
 
-TEST(thr_GlobalSingleton, LookCreatesNothing) {
+class thr_GlobalSingletonTest : public testing::Test {
+ protected:
+  ~thr_GlobalSingletonTest() override { Singleton::Destroy(); }
+  const int madeBefore_ = made;
+  const int destroyedBefore_ = destroyed;
+};
+
+TEST_F(thr_GlobalSingletonTest, LookCreatesNothing) {
   EXPECT_EQ(Singleton::Look(), nullptr);
-  EXPECT_EQ(Counted::made, 0);
+  EXPECT_EQ(made, madeBefore_);
 }
 
-TEST(thr_GlobalSingleton, InstanceIsMadeOnceAndStays) {
+TEST_F(thr_GlobalSingletonTest, InstanceIsMadeOnceAndStays) {
   Counted& first = Singleton::Instance();
   EXPECT_EQ(&Singleton::Instance(), &first);
   EXPECT_EQ(Singleton::Look(), &first);
-  EXPECT_EQ(Counted::made, 1);
-  Singleton::Destroy();
+  EXPECT_EQ(made, madeBefore_ + 1);
 }
 
-TEST(thr_GlobalSingleton, DestroyWithoutObjectDoesNothing) {
+TEST_F(thr_GlobalSingletonTest, DestroyWithoutObjectDoesNothing) {
   Singleton::Destroy();
-  EXPECT_EQ(Counted::destroyed, 0);
+  EXPECT_EQ(destroyed, destroyedBefore_);
 }
 
-TEST(thr_GlobalSingleton, DestroyOfMutexWithoutObject) {
+TEST_F(thr_GlobalSingletonTest, DestroyOfMutexWithoutObject) {
   Singleton::Mutex();
   Singleton::Destroy();
-  EXPECT_EQ(Counted::destroyed, 0);
+  EXPECT_EQ(destroyed, destroyedBefore_);
   const std::lock_guard guard(Singleton::Mutex());
   EXPECT_EQ(Singleton::Look(), nullptr);
 }
 
-TEST(thr_GlobalSingleton, DestroyedObjectIsSeenUntilItsDestructorEnds) {
+TEST_F(thr_GlobalSingletonTest, DestroyedObjectIsSeenUntilItsDestructorEnds) {
   Counted* const object = &Singleton::Instance();
   Singleton::Destroy();
   EXPECT_EQ(Counted::seenWhileDying, object);
   EXPECT_EQ(Singleton::Look(), nullptr);
 }
 
-TEST(thr_GlobalSingleton, IsMadeAnewAfterDestroy) {
+TEST_F(thr_GlobalSingletonTest, IsMadeAnewAfterDestroy) {
   Singleton::Instance();
   Singleton::Destroy();
   Singleton::Instance();
-  EXPECT_EQ(Counted::made, 2);
+  EXPECT_EQ(made, madeBefore_ + 2);
   Singleton::Destroy();
-  EXPECT_EQ(Counted::destroyed, 2);
+  EXPECT_EQ(destroyed, destroyedBefore_ + 2);
 }
 
-TEST(thr_GlobalSingleton, DestroyGivesTheGlobalLockBack) {
+// A lock that was kept would hang the second one.
+TEST_F(thr_GlobalSingletonTest, DestroyGivesTheGlobalLockBack) {
   Singleton::Instance();
   Singleton::Destroy();
   const std::lock_guard guard(thr_GlobalLock::Instance());
 }
 
-TEST(thr_GlobalSingleton, RacingThreadsGetOneObject) {
+TEST_F(thr_GlobalSingletonTest, RacingThreadsGetOneObject) {
   constexpr int kThreads = 16;
   std::vector<Counted*> seen(kThreads, nullptr);
-  std::atomic<bool> go{false};
+  StartLine start(kThreads);
   std::vector<std::thread> threads;
-  for (int i = 0; i < kThreads; ++i) {
-    threads.emplace_back([&, i] {
-      while (!go) {
-        std::this_thread::yield();
-      }
-      seen[static_cast<std::size_t>(i)] = &Singleton::Instance();
+  for (Counted*& object : seen) {
+    threads.emplace_back([&start, &object] {
+      start.Wait();
+      object = &Singleton::Instance();
     });
   }
-  go = true;
   for (std::thread& thread : threads) {
     thread.join();
   }
-  for (Counted* const object : seen) {
-    EXPECT_EQ(object, Singleton::Look());
-  }
-  EXPECT_EQ(Counted::made, 1);
-  Singleton::Destroy();
+  EXPECT_EQ(seen, std::vector<Counted*>(kThreads, Singleton::Look()));
+  EXPECT_EQ(made, madeBefore_ + 1);
 }
+
+bool refuses = false;
 
 struct Throwing {
   Throwing() {
-    if (++tries == 1) {
-      throw std::runtime_error("first try");
+    if (refuses) {
+      throw std::runtime_error("refused");
     }
   }
-  static int tries;
 };
 
-int Throwing::tries = 0;
-
 TEST(thr_GlobalSingleton, ThrowingConstructorLeavesNothingAndIsTriedAgain) {
+  refuses = true;
   EXPECT_THROW(thr_GlobalSingleton<Throwing>::Instance(), std::runtime_error);
   EXPECT_EQ(thr_GlobalSingleton<Throwing>::Look(), nullptr);
-  Throwing& made = thr_GlobalSingleton<Throwing>::Instance();
-  EXPECT_EQ(&made, thr_GlobalSingleton<Throwing>::Look());
+  refuses = false;
+  const Throwing& object = thr_GlobalSingleton<Throwing>::Instance();
+  EXPECT_EQ(&object, thr_GlobalSingleton<Throwing>::Look());
   thr_GlobalSingleton<Throwing>::Destroy();
 }
 

@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+#include "common/ChildProcess.h"
+
 namespace {
 
 class FunctionTask : public thr_Task {
@@ -117,13 +119,17 @@ TEST(thr_ThreadPool, EndDropsWhatHasNotBegunAndWaitsForWhatRuns) {
 }
 
 TEST(thr_ThreadPool, NoThreadsWantedAddsNone) {
-  thr_ThreadPool pool;
-  pool.AddThreads(0, 0);
-  pool.AddThreads(0, -1);
+  bool ran = false;
+  {
+    thr_ThreadPool pool;
+    pool.AddThreads(0, 0);
+    pool.AddThreads(0, -1);
+    pool.RunTask(Task([&ran] { ran = true; }));
+  }
+  EXPECT_FALSE(ran);
 }
 
-// The threads of a pool that nobody ends must not hold the process up.
-TEST(thr_ThreadPool, ProcessEndsWhileATaskRuns) {
+TEST_CHILD(endWhileATaskRuns) {
   static auto* const pool = new thr_ThreadPool;
   static auto* const never = new std::promise<void>;
   static auto* const begun = new std::promise<void>;
@@ -133,6 +139,12 @@ TEST(thr_ThreadPool, ProcessEndsWhileATaskRuns) {
     never->get_future().wait();
   }));
   begun->get_future().wait();
+  return 0;
+}
+
+// The threads of a pool that nobody ends must not hold the process up.
+TEST(thr_ThreadPool, ProcessEndsWhileATaskRuns) {
+  EXPECT_EQ(ChildProcess::Start("endWhileATaskRuns").Wait(), 0);
 }
 
 }  // namespace
