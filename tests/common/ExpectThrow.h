@@ -14,11 +14,18 @@
 ///     EXPECT_THROW_TEXT(array[2], nex_AssertException,
 ///                       "index 2 is outside an array of 2 elements");
 ///
-/// EXPECT_THROW_AT(statement, Class, text, sourceFile, line): the same, and the recorded
-/// source position.
+/// EXPECT_THROW_FROM(statement, Class, text, sourceFile): the same, and the recorded
+/// source with any line of it.
+///
+/// EXPECT_THROW_AT(statement, Class, text, sourceFile, line): the same, and exactly this
+/// line.
 #define EXPECT_THROW_TEXT(statement, Class, text) \
   EXPECT_TRUE(expect_throw::HasText(              \
       expect_throw::Caught<Class>([&] { statement; }, #Class), text))
+
+#define EXPECT_THROW_FROM(statement, Class, text, sourceFile) \
+  EXPECT_TRUE(expect_throw::HasTextAndSource(                 \
+      expect_throw::Caught<Class>([&] { statement; }, #Class), text, sourceFile))
 
 #define EXPECT_THROW_AT(statement, Class, text, sourceFile, line) \
   EXPECT_TRUE(expect_throw::HasTextAndPosition(                   \
@@ -66,6 +73,18 @@ inline testing::AssertionResult HasText(const Outcome& outcome, const atr_String
   }
   return testing::AssertionFailure()
          << "text:     \"" << outcome.text << "\"\nexpected: \"" << text << "\"";
+}
+
+inline testing::AssertionResult HasTextAndSource(const Outcome& outcome,
+                                                 const atr_String& text,
+                                                 const atr_String& sourceFile) {
+  const testing::AssertionResult hasText = HasText(outcome, text);
+  if (!hasText || (outcome.sourceFile == sourceFile && outcome.sourceLine > 0)) {
+    return hasText;
+  }
+  return testing::AssertionFailure()
+         << "position: " << outcome.sourceFile << ", line " << outcome.sourceLine
+         << "\nexpected: " << sourceFile;
 }
 
 inline testing::AssertionResult HasTextAndPosition(const Outcome& outcome,

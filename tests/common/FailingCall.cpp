@@ -82,6 +82,13 @@ WatchedCreateFile::WatchedCreateFile() {
   redirection::Install();
 }
 
+std::ostream& operator<<(std::ostream& out, const CreateFileArguments& arguments) {
+  return out << std::hex << "access " << arguments.access << ", shares "
+             << arguments.shares << ", creation " << arguments.creation << ", flags "
+             << arguments.flags << ", security " << arguments.hasSecurity << ", template "
+             << arguments.hasTemplate << std::dec;
+}
+
 CreateFileArguments WatchedCreateFile::Last() const {
   return lastCreateFile;
 }

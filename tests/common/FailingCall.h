@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <functional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -85,7 +86,10 @@ struct CreateFileArguments {
   DWORD flags;
   bool hasSecurity;
   bool hasTemplate;
+
+  bool operator==(const CreateFileArguments&) const = default;
 };
+std::ostream& operator<<(std::ostream& out, const CreateFileArguments& arguments);
 
 /// Watches CreateFileA from the construction on.
 class WatchedCreateFile {

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "common/CurrentDirectory.h"
 #include "platform/PlatformTest.h"
 
 namespace {
@@ -45,12 +46,10 @@ WIN32_FIND_DATAA Found(const std::string& path) {
 
 class DirectoryTest : public PlatformTest {
  protected:
-  DirectoryTest() : before_(std::filesystem::current_path()) {}
-  ~DirectoryTest() override { std::filesystem::current_path(before_); }
   std::string Below(const std::string& name) const { return dir_.Path() + "\\" + name; }
 
  private:
-  std::filesystem::path before_;
+  CurrentDirectory current_{dir_.Path()};  // which tests change, and this gives back
 };
 
 TEST_F(DirectoryTest, Patterns) {

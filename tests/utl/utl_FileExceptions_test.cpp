@@ -3,95 +3,55 @@
 #include <string>
 
 #include "common/ExceptionContract.h"
-#include "omi/omi_SystemErrorCode.h"
+#include "FileTexts.h"
 #include "utl/utl_File.h"
 
 namespace {
 
-constexpr int kCode = 5;
-const cow_String kPath = "C:\\work\\job.dat";
+const std::string kPath = "C:\\work\\job.dat";
 
-// "<head> (utl_File: <operation>)\nerror: <the system's text>\nfile: <path>"
-std::string CodeText(const std::string& head) {
-  return head + " (utl_File: SomeCall)\nerror: " +
-         omi_SystemErrorCode(omi_SystemErrorCode::kSystem, kCode).Text() +
-         "\nfile: C:\\work\\job.dat";
+template <class Exception>
+void ExpectFailedCall(const std::string& head) {
+  constexpr int kCode = 5;
+  ExpectExceptionContract(Exception(kCode, kPath.c_str(), "SomeCall"),
+                          CallText(head, "SomeCall", kCode, kPath));
 }
 
-TEST(utl_FileExceptions, Open) {
-  ExpectExceptionContract(utl_FileExceptionOpen(kCode, kPath, "SomeCall"),
-                          CodeText("*** Error: File open failed"));
+TEST(utl_FileExceptions, OfFailedCalls) {
+  ExpectFailedCall<utl_FileExceptionOpen>("*** Error: File open failed");
+  ExpectFailedCall<utl_FileExceptionClose>("***ERROR: File close failed");
+  ExpectFailedCall<utl_FileExceptionSeek>("*** Error: Seek failed");
+  ExpectFailedCall<utl_FileExceptionLocation>("*** Error: Get file location failed");
+  ExpectFailedCall<utl_FileExceptionFlush>("*** Error: Flush failed");
+  ExpectFailedCall<utl_FileExceptionRead>("*** Error: Read failed");
+  ExpectFailedCall<utl_FileExceptionWrite>("*** Error: Write failed");
+  ExpectFailedCall<utl_FileExceptionSize>("*** Error: Get file size failed");
+  ExpectFailedCall<utl_FileExceptionExtend>("*** Error: Extend failed");
 }
 
-TEST(utl_FileExceptions, NoFile) {
-  ExpectExceptionContract(
-      utl_FileExceptionNoFile(kPath, "in OpenRead"),
-      "*** Error: No such file (utl_File: in OpenRead)\nfile name: C:\\work\\job.dat");
+template <class Exception>
+void ExpectReason(const std::string& head) {
+  ExpectExceptionContract(Exception(kPath.c_str(), "a reason"),
+                          head + " (utl_File: a reason)\nfile name: " + kPath);
 }
 
-TEST(utl_FileExceptions, CloseHasItsOwnHead) {
-  ExpectExceptionContract(utl_FileExceptionClose(kCode, kPath, "SomeCall"),
-                          CodeText("***ERROR: File close failed"));
-}
-
-TEST(utl_FileExceptions, Seek) {
-  ExpectExceptionContract(utl_FileExceptionSeek(kCode, kPath, "SomeCall"),
-                          CodeText("*** Error: Seek failed"));
-}
-
-TEST(utl_FileExceptions, Location) {
-  ExpectExceptionContract(utl_FileExceptionLocation(kCode, kPath, "SomeCall"),
-                          CodeText("*** Error: Get file location failed"));
-}
-
-TEST(utl_FileExceptions, FlushOfACall) {
-  ExpectExceptionContract(utl_FileExceptionFlush(kCode, kPath, "SomeCall"),
-                          CodeText("*** Error: Flush failed"));
-}
-
-TEST(utl_FileExceptions, FlushWithAReason) {
-  ExpectExceptionContract(
-      utl_FileExceptionFlush(kPath, "a reason"),
-      "*** Error: Flush failed (utl_File: a reason)\nfile name: C:\\work\\job.dat");
-}
-
-TEST(utl_FileExceptions, Read) {
-  ExpectExceptionContract(utl_FileExceptionRead(kCode, kPath, "SomeCall"),
-                          CodeText("*** Error: Read failed"));
-}
-
-TEST(utl_FileExceptions, WriteOfACall) {
-  ExpectExceptionContract(utl_FileExceptionWrite(kCode, kPath, "SomeCall"),
-                          CodeText("*** Error: Write failed"));
-}
-
-TEST(utl_FileExceptions, WriteWithAReason) {
-  ExpectExceptionContract(
-      utl_FileExceptionWrite(kPath, "a reason"),
-      "*** Error: Write failed (utl_File: a reason)\nfile name: C:\\work\\job.dat");
+TEST(utl_FileExceptions, WithAReason) {
+  ExpectReason<utl_FileExceptionNoFile>("*** Error: No such file");
+  ExpectReason<utl_FileExceptionFlush>("*** Error: Flush failed");
+  ExpectReason<utl_FileExceptionWrite>("*** Error: Write failed");
 }
 
 TEST(utl_FileExceptions, FullDoesNotShowThePath) {
-  ExpectExceptionContract(utl_FileExceptionFull(kPath),
+  ExpectExceptionContract(utl_FileExceptionFull(kPath.c_str()),
                           "*** Error: Free disk space depleted\nfile name: %2$s");
-}
-
-TEST(utl_FileExceptions, Size) {
-  ExpectExceptionContract(utl_FileExceptionSize(kCode, kPath, "SomeCall"),
-                          CodeText("*** Error: Get file size failed"));
-}
-
-TEST(utl_FileExceptions, Extend) {
-  ExpectExceptionContract(utl_FileExceptionExtend(kCode, kPath, "SomeCall"),
-                          CodeText("*** Error: Extend failed"));
 }
 
 // Every code that comes with a text shows it as the system gives it; what has none shows
 // nothing in its place.
 TEST(utl_FileExceptions, ACodeWithoutTextIsEmpty) {
-  EXPECT_STREQ(utl_FileExceptionRead(0x2FFFFFFF, kPath, "SomeCall").AsString().c_str(),
-               "*** Error: Read failed (utl_File: SomeCall)\nerror: \nfile: "
-               "C:\\work\\job.dat");
+  EXPECT_STREQ(
+      utl_FileExceptionRead(0x2FFFFFFF, "job.dat", "SomeCall").AsString().c_str(),
+      "*** Error: Read failed (utl_File: SomeCall)\nerror: \nfile: job.dat");
 }
 
 TEST(utl_FileExceptions, ArgumentsAreNotSearchedForPlaceholders) {

@@ -58,24 +58,15 @@ TEST(utl_FileOffset, DifferenceIn32Bits) {
 
 TEST(utl_FileOffset, DifferenceThatDoesNotFit) {
   const Difference rejected[] = {
-      {2'147'483'648, 0, 0},     {-2'147'483'649, 0, 0},    {0, 2'147'483'649, 0},
-      {4'294'967'296, 0, 0},     {INT64_MAX, INT64_MIN, 0}, {INT64_MIN, INT64_MAX, 0},
-      {INT64_MIN, INT64_MAX, 0}, {INT64_MAX, -1, 0},
+      {2'147'483'648, 0, 0}, {-2'147'483'649, 0, 0},    {0, 2'147'483'649, 0},
+      {4'294'967'296, 0, 0}, {INT64_MAX, INT64_MIN, 0}, {INT64_MIN, INT64_MAX, 0},
+      {INT64_MAX, -1, 0},
   };
   for (const Difference& difference : rejected) {
     SCOPED_TRACE(difference.offset);
-    EXPECT_THROW_TEXT(utl_FileOffset(difference.offset).DiffAsInt32(difference.other),
-                      nex_AssertException, "d >= INT_MIN && d <= INT_MAX");
-  }
-}
-
-TEST(utl_FileOffset, DifferenceReportsItsSource) {
-  try {
-    utl_FileOffset(INT64_MAX).DiffAsInt32(0);
-    FAIL();
-  } catch (const nex_AssertException& thrown) {
-    EXPECT_STREQ(thrown.SourceFile(), "utl/impl/utl_FileOffset");
-    EXPECT_GT(thrown.SourceLine(), 0);
+    EXPECT_THROW_FROM(utl_FileOffset(difference.offset).DiffAsInt32(difference.other),
+                      nex_AssertException, "d >= INT_MIN && d <= INT_MAX",
+                      "utl/impl/utl_FileOffset");
   }
 }
 

@@ -16,12 +16,8 @@ TEST(utl_FilePathAccess, IsWriteableTriesAFileThatGoesWithItsHandle) {
   TempDir dir;
   const WatchedCreateFile watched;
   EXPECT_TRUE(utl_FilePath("new.dat", cow_String(dir.ShownPath())).IsWriteable());
-  EXPECT_EQ(watched.Last().access, 0x40000000);
-  EXPECT_EQ(watched.Last().shares, 0);
-  EXPECT_EQ(watched.Last().creation, 1);
-  EXPECT_EQ(watched.Last().flags, 0x4000100);
-  EXPECT_FALSE(watched.Last().hasSecurity);
-  EXPECT_FALSE(watched.Last().hasTemplate);
+  EXPECT_EQ(watched.Last(),
+            (CreateFileArguments{0x40000000, 0, 1, 0x4000100, false, false}));
 }
 
 TEST(utl_FilePathAccess, NothingIsTriedWhereTheFileExists) {

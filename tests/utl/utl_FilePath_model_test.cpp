@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <cctype>
-#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "common/CurrentDirectory.h"
 #include "common/TempDir.h"
 #include "utl/utl_FilePath.h"
 
@@ -115,10 +115,6 @@ class Model {
   Parts parts_;
 };
 
-string Text(cow_String const& text) {
-  return string(std::string_view(text));
-}
-
 std::vector<string> EveryStringUpTo(std::size_t longest, const string& alphabet) {
   std::vector<string> all = {""};
   for (std::size_t i = 0; all[i].length() < longest; ++i) {
@@ -136,12 +132,11 @@ void ExpectModel(const string& name, const string& directory, const string& curr
   }
   joined += parts.subdirectory;
   const string component = parts.baseName + parts.extension;
-  const bool agrees = Text(path.PathName()) == parts.subdirectory + component &&
-                      Text(path.BaseName()) == parts.baseName &&
-                      Text(path.Extension()) == parts.extension &&
-                      Text(path.FileName()) == component &&
-                      Text(path.AbsoluteDirectoryPath()) == joined &&
-                      Text(path.AbsolutePathName()) == joined + component;
+  const bool agrees =
+      path.PathName() == parts.subdirectory + component &&
+      path.BaseName() == parts.baseName && path.Extension() == parts.extension &&
+      path.FileName() == component && path.AbsoluteDirectoryPath() == joined &&
+      path.AbsolutePathName() == joined + component;
   ASSERT_TRUE(agrees) << "name '" << name << "', directory '" << directory
                       << "': " << path.AbsolutePathName() << ", expected "
                       << joined + component;
@@ -149,8 +144,7 @@ void ExpectModel(const string& name, const string& directory, const string& curr
 
 TEST(utl_FilePathModel, AgreesOnEveryShortNameInEveryShortDirectory) {
   TempDir dir;
-  const auto earlier = std::filesystem::current_path();
-  std::filesystem::current_path(dir.Path());
+  const CurrentDirectory current(dir.Path());
   for (const string& name : EveryStringUpTo(3, "ZQ:\\/.")) {
     for (const string& directory : EveryStringUpTo(3, "ZQ:\\.")) {
       ASSERT_NO_FATAL_FAILURE(ExpectModel(name, directory, dir.ShownPath()));
@@ -161,7 +155,6 @@ TEST(utl_FilePathModel, AgreesOnEveryShortNameInEveryShortDirectory) {
       ASSERT_NO_FATAL_FAILURE(ExpectModel(name, directory, dir.ShownPath()));
     }
   }
-  std::filesystem::current_path(earlier);
 }
 
 }  // namespace

@@ -6,27 +6,12 @@
 #include <string>
 #include <vector>
 
+#include "common/CurrentDirectory.h"
+#include "common/FailingCall.h"
 #include "common/ScopedEnvironment.h"
 #include "common/TempDir.h"
 
 namespace {
-
-// Changes the current directory for as long as it lives.
-class CurrentDirectory {
- public:
-  explicit CurrentDirectory(const std::string& path)
-      : earlier_(std::filesystem::current_path()) {
-    std::filesystem::current_path(path);
-  }
-  ~CurrentDirectory() { std::filesystem::current_path(earlier_); }
-
- private:
-  std::filesystem::path earlier_;
-};
-
-std::string Text(cow_String const& text) {
-  return std::string(std::string_view(text));
-}
 
 // In `absolute`, "@" stands for the current directory with a backslash behind it.
 struct Row {
@@ -103,10 +88,10 @@ void ExpectRowsFrom(const std::string& current) {
     std::string absolute = row.absolute;
     if (absolute.starts_with('@')) absolute.replace(0, 1, current);
     const utl_FilePath path(row.name, row.directory);
-    EXPECT_EQ(Text(path.AbsolutePathName()), absolute);
-    EXPECT_EQ(Text(path.PathName()), row.pathName);
-    EXPECT_EQ(Text(path.BaseName()), row.baseName);
-    EXPECT_EQ(Text(path.Extension()), row.extension);
+    EXPECT_EQ(path.AbsolutePathName(), absolute);
+    EXPECT_EQ(path.PathName(), row.pathName);
+    EXPECT_EQ(path.BaseName(), row.baseName);
+    EXPECT_EQ(path.Extension(), row.extension);
     EXPECT_EQ(path.FileName(), path.BaseName() + path.Extension());
     EXPECT_EQ(path.AbsoluteDirectoryPath() + path.FileName(), path.AbsolutePathName());
   }
@@ -137,6 +122,19 @@ TEST(utl_FilePath, AbsentDriveLeavesTheDirectoryAsItWas) {
   EXPECT_EQ(path.AbsolutePathName(), "D:\\x\\g");
 }
 
+// What a path answers that is no file's.
+void ExpectAnswersWithoutTheSystem(const utl_FilePath& path) {
+  for (const SystemCall call : {SystemCall::kAccess, SystemCall::kCreateFile}) {
+    const FailingCall asked(call, ERROR_ACCESS_DENIED);
+    EXPECT_TRUE(path.Exists());
+    EXPECT_TRUE(path.IsReadable());
+    EXPECT_FALSE(path.IsWriteable());
+    EXPECT_FALSE(path.IsExecutable());
+    EXPECT_FALSE(path.IsDir());
+    EXPECT_FALSE(asked.Happened());
+  }
+}
+
 TEST(utl_FilePath, UrlIsKeptWholeAndNeverSoughtInTheFileSystem) {
   utl_FilePath path("kstrdb://server/db?x=1", "D:\\x");
   EXPECT_EQ(path.AbsolutePathName(), "kstrdb://server/db?x=1");
@@ -146,17 +144,13 @@ TEST(utl_FilePath, UrlIsKeptWholeAndNeverSoughtInTheFileSystem) {
   EXPECT_EQ(path.AbsoluteDirectoryPath(), "");
   EXPECT_EQ(path.Native().AbsolutePathName(), "kstrdb://server/db?x=1");
   EXPECT_EQ(path.Portable().AbsolutePathName(), "kstrdb://server/db?x=1");
-  EXPECT_TRUE(path.Exists());
-  EXPECT_TRUE(path.IsReadable());
-  EXPECT_FALSE(path.IsWriteable());
-  EXPECT_FALSE(path.IsExecutable());
-  EXPECT_FALSE(path.IsDir());
+  ExpectAnswersWithoutTheSystem(path);
 }
 
 TEST(utl_FilePath, UrlDirectoryKeepsTheNameWhole) {
   const utl_FilePath path("sub/f.txt", "kstrdb://server/db");
   EXPECT_EQ(path.AbsolutePathName(), "sub/f.txt");
-  EXPECT_TRUE(path.Exists());
+  ExpectAnswersWithoutTheSystem(path);
 }
 
 TEST(utl_FilePath, UrlLeavesTheOtherPartsAsTheyWere) {
@@ -185,11 +179,7 @@ TEST(utl_FilePath, NetworkConnectorIsKeptWhole) {
     EXPECT_EQ(path.BaseName(), c.stored);
     EXPECT_EQ(path.AbsoluteDirectoryPath(), "");
     EXPECT_EQ(path.Portable().Native().PathName(), c.stored);
-    EXPECT_TRUE(path.Exists());
-    EXPECT_TRUE(path.IsReadable());
-    EXPECT_FALSE(path.IsWriteable());
-    EXPECT_FALSE(path.IsExecutable());
-    EXPECT_FALSE(path.IsDir());
+    ExpectAnswersWithoutTheSystem(path);
   }
   EXPECT_EQ(utl_FilePath("network connectors/a", "D:\\").AbsolutePathName(),
             "D:\\network connectors\\a");
@@ -265,9 +255,9 @@ TEST(utl_FilePath, SeparatorsInValuesAreNotUnified) {
 TEST(utl_FilePath, VariableThatNamesItselfComesToAnEnd) {
   ScopedEnvironment percent("KES_T_A", "%KES_T_A%x");
   ScopedEnvironment dollar("KES_T_B", "x$KES_T_B");
-  EXPECT_EQ(Text(utl_FilePath("%KES_T_A%", "D:\\").PathName()),
+  EXPECT_EQ(utl_FilePath("%KES_T_A%", "D:\\").PathName(),
             "%KES_T_A%" + std::string(1000, 'x'));
-  EXPECT_EQ(Text(utl_FilePath("$KES_T_B", "D:\\").PathName()),
+  EXPECT_EQ(utl_FilePath("$KES_T_B", "D:\\").PathName(),
             std::string(1000, 'x') + "$KES_T_B");
 }
 
@@ -275,11 +265,10 @@ TEST(utl_FilePath, NameOf256CharactersCountsAsUnset) {
   const std::string longest = "K" + std::string(254, 'a'), tooLong = longest + "a";
   ScopedEnvironment last(longest.c_str(), "in");
   ScopedEnvironment first(tooLong.c_str(), "out");
-  EXPECT_EQ(Text(utl_FilePath(cow_String("$" + longest), "D:\\").PathName()), "in");
-  EXPECT_EQ(Text(utl_FilePath(cow_String("$" + tooLong), "D:\\").PathName()),
-            "$" + tooLong);
-  EXPECT_EQ(Text(utl_FilePath(cow_String("%" + longest + "%"), "D:\\").PathName()), "in");
-  EXPECT_EQ(Text(utl_FilePath(cow_String("%" + tooLong + "%"), "D:\\").PathName()),
+  EXPECT_EQ(utl_FilePath(cow_String("$" + longest), "D:\\").PathName(), "in");
+  EXPECT_EQ(utl_FilePath(cow_String("$" + tooLong), "D:\\").PathName(), "$" + tooLong);
+  EXPECT_EQ(utl_FilePath(cow_String("%" + longest + "%"), "D:\\").PathName(), "in");
+  EXPECT_EQ(utl_FilePath(cow_String("%" + tooLong + "%"), "D:\\").PathName(),
             "%" + tooLong + "%");
 }
 
@@ -288,7 +277,7 @@ TEST(utl_FilePath, LaterChangeOfDirectoryDoesNotMoveAPath) {
   CurrentDirectory current(dir.Path());
   const utl_FilePath path("f", "");
   CurrentDirectory root("/");
-  EXPECT_EQ(Text(path.AbsolutePathName()), dir.ShownPath() + "\\f");
+  EXPECT_EQ(path.AbsolutePathName(), dir.ShownPath() + "\\f");
 }
 
 TEST(utl_FilePath, AnswersAboutTheFileSystem) {

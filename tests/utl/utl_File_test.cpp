@@ -7,7 +7,6 @@
 #include <string>
 #include <type_traits>
 
-#include "common/ExpectThrow.h"
 #include "common/FailingCall.h"
 #include "common/TempDir.h"
 #include "FileTexts.h"
@@ -51,8 +50,8 @@ TEST_F(utl_FileTest, TheFirstOperationOpensTheFileAndTheConstructorDoesNot) {
 }
 
 TEST_F(utl_FileTest, EveryOperationOpensTheFile) {
-  SetContents("0123456789");
   const auto opened = [&](auto operation) {
+    SetContents("0123456789");
     utl_File file(name_, utl_FileAccessUpdate, utl_FileShareReadWrite);
     operation(file);
     SetContents("changed behind an open handle");
@@ -67,7 +66,7 @@ TEST_F(utl_FileTest, EveryOperationOpensTheFile) {
   EXPECT_TRUE(opened([&](utl_File& file) { EXPECT_EQ(file.Write(&byte, 1), 1); }));
   EXPECT_TRUE(
       opened([&](utl_File& file) { EXPECT_EQ(file.WriteShortAllowed(&byte, 1), 1); }));
-  EXPECT_TRUE(opened([](utl_File& file) { EXPECT_GT(file.FileSize(), 0); }));
+  EXPECT_TRUE(opened([](utl_File& file) { EXPECT_EQ(file.FileSize(), 10); }));
   EXPECT_TRUE(opened([](utl_File& file) { file.Extend(50); }));
 }
 
@@ -97,13 +96,20 @@ TEST_F(utl_FileTest, WhatTheSystemIsAskedForByAccessAndSharing) {
     SCOPED_TRACE(testing::Message() << expected.access << ' ' << expected.sharing);
     utl_File file;
     file.Open(name_, expected.access, expected.sharing);
-    EXPECT_EQ(watched.Last().access, expected.expectedAccess);
-    EXPECT_EQ(watched.Last().shares, expected.expectedShares);
-    EXPECT_EQ(watched.Last().creation, expected.expectedCreation);
-    EXPECT_EQ(watched.Last().flags, 0x10000080);
-    EXPECT_FALSE(watched.Last().hasSecurity);
-    EXPECT_FALSE(watched.Last().hasTemplate);
+    EXPECT_EQ(watched.Last(),
+              (CreateFileArguments{expected.expectedAccess, expected.expectedShares,
+                                   expected.expectedCreation, 0x10000080, false, false}));
   }
+}
+
+TEST_F(utl_FileTest, WithoutArgumentsItIsForReadingWithWritersAtTheSideAndHasNoName) {
+  const WatchedCreateFile watched;
+  utl_File file;
+  EXPECT_FILE_ERROR(
+      file.Init(), utl_FileExceptionOpen,
+      CallText("*** Error: File open failed", "CreateFile in OpenRead", 3, ""));
+  EXPECT_EQ(watched.Last(),
+            (CreateFileArguments{0x80000000, 3, 3, 0x10000080, false, false}));
 }
 
 TEST_F(utl_FileTest, SharingIsAsymmetric) {
@@ -114,12 +120,12 @@ TEST_F(utl_FileTest, SharingIsAsymmetric) {
   {
     utl_File reader;
     reader.Open(name_, utl_FileAccessRead, utl_FileShareRead);
-    EXPECT_THROW_TEXT(second.Init(), utl_FileExceptionOpen, refused);
+    EXPECT_FILE_ERROR(second.Init(), utl_FileExceptionOpen, refused);
   }
   {
     utl_File writer;
     writer.Open(name_, utl_FileAccessUpdate, utl_FileShareDefault);
-    EXPECT_THROW_TEXT(second.Init(), utl_FileExceptionOpen, refused);
+    EXPECT_FILE_ERROR(second.Init(), utl_FileExceptionOpen, refused);
     utl_File reader;
     reader.Open(name_, utl_FileAccessRead, utl_FileShareDefault);
     EXPECT_EQ(reader.FileSize(), 10);
@@ -272,7 +278,7 @@ TEST_F(utl_FileTest, ExtendBelowFourFailsAfterTheSizeWasSet) {
     SCOPED_TRACE(size);
     SetContents("0123456789");
     utl_File file(name_, utl_FileAccessUpdate, utl_FileShareReadWrite);
-    EXPECT_THROW_TEXT(
+    EXPECT_FILE_ERROR(
         file.Extend(size), utl_FileExceptionExtend,
         CallText("*** Error: Extend failed", "SetFilePointer 3", 131, path_));
     EXPECT_EQ(Contents(), std::string("0123456789", static_cast<std::size_t>(size)));
@@ -286,9 +292,9 @@ TEST_F(utl_FileTest, OpeningAgainKeepsTheHandle) {
   EXPECT_EQ(file.FileSize(), 10);
   file.Open("another", utl_FileAccessUpdate, utl_FileShareDefault);
   EXPECT_EQ(ReadAll(file, 4), "0123");
-  EXPECT_THROW_TEXT(file.Write("x", 1), utl_FileExceptionWrite,
+  EXPECT_FILE_ERROR(file.Write("x", 1), utl_FileExceptionWrite,
                     CallText("*** Error: Write failed", "WriteFile", 5, "another"));
-  EXPECT_THROW_TEXT(
+  EXPECT_FILE_ERROR(
       file.Extend(-1), utl_FileExceptionExtend,
       CallText("*** Error: Extend failed", "SetFilePointer 2", 131, "another"));
   EXPECT_FALSE(FileExists("another"));
@@ -316,7 +322,7 @@ TEST_F(utl_FileTest, OpeningForWritingMakesTheHolderOfTheTracker) {
 
   Holder::Destroy();
   utl_File missing("no directory\\x", utl_FileAccessWrite, utl_FileShareDefault);
-  EXPECT_THROW_TEXT(missing.Init(), utl_FileExceptionOpen,
+  EXPECT_FILE_ERROR(missing.Init(), utl_FileExceptionOpen,
                     CallText("*** Error: File open failed", "CreateFile in OpenWrite", 3,
                              "no directory\\x"));
   EXPECT_NE(Holder::Look(), nullptr);

@@ -2,11 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "common/ChildProcess.h"
+#include "common/CurrentDirectory.h"
 #include "common/ExpectThrow.h"
 #include "common/ScopedEnvironment.h"
 #include "common/TempDir.h"
@@ -17,13 +17,7 @@ namespace {
 
 class utl_JobFileName_ : public testing::Test {
  protected:
-  utl_JobFileName_() : earlier_(std::filesystem::current_path()) {
-    std::filesystem::current_path(dir_.Path());
-  }
-  ~utl_JobFileName_() override {
-    std::filesystem::current_path(earlier_);
-    thr_GlobalSingleton<utl_CommandLine>::Destroy();
-  }
+  ~utl_JobFileName_() override { thr_GlobalSingleton<utl_CommandLine>::Destroy(); }
 
   static void Load(std::vector<std::string> arguments) {
     thr_GlobalSingleton<utl_CommandLine>::Destroy();
@@ -36,7 +30,7 @@ class utl_JobFileName_ : public testing::Test {
   }
 
   TempDir dir_;
-  std::filesystem::path earlier_;
+  CurrentDirectory current_{dir_.Path()};
   ScopedEnvironment auxiliary_{"SUPAUXNAME", nullptr};
 };
 

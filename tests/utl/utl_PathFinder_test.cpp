@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <string>
 
+#include "common/CurrentDirectory.h"
 #include "common/FailingCall.h"
 #include "common/ScopedEnvironment.h"
 #include "common/TempDir.h"
@@ -46,13 +47,12 @@ TEST_F(utl_PathFinder_, FindsTheFirstInTheOrderOfTheList) {
 }
 
 TEST_F(utl_PathFinder_, EmptyEntriesOfTheListAreSkipped) {
-  std::filesystem::current_path(dir_.File("b"));  // an empty entry is not this one
+  const CurrentDirectory current(dir_.File("b"));  // an empty entry is not this one
   ScopedEnvironment list(kVariable, (";;" + In("a") + ";;;" + In("b") + ";").c_str());
   EXPECT_EQ(Found("", "tool"), In("b") + "/tool");
   EXPECT_EQ(Found("", "none"), "");
   ScopedEnvironment onlySeparators(kVariable, ";;;");
   EXPECT_EQ(Found("", "tool"), "");
-  std::filesystem::current_path(dir_.Path() + "/..");
 }
 
 TEST_F(utl_PathFinder_, UnsetOrEmptyVariableOrEmptyNameFindsNothing) {

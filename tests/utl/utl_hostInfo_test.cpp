@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <ctime>
 #include <filesystem>
 #include <string>
@@ -10,6 +9,7 @@
 #include <vector>
 
 #include "common/ChildProcess.h"
+#include "common/CurrentDirectory.h"
 #include "common/ExpectThrow.h"
 #include "common/FailingCall.h"
 #include "common/ScopedEnvironment.h"
@@ -20,10 +20,6 @@
 
 namespace {
 
-std::string Text(cow_String const& text) {
-  return std::string(std::string_view(text));
-}
-
 std::string Now(const char* format) {
   const std::time_t now = std::time(nullptr);
   char text[64];
@@ -33,15 +29,15 @@ std::string Now(const char* format) {
 
 TEST(utl_hostInfo, DateAndTimeAreTheLocalOnes) {
   // The clock may tick between the calls: the answer lies between two readings.
-  const std::string before = Now("%d-%b-%Y"), date = Text(utl_getDate()),
-                    after = Now("%d-%b-%Y");
-  EXPECT_TRUE(date == before || date == after) << date;
-  std::string first, time, last;
+  const std::string before = Now("%d-%b-%Y");
+  const cow_String date = utl_getDate();
+  EXPECT_TRUE(date == before || date == Now("%d-%b-%Y")) << date;
+  std::string first;
+  cow_String time;
   do {
     first = Now("%H:%M:%S");
-    time = Text(utl_getTime());
-    last = Now("%H:%M:%S");
-  } while (first != last);
+    time = utl_getTime();
+  } while (first != Now("%H:%M:%S"));
   EXPECT_EQ(time, first);
 }
 
@@ -55,8 +51,7 @@ TEST(utl_hostInfo, DateAndTimeHaveTwoDigitsAndEnglishMonths) {
   when.tm_min = 3;
   when.tm_sec = 9;
   for (when.tm_mon = 0; when.tm_mon < 12; ++when.tm_mon) {
-    EXPECT_EQ(Text(utl_dateText(when)),
-              std::string("01-") + months[when.tm_mon] + "-2007");
+    EXPECT_EQ(utl_dateText(when), std::string("01-") + months[when.tm_mon] + "-2007");
   }
   EXPECT_EQ(utl_timeText(when), "04:03:09");
 }
@@ -78,30 +73,26 @@ TEST(utl_hostInfo, HostAndUserAreKnown) {
 }
 
 TEST(utl_hostInfo, CurrentDirectoryHasItsDrive) {
-  TempDir dir;
-  const auto earlier = std::filesystem::current_path();
-  std::filesystem::current_path(dir.Path());
-  EXPECT_EQ(Text(utl_getcwd()), dir.ShownPath());
-  std::filesystem::current_path(earlier);
+  const TempDir dir;
+  const CurrentDirectory current(dir.Path());
+  EXPECT_EQ(utl_getcwd(), dir.ShownPath());
 }
 
 TEST(utl_hostInfo, CurrentDirectoryTooLongForTheSystemCallIsEmpty) {
-  TempDir dir;
-  const auto earlier = std::filesystem::current_path();
-  std::filesystem::current_path(dir.Path());
+  const TempDir dir;
+  const CurrentDirectory current(dir.Path());
   // Step by step, there and back: no call gets a long path, which Windows would refuse.
   const std::string name(100, 'd');
   for (int depth = 0; depth < 3; ++depth) {
     std::filesystem::create_directory(name);
     std::filesystem::current_path(name);
   }
-  const cow_String current = utl_getcwd();
+  const cow_String shown = utl_getcwd();
   for (int depth = 0; depth < 3; ++depth) {
     std::filesystem::current_path("..");
     std::filesystem::remove(name);
   }
-  std::filesystem::current_path(earlier);
-  EXPECT_EQ(current, "");
+  EXPECT_EQ(shown, "");
 }
 
 TEST(utl_hostInfo, PlatformIsAlwaysTheSame) {
@@ -152,33 +143,33 @@ TEST(utl_hostInfo, DriverNameComesFromTheCommand) {
 }
 
 TEST_CHILD(printDriverName) {
-  ChildWriteLine("<" + Text(utl_getDriverName()) + ">");
+  ChildWriteLine(("<" + utl_getDriverName() + ">").c_str());
   return 0;
 }
 
 TEST(utl_hostInfo, DriverNameOfAnEmptyCommandIsEmpty) {
+  const ScopedEnvironment restored("KES_COMMAND", nullptr);
   SetEmptyForChildren("KES_COMMAND");
   ChildProcess child = ChildProcess::Start("printDriverName");
   EXPECT_EQ(child.ReadLine(), "<>");
+  EXPECT_EQ(child.Wait(), 0);
 }
 
 TEST(utl_hostInfo, DriverNameWithoutCommandThrows) {
   ScopedEnvironment command("KES_COMMAND", nullptr);
-  EXPECT_THROW_TEXT(utl_getDriverName(), nex_TextException,
-                    "Failed to determine driver name");
-  try {
-    utl_getDriverName();
-    FAIL();
-  } catch (nex_TextException const& thrown) {
-    EXPECT_STREQ(thrown.SourceFile(), "utl/impl/utl_getDriverName");
-  }
+  EXPECT_THROW_FROM(utl_getDriverName(), nex_TextException,
+                    "Failed to determine driver name", "utl/impl/utl_getDriverName");
 }
 
 TEST(utl_hostInfo, SleepsAndAnswersOne) {
   EXPECT_EQ(utl_sleep(0), 1);
-  const auto before = std::chrono::steady_clock::now();
-  EXPECT_EQ(utl_sleep(30), 1);
-  EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(29));
+  EXPECT_EQ(utl_sleep(1), 1);
+  std::vector<DWORD> pauses;
+  const InsteadOfSleep sleep([&](DWORD milliseconds) { pauses.push_back(milliseconds); });
+  for (const unsigned milliseconds : {0u, 30u, 4294967295u}) {
+    EXPECT_EQ(utl_sleep(milliseconds), 1);
+  }
+  EXPECT_EQ(pauses, (std::vector<DWORD>{0, 30, 4294967295}));
 }
 
 TEST(utl_hostInfo, SocketLayerStartsWithVersionTwo) {
