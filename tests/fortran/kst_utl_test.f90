@@ -31,59 +31,56 @@ contains
     end if
   end subroutine
 
-  subroutine test_integer()
-    character(len=32) :: name
+  ! The value of an option as a number, and 0 where an option is there.
+
+  function number(name) result(value)
+    character(len=*), intent(in) :: name
     integer(c_int) :: value
-    name = 'cpus'
     value = -99
     call utl_commandlineinteger(name, value, len(name))
-    call expect(value == 4, 'a number under a padded name')
-    value = -99
-    call utl_commandlineinteger('absent', value, len('absent'))
-    call expect(value == 0, 'the number of an absent option')
-    value = -99
-    call utl_commandlineinteger('interactive', value, len('interactive'))
-    call expect(value == 0, 'the number of an option without a value')
+  end function
+
+  function absence(name) result(status)
+    character(len=*), intent(in) :: name
+    integer(c_int) :: status
+    status = -99
+    call utl_commandlineismember(name, status, len(name))
+  end function
+
+  subroutine test_integer()
+    character(len=32), parameter :: padded = 'cpus'
+    call expect(number(padded) == 4, 'a number under a padded name')
+    call expect(number('absent') == 0, 'the number of an absent option')
+    call expect(number('interactive') == 0, 'the number of an option without a value')
   end subroutine
 
   subroutine test_ismember()
-    character(len=32) :: name
+    character(len=32), parameter :: padded = '   interactive'
+    call expect(absence(padded) == 0, 'an option that is there')
+    call expect(absence('absent') == 1, 'an option that is not there')
+    call expect(absence('JOB') == 1, 'an option in other letters')
+  end subroutine
+
+  ! What a variable full of question marks becomes, and its status.
+  subroutine expect_string(name, filled, length, what)
+    character(len=*), intent(in) :: name, filled, what
+    integer, intent(in) :: length
+    character(len=32) :: padded
+    character(len=len(filled)) :: value
     integer(c_int) :: status
-    name = '   interactive'
+    padded = name
+    value = repeat('?', len(value))
     status = -99
-    call utl_commandlineismember(name, status, len(name))
-    call expect(status == 0, 'an option that is there')
-    status = -99
-    call utl_commandlineismember('absent', status, len('absent'))
-    call expect(status == 1, 'an option that is not there')
-    status = -99
-    call utl_commandlineismember('JOB', status, len('JOB'))
-    call expect(status == 1, 'an option in other letters')
+    call utl_commandlinestring(padded, value, status, len(padded), len(value))
+    call expect(value == filled .and. status == length, what)
   end subroutine
 
   subroutine test_string()
-    character(len=32) :: name
-    character(len=8) :: value
-    character(len=4) :: exact
-    integer(c_int) :: status
-    name = 'job'
-    value = '????????'
-    call utl_commandlinestring(name, value, status, len(name), len(value))
-    call expect(value == 'beam' .and. value(5:8) == '    ', 'a value that is padded')
-    call expect(status == 4, 'the length of a value')
-    exact = '????'
-    call utl_commandlinestring(name, exact, status, len(name), len(exact))
-    call expect(exact == 'beam' .and. status == 4, 'a value that fills its variable')
-    name = 'title'
-    value = '????????'
-    call utl_commandlinestring(name, value, status, len(name), len(value))
-    call expect(value == '????????' .and. status == 0, 'a value that is too long')
-    name = 'absent'
-    call utl_commandlinestring(name, value, status, len(name), len(value))
-    call expect(value == '????????' .and. status == 0, 'the value of an absent option')
-    name = 'interactive'
-    call utl_commandlinestring(name, value, status, len(name), len(value))
-    call expect(value == ' ' .and. status == 0, 'an empty value')
+    call expect_string('job', 'beam    ', 4, 'a value that is padded')
+    call expect_string('job', 'beam', 4, 'a value that fills its variable')
+    call expect_string('title', '????????', 0, 'a value that is too long')
+    call expect_string('absent', '????????', 0, 'the value of an absent option')
+    call expect_string('interactive', '        ', 0, 'an empty value')
   end subroutine
 
   subroutine test_stringc()

@@ -87,14 +87,31 @@ TEST_F(CommandLineForeign, OnlyTheHiddenLengthCounts) {
   EXPECT_EQ(Status("     "), 0);
 }
 
-TEST_F(CommandLineForeign, String) {
-  EXPECT_EQ(String("job" + std::string(29, ' '), "????????"), Filled("beam    ", 4));
-  EXPECT_EQ(String("abc", "????????"), Filled("xyz     ", 3));
-  EXPECT_EQ(String("job", "????"), Filled("beam", 4));
-  EXPECT_EQ(String("job", "???"), Filled("???", 0));
-  EXPECT_EQ(String("absent", "????"), Filled("????", 0));
-  EXPECT_EQ(String("empty", "????"), Filled("    ", 0));
-  EXPECT_EQ(String("empty", ""), Filled("", 0));
+TEST_F(CommandLineForeign, ValuesFillAVariableOrLeaveIt) {
+  const struct {
+    const char* name;
+    const char* variable;
+    Filled filled;
+  } cases[] = {
+      {"job", "????????", {"beam    ", 4}},
+      {"abc", "????????", {"xyz     ", 3}},
+      {"job", "????", {"beam", 4}},
+      {"job", "???", {"???", 0}},
+      {"absent", "????", {"????", 0}},
+      {"empty", "????", {"    ", 0}},
+      {"empty", "", {"", 0}},
+  };
+  for (const auto& [name, variable, filled] : cases) {
+    EXPECT_EQ(String(name, variable), filled) << name;
+    EXPECT_EQ(StringC(name, variable), filled) << name;
+  }
+}
+
+TEST_F(CommandLineForeign, StringStripsItsNameAndStringCDoesNot) {
+  for (const char* name : {"job ", " job", "job                             "}) {
+    EXPECT_EQ(String(name, "????????"), Filled("beam    ", 4));
+    EXPECT_EQ(StringC(name, "????????"), Filled("????????", 0));
+  }
 }
 
 TEST_F(CommandLineForeign, StringWithANegativeLengthOfTheVariable) {
@@ -103,17 +120,6 @@ TEST_F(CommandLineForeign, StringWithANegativeLengthOfTheVariable) {
   UTL_COMMANDLINESTRING("empty", variable, &status, 5, -1);
   EXPECT_EQ(status, 0);
   EXPECT_STREQ(variable, "????");
-}
-
-TEST_F(CommandLineForeign, StringC) {
-  EXPECT_EQ(StringC("job", "????????"), Filled("beam    ", 4));
-  EXPECT_EQ(StringC("job", "????"), Filled("beam", 4));
-  EXPECT_EQ(StringC("job", "???"), Filled("???", 0));
-  EXPECT_EQ(StringC("empty", "??"), Filled("  ", 0));
-  // The name is not stripped.
-  EXPECT_EQ(StringC("job ", "????"), Filled("????", 0));
-  EXPECT_EQ(StringC(" job", "????"), Filled("????", 0));
-  EXPECT_EQ(StringC("absent", "????"), Filled("????", 0));
 }
 
 TEST_F(CommandLineForeign, GetArgs) {

@@ -56,7 +56,7 @@ utl_MissingCmdLineArgException::utl_MissingCmdLineArgException(const cow_String&
     : nex_TextException(name) {}
 
 utl_MissingCmdLineArgException::utl_MissingCmdLineArgException(
-    const utl_MissingCmdLineArgException&) = default;
+    const utl_MissingCmdLineArgException&) noexcept = default;
 
 atr_String utl_MissingCmdLineArgException::AsString() const {
   atr_translate text("Command line argument %s is required.");
@@ -73,7 +73,7 @@ utl_CmdLineArgFormatException::utl_CmdLineArgFormatException(const cow_String& n
     : nex_TextException(type), name_(name) {}
 
 utl_CmdLineArgFormatException::utl_CmdLineArgFormatException(
-    const utl_CmdLineArgFormatException&) = default;
+    const utl_CmdLineArgFormatException&) noexcept = default;
 
 atr_String utl_CmdLineArgFormatException::AsString() const {
   atr_translate text("Command line argument %1$s must have type %2$s");
