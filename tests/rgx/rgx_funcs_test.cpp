@@ -42,8 +42,8 @@ cow_1DArrayList<cow_String> List(std::initializer_list<const char*> items) {
 }
 
 void ExpectNeverEnds(const cow_String& pattern, const std::string& subject) {
-  EXPECT_THROW_TEXT(Split(pattern, subject), nex_TextException,
-                    "rgx_split: pattern matches the empty string");
+  EXPECT_THROW_FROM(Split(pattern, subject), nex_TextException,
+                    "rgx_split: pattern matches the empty string", "rgx/impl/rgx_funcs");
 }
 
 TEST(RgxSplit, FieldsBetweenMatches) {
@@ -81,11 +81,6 @@ TEST(RgxSplit, APatternThatMatchesNothingAtAll) {
   ExpectNeverEnds("(?=,)", "a,b");  // on the second search
   ExpectNeverEnds(",|$", "a,b");
   ExpectNeverEnds("b*$", "ab");
-  try {
-    rgx_split("x*", "abc");
-  } catch (const nex_TextException& thrown) {
-    EXPECT_STREQ(thrown.SourceFile(), "rgx/impl/rgx_funcs");
-  }
 }
 
 TEST(RgxSplit, AnEmptyMatchFurtherOnIsNoError) {
