@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-
 #include <random>
 #include <string>
 #include <string_view>
@@ -13,25 +12,27 @@
 
 namespace {
 
-// In what follows a '|' is a flush.
+// In what follows a '|' is a flush; the line holds ten characters unless a test has a
+// stream of its own.
+class StreamLinesTest : public testing::Test {
+ protected:
+  RecordingStream out_;
+  utl_Stream stream_{out_, 10, 6, 6};
+};
 
-TEST(StreamLinesTest, WithoutOptionalBreaksTextGoesOutAtOnce) {
-  RecordingStream out;
-  utl_Stream stream(out, 10, 6, 6);
-  stream << "longer than "
-         << "the line";
-  EXPECT_EQ("longer than the line", out.Take());
+TEST_F(StreamLinesTest, WithoutOptionalBreaksTextGoesOutAtOnce) {
+  stream_ << "longer than "
+          << "the line";
+  EXPECT_EQ("longer than the line", out_.Take());
 }
 
-TEST(StreamLinesTest, TextThatFitsIsHeldBack) {
-  RecordingStream out;
-  utl_Stream stream(out, 10, 6, 6);
-  stream.OptionalLineBreak();
-  stream << "123456"
-         << "7890";
-  EXPECT_EQ("", out.Take());
-  stream.LineBreak();
-  EXPECT_EQ("1234567890\n|", out.Take());
+TEST_F(StreamLinesTest, TextThatFitsIsHeldBack) {
+  stream_.OptionalLineBreak();
+  stream_ << "123456"
+          << "7890";
+  EXPECT_EQ("", out_.Take());
+  stream_.LineBreak();
+  EXPECT_EQ("1234567890\n|", out_.Take());
 }
 
 // Fills the line from `column` on and tells by the break how much was left.
@@ -45,19 +46,17 @@ std::size_t RoomLeft(utl_Stream& stream, RecordingStream& out) {
   return room;
 }
 
-TEST(StreamLinesTest, TheLineIsBrokenBeforeTheHeldText) {
-  RecordingStream out;
-  utl_Stream stream(out, 10, 6, 6);
-  stream.OptionalLineBreak();
-  stream << "123456";
-  EXPECT_EQ("", out.Take());
-  stream << "abcde";
-  EXPECT_EQ("\n|123456abcde", out.Take());
-  stream << "f";
-  EXPECT_EQ("f", out.Take()) << "no break is pending any more";
+TEST_F(StreamLinesTest, TheLineIsBrokenBeforeTheHeldText) {
+  stream_.OptionalLineBreak();
+  stream_ << "123456";
+  EXPECT_EQ("", out_.Take());
+  stream_ << "abcde";
+  EXPECT_EQ("\n|123456abcde", out_.Take());
+  stream_ << "f";
+  EXPECT_EQ("f", out_.Take()) << "no break is pending any more";
 }
 
-TEST(StreamLinesTest, TheColumnAfterABreakCountsHeldTextAndText) {
+TEST_F(StreamLinesTest, TheColumnAfterABreakCountsHeldTextAndText) {
   RecordingStream out;
   utl_Stream stream(out, 14, 6, 6);
   stream << "ab";
@@ -68,69 +67,59 @@ TEST(StreamLinesTest, TheColumnAfterABreakCountsHeldTextAndText) {
   EXPECT_EQ(1u, RoomLeft(stream, out)) << "13 of 14";
 }
 
-TEST(StreamLinesTest, TheLineMayBeFullButNotLonger) {
-  RecordingStream out;
-  utl_Stream stream(out, 10, 6, 6);
-  stream << "1234";
-  stream.OptionalLineBreak();
-  stream << "567890";
-  EXPECT_EQ("1234", out.Take());
-  stream << ""
-         << "!";
-  EXPECT_EQ("\n|567890!", out.Take());
+TEST_F(StreamLinesTest, TheLineMayBeFullButNotLonger) {
+  stream_ << "1234";
+  stream_.OptionalLineBreak();
+  stream_ << "567890";
+  EXPECT_EQ("1234", out_.Take());
+  stream_ << ""
+          << "!";
+  EXPECT_EQ("\n|567890!", out_.Take());
 }
 
-TEST(StreamLinesTest, ASecondOptionalBreakWritesWhatIsHeld) {
-  RecordingStream out;
-  utl_Stream stream(out, 10, 6, 6);
-  stream.OptionalLineBreak();
-  stream << "123";
-  stream.OptionalLineBreak();
-  EXPECT_EQ("123", out.Take());
-  stream << "456";
-  EXPECT_EQ("", out.Take());
-  stream << "78901";
-  EXPECT_EQ("\n|45678901", out.Take()) << "broken at the later place";
+TEST_F(StreamLinesTest, ASecondOptionalBreakWritesWhatIsHeld) {
+  stream_.OptionalLineBreak();
+  stream_ << "123";
+  stream_.OptionalLineBreak();
+  EXPECT_EQ("123", out_.Take());
+  stream_ << "456";
+  EXPECT_EQ("", out_.Take());
+  stream_ << "78901";
+  EXPECT_EQ("\n|45678901", out_.Take()) << "broken at the later place";
 }
 
-TEST(StreamLinesTest, TheColumnAfterLineBreakIsTheLengthOfTheHeldText) {
-  RecordingStream out;
-  utl_Stream stream(out, 10, 6, 6);
-  stream << "12345";
-  stream.OptionalLineBreak();
-  stream << "ab";
-  stream.LineBreak();
-  EXPECT_EQ("12345ab\n|", out.Take());
-  EXPECT_EQ(8u, RoomLeft(stream, out)) << "2 of 10";
+TEST_F(StreamLinesTest, TheColumnAfterLineBreakIsTheLengthOfTheHeldText) {
+  stream_ << "12345";
+  stream_.OptionalLineBreak();
+  stream_ << "ab";
+  stream_.LineBreak();
+  EXPECT_EQ("12345ab\n|", out_.Take());
+  EXPECT_EQ(8u, RoomLeft(stream_, out_)) << "2 of 10";
   RecordingStream other;
   utl_Stream fresh(other, 10, 6, 6);
   fresh << "12345" << endl;
   EXPECT_EQ(10u, RoomLeft(fresh, other)) << "nothing was held";
 }
 
-TEST(StreamLinesTest, LineBreakEndsAnOptionalBreak) {
-  RecordingStream out;
-  utl_Stream stream(out, 10, 6, 6);
-  stream.OptionalLineBreak();
-  stream << endl << "text";
-  EXPECT_EQ("\n|text", out.Take());
+TEST_F(StreamLinesTest, LineBreakEndsAnOptionalBreak) {
+  stream_.OptionalLineBreak();
+  stream_ << endl << "text";
+  EXPECT_EQ("\n|text", out_.Take());
 }
 
-TEST(StreamLinesTest, FlushWritesHeldTextAndKeepsTheBreakPending) {
-  RecordingStream out;
-  utl_Stream stream(out, 10, 6, 6);
-  stream << "1234567";
-  stream.OptionalLineBreak();
-  stream << "ab";
-  stream.Flush();
-  EXPECT_EQ("1234567ab|", out.Take());
-  stream << "0123456789";
-  EXPECT_EQ("", out.Take()) << "still held back, from column 0";
-  stream << "!";
-  EXPECT_EQ("\n|0123456789!", out.Take());
+TEST_F(StreamLinesTest, FlushWritesHeldTextAndKeepsTheBreakPending) {
+  stream_ << "1234567";
+  stream_.OptionalLineBreak();
+  stream_ << "ab";
+  stream_.Flush();
+  EXPECT_EQ("1234567ab|", out_.Take());
+  stream_ << "0123456789";
+  EXPECT_EQ("", out_.Take()) << "still held back, from column 0";
+  stream_ << "!";
+  EXPECT_EQ("\n|0123456789!", out_.Take());
 }
 
-TEST(StreamLinesTest, HeldTextIsLostAtTheEnd) {
+TEST_F(StreamLinesTest, HeldTextIsLostAtTheEnd) {
   RecordingStream out;
   {
     utl_Stream stream(out, 10, 6, 6);
@@ -141,7 +130,7 @@ TEST(StreamLinesTest, HeldTextIsLostAtTheEnd) {
   EXPECT_EQ("ab", out.Take());
 }
 
-TEST(StreamLinesTest, LongOutputIsFlushedBehind500Columns) {
+TEST_F(StreamLinesTest, LongOutputIsFlushedBehind500Columns) {
   RecordingStream out;
   utl_Stream stream(out, 600, 6, 6);
   for (int i = 0; i < 600; ++i) {
@@ -151,17 +140,15 @@ TEST(StreamLinesTest, LongOutputIsFlushedBehind500Columns) {
   EXPECT_EQ(501u, RoomLeft(stream, out)) << "counted anew: 99 of 600";
 }
 
-TEST(StreamLinesTest, ABrokenLineIsNotFlushedBehind500Columns) {
-  RecordingStream out;
-  utl_Stream stream(out, 10, 6, 6);
-  stream.OptionalLineBreak();
-  stream << std::string(600, 'x').c_str();
-  EXPECT_EQ("\n|" + std::string(600, 'x'), out.Take());
-  stream << "y";
-  EXPECT_EQ("y|", out.Take()) << "but with the next text";
+TEST_F(StreamLinesTest, ABrokenLineIsNotFlushedBehind500Columns) {
+  stream_.OptionalLineBreak();
+  stream_ << std::string(600, 'x').c_str();
+  EXPECT_EQ("\n|" + std::string(600, 'x'), out_.Take());
+  stream_ << "y";
+  EXPECT_EQ("y|", out_.Take()) << "but with the next text";
 }
 
-TEST(StreamLinesTest, NumbersAreBrokenAsTextIs) {
+TEST_F(StreamLinesTest, NumbersAreBrokenAsTextIs) {
   RecordingStream out;
   utl_Stream stream(out, 12, 3, 6);
   stream << "x =";
@@ -173,7 +160,7 @@ TEST(StreamLinesTest, NumbersAreBrokenAsTextIs) {
   EXPECT_EQ("x =   0.5\n| 1200.   -3.\n|", out.Take());
 }
 
-TEST(StreamLinesTest, LineWidthsThatHoldNothingBreakAtEveryPlace) {
+TEST_F(StreamLinesTest, LineWidthsThatHoldNothingBreakAtEveryPlace) {
   for (const int width : {0, -1, std::numeric_limits<int>::min()}) {
     RecordingStream out;
     utl_Stream stream(out, width, 6, 6);
@@ -240,7 +227,7 @@ class Model {
   std::string text_;
 };
 
-TEST(StreamLinesTest, RandomSequencesAsTheModelWritesThem) {
+TEST_F(StreamLinesTest, RandomSequencesAsTheModelWritesThem) {
   std::mt19937 random(1);
   for (int round = 0; round < 2000; ++round) {
     const unsigned width = static_cast<unsigned>(random()) % 120;

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
+#include <initializer_list>
 
 #include "common/ExpectThrow.h"
 #include "nex/nex_TextException.h"
@@ -18,64 +18,62 @@ struct UrlCase {
   const char* path;
 };
 
-void Expect(const UrlCase& c) {
-  SCOPED_TRACE(c.input);
-  EXPECT_EQ(utl_UrlParser::IsUrl(c.input), c.isUrl);
-  EXPECT_EQ(utl_UrlParser::GetScheme(c.input), c.scheme);
-  EXPECT_EQ(utl_UrlParser::GetHost(c.input), c.host);
-  EXPECT_EQ(utl_UrlParser::HasHost(c.input), *c.host != '\0');
-  EXPECT_EQ(utl_UrlParser::GetPort(c.input), c.port);
-  EXPECT_EQ(utl_UrlParser::HasPort(c.input), *c.port != '\0');
-  EXPECT_EQ(utl_UrlParser::GetPath(c.input), c.path);
-  EXPECT_EQ(utl_UrlParser::HasPath(c.input), *c.path != '\0');
+void ExpectAll(std::initializer_list<UrlCase> cases) {
+  for (const UrlCase& c : cases) {
+    SCOPED_TRACE(c.input);
+    EXPECT_EQ(utl_UrlParser::IsUrl(c.input), c.isUrl);
+    EXPECT_EQ(utl_UrlParser::GetScheme(c.input), c.scheme);
+    EXPECT_EQ(utl_UrlParser::GetHost(c.input), c.host);
+    EXPECT_EQ(utl_UrlParser::HasHost(c.input), *c.host != '\0');
+    EXPECT_EQ(utl_UrlParser::GetPort(c.input), c.port);
+    EXPECT_EQ(utl_UrlParser::HasPort(c.input), *c.port != '\0');
+    EXPECT_EQ(utl_UrlParser::GetPath(c.input), c.path);
+    EXPECT_EQ(utl_UrlParser::HasPath(c.input), *c.path != '\0');
+  }
 }
 
 TEST(UrlParser, Table) {
-  for (const UrlCase& c : {
-           UrlCase{"kstrdb://user@node-7:4000/db/file?x=1", true, "kstrdb", "node-7",
-                   "4000", "db/file"},
-           UrlCase{"kstrdb://server/db", true, "kstrdb", "server", "", "db"},
-           UrlCase{"kstrdb://server:4000", true, "kstrdb", "server", "", ""},
-           UrlCase{"KSTRDB://server/db", false, "KSTRDB", "server", "", "db"},
-           UrlCase{"http://server/a", false, "http", "server", "", "a"},
-           UrlCase{"C:\\data\\job.inp", false, "C", "", "", ""},
-           UrlCase{"job.inp", false, "", "", "", ""},
-           UrlCase{"dir/kstrdb:x", false, "", "", "", ""},
-       }) {
-    Expect(c);
-  }
+  ExpectAll({
+      {"kstrdb://user@node-7:4000/db/file?x=1", true, "kstrdb", "node-7", "4000",
+       "db/file"},
+      {"kstrdb://server/db", true, "kstrdb", "server", "", "db"},
+      {"kstrdb://server:4000", true, "kstrdb", "server", "", ""},
+      {"KSTRDB://server/db", false, "KSTRDB", "server", "", "db"},
+      {"http://server/a", false, "http", "server", "", "a"},
+      {"C:\\data\\job.inp", false, "C", "", "", ""},
+      {"job.inp", false, "", "", "", ""},
+      {"dir/kstrdb:x", false, "", "", "", ""},
+  });
 }
 
 TEST(UrlParser, Consequences) {
-  for (const UrlCase& c : {
-           UrlCase{"kstrdb://host:1234", true, "kstrdb", "host", "", ""},
-           UrlCase{"kstrdb://host:1234/", true, "kstrdb", "host", "1234", ""},
-           UrlCase{"kstrdb://host/", true, "kstrdb", "host", "", ""},
-           UrlCase{"kstrdb://host/?q", true, "kstrdb", "host", "", ""},
-           UrlCase{"kstrdb://host//p", true, "kstrdb", "host", "", "/p"},
-           UrlCase{"kstrdb://host/p\nq?r", true, "kstrdb", "host", "", "p\nq"},
-           UrlCase{"kstrdb://host_2/p", true, "kstrdb", "host", "", ""},
-           UrlCase{"kstrdb://host:12x/p", true, "kstrdb", "host", "", ""},
-           UrlCase{"kstrdb://u:p@h:1/p", true, "kstrdb", "h", "1", "p"},
-           // The user may hold a "/"; without a host behind the "@" there is no user.
-           UrlCase{"kstrdb://a/b@h/p", true, "kstrdb", "h", "", "p"},
-           UrlCase{"kstrdb://a/b@", true, "kstrdb", "a", "", "b@"},
-           UrlCase{"kstrdb://a:1/b@h", true, "kstrdb", "h", "1", "b@h"},
-           UrlCase{"kstrdb://u@v@h/p", true, "kstrdb", "v", "", ""},
-           UrlCase{"kstrdb://@h/p", true, "kstrdb", "", "", ""},
-           UrlCase{"kstrdb:", true, "kstrdb", "", "", ""},
-           UrlCase{"kstrdb:/host/p", true, "kstrdb", "", "", ""},
-           UrlCase{"kstrdb", false, "", "", "", ""},
-           UrlCase{" kstrdb:x", false, "", "", "", ""},
-           UrlCase{"kstrdb2:x", false, "", "", "", ""},
-           UrlCase{"xkstrdb:x", false, "xkstrdb", "", "", ""},
-           UrlCase{"a+b.c-d://h", false, "a+b.c-d", "h", "", ""},
-           UrlCase{":", false, "", "", "", ""},
-           UrlCase{"://h/p", false, "", "", "", ""},
-           UrlCase{"", false, "", "", "", ""},
-       }) {
-    Expect(c);
-  }
+  ExpectAll({
+      {"kstrdb://host:1234", true, "kstrdb", "host", "", ""},
+      {"kstrdb://host:1234/", true, "kstrdb", "host", "1234", ""},
+      {"kstrdb://host/", true, "kstrdb", "host", "", ""},
+      {"kstrdb://host/?q", true, "kstrdb", "host", "", ""},
+      {"kstrdb://host//p", true, "kstrdb", "host", "", "/p"},
+      {"kstrdb://host/p\nq?r", true, "kstrdb", "host", "", "p\nq"},
+      {"kstrdb://host_2/p", true, "kstrdb", "host", "", ""},
+      {"kstrdb://host:12x/p", true, "kstrdb", "host", "", ""},
+      {"kstrdb://u:p@h:1/p", true, "kstrdb", "h", "1", "p"},
+      // The user may hold a "/"; without a host behind the "@" there is no user.
+      {"kstrdb://a/b@h/p", true, "kstrdb", "h", "", "p"},
+      {"kstrdb://a/b@", true, "kstrdb", "a", "", "b@"},
+      {"kstrdb://a:1/b@h", true, "kstrdb", "h", "1", "b@h"},
+      {"kstrdb://u@v@h/p", true, "kstrdb", "v", "", ""},
+      {"kstrdb://@h/p", true, "kstrdb", "", "", ""},
+      {"kstrdb:", true, "kstrdb", "", "", ""},
+      {"kstrdb:/host/p", true, "kstrdb", "", "", ""},
+      {"kstrdb", false, "", "", "", ""},
+      {" kstrdb:x", false, "", "", "", ""},
+      {"kstrdb2:x", false, "", "", "", ""},
+      {"xkstrdb:x", false, "xkstrdb", "", "", ""},
+      {"a+b.c-d://h", false, "a+b.c-d", "h", "", ""},
+      {":", false, "", "", "", ""},
+      {"://h/p", false, "", "", "", ""},
+      {"", false, "", "", "", ""},
+  });
 }
 
 TEST(UrlParser, ATextEndsAtAZeroByte) {
