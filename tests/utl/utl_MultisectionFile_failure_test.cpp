@@ -184,9 +184,15 @@ TEST_F(MultisectionFailureTest, FailedWriteOfTheTemporaryFileKeepsTheDataForAnot
 TEST_F(MultisectionFailureTest, FailedReadIsNotTakenForAPlaceInTheFile) {
   utl_MultisectionFile file(path_, utl_FileAccessRead);
   EXPECT_EQ("old", Get(file, "a"));
-  for (const SystemCall call : {SystemCall::kReadFile, SystemCall::kSetFilePointer}) {
-    const FailingCall failure(call, ERROR_ACCESS_DENIED);
-    EXPECT_THROW(Get(file, call == SystemCall::kReadFile ? "b" : "a"), nex_TextException);
+  {
+    const FailingCall failure(SystemCall::kReadFile, ERROR_ACCESS_DENIED);
+    EXPECT_THROW_TEXT(Get(file, "b"), utl_FileExceptionRead,
+                      utl_FileExceptionRead(5, path_, "ReadFile").AsString());
+  }
+  {
+    const FailingCall failure(SystemCall::kSetFilePointer, ERROR_ACCESS_DENIED);
+    EXPECT_THROW_TEXT(Get(file, "a"), utl_FileExceptionSeek,
+                      utl_FileExceptionSeek(5, path_, "SetFilePointer").AsString());
   }
   EXPECT_EQ("3", Get(file, "c"));
   EXPECT_EQ("kept", Get(file, "b"));
@@ -200,7 +206,8 @@ TEST_F(MultisectionFailureTest, SectionIsReadAgainFromItsStartAfterAReadBrokeOff
   EXPECT_EQ("1", Get(file, "a"));
   {
     const FailingCall failure(SystemCall::kReadFile, ERROR_ACCESS_DENIED, 2);
-    EXPECT_THROW(Get(file, "large"), utl_FileExceptionRead);
+    EXPECT_THROW_TEXT(Get(file, "large"), utl_FileExceptionRead,
+                      utl_FileExceptionRead(5, path_, "ReadFile").AsString());
   }
   EXPECT_TRUE(data == Get(file, "large"));
 }

@@ -113,7 +113,9 @@ TEST_F(MultisectionSaveTest, FullDiskLeavesTheFileAndTheData) {
   WriteImage({{"a", "old"}});
   utl_MultisectionFile file(path_, utl_FileAccessUpdate);
   Set(file, "a", "new");
-  EXPECT_THROW(file.saveChanges(), nex_TextException);
+  EXPECT_THROW_TEXT(
+      file.saveChanges(), utl_FileExceptionWrite,
+      utl_FileExceptionWrite(112, temporary_.c_str(), "WriteFile").AsString());
   EXPECT_EQ(BuildImage({{"a", "old"}}), ReadWholeFile(file_));
   EXPECT_EQ("model.dat.lock", OtherFiles());
   EXPECT_EQ("new", Get(file, "a"));

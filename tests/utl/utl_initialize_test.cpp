@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "common/FailingCall.h"
+#include "common/ScopedEnvironment.h"
 #include "rgx/rgx_ReCompileCache.h"
 #include "thr/thr_ThreadPool.h"
 #include "typ/typ_DebugFlags.h"
@@ -60,12 +61,20 @@ TEST(utl_initialize, TheEndReachesEveryObjectAndLibrary) {
 }
 
 TEST(utl_initialize, ObjectsThatWereNeverMadeAreSkipped) {
+  const ScopedEnvironment learner("KES_LEARNER", nullptr);
+  const auto expectNone = [] {
+    EXPECT_EQ(omi_Singleton<utl_Version>::Look(), nullptr);
+    EXPECT_EQ(thr_GlobalSingleton<utl_CommandLine>::Look(), nullptr);
+    EXPECT_EQ(thr_GlobalSingleton<thr_ThreadPool>::Look(), nullptr);
+    EXPECT_EQ(Holder::Look(), nullptr);
+  };
   int count = 0;
-  Holder::Destroy();
   utl_initialize(count);
-  EXPECT_EQ(Holder::Look(), nullptr);
   utl_finalize(count);
-  EXPECT_EQ(Holder::Look(), nullptr);
+  utl_initialize(count);
+  expectNone();
+  utl_finalize(count);
+  expectNone();
 }
 
 TEST(utl_initialize, StartsAnewAfterTheEnd) {

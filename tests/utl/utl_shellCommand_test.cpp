@@ -5,19 +5,22 @@
 #include <filesystem>
 
 #include "common/ExpectThrow.h"
+#include "common/FailingCall.h"
 #include "common/TempDir.h"
 #include "nex/nex_TextException.h"
 #include "utl/impl/utl_findShellCommand.h"
 
 namespace {
 
-TEST(utl_shellCommand, WindowsPlatformsHaveFixedNames) {
+TEST(utl_shellCommand, WindowsPlatformsHaveFixedNamesThatNobodyLooksFor) {
+  const FailingCall asked(SystemCall::kAccess, ERROR_ACCESS_DENIED);
   EXPECT_EQ(remoteShellCommand(), "rsh");
   EXPECT_EQ(secureShellCommand(), "ssh");
   for (const char* platform : {"nt", "win86_64"}) {
     EXPECT_EQ(utl_remoteShellCommandOn(platform), "rsh");
     EXPECT_EQ(utl_secureShellCommandOn(platform), "ssh");
   }
+  EXPECT_FALSE(asked.Happened());
 }
 
 TEST(utl_shellCommand, OtherPlatformsSearchAndEndInTheException) {
@@ -27,6 +30,21 @@ TEST(utl_shellCommand, OtherPlatformsSearchAndEndInTheException) {
   EXPECT_THROW_AT(utl_secureShellCommandOn("linux"), nex_TextException,
                   "Cannot find secure shell command", "utl/impl/utl_secureShellCommand",
                   42);
+}
+
+// How often the search asks whether a file exists.
+template <class Search>
+int Questions(Search search) {
+  for (int nth = 1;; ++nth) {
+    const FailingCall asked(SystemCall::kAccess, ERROR_ACCESS_DENIED, nth);
+    EXPECT_THROW(search(), nex_TextException);
+    if (!asked.Happened()) return nth - 1;
+  }
+}
+
+TEST(utl_shellCommand, EveryCommandIsSoughtInEveryDirectory) {
+  EXPECT_EQ(Questions([] { utl_remoteShellCommandOn("linux"); }), 2 * 4);
+  EXPECT_EQ(Questions([] { utl_secureShellCommandOn("linux"); }), 1);
 }
 
 TEST(utl_shellCommand, SearchTakesCommandsThenDirectoriesInOrder) {
