@@ -112,8 +112,6 @@ class KSTUTL_EXPORT utl_BinIStream {
 class KSTUTL_EXPORT utl_BinStreamException : public nex_TextException {
  public:
   explicit utl_BinStreamException(const atr_String& message);
-  utl_BinStreamException(const utl_BinStreamException&) noexcept;
-  ~utl_BinStreamException() override;
   [[noreturn]] void Propagate() const override;
 };
 
@@ -121,8 +119,6 @@ class KSTUTL_EXPORT utl_BinStreamException : public nex_TextException {
 class KSTUTL_EXPORT utl_BinStreamWriteError : public utl_BinStreamException {
  public:
   explicit utl_BinStreamWriteError(const atr_String& message);
-  utl_BinStreamWriteError(const utl_BinStreamWriteError&) noexcept;
-  ~utl_BinStreamWriteError() override;
   [[noreturn]] void Propagate() const override;
 };
 
@@ -130,8 +126,6 @@ class KSTUTL_EXPORT utl_BinStreamWriteError : public utl_BinStreamException {
 class KSTUTL_EXPORT utl_BinStreamReadError : public utl_BinStreamException {
  public:
   explicit utl_BinStreamReadError(const atr_String& message);
-  utl_BinStreamReadError(const utl_BinStreamReadError&) noexcept;
-  ~utl_BinStreamReadError() override;
   [[noreturn]] void Propagate() const override;
 };
 
@@ -139,7 +133,5 @@ class KSTUTL_EXPORT utl_BinStreamReadError : public utl_BinStreamException {
 class KSTUTL_EXPORT utl_BinStreamEOF : public utl_BinStreamException {
  public:
   explicit utl_BinStreamEOF(const atr_String& message);
-  utl_BinStreamEOF(const utl_BinStreamEOF&) noexcept;
-  ~utl_BinStreamEOF() override;
   [[noreturn]] void Propagate() const override;
 };

@@ -15,7 +15,6 @@
 class KSTUTL_EXPORT utl_MissingCmdLineArgException : public nex_TextException {
  public:
   explicit utl_MissingCmdLineArgException(const cow_String& name);
-  utl_MissingCmdLineArgException(const utl_MissingCmdLineArgException&) noexcept;
 
   atr_String AsString() const override;
   [[noreturn]] void Propagate() const override;
@@ -26,7 +25,6 @@ class KSTUTL_EXPORT utl_MissingCmdLineArgException : public nex_TextException {
 class KSTUTL_EXPORT utl_CmdLineArgFormatException : public nex_TextException {
  public:
   utl_CmdLineArgFormatException(const cow_String& name, const atr_String& type);
-  utl_CmdLineArgFormatException(const utl_CmdLineArgFormatException&) noexcept;
 
   atr_String AsString() const override;
   [[noreturn]] void Propagate() const override;

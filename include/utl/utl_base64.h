@@ -52,7 +52,5 @@ KSTUTL_EXPORT cow_String utl_base64Decode(cow_String& text, bool strict);
 class KSTUTL_EXPORT utl_Base64CodecError : public nex_TextException {
  public:
   explicit utl_Base64CodecError(const atr_String& message);
-  utl_Base64CodecError(const utl_Base64CodecError&) noexcept;
-  ~utl_Base64CodecError() override;
   [[noreturn]] void Propagate() const override;
 };

@@ -3,13 +3,6 @@
 nex_AssertException::nex_AssertException(const atr_String& text)
     : nex_TextException(text) {}
 
-nex_AssertException::nex_AssertException(const nex_AssertException&) noexcept = default;
-
-nex_AssertException& nex_AssertException::operator=(const nex_AssertException&) noexcept =
-    default;
-
-nex_AssertException::~nex_AssertException() = default;
-
 void nex_AssertException::Propagate() const {
   throw *this;
 }

@@ -7,9 +7,6 @@
 class KSTUTL_EXPORT nex_AssertException : public nex_TextException {
  public:
   explicit nex_AssertException(const atr_String& text);
-  nex_AssertException(const nex_AssertException&) noexcept;
-  nex_AssertException& operator=(const nex_AssertException&) noexcept;
-  ~nex_AssertException() override;
 
   [[noreturn]] void Propagate() const override;
   nex_Exception* Copy() const override;

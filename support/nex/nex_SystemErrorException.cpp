@@ -3,14 +3,6 @@
 nex_SystemErrorException::nex_SystemErrorException(const omi_SystemErrorCode& error)
     : nex_TextException(error.Text()), error_(error) {}
 
-nex_SystemErrorException::nex_SystemErrorException(
-    const nex_SystemErrorException&) noexcept = default;
-
-nex_SystemErrorException& nex_SystemErrorException::operator=(
-    const nex_SystemErrorException&) noexcept = default;
-
-nex_SystemErrorException::~nex_SystemErrorException() = default;
-
 void nex_SystemErrorException::Propagate() const {
   throw *this;
 }

@@ -8,9 +8,6 @@
 class KSTUTL_EXPORT nex_SystemErrorException : public nex_TextException {
  public:
   explicit nex_SystemErrorException(const omi_SystemErrorCode& error);
-  nex_SystemErrorException(const nex_SystemErrorException&) noexcept;
-  nex_SystemErrorException& operator=(const nex_SystemErrorException&) noexcept;
-  ~nex_SystemErrorException() override;
 
   /// The error given to the constructor.
   omi_SystemErrorCode ErrorCode() const noexcept { return error_; }

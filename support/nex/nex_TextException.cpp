@@ -2,13 +2,6 @@
 
 nex_TextException::nex_TextException(const atr_String& text) : text_(text) {}
 
-nex_TextException::nex_TextException(const nex_TextException&) noexcept = default;
-
-nex_TextException& nex_TextException::operator=(const nex_TextException&) noexcept =
-    default;
-
-nex_TextException::~nex_TextException() = default;
-
 atr_String nex_TextException::AsString() const {
   return text_;
 }

@@ -8,9 +8,6 @@
 class KSTUTL_EXPORT nex_TextException : public nex_Exception {
  public:
   explicit nex_TextException(const atr_String& text);
-  nex_TextException(const nex_TextException&) noexcept;
-  nex_TextException& operator=(const nex_TextException&) noexcept;
-  ~nex_TextException() override;
 
   /// The text given to the constructor.
   atr_String AsString() const override;

@@ -55,9 +55,6 @@ std::size_t ToSizeT(const cow_String& name, const cow_String& value) {
 utl_MissingCmdLineArgException::utl_MissingCmdLineArgException(const cow_String& name)
     : nex_TextException(name) {}
 
-utl_MissingCmdLineArgException::utl_MissingCmdLineArgException(
-    const utl_MissingCmdLineArgException&) noexcept = default;
-
 atr_String utl_MissingCmdLineArgException::AsString() const {
   atr_translate text("Command line argument %s is required.");
   atr_SubstituteFormat(text, 1, nex_TextException::AsString());
@@ -71,9 +68,6 @@ void utl_MissingCmdLineArgException::Propagate() const {
 utl_CmdLineArgFormatException::utl_CmdLineArgFormatException(const cow_String& name,
                                                              const atr_String& type)
     : nex_TextException(type), name_(name) {}
-
-utl_CmdLineArgFormatException::utl_CmdLineArgFormatException(
-    const utl_CmdLineArgFormatException&) noexcept = default;
 
 atr_String utl_CmdLineArgFormatException::AsString() const {
   atr_translate text("Command line argument %1$s must have type %2$s");

@@ -216,11 +216,6 @@ cow_String utl_base64Decode(cow_String& text, bool strict) {
 utl_Base64CodecError::utl_Base64CodecError(const atr_String& message)
     : nex_TextException(message) {}
 
-utl_Base64CodecError::utl_Base64CodecError(const utl_Base64CodecError&) noexcept =
-    default;
-
-utl_Base64CodecError::~utl_Base64CodecError() = default;
-
 void utl_Base64CodecError::Propagate() const {
   throw *this;
 }
