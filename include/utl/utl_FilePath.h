@@ -17,11 +17,11 @@
 /// namespace, is kept whole: it is no plain path, and the file system is never asked
 /// about it.
 ///
-/// A value. Nothing throws but std::bad_alloc: what the system refuses is answered by
-/// false. Resolving
-/// (SetFilePath and the constructor with arguments) reads the environment and the
-/// current directory of the process; while it runs no other thread may change these.
-/// Queries of distinct objects may run at once.
+/// Nothing throws but std::bad_alloc: what the system refuses is answered by false.
+///
+/// Threads: a plain value. Resolving (SetFilePath and the constructor with arguments)
+/// reads the environment and the current directory of the process; while it runs no
+/// other thread may change these.
 class KSTUTL_EXPORT utl_FilePath {
  public:
   /// The empty plain path.
@@ -42,9 +42,10 @@ class KSTUTL_EXPORT utl_FilePath {
   ///   starts with `\`. A relative directory is dropped and the current directory taken,
   ///   as with an empty one.
   /// - The name "" or "." stands for the directory itself.
-  /// Only `\` separates afterwards; "." and ".." are not resolved. A URL or
-  /// network connector sets the base name alone and leaves the other parts as they were.
-  /// `C:\\`, with a second backslash, ends as the name "C:".
+  ///
+  /// Only `\` separates afterwards; "." and ".." are not resolved. `C:\\`, with a second
+  /// backslash, ends as the name "C:". A URL or network connector sets the base name
+  /// alone and leaves the other parts as they were.
   void SetFilePath(cow_String fileName, cow_String directory);
 
   /// Turns every `\` of directory, subdirectory and base name into `/`. Plain paths only.
@@ -70,8 +71,7 @@ class KSTUTL_EXPORT utl_FilePath {
   bool IsExecutable() const;
 
   /// Whether it is a directory. A path that ends in a separator is none: the system's
-  /// status call does not take it. False for a path
-  /// that is not plain.
+  /// status call does not take it. False for a path that is not plain.
   bool IsDir() const;
 
   /// The name as given, resolved: `sub\f.txt`; the whole name of a path that is not

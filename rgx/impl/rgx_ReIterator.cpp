@@ -31,10 +31,10 @@ cow_String rgx_ReIterator::NthString(int n) const {
     return {};
   }
   if (n == -2) {
-    return Between(0, std::as_const(offsets_)[0]);
+    return Between(0, offsets_[0]);
   }
   if (n == -1) {
-    return Between(std::as_const(offsets_)[1], subject_.Length());
+    return Between(offsets_[1], subject_.Length());
   }
   return 0 <= n && n < groupCount_ ? Group(2 * n) : cow_String();
 }

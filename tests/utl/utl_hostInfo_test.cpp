@@ -15,7 +15,7 @@
 #include "common/ScopedEnvironment.h"
 #include "common/TempDir.h"
 #include "nex/nex_TextException.h"
-#include "utl/impl/utl_clockSpeed.h"
+#include "utl/impl/utl_registryNumber.h"
 #include "utl/impl/utl_timeText.h"
 
 namespace {

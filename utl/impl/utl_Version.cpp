@@ -13,8 +13,8 @@ constexpr int kUpdateVersion = 7;
 constexpr int kCopyrightYear = 2007;
 constexpr utl_VersionTypeEnum kBuildType = VT_GENMAINT;
 
-constexpr const char kStudio[] = "KESTRA/Studio";
-constexpr const char kLens[] = "KESTRA/Lens";
+constexpr char kStudio[] = "KESTRA/Studio";
+constexpr char kLens[] = "KESTRA/Lens";
 
 // A shorter sequence carries no snapshot date.
 constexpr int kLongestSequenceWithoutDate = 10;

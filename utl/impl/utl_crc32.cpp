@@ -1,11 +1,11 @@
-#include "utl_crc32.h"
+#include "utl/impl/utl_crc32.h"
 
 #include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstring>
 
-#include "utl_crc32_kernels.h"
+#include "utl/impl/utl_crc32_kernels.h"
 
 namespace {
 

@@ -16,7 +16,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "utl_crc32_kernels.h"
+#include "utl/impl/utl_crc32_kernels.h"
 
 #define KSTUTL_CRC32_FOLD \
   [[gnu::always_inline, gnu::target("pclmul,ssse3,sse4.1")]] static inline

@@ -1,4 +1,4 @@
-#include "utl_crc32_fold.h"
+#include "utl/impl/utl_crc32_fold.h"
 
 bool Crc32HasPclmul() {
   return __builtin_cpu_supports("pclmul") && __builtin_cpu_supports("sse4.1");

@@ -1,6 +1,6 @@
 #include <array>
 
-#include "utl_crc32_kernels.h"
+#include "utl/impl/utl_crc32_kernels.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "utl_crc32_fold.h"
+#include "utl/impl/utl_crc32_fold.h"
 
 #define KSTUTL_CRC32_WIDE gnu::target("avx512f,avx512bw,vpclmulqdq,pclmul,ssse3,sse4.1")
 

@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "utl/impl/utl_clockSpeed.h"
+#include "utl/impl/utl_registryNumber.h"
 #include "utl/impl/utl_timeText.h"
 
 namespace {
