@@ -62,7 +62,7 @@ class KSTUTL_EXPORT utl_Stream {
   /// goes out at once; when the line passes 500 characters that way, the stream is
   /// flushed and the columns are counted anew, without a newline.
   utl_Stream& Print(const cow_String& text);
-  /// REQUIRES: `text` is not null and at most 2,147,483,647 bytes long.
+  /// REQUIRES: `text` is not null.
   utl_Stream& Print(const char* text);
 
   /// Writes what is held, a newline, and flushes. The count of columns then starts from

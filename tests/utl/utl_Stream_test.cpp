@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <climits>
+#include <cstdint>
 #include <limits>
 #include <random>
 #include <string>
@@ -12,6 +15,24 @@ namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+// Counts the bytes, and keeps up to three of each piece.
+class CountingStream : public aio_ostream {
+ public:
+  void write(const char* data, int length) override {
+    starts_.append(data, static_cast<std::size_t>(std::clamp(length, 0, 3)));
+    count_ += length;
+  }
+  void flush() override {}
+  bool good() const override { return true; }
+
+  const std::string& Starts() const { return starts_; }
+  std::int64_t Count() const { return count_; }
+
+ private:
+  std::string starts_;
+  std::int64_t count_ = 0;
+};
 
 template <class... Arguments>
 std::string Printed(Arguments... arguments) {
@@ -122,6 +143,15 @@ TEST(StreamTest, FieldsOfAnyWidth) {
     EXPECT_EQ(std::string(blanks - 2, ' ') + "3.", Printed(3.0, width, 6));
     EXPECT_EQ("3" + std::string(blanks - 1, ' ') + ".", Printed(3.0, -width, 6));
   }
+}
+
+// Nothing is lost of a text whose length is beyond an int.
+TEST(StreamTest, TheWidestField) {
+  CountingStream counter;
+  utl_Stream stream(counter, 80, 6, 15);
+  stream.Print(17, INT_MIN);
+  EXPECT_EQ(counter.Count(), 2147483648);
+  EXPECT_EQ(counter.Starts(), "17  ");
 }
 
 TEST(StreamTest, PrecisionsOfAnySize) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 
 #include "utl/impl/utl_NumberText.h"
 
@@ -119,8 +120,14 @@ void utl_Stream::Flush() {
   column_ = 0;
 }
 
+// In pieces of which the stream below can count the bytes.
 void utl_Stream::Write(std::string_view text) {
-  out_.write(text.data(), static_cast<int>(text.size()));
+  constexpr std::size_t kLargest = std::numeric_limits<int>::max();
+  do {
+    const std::string_view piece = text.substr(0, kLargest);
+    out_.write(piece.data(), static_cast<int>(piece.size()));
+    text.remove_prefix(piece.size());
+  } while (!text.empty());
 }
 
 // Writes what is held and counts its columns.
