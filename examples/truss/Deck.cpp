@@ -5,7 +5,6 @@
 #include <map>
 #include <sstream>
 
-#include "nex/nex_TextException.h"
 #include "Truss.h"
 #include "utl/utl_File.h"
 #include "utl/utl_FilePath.h"
@@ -26,7 +25,7 @@ struct Reader {
     const auto isOdd = [](char c) { return c < ' ' || c > '~'; };
     std::ranges::replace_if(word, isOdd, '?');
     word = word.empty() ? "" : '"' + word.substr(0, 40) + '"';
-    deck.Check(isGood, line, reason + word);
+    ::Check(isGood, deck.name, reason + word, line);
   }
   bool IsRecord(const std::string& form) const {
     const bool isRecord = form.starts_with(words[0] + ' ');
@@ -88,13 +87,6 @@ struct Reader {
 };
 
 }  // namespace
-
-void Deck::Check(bool isGood, int line, const std::string& reason) const {
-  if (!isGood) {
-    const std::string text = ":" + std::to_string(line) + ": " + reason;
-    nex_TextException(name + text).Throw("examples/truss/Deck", __LINE__);
-  }
-}
 
 Deck ReadDeck(const cow_String& name) {
   Reader reader{{name, {}, {}, {}}};

@@ -10,8 +10,8 @@ Equations Assemble(const Deck& deck) {
     const Eigen::Vector3d span =
         deck.nodes[bar.rows[1]].xyz - deck.nodes[bar.rows[0]].xyz;
     const double length = span.stableNorm(), stiffness = bar.modulus * bar.area / length;
-    deck.Check(std::isnormal(length) && std::isnormal(stiffness), bar.line,
-               "a bar of a stiffness out of range");
+    Check(std::isnormal(length) && std::isnormal(stiffness), deck.name,
+          "a bar of a stiffness out of range", bar.line);
     for (int i = 0; i < 3; ++i) {
       equations.pull.insert(3 * bar.rows[0] + i, column) = -span[i] / length;
       equations.pull.insert(3 * bar.rows[1] + i, column) = span[i] / length;
@@ -48,14 +48,16 @@ Results Solve(const Deck& deck, const Equations& equations) {
     }
     const auto row = Matrix::InnerIterator(free, at).row();
     const Node& node = deck.nodes[row / 3];
-    deck.Check(pivot > 0 && std::abs(energy - pivot) < 0.01 * pivot, node.line,
-               "a mechanism: node " + std::to_string(node.id) + " is free to move in " +
-                   "xyz"[row % 3]);
+    Check(pivot > 0 && std::abs(energy - pivot) < 0.01 * pivot, deck.name,
+          "a mechanism: node " + std::to_string(node.id) + " is free to move in " +
+              "xyz"[row % 3],
+          node.line);
   }
   Results results{free * factors.solve(free.transpose() * loads), {}, {}};
   results.forces = stiffness.asDiagonal() * (pull.transpose() * results.displacements);
   results.reactions = pull * results.forces - loads;
   results.reactions -= free * (free.transpose() * results.reactions);
-  deck.Check(results.reactions.allFinite(), deck.nodes[0].line, "loads out of range");
+  Check(results.reactions.allFinite(), deck.name, "loads out of range",
+        deck.nodes[0].line);
   return results;
 }

@@ -30,8 +30,6 @@ struct Deck {
   cow_String name, title;  ///< as the deck's file was named; "" without a title
   std::vector<Node> nodes;
   std::vector<Bar> bars;
-  /// Throws the nex_TextException "NAME:LINE: REASON" unless it is good.
-  void Check(bool isGood, int line, const std::string& reason) const;
 };
 
 using Matrix = Eigen::SparseMatrix<double>;
@@ -46,9 +44,24 @@ struct Results {
   Vector displacements, forces, reactions;  ///< forces: tension positive
 };
 
-/// The first three throw as Deck::Check does: a bad line, a mechanism, numbers too large.
+/// Throws the nex_TextException "FILE:LINE: REASON", or "FILE: REASON", unless it is
+/// good.
+void Check(bool isGood, const cow_String& file, const std::string& reason, int line = 0);
+
+/// The first three throw so for a bad line, a mechanism, numbers too large.
 Deck ReadDeck(const cow_String& name);
 Equations Assemble(const Deck& deck);
 Results Solve(const Deck& deck, const Equations& equations);
+/// Tables on standard output, with that many digits a number.
+void Print(const Deck& deck, const Results& results, int digits);
+
+/// What is kept of a job: named blocks of 32-bit integers and doubles, little-endian
+///     title                        text
+///     nodes                        their number; ids; x, y, z of each
+///     bars                         their number; ids; nodes of each; areas; moduli
+///     displacements, reactions     x, y, z of each node
+///     forces                       of the bars
+using Blocks = std::vector<std::pair<cow_String, cow_String>>;
+Blocks BlocksOf(const Deck& deck, const Results& results);
 /// Sets the sections of the multisection file `path`, then compares what it reads there.
-void Save(const cow_String& path, const Deck& deck, const Results& results);
+void Save(const cow_String& path, const Blocks& blocks);

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <iomanip>
 #include <iostream>
 #include <stdexcept>
 
@@ -11,19 +10,6 @@
 #include "utl/utl_initialize.h"
 #include "utl/utl_JobFileName.h"
 #include "utl/utl_Version.h"
-
-// A line for each node or bar: its id and its share of the values.
-template <class Row>
-static void Print(const char* head, const std::vector<Row>& rows, const Vector& values) {
-  std::cout << '\n' << head << '\n';
-  for (const double* value = values.data(); const Row& row : rows) {
-    std::cout << std::setw(10) << row.id;
-    for (auto i = values.size() / std::ssize(rows); i > 0; --i) {
-      std::cout << std::setw(int(std::cout.precision()) + 10) << *value++;
-    }
-    std::cout << '\n';
-  }
-}
 
 // The last argument that is neither an option nor an option's value.
 static cow_String DeckName(const utl_CommandLine& line) {
@@ -48,14 +34,11 @@ int main(int argc, char** argv) {
       throw std::invalid_argument("outdir must be absolute");
     }
     const cow_String path = utl_JobFileName(".kdb");
-    std::cout.precision(std::clamp(line.ConstGetValueAsInt("digits", 6), 1, 17));
+    const int digits = std::clamp(line.ConstGetValueAsInt("digits", 6), 1, 17);
     const Deck deck = ReadDeck(DeckName(line));
     const Results results = Solve(deck, Assemble(deck));
-    std::cout << '\n' << deck.title << '\n';
-    Print("      node   displacement x, y, z", deck.nodes, results.displacements);
-    Print("       bar   tension", deck.bars, results.forces);
-    Print("      node   reaction x, y, z", deck.nodes, results.reactions);
-    Save(path, deck, results);
+    Print(deck, results, digits);
+    Save(path, BlocksOf(deck, results));
     std::cout << "\nSaved in " << path << " and read back.\n";
     status = std::cout.flush() ? 0 : 1;
   } catch (const nex_Exception& failure) {

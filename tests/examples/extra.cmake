@@ -1,8 +1,8 @@
 # The truss program linked into the tests, its main under another name.
 find_package(Eigen3 3.3 REQUIRED NO_MODULE NO_CMAKE_FIND_ROOT_PATH)
 set(truss "${PROJECT_SOURCE_DIR}/examples/truss")
-target_sources(${program} PRIVATE
-  "${truss}/Deck.cpp" "${truss}/Save.cpp" "${truss}/Solve.cpp" "${truss}/main.cpp")
+file(GLOB truss_sources CONFIGURE_DEPENDS "${truss}/*.cpp")
+target_sources(${program} PRIVATE ${truss_sources})
 set_source_files_properties("${truss}/main.cpp" PROPERTIES
   COMPILE_DEFINITIONS main=kst_truss_main SKIP_PRECOMPILE_HEADERS ON)
 target_compile_definitions(${program} PRIVATE KST_TRUSS_DECKS="${truss}/decks/")

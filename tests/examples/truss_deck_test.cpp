@@ -214,7 +214,7 @@ TEST(TrussBadDeck, MayBeAbsentOrADirectory) {
   for (const std::string& path : {job.DirPath(), job.DirPath() + "/none.deck"}) {
     const TrussRun run = RunTruss({"-job", "job", "-outdir", job.DirPath(), path});
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, path + ":0: cannot be read\n");
+    EXPECT_EQ(run.err, path + ": cannot be read\n");
   }
   EXPECT_FALSE(FileExists(job.ResultPath()));
 }

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
@@ -12,26 +11,6 @@
 #include "utl/utl_MultisectionFile.h"
 
 namespace {
-
-// Two bars that carry 16 down and 6 sideways (closed form: see truss_solve_test.cpp).
-constexpr char kDeck[] =
-    "title Two bars\nmaterial 200\n"
-    "node 11 -3 0 0\nnode 2 3 0 0\nnode 7 0 4 0\n"
-    "bar 300 11 7 2\nmaterial 100\nbar 1 2 7 4\n"
-    "fix 11 xyz\nfix 2 xyz\nfix 7 z\nload 7 6 -16 0\n";
-
-template <class Value>
-std::string Bytes(std::initializer_list<Value> values) {
-  std::string bytes;
-  for (const Value value : values) {
-    using Bits = std::conditional_t<sizeof(Value) == 8, std::uint64_t, std::uint32_t>;
-    const auto bits = std::bit_cast<Bits>(value);
-    for (unsigned i = 0; i < sizeof(Value); ++i) {
-      bytes += static_cast<char>(bits >> 8 * i);
-    }
-  }
-  return bytes;
-}
 
 // A second reader of the format: sections in their order.
 class SectionFile {
@@ -99,7 +78,7 @@ void ExpectNumbers(const std::string& bytes, const std::vector<double>& expected
 }
 
 TEST(TrussProgram, SavesTheSectionsInTheirLayout) {
-  const TrussJob job(kDeck);
+  const TrussJob job(kTwoBarDeck);
   ASSERT_EQ(job.Run().status, 0);
   const auto sections = SectionFile(ReadWholeFile(job.ResultPath())).Sections();
   ASSERT_EQ(sections.size(), 6u);
@@ -119,7 +98,7 @@ TEST(TrussProgram, SavesTheSectionsInTheirLayout) {
 }
 
 TEST(TrussProgram, PrintsTables) {
-  const TrussJob job(kDeck);
+  const TrussJob job(kTwoBarDeck);
   const TrussRun run = job.Run();
   EXPECT_EQ(run.err, "");
   EXPECT_EQ(run.out, kTrussTitle +
@@ -127,32 +106,45 @@ TEST(TrussProgram, PrintsTables) {
                          "Two bars\n"
                          "\n"
                          "      node   displacement x, y, z\n"
-                         "        11               0               0               0\n"
-                         "         2               0               0               0\n"
-                         "         7        0.104167        -0.15625               0\n"
+                         "        11              0.              0.              0.\n"
+                         "         2              0.              0.              0.\n"
+                         "         7        0.104167        -0.15625              0.\n"
                          "\n"
                          "       bar   tension\n"
-                         "       300              -5\n"
-                         "         1             -15\n"
+                         "       300             -5.\n"
+                         "         1            -15.\n"
                          "\n"
                          "      node   reaction x, y, z\n"
-                         "        11               3               4               0\n"
-                         "         2              -9              12               0\n"
-                         "         7               0               0               0\n"
+                         "        11              3.              4.              0.\n"
+                         "         2             -9.             12.              0.\n"
+                         "         7              0.              0.              0.\n"
                          "\n"
                          "Saved in " +
                          job.ShownResultPath() + " and read back.\n");
 }
 
+TEST(TrussProgram, PrintsExponentsOfTwoDigits) {
+  const TrussJob job(
+      "material 1e12\nnode 1 0 0 0\nnode 2 1 0 0\nbar 1 1 2 1\n"
+      "fix 1 xyz\nfix 2 yz\nload 2 1.5e5 0 0\nload 1 1e9 0 0\n");
+  const std::string out = job.Run().out;
+  EXPECT_NE(out.find("\n         2         1.5e-07              0.              0.\n"),
+            std::string::npos)
+      << out;
+  EXPECT_NE(out.find("\n         1    -1.00015e+09              0.              0.\n"),
+            std::string::npos)
+      << out;
+}
+
 TEST(TrussProgram, SavesAnEmptyTitle) {
-  const TrussJob job(std::string(kDeck).substr(sizeof "title Two bars\n" - 1));
+  const TrussJob job(std::string(kTwoBarDeck).substr(sizeof "title Two bars\n" - 1));
   ASSERT_EQ(job.Run().status, 0);
   const auto sections = SectionFile(ReadWholeFile(job.ResultPath())).Sections();
   EXPECT_EQ(sections[0], std::pair(std::string("title"), std::string()));
 }
 
 TEST(TrussProgram, ReplacesTheResultsOfAnEarlierRun) {
-  const TrussJob job(kDeck);
+  const TrussJob job(kTwoBarDeck);
   ASSERT_EQ(job.Run().status, 0);
   const std::string first = ReadWholeFile(job.ResultPath());
   ASSERT_EQ(
@@ -166,7 +158,7 @@ TEST(TrussProgram, ReplacesTheResultsOfAnEarlierRun) {
 }
 
 TEST(TrussProgram, LeavesOtherSectionsOfTheResultFile) {
-  const TrussJob job(kDeck);
+  const TrussJob job(kTwoBarDeck);
   {
     utl_MultisectionFile file(job.ResultPath().c_str(), utl_FileAccessWrite);
     file.setSectionData("remark", "kept", 4);
@@ -180,7 +172,7 @@ TEST(TrussProgram, LeavesOtherSectionsOfTheResultFile) {
 }
 
 TEST(TrussProgram, TakesOptionsInAnyOrder) {
-  const TrussJob job(kDeck);
+  const TrussJob job(kTwoBarDeck);
   const TrussRun run =
       RunTruss({job.DeckPath(), "-outdir", job.DirPath(), "-job", "job"});
   EXPECT_EQ(run.status, 0) << run.err;
@@ -209,7 +201,7 @@ TEST(TrussProgram, NeedsADeckThatIsNoOptionsValue) {
 }
 
 TEST(TrussProgram, NeedsAJob) {
-  const TrussJob job(kDeck);
+  const TrussJob job(kTwoBarDeck);
   const std::string message = "Command line argument job is required.";
   ExpectRefusal({}, message);
   ExpectRefusal({job.DeckPath()}, message);
@@ -217,7 +209,7 @@ TEST(TrussProgram, NeedsAJob) {
 }
 
 TEST(TrussProgram, RefusesDigitsThatAreNoNumber) {
-  const TrussJob job(kDeck);
+  const TrussJob job(kTwoBarDeck);
   for (const char* digits : {"12x", "+5", "1.5", "many"}) {
     ExpectRefusal(
         {"-job", "job", "-outdir", job.DirPath(), "-digits", digits, job.DeckPath()},
@@ -227,22 +219,45 @@ TEST(TrussProgram, RefusesDigitsThatAreNoNumber) {
 }
 
 TEST(TrussProgram, PrintsAsManyDigitsAsAskedFor) {
-  const TrussJob job(kDeck);
+  const TrussJob job(kTwoBarDeck);
   const std::pair<const char*, const char*> rows[] = {
-      {"0", "\n         7        0.1       -0.2          0\n"},
-      {"2", "\n         7         0.1       -0.16           0\n"},
-      {"99", "\n         7        0.10416666666666667                   -0.15625"},
+      {"0", "\n         7        0.1       -0.2         0.\n"},
+      {"2", "\n         7         0.1       -0.16          0.\n"},
+      {"13",
+       "\n         7        0.1041666666667               -0.15625"
+       "                     0.\n"},
   };
   for (const auto& [digits, line] : rows) {
-    const TrussRun run = RunTruss(
-        {"-job", "job", "-outdir", job.DirPath(), "-digits", digits, job.DeckPath()});
+    const TrussRun run = job.Run({"-digits", digits});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_NE(run.out.find(line), std::string::npos) << run.out;
   }
 }
 
+// A line has 80 columns; every line is broken like the one before it.
+TEST(TrussProgram, BreaksLinesThatAreTooLong) {
+  const TrussJob job(kTwoBarDeck);
+  const std::pair<const char*, const char*> rows[] = {
+      {"14",
+       "\n        11                      0.                      0.\n"
+       "                      0.\n"
+       "         2                      0.                      0.\n"
+       "                      0.\n"
+       "         7        0.10416666666667                -0.15625\n"
+       "                      0.\n"},
+      {"99",
+       "\n         7        0.10416666666666667                   -0.15625\n"
+       "                         0.\n"},
+  };
+  for (const auto& [digits, lines] : rows) {
+    const TrussRun run = job.Run({"-digits", digits});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(run.out.find(lines), std::string::npos) << run.out;
+  }
+}
+
 TEST(TrussProgram, RefusesADirectoryThatThePathRulesWouldDrop) {
-  const TrussJob job(kDeck);
+  const TrussJob job(kTwoBarDeck);
   const ScopedEnvironment variable("KST_TRUSS_OUT", "out");
   for (const char* directory :
        {"out", ".", "..", "a/b", ".\\out", "x", "Z:out", "Q:out", "$KST_TRUSS_OUT",
@@ -254,7 +269,7 @@ TEST(TrussProgram, RefusesADirectoryThatThePathRulesWouldDrop) {
 }
 
 TEST(TrussProgram, TakesAnAbsoluteDirectoryInEveryForm) {
-  const TrussJob job(kDeck);
+  const TrussJob job(kTwoBarDeck);
   const std::string shown = job.ShownDirPath();
   std::string portable = shown;
   std::replace(portable.begin(), portable.end(), '\\', '/');
@@ -270,7 +285,7 @@ TEST(TrussProgram, TakesAnAbsoluteDirectoryInEveryForm) {
 }
 
 TEST(TrussProgram, SavesInTheCurrentDirectoryWithoutAnother) {
-  const TrussJob job(kDeck);
+  const TrussJob job(kTwoBarDeck);
   const auto earlier = std::filesystem::current_path();
   std::filesystem::current_path(job.DirPath());
   const TrussRun run = RunTruss({"-job", "job", "test.deck"});
@@ -283,7 +298,7 @@ TEST(TrussProgram, SavesInTheCurrentDirectoryWithoutAnother) {
 }
 
 TEST(TrussProgram, TakesTheJobsNameFromTheEnvironmentFirst) {
-  const TrussJob job(kDeck);
+  const TrussJob job(kTwoBarDeck);
   {
     const ScopedEnvironment name("SUPAUXNAME", "other");
     EXPECT_EQ(RunTruss({"-outdir", job.DirPath(), job.DeckPath()}).status, 0);
@@ -297,7 +312,7 @@ TEST(TrussProgram, TakesTheJobsNameFromTheEnvironmentFirst) {
 }
 
 TEST(TrussProgram, ResolvesTheDecksName) {
-  const TrussJob job(kDeck);
+  const TrussJob job(kTwoBarDeck);
   const ScopedEnvironment variable("KST_TRUSS_DECKS", job.ShownDirPath().c_str());
   for (const char* deck :
        {"$KST_TRUSS_DECKS/test.deck", "%KST_TRUSS_DECKS%\\test.deck"}) {
@@ -307,7 +322,7 @@ TEST(TrussProgram, ResolvesTheDecksName) {
 }
 
 TEST(TrussProgram, TakesTheLastDeckAndTheLastValue) {
-  const TrussJob job(kDeck);
+  const TrussJob job(kTwoBarDeck);
   const TrussRun run = RunTruss({"-job", "other", "none.deck", "-outdir", job.DirPath(),
                                  job.DeckPath(), "-job", "job"});
   EXPECT_EQ(run.status, 0) << run.err;
@@ -315,7 +330,7 @@ TEST(TrussProgram, TakesTheLastDeckAndTheLastValue) {
 }
 
 TEST(TrussProgram, IsTheLearnerEditionWhereTheEnvironmentSaysSo) {
-  const TrussJob job(kDeck);
+  const TrussJob job(kTwoBarDeck);
   const ScopedEnvironment learner("KES_LEARNER", "ON");
   const TrussRun run = job.Run();
   EXPECT_TRUE(run.out.starts_with("KESTRA Learner Edition 6.6-7\n\nTwo bars\n"))
@@ -331,7 +346,7 @@ void ExpectMessage(const TrussRun& run, const std::string& start,
 }
 
 TEST(TrussProgram, PrintsTheLibrarysMessageForAnAbsentDirectory) {
-  const TrussJob job(kDeck);
+  const TrussJob job(kTwoBarDeck);
   const std::string dir = job.DirPath() + "/none";
   ExpectMessage(
       RunTruss({"-job", "job", "-outdir", dir, job.DeckPath()}),
@@ -340,7 +355,7 @@ TEST(TrussProgram, PrintsTheLibrarysMessageForAnAbsentDirectory) {
 }
 
 TEST(TrussProgram, LeavesALockedResultFileAlone) {
-  const TrussJob job(kDeck);
+  const TrussJob job(kTwoBarDeck);
   ASSERT_EQ(job.Run().status, 0);
   const std::string before = ReadWholeFile(job.ResultPath());
   WriteWholeFile(job.ResultPath() + ".lock", "");
@@ -352,7 +367,7 @@ TEST(TrussProgram, LeavesALockedResultFileAlone) {
 }
 
 TEST(TrussProgram, TakesTheEmptyFileOfAJobThatDiedBeforeItsFirstSave) {
-  const TrussJob job(kDeck);
+  const TrussJob job(kTwoBarDeck);
   WriteWholeFile(job.ResultPath(), "");
   const TrussRun run = job.Run();
   EXPECT_EQ(run.status, 0) << run.err;
@@ -360,7 +375,7 @@ TEST(TrussProgram, TakesTheEmptyFileOfAJobThatDiedBeforeItsFirstSave) {
 }
 
 TEST(TrussProgram, LeavesAFileOfAnotherKindAlone) {
-  const TrussJob job(kDeck);
+  const TrussJob job(kTwoBarDeck);
   WriteWholeFile(job.ResultPath(), "no section file");
   const TrussRun run = job.Run();
   EXPECT_EQ(run.status, 1);
