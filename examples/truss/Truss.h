@@ -65,3 +65,7 @@ using Blocks = std::vector<std::pair<cow_String, cow_String>>;
 Blocks BlocksOf(const Deck& deck, const Results& results);
 /// Sets the sections of the multisection file `path`, then compares what it reads there.
 void Save(const cow_String& path, const Blocks& blocks);
+/// Writes the file anew, as one binary stream: "KSTtruss", then each block as a string.
+void Export(const cow_String& name, const Blocks& blocks);
+/// Throws as Check does unless it is such a file of these blocks.
+void Import(const cow_String& name, const Blocks& blocks);

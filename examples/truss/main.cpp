@@ -18,7 +18,8 @@ static cow_String DeckName(const utl_CommandLine& line) {
       return line.ConstGet(i);
     }
   }
-  throw std::invalid_argument("expected -job NAME [-outdir DIR] [-digits N] DECK");
+  throw std::invalid_argument(
+      "expected -job NAME [-outdir DIR] [-digits N] [-export FILE] [-import FILE] DECK");
 }
 
 int main(int argc, char** argv) {
@@ -38,8 +39,17 @@ int main(int argc, char** argv) {
     const Deck deck = ReadDeck(DeckName(line));
     const Results results = Solve(deck, Assemble(deck));
     Print(deck, results, digits);
-    Save(path, BlocksOf(deck, results));
+    const Blocks blocks = BlocksOf(deck, results);
+    Save(path, blocks);
     std::cout << "\nSaved in " << path << " and read back.\n";
+    if (line.IsMember("export")) {
+      Export(line.ConstGetValue("export"), blocks);
+      std::cout << "Exported to " << line.ConstGetValue("export") << ".\n";
+    }
+    if (line.IsMember("import")) {
+      Import(line.ConstGetValue("import"), blocks);
+      std::cout << "The same in " << line.ConstGetValue("import") << ".\n";
+    }
     status = std::cout.flush() ? 0 : 1;
   } catch (const nex_Exception& failure) {
     std::cerr << failure.AsString() << '\n';

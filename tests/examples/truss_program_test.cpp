@@ -196,7 +196,9 @@ TEST(TrussProgram, NeedsADeckThatIsNoOptionsValue) {
       {"-job", "a", "-digits", "3", "-x.deck"},
       {"-job", "a", "-"}};
   for (const auto& row : rows) {
-    ExpectRefusal(row, "kst_truss: expected -job NAME [-outdir DIR] [-digits N] DECK");
+    ExpectRefusal(row,
+                  "kst_truss: expected -job NAME [-outdir DIR] [-digits N] "
+                  "[-export FILE] [-import FILE] DECK");
   }
 }
 

@@ -1,0 +1,55 @@
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string_view>
+
+#include "Truss.h"
+#include "utl/utl_BinStream.h"
+
+namespace {
+
+constexpr std::string_view kTag = "KSTtruss";
+
+// Opens the file for `transfer`, and names it in what goes wrong there.
+template <class Transfer>
+void WithFile(const cow_String& name, const char* mode, Transfer transfer) {
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(
+      std::fopen(name.c_str(), mode), &std::fclose);
+  Check(file != nullptr, name, std::strerror(errno));
+  try {
+    transfer(file.get());
+  } catch (const utl_BinStreamException& failure) {
+    Check(false, name, failure.AsString().c_str());
+  }
+}
+
+}  // namespace
+
+void Export(const cow_String& name, const Blocks& blocks) {
+  WithFile(name, "wb", [&](std::FILE* file) {
+    utl_BinOStream out(fileno(file), omi_Swapper::kLittleEndian);
+    out.Write(kTag.data(), int(kTag.size()));
+    for (const auto& [block, bytes] : blocks) {
+      out.WriteString(bytes);
+    }
+  });
+}
+
+void Import(const cow_String& name, const Blocks& blocks) {
+  WithFile(name, "rb", [&](std::FILE* file) {
+    utl_BinIStream in(fileno(file), omi_Swapper::kLittleEndian);
+    const auto isNext = [&](std::string_view expected) {
+      std::string data(expected.size(), '\0');
+      in.Read(data.data(), int(data.size()));
+      return data == expected;
+    };
+    Check(isNext(kTag), name, "no export of kst_truss");
+    for (const auto& [block, bytes] : blocks) {
+      // A string of another length is not even read: it may be any.
+      Check(in.ReadInt() == bytes.Length() && isNext(bytes), name,
+            "other " + std::string(block) + " than this job's");
+    }
+    Check(std::fgetc(file) == EOF, name, "longer than an export");
+  });
+}

@@ -1,0 +1,212 @@
+// The program's options -export and -import.
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <string>
+
+#include "common/ExpectThrow.h"
+#include "examples/truss/Truss.h"
+#include "nex/nex_TextException.h"
+#include "truss_job.h"
+
+namespace {
+
+constexpr char kEarlyEnd[] = ": *** ERROR: End of file on binary stream.";
+
+std::string AsString(const std::string& bytes) {
+  return Bytes<std::int32_t>({static_cast<std::int32_t>(bytes.size())}) + bytes;
+}
+
+// Blocks of two bars by another road than the program's; one is empty.
+Blocks SampleBlocks() {
+  return {{"title", "Two bars"}, {"nodes", cow_String("\0\1\2\3", 4)}, {"forces", ""}};
+}
+
+TEST(TrussExport, IsTheTagAndAStringForEachBlock) {
+  const TempDir dir;
+  const std::string file = dir.File("x.bin");
+  WriteWholeFile(file, std::string(1000, 'x'));
+  Export(file.c_str(), SampleBlocks());
+  EXPECT_EQ(ReadWholeFile(file), "KSTtruss" + AsString("Two bars") +
+                                     AsString(std::string("\0\1\2\3", 4)) + AsString(""));
+}
+
+TEST(TrussExport, HoldsNodesBarsAndResults) {
+  const TrussJob job(kTwoBarDeck);
+  const std::string file = job.File("x.bin");
+  const TrussRun run = job.Run({"-export", file});
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_TRUE(run.out.ends_with("read back.\nExported to " + file + ".\n")) << run.out;
+  const std::string start = "KSTtruss" + AsString("Two bars") +
+                            AsString(Bytes<std::int32_t>({3, 11, 2, 7}) +
+                                     Bytes<double>({-3, 0, 0, 3, 0, 0, 0, 4, 0})) +
+                            AsString(Bytes<std::int32_t>({2, 300, 1, 11, 7, 2, 7}) +
+                                     Bytes<double>({2, 4, 200, 100}));
+  const std::string bytes = ReadWholeFile(file);
+  ASSERT_EQ(bytes.size(), start.size() + (4 + 72) + (4 + 16) + (4 + 72));
+  EXPECT_EQ(bytes.substr(0, start.size()), start);
+  double tension = 0;
+  std::memcpy(&tension, bytes.data() + start.size() + 4 + 72 + 4, 8);
+  EXPECT_NEAR(tension, -5, 1e-12);
+}
+
+TEST(TrussExport, IsTheSameInEveryRun) {
+  const TrussJob job(kTwoBarDeck);
+  for (const char* name : {"a", "b"}) {
+    ASSERT_EQ(job.Run({"-export", job.File(name)}).status, 0);
+  }
+  EXPECT_EQ(ReadWholeFile(job.File("a")), ReadWholeFile(job.File("b")));
+}
+
+TEST(TrussExport, FailsWithOneLine) {
+  const TrussJob job(kTwoBarDeck);
+  const std::string root = job.DirPath().substr(0, job.DirPath().find("tmp"));
+  const std::string full = root + "dev" + root.back() + "full";
+  const std::pair<std::string, int> rows[] = {
+      {job.File("none/x.bin"), ENOENT}, {"", ENOENT}, {full, ENOSPC}};
+  for (const auto& [file, error] : rows) {
+    const TrussRun run = job.Run({"-export", file});
+    EXPECT_EQ(run.status, 1) << file;
+    EXPECT_EQ(run.err, file + ": " + std::strerror(error) + "\n");
+    EXPECT_EQ(run.out.find("Exported"), std::string::npos) << run.out;
+    EXPECT_TRUE(FileExists(job.ResultPath())) << "the job itself is saved";
+  }
+}
+
+TEST(TrussImport, TakesTheJobsOwnExport) {
+  const TrussJob job(kTwoBarDeck);
+  const std::string file = job.File("x.bin");
+  const TrussRun both = job.Run({"-export", file, "-import", file});
+  EXPECT_EQ(both.status, 0) << both.err;
+  EXPECT_TRUE(
+      both.out.ends_with("Exported to " + file + ".\nThe same in " + file + ".\n"))
+      << both.out;
+  const std::string bytes = ReadWholeFile(file);
+  const TrussRun later = job.Run({"-import", file});
+  EXPECT_EQ(later.status, 0) << later.err;
+  EXPECT_TRUE(later.out.ends_with("read back.\nThe same in " + file + ".\n"));
+  EXPECT_EQ(ReadWholeFile(file), bytes);
+}
+
+class TrussImportOf : public testing::Test {
+ protected:
+  // What is said of a file of these bytes.
+  void ExpectRefusal(const std::string& bytes, const std::string& reason) const {
+    WriteWholeFile(file_, bytes);
+    EXPECT_THROW_TEXT(Import(name_, SampleBlocks()), nex_TextException, file_ + reason);
+  }
+
+  TempDir dir_;
+  const std::string file_ = dir_.File("x.bin");
+  const cow_String name_ = file_.c_str();
+  const std::string good_ = (Export(name_, SampleBlocks()), ReadWholeFile(file_));
+};
+
+TEST_F(TrussImportOf, TheBlocks) {
+  EXPECT_NO_THROW(Import(name_, SampleBlocks()));
+}
+
+TEST_F(TrussImportOf, AFileCutAnywhere) {
+  for (std::size_t size = 0; size < good_.size(); ++size) {
+    SCOPED_TRACE(size);
+    ExpectRefusal(good_.substr(0, size), kEarlyEnd);
+  }
+}
+
+TEST_F(TrussImportOf, AFileWithAnyBitChanged) {
+  for (std::size_t bit = 0; bit < 8 * good_.size(); ++bit) {
+    SCOPED_TRACE(bit);
+    std::string bytes = good_;
+    bytes[bit / 8] = static_cast<char>(bytes[bit / 8] ^ 1 << bit % 8);
+    const std::size_t at = bit / 8;
+    ExpectRefusal(bytes, at < 8    ? ": no export of kst_truss"
+                         : at < 20 ? ": other title than this job's"
+                         : at < 28 ? ": other nodes than this job's"
+                                   : ": other forces than this job's");
+  }
+}
+
+TEST_F(TrussImportOf, AFileWithMoreBehindItsEnd) {
+  ExpectRefusal(good_ + '\0', ": longer than an export");
+}
+
+TEST_F(TrussImportOf, ForeignFiles) {
+  ExpectRefusal("", kEarlyEnd);
+  ExpectRefusal("title Two bars\n", ": no export of kst_truss");
+  ExpectRefusal(std::string(1 << 16, '\xff'), ": no export of kst_truss");
+  ExpectRefusal("KSTtruss" + std::string(1 << 16, '\xff'),
+                ": other title than this job's");
+}
+
+TEST_F(TrussImportOf, AMissingFile) {
+  std::filesystem::remove(file_);
+  EXPECT_THROW_TEXT(Import(name_, SampleBlocks()), nex_TextException,
+                    file_ + ": " + std::strerror(ENOENT));
+}
+
+// Which call refuses it is the system's affair.
+TEST_F(TrussImportOf, ADirectory) {
+  try {
+    Import(dir_.Path().c_str(), SampleBlocks());
+    FAIL();
+  } catch (const nex_TextException& refusal) {
+    EXPECT_TRUE(std::string(refusal.AsString().c_str()).starts_with(dir_.Path() + ": "));
+  }
+}
+
+struct OtherJob {
+  const char* name;
+  const char* from;  // what the other deck has in place of this
+  const char* to;
+  const char* block;
+};
+
+const OtherJob kOtherJobs[] = {
+    {"Title", "Two bars", "Two rods", "title"},
+    {"NumberOfNodes", "fix 11", "node 9 0 0 0\nfix 9 xyz\nfix 11", "nodes"},
+    {"Coordinate", "0 4 0", "0 4.5 0", "nodes"},
+    {"Area", "7 4\nfix", "7 5\nfix", "bars"},
+    {"Modulus", "material 100", "material 101", "bars"},
+    {"Load", "-16 0", "-17 0", "displacements"},
+    {"LoadOnASupport", "load", "load 2 1 0 0\nload", "reactions"},
+};
+
+class TrussImportFrom : public testing::TestWithParam<OtherJob> {};
+
+TEST_P(TrussImportFrom, AnotherJobIsRefused) {
+  const TrussJob job(kTwoBarDeck);
+  const std::string file = job.File("x.bin");
+  ASSERT_EQ(job.Run({"-export", file}).status, 0);
+  std::string other = kTwoBarDeck;
+  other.replace(other.find(GetParam().from), std::strlen(GetParam().from), GetParam().to);
+  const TrussRun run = TrussJob(other).Run({"-import", file});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err, file + ": other " + GetParam().block + " than this job's\n");
+  EXPECT_EQ(run.out.find("The same"), std::string::npos) << run.out;
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, TrussImportFrom, testing::ValuesIn(kOtherJobs),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST(TrussImport, ShowsWhatIsWrongInOneLine) {
+  const TrussJob job(kTwoBarDeck);
+  const std::string file = job.File("x.bin");
+  ASSERT_EQ(job.Run({"-export", file}).status, 0);
+  const std::string bytes = ReadWholeFile(file);
+  const std::pair<std::string, std::string> rows[] = {
+      {bytes.substr(0, bytes.size() / 2), kEarlyEnd},
+      {bytes + "x", ": longer than an export"},
+      {"x" + bytes, ": no export of kst_truss"},
+  };
+  for (const auto& [content, reason] : rows) {
+    WriteWholeFile(file, content);
+    const TrussRun run = job.Run({"-import", file});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, file + reason + "\n");
+  }
+}
+
+}  // namespace
