@@ -116,8 +116,8 @@ std::string Ladder(int bays, const std::vector<std::string>& areas) {
   std::string text = "material 1\n";
   for (int node = 1; node <= 2 * bays + 2; ++node) {
     const std::string id = std::to_string(node);
-    text += "node " + id + (node % 2 != 0 ? " 0 " : " 0.3 ") +
-            std::to_string((node - 1) / 2) + " 0\nfix " + id + " z\n";
+    text += "node " + id + (node % 2 != 0 ? " 0 " : " 0.3 ");
+    text += std::to_string((node - 1) / 2) + " 0\nfix " + id + " z\n";
   }
   std::size_t bars = 0;
   const auto add = [&](int a, int b) {
