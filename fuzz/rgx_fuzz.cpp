@@ -4,26 +4,15 @@
 #include <cstdint>
 #include <string_view>
 
+#include "fuzz/TakeLine.h"
 #include "nex/nex_TextException.h"
 #include "rgx/rgx_funcs.h"
-
-namespace {
-
-// Takes the text up to the next "\n" off `input`.
-cow_String Next(std::string_view& input) {
-  const std::size_t end = input.find('\n');
-  const cow_String line(input.substr(0, end));
-  input.remove_prefix(end == std::string_view::npos ? input.size() : end + 1);
-  return line;
-}
-
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   std::string_view input(reinterpret_cast<const char*>(data), size);
   // A limit that keeps a single run short.
-  const cow_String pattern = "(*LIMIT_MATCH=10000)" + Next(input);
-  const cow_String replacement = Next(input);
+  const cow_String pattern = "(*LIMIT_MATCH=10000)" + TakeLine(input);
+  const cow_String replacement = TakeLine(input);
   const cow_String subject(input);
   try {
     const rgx_ReIterator found = rgx_match(pattern, subject);

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "fuzz/TakeLine.h"
 #include "nex/nex_AssertException.h"
 #include "utl/utl_BlkBitUtils.h"
 
@@ -19,9 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
   }
   while (!rest.empty()) {
-    const std::size_t end = rest.find('\n');
-    pieces.Append(cow_String(rest.substr(0, end)));
-    rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
+    pieces.Append(TakeLine(rest));
   }
   omi_BlkBitVect mask;
   try {

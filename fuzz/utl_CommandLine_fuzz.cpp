@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "fuzz/TakeLine.h"
 #include "utl/utl_CommandLine.h"
 #include "utl/utl_CommandLineLoader.h"
 
@@ -13,9 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Line::Destroy();
   cow_1DArrayList<cow_String> arguments;
   for (std::string_view rest(reinterpret_cast<const char*>(data), size); !rest.empty();) {
-    const std::size_t end = rest.find('\n');
-    arguments.Append(cow_String(rest.substr(0, end)));
-    rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
+    arguments.Append(TakeLine(rest));
   }
   utl_CommandLineLoader::SetArgsList(arguments);
   const utl_CommandLine& line = Line::Instance();
