@@ -2,6 +2,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <cstddef>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -32,7 +33,7 @@ BENCHMARK(BM_CatenatorPieces)->Unit(benchmark::kMillisecond);
 // Into memory that is as new as the catenator's: blocks of this size never are reused.
 void BM_MemcpyPieces(benchmark::State& state) {
   for (auto _ : state) {
-    const auto block = std::make_unique_for_overwrite<char[]>(kPieces * 64);
+    const auto block = std::make_unique_for_overwrite<char[]>(std::size_t{64} * kPieces);
     char* end = block.get();
     for (int i = 0; i < kPieces; ++i) {
       std::memcpy(end, kText, static_cast<std::size_t>(Length(i)));

@@ -100,13 +100,14 @@ std::string FindExisting(const std::vector<std::string_view>& components) {
   std::string found;
   bool missing = false;
   for (const std::string_view component : components) {
+    found += '/';
     std::string next(component);
-    if (!missing && !Exists(found + "/" + next)) {
-      const std::string other = FindWithoutCase(found + "/", next);
+    if (!missing && !Exists(found + next)) {
+      const std::string other = FindWithoutCase(found, next);
       missing = other.empty();
       if (!missing) next = other;
     }
-    (found += '/') += next;
+    found += next;
   }
   return found;
 }

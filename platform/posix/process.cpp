@@ -114,8 +114,8 @@ BOOL GetProcessMemoryInfo(HANDLE process, PROCESS_MEMORY_COUNTERS* counters, DWO
 
 BOOL EnumProcessModules(HANDLE process, HMODULE* modules, DWORD size, LPDWORD needed) {
   if (!IsOwnProcess(process)) return Fail(ERROR_INVALID_HANDLE);
-  if (size >= sizeof *modules) *modules = kProgram;
-  *needed = sizeof *modules;
+  if (size >= sizeof(HMODULE)) *modules = kProgram;
+  *needed = sizeof(HMODULE);
   return TRUE;
 }
 

@@ -28,8 +28,9 @@ std::string_view rgx_Found::Text(int n) const noexcept {
   if (n < 0 || n >= groupCount_) {
     return {};
   }
-  const std::size_t start = offsets_[2 * n];
-  const std::size_t end = offsets_[2 * n + 1];
+  const std::size_t* const pair = offsets_ + std::ptrdiff_t{2} * n;
+  const std::size_t start = pair[0];
+  const std::size_t end = pair[1];
   // Both are the largest number for a group that did not take part.
   return end > start ? subject_.substr(start, end - start) : std::string_view();
 }

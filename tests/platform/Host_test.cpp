@@ -105,8 +105,8 @@ TEST(HostTest, ModuleName) {
   const HANDLE process = OpenOwn();
   HMODULE module = nullptr;
   DWORD needed = 0;
-  EXPECT_TRUE(EnumProcessModules(process, &module, sizeof module, &needed));
-  EXPECT_GE(needed, sizeof module);
+  EXPECT_TRUE(EnumProcessModules(process, &module, sizeof(HMODULE), &needed));
+  EXPECT_GE(needed, sizeof(HMODULE));
   wchar_t name[520] = {};
   const DWORD length = GetModuleBaseNameW(process, module, name, 520);
   const std::wstring base(name);

@@ -11,7 +11,7 @@ std::string AllocatedText(DWORD code) {
   const DWORD length =
       FormatMessageA(kFlags | FORMAT_MESSAGE_ALLOCATE_BUFFER, nullptr, code, 0,
                      reinterpret_cast<char*>(&text), 0, nullptr);
-  const std::string result(text != nullptr ? text : "", length);
+  std::string result(text != nullptr ? text : "", length);
   LocalFree(text);
   return result;
 }

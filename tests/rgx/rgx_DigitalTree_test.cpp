@@ -19,7 +19,7 @@ std::string Shape(const Tree::Node* node) {
   if (node == nullptr) {
     return "-";
   }
-  const std::string key = Text(node->key);
+  std::string key = Text(node->key);
   if (node->child[0] == nullptr && node->child[1] == nullptr) {
     return key;
   }

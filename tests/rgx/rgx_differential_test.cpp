@@ -21,7 +21,7 @@ struct Match {
   std::string subject;
 
   std::string Group(int n) const {
-    const auto at = static_cast<std::size_t>(2 * n);
+    const auto at = 2 * static_cast<std::size_t>(n);
     return offsets[at] < offsets[at + 1]
                ? subject.substr(offsets[at], offsets[at + 1] - offsets[at])
                : "";
@@ -63,7 +63,7 @@ class Engine {
 
   // Searches the text before the first zero byte.
   Result Run(const std::string& text) const {
-    const std::string subject(text.c_str());
+    const std::string subject = text.substr(0, text.find('\0'));
     const std::unique_ptr<pcre2_match_data, decltype(&pcre2_match_data_free)> data(
         pcre2_match_data_create_from_pattern(code_.get(), nullptr),
         pcre2_match_data_free);
@@ -74,7 +74,7 @@ class Engine {
       return {groups == PCRE2_ERROR_NOMATCH ? 0 : groups, std::nullopt};
     }
     const PCRE2_SIZE* const offsets = pcre2_get_ovector_pointer(data.get());
-    return {0, Match{{offsets, offsets + 2 * groups}, subject}};
+    return {0, Match{{offsets, offsets + std::ptrdiff_t{2} * groups}, subject}};
   }
 
   std::optional<Match> Find(const std::string& text) const {

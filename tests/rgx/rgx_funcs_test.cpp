@@ -14,7 +14,7 @@
 
 namespace {
 
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 using testing::ElementsAre;
 
 constexpr int kMax = std::numeric_limits<int>::max();

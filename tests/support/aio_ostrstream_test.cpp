@@ -17,7 +17,7 @@ struct Deleter {
 
 std::string Text(const aio_ostrstream& stream) {
   const std::unique_ptr<char, Deleter> text(stream.adoptString(&::operator new));
-  const std::string result(text.get(), static_cast<std::size_t>(stream.length()));
+  std::string result(text.get(), static_cast<std::size_t>(stream.length()));
   EXPECT_EQ(text.get()[stream.length()], '\0');
   return result;
 }
@@ -113,7 +113,7 @@ TEST(aio_ostrstream, AdoptStringWithoutMemory) {
 }
 
 TEST(aio_ostrstream, SeekForgetsTheTextBehind) {
-  const std::string text = Letters(3 * kChunk);
+  const std::string text = Letters(std::size_t{3} * kChunk);
   aio_ostrstream stream;
   Write(stream, text);
   for (const int offset : {3 * kChunk, 2 * kChunk + 5, 2 * kChunk, kChunk - 1, 1, 0}) {
@@ -128,7 +128,7 @@ TEST(aio_ostrstream, SeekForgetsTheTextBehind) {
 }
 
 TEST(aio_ostrstream, WritingGoesOnBehindASeek) {
-  const std::string text = Letters(2 * kChunk);
+  const std::string text = Letters(std::size_t{2} * kChunk);
   for (const int offset : {kChunk, kChunk + 1, 3}) {
     aio_ostrstream stream;
     Write(stream, text);

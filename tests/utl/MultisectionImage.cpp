@@ -30,7 +30,7 @@ class Cutter {
     if (!ok_) {
       return {};
     }
-    const std::string piece = bytes_.substr(at_, static_cast<std::size_t>(count));
+    std::string piece = bytes_.substr(at_, static_cast<std::size_t>(count));
     at_ += piece.size();
     return piece;
   }

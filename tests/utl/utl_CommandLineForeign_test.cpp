@@ -10,6 +10,8 @@
 
 namespace {
 
+using namespace std::string_literals;
+
 int Length(const std::string& text) {
   return static_cast<int>(text.size());
 }
@@ -126,11 +128,11 @@ TEST_F(CommandLineForeign, GetArgs) {
   char buffer[] = "????????";
   EXPECT_EQ(utl_getArgs("absent", buffer), 0);
   EXPECT_EQ(utl_getArgs("job ", buffer), 0);
-  EXPECT_EQ(std::string(buffer, 9), std::string("????????", 9));
+  EXPECT_EQ(std::string(buffer, 9), "????????\0"s);
   EXPECT_EQ(utl_getArgs("job", buffer), 4);
-  EXPECT_EQ(std::string(buffer, 9), std::string("beam\0???", 9));
+  EXPECT_EQ(std::string(buffer, 9), "beam\0???\0"s);
   EXPECT_EQ(utl_getArgs("empty", buffer), 0);
-  EXPECT_EQ(std::string(buffer, 9), std::string("\0eam\0???", 9));
+  EXPECT_EQ(std::string(buffer, 9), "\0eam\0???\0"s);
 }
 
 TEST_F(CommandLineForeign, NothingLoaded) {

@@ -208,7 +208,7 @@ class Model {
     return last;
   }
   std::string LastComponent() const {
-    return Searched().substr(static_cast<std::size_t>(Separator() + 1));
+    return Searched().substr(static_cast<std::size_t>(Separator()) + 1);
   }
 
   std::string path_;

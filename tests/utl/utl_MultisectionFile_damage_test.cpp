@@ -19,7 +19,7 @@ class MultisectionDamageTest : public MultisectionTest {
 
 constexpr std::int64_t kMaxInt = std::numeric_limits<std::int32_t>::max();
 
-constexpr std::int64_t kMegabyte = 1024 * 1024;
+constexpr std::int64_t kMegabyte = 1 << 20;
 
 // What damage may cost beside the size of the file: buffers, and what an allocator
 // takes in advance.

@@ -247,7 +247,7 @@ TEST_F(MultisectionFileTest, DestructorDoesNotSave) {
 }
 
 TEST_F(MultisectionFileTest, LengthsAroundTheSizesThatAreMovedAtOnce) {
-  constexpr std::size_t kPiece = 256 * 1024;
+  constexpr std::size_t kPiece = 1 << 18;
   Image image;
   for (const std::size_t size :
        {kPiece - 100, kPiece - 1, kPiece, kPiece + 1, std::size_t{1}, 2 * kPiece,

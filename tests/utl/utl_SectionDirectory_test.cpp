@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
+#include <optional>
 #include <random>
 #include <string>
 #include <vector>
@@ -19,14 +21,13 @@ struct ModelSection {
   std::int64_t place = 0;
   int fileLength = 0;
   std::uint32_t checksum = 0;
-  bool held = false;
-  std::string data = "";
+  std::optional<std::string> data = std::nullopt;  // once set
 
-  int Length() const { return held ? static_cast<int>(data.size()) : fileLength; }
+  int Length() const { return data ? static_cast<int>(data->size()) : fileLength; }
 };
 
 std::string UpToZero(const std::string& name) {
-  return name.c_str();
+  return name.substr(0, name.find('\0'));
 }
 
 /// The sections one behind the other, looked for from the first to the last.
@@ -46,7 +47,6 @@ class Model {
       section = &sections.emplace_back();
       section->name = name;
     }
-    section->held = true;
     section->data = data;
     section->checksum = checksum;
   }
@@ -82,7 +82,7 @@ class Model {
         return;
       }
       section.fileLength = section.Length();
-      section.held = false;
+      section.data.reset();
       section.place = place;
       place = behind;
     }
@@ -119,9 +119,9 @@ void ExpectEqual(const Model& model, const utl_SectionDirectory& directory) {
     ASSERT_EQ(section.Length(), directory.Length(i));
     ASSERT_EQ(section.checksum, directory.Checksum(i));
     const char* data = directory.Data(i);
-    ASSERT_EQ(section.held, data != nullptr);
-    if (section.held) {
-      ASSERT_EQ(0, std::memcmp(section.data.data(), data, section.data.size()));
+    ASSERT_EQ(section.data.has_value(), data != nullptr);
+    if (section.data) {
+      ASSERT_EQ(0, std::memcmp(section.data->data(), data, section.data->size()));
     } else {
       ASSERT_EQ(section.place, directory.Place(i));
     }

@@ -128,7 +128,7 @@ cow_String utl_FilePath::Anchor(std::string_view name, std::string_view director
     return name.starts_with('\\') ? cow_String(directory.substr(0, 2))
                                   : CurrentDirectoryOfDrive(directory[0]);
   }
-  const cow_String current = utl_getcwd();
+  cow_String current = utl_getcwd();
   if (StartsWithOneBackslash(directory)) return current.Substr(0, 2) + directory;
   return current;
 }

@@ -5,6 +5,7 @@
 #include "utl/utl_CommandLine.h"
 #include "utl/utl_FilePath.h"
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): clients are linked against it.
 cow_String utl_JobFileName(cow_String suffix) {
   utl_CommandLine& commandLine = thr_GlobalSingleton<utl_CommandLine>::Instance();
   const char* auxiliary = std::getenv("SUPAUXNAME");

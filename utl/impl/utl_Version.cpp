@@ -80,7 +80,7 @@ cow_String utl_Version::VersionNumber() const {
 cow_String utl_Version::VersionNumberFromValues(int major, int minor, int update,
                                                 utl_VersionTypeEnum type,
                                                 const char* suffix) const {
-  const cow_String number = Decimal(major) + "." + Decimal(minor) + "-";
+  cow_String number = Decimal(major) + "." + Decimal(minor) + "-";
   switch (type) {
     case VT_DEVELOPMENT:
     case VT_MAINTENANCE:

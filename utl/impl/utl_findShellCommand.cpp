@@ -9,7 +9,7 @@ cow_String utl_findShellCommand(cow_String const& platform,
   if (platform == "nt" || platform == "win86_64") return search.windowsCommand;
   for (const char* command : search.commands) {
     for (const char* directory : search.directories) {
-      const cow_String candidate = cow_String(directory) + "/" + command;
+      cow_String candidate = cow_String(directory) + "/" + command;
       const utl_FilePath path(candidate, "");
       if (path.Exists() && path.IsExecutable()) return candidate;
     }
