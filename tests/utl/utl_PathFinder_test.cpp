@@ -14,9 +14,9 @@ namespace {
 
 constexpr char kVariable[] = "KES_T_PATHS";
 
-class utl_PathFinder_ : public testing::Test {
+class utl_PathFinderTest : public testing::Test {
  protected:
-  utl_PathFinder_() {
+  utl_PathFinderTest() {
     for (const char* directory : {"a", "b", "b/bin"}) {
       std::filesystem::create_directory(dir_.File(directory));
     }
@@ -38,7 +38,7 @@ class utl_PathFinder_ : public testing::Test {
   TempDir dir_;
 };
 
-TEST_F(utl_PathFinder_, FindsTheFirstInTheOrderOfTheList) {
+TEST_F(utl_PathFinderTest, FindsTheFirstInTheOrderOfTheList) {
   ScopedEnvironment list(kVariable, (In("a") + ";" + In("b")).c_str());
   EXPECT_EQ(Found("", "tool"), In("b") + "/tool");
   EXPECT_EQ(Found("", "both"), In("a") + "/both");
@@ -46,7 +46,7 @@ TEST_F(utl_PathFinder_, FindsTheFirstInTheOrderOfTheList) {
   EXPECT_EQ(Found("", "none"), "");
 }
 
-TEST_F(utl_PathFinder_, EmptyEntriesOfTheListAreSkipped) {
+TEST_F(utl_PathFinderTest, EmptyEntriesOfTheListAreSkipped) {
   const CurrentDirectory current(dir_.File("b"));  // an empty entry is not this one
   ScopedEnvironment list(kVariable, (";;" + In("a") + ";;;" + In("b") + ";").c_str());
   EXPECT_EQ(Found("", "tool"), In("b") + "/tool");
@@ -55,7 +55,7 @@ TEST_F(utl_PathFinder_, EmptyEntriesOfTheListAreSkipped) {
   EXPECT_EQ(Found("", "tool"), "");
 }
 
-TEST_F(utl_PathFinder_, UnsetOrEmptyVariableOrEmptyNameFindsNothing) {
+TEST_F(utl_PathFinderTest, UnsetOrEmptyVariableOrEmptyNameFindsNothing) {
   ScopedEnvironment unset(kVariable, nullptr);
   EXPECT_EQ(Found("", "tool"), "");
   ScopedEnvironment empty(kVariable, "");
@@ -65,7 +65,7 @@ TEST_F(utl_PathFinder_, UnsetOrEmptyVariableOrEmptyNameFindsNothing) {
   EXPECT_EQ(Found("bin", ""), "");
 }
 
-TEST_F(utl_PathFinder_, JoinsWithSlashesWhateverTheDirectoryEndsIn) {
+TEST_F(utl_PathFinderTest, JoinsWithSlashesWhateverTheDirectoryEndsIn) {
   ScopedEnvironment list(kVariable, (In("b") + "/").c_str());
   EXPECT_EQ(Found("", "tool"), In("b") + "//tool");
   EXPECT_EQ(Found("", "/tool"), In("b") + "//tool");
@@ -79,7 +79,7 @@ TEST_F(utl_PathFinder_, JoinsWithSlashesWhateverTheDirectoryEndsIn) {
 
 // The system reports no existing file as unreadable of its own accord: every second
 // question, the one for reading, is made to fail.
-TEST_F(utl_PathFinder_, AnUnreadableHitEndsTheSearch) {
+TEST_F(utl_PathFinderTest, AnUnreadableHitEndsTheSearch) {
   ScopedEnvironment list(kVariable, (In("a") + ";" + In("b")).c_str());
   {
     const FailingCall unreadable(SystemCall::kAccess, ERROR_ACCESS_DENIED, 2);
@@ -98,7 +98,7 @@ TEST_F(utl_PathFinder_, AnUnreadableHitEndsTheSearch) {
   EXPECT_FALSE(notAsked.Happened());
 }
 
-TEST_F(utl_PathFinder_, TriesTheNameWithExe) {
+TEST_F(utl_PathFinderTest, TriesTheNameWithExe) {
   ScopedEnvironment list(kVariable, (In("a") + ";" + In("b")).c_str());
   EXPECT_EQ(Found("", "prog"), "");
   EXPECT_EQ(Found("", "prog", true, true), In("b") + "/prog.exe");
@@ -107,7 +107,7 @@ TEST_F(utl_PathFinder_, TriesTheNameWithExe) {
   EXPECT_EQ(Found("", "prog.exe", true, true, true), In("b") + "/prog.exe");
 }
 
-TEST_F(utl_PathFinder_, GetPathIgnoresItsLastFlag) {
+TEST_F(utl_PathFinderTest, GetPathIgnoresItsLastFlag) {
   ScopedEnvironment list(kVariable, In("b").c_str());
   for (bool extra : {false, true}) {
     EXPECT_EQ(utl_PathFinder::getPath(kVariable, "prog", true, true, extra),

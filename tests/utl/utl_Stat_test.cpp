@@ -189,29 +189,36 @@ TEST_F(utl_StatTest, ATextIsANameAndNotAHandle) {
 }
 
 TEST_F(utl_StatTest, ACopyIsAValueOfItsOwn) {
-  const utl_Stat file(name_);
+  utl_Stat file(name_);
+  file.flag = file.isDirectory = file.isNormal = true;
+  file.linkCount = 3;
+  file.accessTime = 4;
+  file.writeTime = 5;
+  file.creationTime = 6;
+  const auto expectAsFile = [&file](const utl_Stat& copy) {
+    EXPECT_EQ(copy.record, &copy.size);
+    EXPECT_EQ(copy.size, 10);
+    EXPECT_EQ(copy.fileIndex, file.fileIndex);
+    EXPECT_EQ(copy.linkCount, 3);
+    EXPECT_EQ(copy.accessTime, 4);
+    EXPECT_EQ(copy.writeTime, 5);
+    EXPECT_EQ(copy.creationTime, 6);
+    EXPECT_TRUE(copy.flag && copy.isDirectory && copy.isNormal);
+    EXPECT_EQ(copy.error.Code(), 0);
+  };
   const utl_Stat missing(Name("missing"));
   utl_Stat copy(file);
-  EXPECT_EQ(copy.record, &copy.size);
-  EXPECT_EQ(copy.size, 10);
-  EXPECT_EQ(copy.fileIndex, file.fileIndex);
-  EXPECT_EQ(copy.linkCount, file.linkCount);
-  EXPECT_EQ(copy.accessTime, file.accessTime);
-  EXPECT_EQ(copy.writeTime, file.writeTime);
-  EXPECT_EQ(copy.creationTime, file.creationTime);
+  expectAsFile(copy);
   const utl_Stat& same = copy;
   copy = same;
-  EXPECT_EQ(copy.record, &copy.size);
+  expectAsFile(copy);
   copy = missing;
   EXPECT_EQ(copy.record, nullptr);
   EXPECT_EQ(copy.size, 0);
   EXPECT_EQ(copy.error.Code(), 2);
-  copy.flag = true;
-  copy = utl_Stat(dir_.Path().c_str());
-  EXPECT_FALSE(copy.flag);
-  EXPECT_EQ(copy.record, &copy.size);
-  EXPECT_TRUE(copy.isDirectory);
-  EXPECT_EQ(copy.error.Code(), 0);
+  EXPECT_FALSE(copy.flag || copy.isDirectory || copy.isNormal);
+  copy = file;
+  expectAsFile(copy);
 }
 
 TEST_F(utl_StatTest, SizesAbove4GiB) {
