@@ -116,6 +116,15 @@ TEST(utl_FilePath, EmptyPathHasNoText) {
   EXPECT_EQ(path.FileName(), "");
 }
 
+TEST(utl_FilePath, NameThatStandsForTheDirectoryForgetsTheEarlierName) {
+  for (const char* name : {"", "."}) {
+    utl_FilePath path("sub\\f.txt", "D:\\x");
+    path.SetFilePath(name, "E:\\y");
+    EXPECT_EQ(path.AbsolutePathName(), "E:\\y\\");
+    EXPECT_EQ(path.PathName(), "");
+  }
+}
+
 TEST(utl_FilePath, AbsentDriveLeavesTheDirectoryAsItWas) {
   utl_FilePath path("f", "D:\\x");
   path.SetFilePath("Q:g", "");

@@ -4,6 +4,7 @@
 #include <random>
 #include <type_traits>
 
+#include "common/PeakMemory.h"
 #include "nex/nex_AssertException.h"
 #include "utl/MultisectionTest.h"
 
@@ -200,6 +201,19 @@ TEST_F(MultisectionFileTest, SectionsAreFoundWhereverTheFileStands) {
   EXPECT_EQ("4444", Get(file, "d"));
 }
 
+TEST_F(MultisectionFileTest, SectionsBehindEmptyOnesAreFoundAfterASave) {
+  WriteImage({{"a", ""}, {"b", "old"}, {"c", ""}, {"d", "4444"}});
+  utl_MultisectionFile file(path_, utl_FileAccessUpdate);
+  for (const char* data : {"new", "", "newer"}) {
+    Set(file, "b", data);
+    file.saveChanges();
+    EXPECT_EQ("", Get(file, "a"));
+    EXPECT_EQ(data, Get(file, "b"));
+    EXPECT_EQ("", Get(file, "c"));
+    EXPECT_EQ("4444", Get(file, "d"));
+  }
+}
+
 TEST_F(MultisectionFileTest, SectionBehindTwoGigabytesLessAFewBytes) {
   constexpr std::int64_t kMax = std::numeric_limits<std::int32_t>::max();
   const ImageSection last = {"b", "the last bytes"};
@@ -218,6 +232,16 @@ TEST_F(MultisectionFileTest, SectionBehindTwoGigabytesLessAFewBytes) {
   EXPECT_EQ(last.data, Get(file, "b"));
   Set(file, "b", last.data + "!");
   EXPECT_CONTENTS_ERROR(file.saveChanges(), "Total size exceeds 2147483647 bytes");
+}
+
+TEST_F(MultisectionFileTest, DirectoryBehindTwoGigabytesIsRefusedAndTakesNoMemory) {
+  constexpr std::int64_t kMax = std::numeric_limits<std::int32_t>::max();
+  const std::int64_t before = PeakMemory();
+  WriteWholeFile(file_, ImageHeader(1) + ImageInt(kMax + 1 - 12 - 12));
+  utl_File(path_, utl_FileAccessUpdate, utl_FileShareDefault).Extend(kMax + 1);
+  EXPECT_CONTENTS_ERROR(utl_MultisectionFile(path_, utl_FileAccessRead),
+                        "Total size exceeds 2147483647 bytes");
+  EXPECT_LT(PeakMemory() - before, 256 * 1024 * 1024);
 }
 
 TEST_F(MultisectionFileTest, SavingCutsTheFileToItsNewLength) {
