@@ -140,19 +140,22 @@ void utl_Stream::WritePending() {
 void utl_Stream::FixNumericString(char* text, int width) {
   const std::string_view number(text);
   const std::size_t exponent = number.find('e');
-  if (exponent == number.npos && number.find('.') == number.npos) {
-    text[utl_addPoint(text, number.size())] = '\0';
-  } else if (number.size() >= 4 && exponent != number.npos) {
-    const std::string_view digits = number.substr(std::min(exponent + 2, number.size()));
-    if (digits.size() == 3 && digits[0] == '0' && IsDigit(digits[1]) &&
-        IsDigit(digits[2])) {
-      char* const zero = text + exponent + 2;
-      std::memmove(zero, zero + 1, 3);
-      if (width != 0) {
-        std::memmove(text + 1, text, number.size());
-        *text = ' ';
-      }
+  if (exponent == std::string_view::npos) {
+    if (number.find('.') == std::string_view::npos) {
+      text[utl_addPoint(text, number.size())] = '\0';
     }
+    return;
+  }
+  const std::string_view digits = number.substr(std::min(exponent + 2, number.size()));
+  if (digits.size() != 3 || digits[0] != '0' || !IsDigit(digits[1]) ||
+      !IsDigit(digits[2])) {
+    return;
+  }
+  char* const zero = text + exponent + 2;
+  std::memmove(zero, zero + 1, 3);
+  if (width != 0) {
+    std::memmove(text + 1, text, number.size());
+    *text = ' ';
   }
 }
 
