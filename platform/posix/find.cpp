@@ -1,66 +1,77 @@
 // Listing directories.
 //
-// Not emulated: short names (neither given nor matched), patterns that end in a dot
-// and the old wildcards "<", ">" and "\"", reparse points (a link shows as what it
-// leads to). A name that begins with a dot is hidden. The entries are those at the
-// time of the first call, "." and ".." first, then in order without regard to case.
+// Not emulated: all that an entry has beside its name and its attributes directory,
+// hidden (a name that begins with a dot) and archive (any that is no directory): most
+// often the directory itself tells these, and a listing is several times faster than
+// with a look at every entry. Short names (neither given nor matched), patterns that
+// end in a dot and the old wildcards "<", ">" and "\"", reparse points (a link shows as
+// what it leads to, and not at all when that is nothing). The order is the directory's
+// own. One search is used by one thread at a time.
 
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <array>
+#include <atomic>
 #include <cctype>
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
 #include <memory>
-#include <mutex>
 #include <string_view>
-#include <vector>
 
 #include "posix_error.h"
 #include "posix_path.h"
-#include "posix_status.h"
 
 namespace posix {
 namespace {
 
+constexpr size_t kMostSearches = 4096;
+constexpr size_t kRecordsSize = size_t{32} * 1024;
+
 struct Search {
+  Search() = default;
+  ~Search() {
+    if (fd >= 0) close(fd);
+  }
+  Search(const Search&) = delete;
+  Search& operator=(const Search&) = delete;
+
+  int fd = -1;
   std::string directory;
-  std::vector<std::string> names;  // what is still to come, the next one last
+  std::string pattern;
+  bool takesAll = false;
+  // What the system has told of the directory, and where the untold rest stands.
+  ssize_t begin = 0;
+  ssize_t end = 0;
+  alignas(dirent64) char records[kRecordsSize];
 };
-
-std::mutex mutex;
-
-// Never destroyed, as the destructors of others may still search at the end.
-std::vector<std::unique_ptr<Search>>& Searches() {
-  static auto& searches = *new std::vector<std::unique_ptr<Search>>;
-  return searches;
-}
 
 // Small integers as file handles are, but never the number of a descriptor.
 constexpr ULONG_PTR kFirstHandle = 0x20000000;
 
-HANDLE HandleOf(size_t index) {
-  return reinterpret_cast<HANDLE>(kFirstHandle + index);
-}
+// The open searches; a handle tells the place.
+std::array<std::atomic<Search*>, kMostSearches> searches;
 
-// REQUIRES: `mutex` is held.
-std::unique_ptr<Search>* FindSearch(HANDLE handle) {
-  const auto value = reinterpret_cast<ULONG_PTR>(handle);
-  if (value < kFirstHandle || value - kFirstHandle >= Searches().size()) return nullptr;
-  std::unique_ptr<Search>& search = Searches()[value - kFirstHandle];
-  return search ? &search : nullptr;
+// Null for what is no search's handle.
+std::atomic<Search*>* PlaceOf(HANDLE handle) {
+  const ULONG_PTR place = reinterpret_cast<ULONG_PTR>(handle) - kFirstHandle;
+  return place < searches.size() ? &searches[place] : nullptr;
 }
 
 HANDLE Keep(std::unique_ptr<Search> search) {
-  const std::lock_guard guard(mutex);
-  auto& all = Searches();
-  const auto slot = std::find(all.begin(), all.end(), nullptr);
-  const auto index = static_cast<size_t>(slot - all.begin());
-  if (slot == all.end()) all.emplace_back();
-  all[index] = std::move(search);
-  return HandleOf(index);
+  for (size_t place = 0; place < searches.size(); ++place) {
+    Search* none = nullptr;
+    if (searches[place].compare_exchange_strong(none, search.get())) {
+      static_cast<void>(search.release());
+      return reinterpret_cast<HANDLE>(kFirstHandle + place);
+    }
+  }
+  SetLastError(ERROR_TOO_MANY_OPEN_FILES);
+  return INVALID_HANDLE_VALUE;
 }
 
 bool EqualLetters(char a, char b) {
@@ -92,70 +103,80 @@ bool Matches(std::string_view name, std::string_view pattern) {
   return pattern.find_first_not_of('*', p) == std::string_view::npos;
 }
 
-bool IsDotOrDots(const std::string& name) {
-  return name == "." || name == "..";
+bool IsDotOrDots(const char* name) {
+  return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
 }
 
-bool LessWithoutCase(char a, char b) {
-  return std::toupper(static_cast<unsigned char>(a)) <
-         std::toupper(static_cast<unsigned char>(b));
+bool IsListed(const Search& search, const char* name) {
+  if (IsDotOrDots(name) && search.directory == "/") return false;
+  return search.takesAll || Matches(name, search.pattern);
 }
 
-bool InOrder(const std::string& one, const std::string& other) {
-  if (IsDotOrDots(one) != IsDotOrDots(other)) return IsDotOrDots(one);
-  const auto before = [](const std::string& a, const std::string& b) {
-    return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(),
-                                        LessWithoutCase);
-  };
-  return before(one, other) || (!before(other, one) && one < other);
+DWORD Open(Search& search) {
+  do {
+    search.fd = open(search.directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  } while (search.fd < 0 && errno == EINTR);
+  if (search.fd >= 0) return ERROR_SUCCESS;
+  if (errno == ENOENT) return ERROR_PATH_NOT_FOUND;
+  return errno == ENOTDIR ? ERROR_INVALID_NAME : CodeFromErrno(errno);
 }
 
-DWORD List(Search& search, std::string_view pattern) {
-  const std::unique_ptr<DIR, int (*)(DIR*)> stream(opendir(search.directory.c_str()),
-                                                   closedir);
-  if (!stream) {
-    if (errno == ENOENT) return ERROR_PATH_NOT_FOUND;
-    return errno == ENOTDIR ? ERROR_INVALID_NAME : CodeFromErrno(errno);
-  }
-  if (pattern == "*.*") pattern = "*";
-  while (const dirent* entry = readdir(stream.get())) {
-    const std::string name = entry->d_name;
-    const bool isRootsOwn = search.directory == "/" && IsDotOrDots(name);
-    if (!isRootsOwn && name.size() < MAX_PATH && Matches(name, pattern)) {
-      search.names.push_back(name);
-    }
-  }
-  std::sort(search.names.begin(), search.names.end(), InOrder);
-  std::reverse(search.names.begin(), search.names.end());
+// Reads on when all records have been told. A directory that has been removed has come
+// to its end.
+DWORD Refill(Search& search) {
+  if (search.begin < search.end) return ERROR_SUCCESS;
+  search.begin = search.end = 0;
+  ssize_t size;
+  do {
+    size = getdents64(search.fd, search.records, kRecordsSize);
+  } while (size < 0 && errno == EINTR);
+  if (size < 0 && errno != ENOENT) return CodeFromErrno(errno);
+  if (size <= 0) return ERROR_NO_MORE_FILES;
+  search.end = size;
   return ERROR_SUCCESS;
 }
 
-void Fill(const std::string& name, const struct stat& status, WIN32_FIND_DATAA& data) {
-  const bool isHidden = name[0] == '.' && !IsDotOrDots(name);
-  const auto size = S_ISDIR(status.st_mode) ? 0 : static_cast<ULONGLONG>(status.st_size);
-  data = {};
-  data.dwFileAttributes = AttributesOf(status) | (isHidden ? FILE_ATTRIBUTE_HIDDEN : 0);
-  data.ftCreationTime = CreationTime(status);
-  data.ftLastAccessTime = FileTime(status.st_atim);
-  data.ftLastWriteTime = FileTime(status.st_mtim);
-  data.nFileSizeHigh = static_cast<DWORD>(size >> 32);
-  data.nFileSizeLow = static_cast<DWORD>(size);
-  std::memcpy(data.cFileName, name.c_str(), name.size() + 1);
+// REQUIRES: there is a record.
+const dirent64& TakeRecord(Search& search) {
+  const auto* record = reinterpret_cast<const dirent64*>(search.records + search.begin);
+  search.begin += record->d_reclen;
+  return *record;
 }
 
-// The next entry that still exists.
-bool Next(Search& search, WIN32_FIND_DATAA& data) {
-  while (!search.names.empty()) {
-    const std::string name = search.names.back();
-    search.names.pop_back();
-    const std::string path = search.directory + "/" + name;
-    struct stat status;
-    if (stat(path.c_str(), &status) == 0 || lstat(path.c_str(), &status) == 0) {
-      Fill(name, status, data);
-      return true;
-    }
+// Whether the entry, or what a link leads to, is a directory. False for `exists` when
+// that takes a look at it and nothing is there.
+bool IsDirectory(const Search& search, const dirent64& entry, bool& exists) {
+  exists = true;
+  if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN) return entry.d_type == DT_DIR;
+  struct stat status;
+  exists = fstatat(search.fd, entry.d_name, &status, 0) == 0;
+  return exists && S_ISDIR(status.st_mode);
+}
+
+void Fill(const dirent64& entry, bool isDirectory, WIN32_FIND_DATAA& data) {
+  const bool isHidden = entry.d_name[0] == '.' && !IsDotOrDots(entry.d_name);
+  data.dwFileAttributes =
+      (isDirectory ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE) |
+      (isHidden ? FILE_ATTRIBUTE_HIDDEN : 0);
+  // The record's length saves measuring the name; both sizes exceed the longest one's.
+  std::memcpy(
+      data.cFileName, entry.d_name,
+      std::min(entry.d_reclen - offsetof(dirent64, d_name), sizeof data.cFileName));
+}
+
+// The next entry; 0, or the code with which the listing ends.
+DWORD Next(Search& search, WIN32_FIND_DATAA& data) {
+  for (;;) {
+    const DWORD code = Refill(search);
+    if (code != ERROR_SUCCESS) return code;
+    const dirent64& entry = TakeRecord(search);
+    if (!IsListed(search, entry.d_name)) continue;
+    bool exists;
+    const bool isDirectory = IsDirectory(search, entry, exists);
+    if (!exists) continue;
+    Fill(entry, isDirectory, data);
+    return ERROR_SUCCESS;
   }
-  return false;
 }
 
 // Splits a name into the directory, resolved, and the pattern behind it.
@@ -180,29 +201,28 @@ DWORD Split(const char* name, std::string& directory, std::string_view& pattern)
 using namespace posix;
 
 HANDLE FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data) {
-  auto search = std::make_unique<Search>();
+  std::unique_ptr<Search> search(new Search);  // records stay as they are
   std::string_view names;
   DWORD code = Split(pattern, search->directory, names);
-  if (code == ERROR_SUCCESS) code = List(*search, names);
-  if (code == ERROR_SUCCESS && !Next(*search, *data)) code = ERROR_FILE_NOT_FOUND;
-  if (code != ERROR_SUCCESS) {
-    SetLastError(code);
-    return INVALID_HANDLE_VALUE;
-  }
-  return Keep(std::move(search));
+  search->pattern = names;
+  search->takesAll = names == "*" || names == "*.*";
+  if (code == ERROR_SUCCESS) code = Open(*search);
+  if (code == ERROR_SUCCESS) code = Next(*search, *data);
+  if (code == ERROR_SUCCESS) return Keep(std::move(search));
+  SetLastError(code == ERROR_NO_MORE_FILES ? ERROR_FILE_NOT_FOUND : code);
+  return INVALID_HANDLE_VALUE;
 }
 
 BOOL FindNextFileA(HANDLE handle, WIN32_FIND_DATAA* data) {
-  const std::lock_guard guard(mutex);
-  const auto* search = FindSearch(handle);
-  if (search == nullptr) return Fail(ERROR_INVALID_HANDLE);
-  return Next(**search, *data) ? TRUE : Fail(ERROR_NO_MORE_FILES);
+  const auto* place = PlaceOf(handle);
+  Search* search = place == nullptr ? nullptr : place->load();
+  const DWORD code = search == nullptr ? ERROR_INVALID_HANDLE : Next(*search, *data);
+  return code == ERROR_SUCCESS ? TRUE : Fail(code);
 }
 
 BOOL FindClose(HANDLE handle) {
-  const std::lock_guard guard(mutex);
-  auto* search = FindSearch(handle);
-  if (search == nullptr) return Fail(ERROR_INVALID_HANDLE);
-  search->reset();
-  return TRUE;
+  auto* place = PlaceOf(handle);
+  const std::unique_ptr<Search> search(place == nullptr ? nullptr
+                                                        : place->exchange(nullptr));
+  return search ? TRUE : Fail(ERROR_INVALID_HANDLE);
 }

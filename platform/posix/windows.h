@@ -159,17 +159,10 @@ struct BY_HANDLE_FILE_INFORMATION {
   DWORD nFileIndexLow;
 };
 
+// Sizes and times are left out: a listing does not ask for them (see find.cpp).
 struct WIN32_FIND_DATAA {
   DWORD dwFileAttributes;
-  FILETIME ftCreationTime;
-  FILETIME ftLastAccessTime;
-  FILETIME ftLastWriteTime;
-  DWORD nFileSizeHigh;
-  DWORD nFileSizeLow;
-  DWORD dwReserved0;
-  DWORD dwReserved1;
   CHAR cFileName[MAX_PATH];
-  CHAR cAlternateFileName[14];
 };
 
 union ULARGE_INTEGER {

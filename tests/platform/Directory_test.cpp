@@ -8,6 +8,10 @@
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <set>
+#include <string>
+#include <vector>
 
 #include "common/CurrentDirectory.h"
 #include "platform/PlatformTest.h"
@@ -15,18 +19,27 @@
 namespace {
 
 struct Listed {
-  std::string names;  // each followed by a blank
-  DWORD code;         // with which the listing ended or did not begin
+  std::vector<std::string> names;  // as they came
+  DWORD code;                      // with which the listing ended or did not begin
+
+  // In the order of their bytes, each followed by a blank.
+  std::string Sorted() const {
+    std::string all;
+    for (const std::string& name : std::set<std::string>(names.begin(), names.end())) {
+      all += name + " ";
+    }
+    return all;
+  }
 };
 
 Listed List(const std::string& pattern) {
   WIN32_FIND_DATAA data;
   SetLastError(kUntouched);
   const HANDLE search = FindFirstFileA(pattern.c_str(), &data);
-  if (search == INVALID_HANDLE_VALUE) return {"", GetLastError()};
+  if (search == INVALID_HANDLE_VALUE) return {{}, GetLastError()};
   Listed listed;
   do {
-    listed.names += std::string(data.cFileName) + " ";
+    listed.names.emplace_back(data.cFileName);
     SetLastError(kUntouched);
   } while (FindNextFileA(search, &data));
   listed.code = GetLastError();
@@ -34,12 +47,13 @@ Listed List(const std::string& pattern) {
   return listed;
 }
 
-WIN32_FIND_DATAA Found(const std::string& path) {
+// Of an entry, those attributes that both systems tell alike.
+DWORD Attributes(const std::string& path) {
   WIN32_FIND_DATAA data = {};
   const HANDLE search = FindFirstFileA(path.c_str(), &data);
   EXPECT_NE(search, INVALID_HANDLE_VALUE);
   FindClose(search);
-  return data;
+  return data.dwFileAttributes;
 }
 
 }  // namespace
@@ -61,39 +75,86 @@ TEST_F(DirectoryTest, Patterns) {
     const char* names;
     DWORD code;
   } cases[] = {
-      {"*", ". .. a B.txt c.TXT c.txt.bak d _x ", ERROR_NO_MORE_FILES},
-      {"*.*", ". .. a B.txt c.TXT c.txt.bak d _x ", ERROR_NO_MORE_FILES},
+      {"*", ". .. B.txt _x a c.TXT c.txt.bak d ", ERROR_NO_MORE_FILES},
+      {"*.*", ". .. B.txt _x a c.TXT c.txt.bak d ", ERROR_NO_MORE_FILES},
       {"*.txt", "B.txt c.TXT ", ERROR_NO_MORE_FILES},
       {"?.txt", "B.txt c.TXT ", ERROR_NO_MORE_FILES},
       {"*t*a*", "c.txt.bak ", ERROR_NO_MORE_FILES},
       {"b.TXT", "B.txt ", ERROR_NO_MORE_FILES},
       {"d", "d ", ERROR_NO_MORE_FILES},
       {"d\\*", ". .. x ", ERROR_NO_MORE_FILES},
+      {".\\d\\\\*", ". .. x ", ERROR_NO_MORE_FILES},
       {"d\\*.q", "", ERROR_FILE_NOT_FOUND},
       {"missing", "", ERROR_FILE_NOT_FOUND},
       {"d\\", "", ERROR_FILE_NOT_FOUND},
       {"missing\\*", "", ERROR_PATH_NOT_FOUND},
+      {"missing\\missing\\*", "", ERROR_PATH_NOT_FOUND},
       {"a\\*", "", ERROR_INVALID_NAME},
       {"*\\x", "", ERROR_INVALID_NAME},
   };
   for (const auto& one : cases) {
     const Listed listed = List(Below(one.pattern));
-    EXPECT_EQ(listed.names, one.names) << one.pattern;
+    EXPECT_EQ(listed.Sorted(), one.names) << one.pattern;
     EXPECT_EQ(listed.code, one.code) << one.pattern;
   }
   EXPECT_EQ(List("").code, DWORD{ERROR_PATH_NOT_FOUND});
   EXPECT_EQ(List("Q:\\*").code, DWORD{ERROR_PATH_NOT_FOUND});
-  EXPECT_EQ(List("Z:\\*").names.find(". "), std::string::npos);
 }
 
-TEST_F(DirectoryTest, EntriesTellTheirStatus) {
+TEST_F(DirectoryTest, RootHasNoDots) {
+  for (const char* pattern : {"Z:\\*", "Z:\\.\\*", "\\*", "Z:\\.*"}) {
+    for (const std::string& name : List(pattern).names) {
+      EXPECT_TRUE(name != "." && name != "..") << pattern;
+    }
+  }
+}
+
+TEST_F(DirectoryTest, ManyEntriesOnceEach) {
+  constexpr int kFiles = 500;  // more than the system tells at once
+  std::set<std::string> expected = {".", "..", "a", "d"};
+  for (int i = 0; i < kFiles; ++i) {
+    const std::string name = std::string(100, 'n') + std::to_string(i);
+    WriteWholeFile(Name(name), "");
+    expected.insert(name);
+  }
+  const Listed listed = List(Below("*"));
+  EXPECT_EQ(listed.names.size(), expected.size());
+  EXPECT_EQ(std::set<std::string>(listed.names.begin(), listed.names.end()), expected);
+  EXPECT_EQ(listed.code, DWORD{ERROR_NO_MORE_FILES});
+  EXPECT_EQ(List(Below("*nn499")).Sorted(), std::string(100, 'n') + "499 ");
+}
+
+TEST_F(DirectoryTest, LongestName) {
+  const std::string longest(255, 'n');
+  std::filesystem::current_path(dir_.Path() + "/d");
+  std::ofstream file(longest);
+  if (!file.is_open()) GTEST_SKIP() << "a file of such a name cannot be made here";
+  EXPECT_EQ(List("n*").Sorted(), longest + " ");
+}
+
+TEST_F(DirectoryTest, EntriesTellTheirKind) {
   WriteWholeFile(Name(".dot"), "");
-  EXPECT_EQ(Found(Below("a")).dwFileAttributes, DWORD{FILE_ATTRIBUTE_ARCHIVE});
-  EXPECT_EQ(Found(Below("a")).nFileSizeLow, 10u);
-  EXPECT_EQ(Found(Below("d")).dwFileAttributes, DWORD{FILE_ATTRIBUTE_DIRECTORY});
-  EXPECT_EQ(Found(Below("d")).nFileSizeLow, 0u);
-  EXPECT_EQ(Found(Below(".dot")).dwFileAttributes,
-            DWORD{FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN});
+  std::filesystem::create_directory(Name(".dots"));
+  const std::pair<const char*, DWORD> cases[] = {
+      {"a", FILE_ATTRIBUTE_ARCHIVE},
+      {"d", FILE_ATTRIBUTE_DIRECTORY},
+      {".dot", FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN},
+      {".dots", FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_HIDDEN}};
+  for (const auto& [name, attributes] : cases) {
+    EXPECT_EQ(Attributes(Below(name)), attributes) << name;
+  }
+}
+
+TEST_F(DirectoryTest, LinksShowAsWhatTheyLeadTo) {
+  std::error_code error;
+  std::filesystem::create_symlink("a", Name("toFile"), error);
+  if (error) GTEST_SKIP() << "links cannot be made here: " << error.message();
+  std::filesystem::create_directory_symlink("d", Name("toDirectory"));
+  std::filesystem::create_symlink("missing", Name("toNothing"));
+  std::filesystem::create_symlink("loop", Name("loop"));
+  EXPECT_EQ(List(Below("*")).Sorted(), ". .. a d toDirectory toFile ");
+  EXPECT_EQ(Attributes(Below("toFile")), DWORD{FILE_ATTRIBUTE_ARCHIVE});
+  EXPECT_EQ(Attributes(Below("toDirectory")), DWORD{FILE_ATTRIBUTE_DIRECTORY});
 }
 
 TEST_F(DirectoryTest, SearchesDoNotMeet) {
@@ -101,13 +162,44 @@ TEST_F(DirectoryTest, SearchesDoNotMeet) {
   const HANDLE one = FindFirstFileA(Below("*").c_str(), &data);
   const HANDLE other = FindFirstFileA(Below("d\\*").c_str(), &data);
   EXPECT_NE(one, other);
-  EXPECT_TRUE(FindNextFileA(other, &data));
-  EXPECT_TRUE(FindNextFileA(other, &data));
-  EXPECT_STREQ(data.cFileName, "x");
+  const auto entriesLeft = [&data](HANDLE search) {
+    int count = 0;
+    while (FindNextFileA(search, &data)) ++count;
+    return count;
+  };
+  EXPECT_EQ(entriesLeft(other), 2);
   EXPECT_TRUE(FindClose(other));
-  EXPECT_TRUE(FindNextFileA(one, &data));
-  EXPECT_STREQ(data.cFileName, "..");
+  EXPECT_EQ(entriesLeft(one), 3);
+  EXPECT_EQ(CodeOf([&] { return FindNextFileA(one, &data); }),
+            DWORD{ERROR_NO_MORE_FILES});
   EXPECT_TRUE(FindClose(one));
+}
+
+TEST_F(DirectoryTest, ClosedSearchLetsGoOfTheDirectory) {
+  WIN32_FIND_DATAA data;
+  const HANDLE search = FindFirstFileA(Below("d\\*").c_str(), &data);
+  EXPECT_TRUE(FindClose(search));
+  EXPECT_EQ(std::filesystem::remove_all(Name("d")), 2u);
+  EXPECT_EQ(List(Below("d\\*")).code, DWORD{ERROR_PATH_NOT_FOUND});
+}
+
+TEST_F(DirectoryTest, EntriesThatGoMeanwhile) {
+  constexpr int kFiles = 500;
+  for (int i = 0; i < kFiles; ++i) {
+    WriteWholeFile(Name(std::string(100, 'n') + std::to_string(i)), "");
+  }
+  WIN32_FIND_DATAA data;
+  const HANDLE search = FindFirstFileA(Below("*").c_str(), &data);
+  ASSERT_NE(search, INVALID_HANDLE_VALUE);
+  for (const auto& entry : std::filesystem::directory_iterator(dir_.Path())) {
+    std::filesystem::remove_all(entry.path());
+  }
+  int count = 1;
+  SetLastError(kUntouched);
+  while (FindNextFileA(search, &data)) ++count;
+  EXPECT_EQ(GetLastError(), DWORD{ERROR_NO_MORE_FILES});
+  EXPECT_LE(count, kFiles + 4);
+  EXPECT_TRUE(FindClose(search));
 }
 
 TEST_F(DirectoryTest, InvalidSearches) {
@@ -116,6 +208,21 @@ TEST_F(DirectoryTest, InvalidSearches) {
     EXPECT_EQ(CodeOf([&] { return FindNextFileA(handle, &data); }),
               DWORD{ERROR_INVALID_HANDLE});
     EXPECT_EQ(CodeOf([&] { return FindClose(handle); }), DWORD{ERROR_INVALID_HANDLE});
+  }
+}
+
+TEST_F(DirectoryTest, ManySearchesAtOnce) {
+  constexpr size_t kSearches = 300;
+  WIN32_FIND_DATAA data;
+  std::set<HANDLE> searches;
+  for (size_t i = 0; i < kSearches; ++i) {
+    searches.insert(FindFirstFileA(Below("*").c_str(), &data));
+  }
+  EXPECT_EQ(searches.size(), kSearches);
+  EXPECT_EQ(searches.count(INVALID_HANDLE_VALUE), 0u);
+  for (const HANDLE search : searches) {
+    EXPECT_TRUE(FindNextFileA(search, &data));
+    EXPECT_TRUE(FindClose(search));
   }
 }
 
