@@ -97,6 +97,11 @@ class KSTUTL_EXPORT utl_FilePath {
   cow_String Extension() const { return extension_; }
 
  private:
+  friend class utl_EntryPaths;  // makes many paths of one directory
+
+  // Whether the name, with `\` as its separator, is absolute.
+  static bool IsAbsoluteName(std::string_view name);
+
   bool IsPlain() const { return !isUrl_ && !isNetworkConnector_; }
   cow_String Anchor(std::string_view name, std::string_view directory) const;
   cow_String CurrentDirectoryOfDrive(char letter) const;

@@ -26,6 +26,11 @@ struct {
 } disk;
 
 struct {
+  int begun = 0;
+  int closed = 0;
+} searches;
+
+struct {
   std::function<void()> atEnd;
   WORD granted = 0;
   std::vector<WORD> starts;
@@ -76,6 +81,19 @@ FakeDiskSpace::~FakeDiskSpace() {
 
 const std::string& FakeDiskSpace::Asked() const {
   return disk.asked;
+}
+
+WatchedSearches::WatchedSearches() {
+  redirection::Install();
+  searches = {};
+}
+
+int WatchedSearches::Begun() const {
+  return searches.begun;
+}
+
+int WatchedSearches::Closed() const {
+  return searches.closed;
 }
 
 WatchedCreateFile::WatchedCreateFile() {
@@ -142,6 +160,14 @@ bool redirection::ReplaceDiskSpace(const char* directory, ULARGE_INTEGER* toCall
 
 void redirection::Record(const CreateFileArguments& arguments) {
   lastCreateFile = arguments;
+}
+
+void redirection::RecordSearchBegin(HANDLE search) {
+  if (search != INVALID_HANDLE_VALUE) ++searches.begun;
+}
+
+void redirection::RecordSearchEnd() {
+  ++searches.closed;
 }
 
 void redirection::RecordSocketStart(WORD asked, WORD& granted) {

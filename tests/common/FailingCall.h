@@ -12,6 +12,9 @@ enum class SystemCall {
   kAccess,
   kCloseHandle,
   kCreateFile,
+  kFindFirstFile,
+  kFindFirstFileByNull,  // answers null instead of INVALID_HANDLE_VALUE
+  kFindNextFile,
   kFlushFileBuffers,
   kGetDiskFreeSpaceEx,
   kGetFileInformationByHandle,
@@ -78,6 +81,17 @@ class FakeDiskSpace {
   const std::string& Asked() const;
 };
 
+/// Counts the library's searches of directories from the construction on. One object at a
+/// time.
+class WatchedSearches {
+ public:
+  WatchedSearches();
+  /// How many were begun.
+  int Begun() const;
+  /// How many of them were closed.
+  int Closed() const;
+};
+
 /// What the library handed to its last CreateFileA.
 struct CreateFileArguments {
   DWORD access;
@@ -130,6 +144,8 @@ bool ReplaceSleep(DWORD milliseconds);
 bool ReplaceDiskSpace(const char* directory, ULARGE_INTEGER* toCaller,
                       ULARGE_INTEGER* onDrive);
 void Record(const CreateFileArguments& arguments);
+void RecordSearchBegin(HANDLE search);
+void RecordSearchEnd();
 /// Also changes the granted version where a test wants another one.
 void RecordSocketStart(WORD asked, WORD& granted);
 void RecordSocketEnd();

@@ -41,12 +41,6 @@ bool HasHost(std::string_view path) {
   return path.size() >= 3 && path.starts_with("\\\\") && path[2] != '\\';
 }
 
-bool IsAbsoluteName(std::string_view name) {
-  const bool hasRoot =
-      name.size() >= 3 && name[0] == '\\' && name[1] != '\\' && name[1] != ':';
-  return hasRoot || HasHost(name) || HasDriveAndRoot(name);
-}
-
 // A directory that starts with a single backslash is not absolute, unlike a name.
 bool IsAbsoluteDirectory(std::string_view directory) {
   return HasHost(directory) || HasDriveAndRoot(directory);
@@ -119,6 +113,12 @@ void utl_FilePath::SetFilePath(cow_String fileName, cow_String directory) {
     if (!directory_.IsEmpty()) AddSeparator(directory_);
   }
   SplitName(name);
+}
+
+bool utl_FilePath::IsAbsoluteName(std::string_view name) {
+  const bool hasRoot =
+      name.size() >= 3 && name[0] == '\\' && name[1] != '\\' && name[1] != ':';
+  return hasRoot || HasHost(name) || HasDriveAndRoot(name);
 }
 
 // The directory for a name that has neither drive nor root.

@@ -37,6 +37,26 @@ BOOL CloseHandle(HANDLE handle) {
   return redirection::Fails(SystemCall::kCloseHandle) ? FALSE : closed;
 }
 
+HANDLE FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data) {
+  static const auto next = Next(&FindFirstFileA);
+  if (redirection::Fails(SystemCall::kFindFirstFileByNull)) return nullptr;
+  if (redirection::Fails(SystemCall::kFindFirstFile)) return INVALID_HANDLE_VALUE;
+  HANDLE search = next(pattern, data);
+  redirection::RecordSearchBegin(search);
+  return search;
+}
+
+BOOL FindClose(HANDLE search) {
+  static const auto next = Next(&FindClose);
+  redirection::RecordSearchEnd();
+  return next(search);
+}
+
+BOOL FindNextFileA(HANDLE search, WIN32_FIND_DATAA* data) {
+  static const auto next = Next(&FindNextFileA);
+  return redirection::Fails(SystemCall::kFindNextFile) ? FALSE : next(search, data);
+}
+
 BOOL FlushFileBuffers(HANDLE handle) {
   static const auto next = Next(&FlushFileBuffers);
   return redirection::Fails(SystemCall::kFlushFileBuffers) ? FALSE : next(handle);

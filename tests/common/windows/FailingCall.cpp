@@ -29,6 +29,24 @@ BOOL WINAPI Close(HANDLE handle) {
   return redirection::Fails(SystemCall::kCloseHandle) ? FALSE : closed;
 }
 
+HANDLE WINAPI FindFirst(LPCSTR pattern, WIN32_FIND_DATAA* data) {
+  if (redirection::Fails(SystemCall::kFindFirstFileByNull)) return nullptr;
+  if (redirection::Fails(SystemCall::kFindFirstFile)) return INVALID_HANDLE_VALUE;
+  const HANDLE search = FindFirstFileA(pattern, data);
+  redirection::RecordSearchBegin(search);
+  return search;
+}
+
+BOOL WINAPI EndFind(HANDLE search) {
+  redirection::RecordSearchEnd();
+  return FindClose(search);
+}
+
+BOOL WINAPI FindNext(HANDLE search, WIN32_FIND_DATAA* data) {
+  return redirection::Fails(SystemCall::kFindNextFile) ? FALSE
+                                                       : FindNextFileA(search, data);
+}
+
 BOOL WINAPI Flush(HANDLE handle) {
   return redirection::Fails(SystemCall::kFlushFileBuffers) ? FALSE
                                                            : FlushFileBuffers(handle);
@@ -120,6 +138,9 @@ struct Replacement {
 const Replacement kReplacements[] = {
     {"CreateFileA", Address(&Create)},
     {"CloseHandle", Address(&Close)},
+    {"FindClose", Address(&EndFind)},
+    {"FindFirstFileA", Address(&FindFirst)},
+    {"FindNextFileA", Address(&FindNext)},
     {"FlushFileBuffers", Address(&Flush)},
     {"GetDiskFreeSpaceExA", Address(&Space)},
     {"GetFileInformationByHandle", Address(&Information)},
