@@ -9,6 +9,7 @@
 #include <string>
 
 #include "common/FailingCall.h"
+#include "common/FileSizeLimit.h"
 #include "common/TempDir.h"
 #include "FileTexts.h"
 #include "utl/utl_File.h"
@@ -246,6 +247,25 @@ TEST_F(utl_FileFailures, AShortWriteIsAFullDisk) {
                     "*** Error: Free disk space depleted\nfile name: %2$s");
   EXPECT_EQ(ReadWholeFile(path_), "abcfgh");
   EXPECT_EQ(file.Write("klm", 3), 3);
+}
+
+// The system takes what still fits. That is a count, and no error.
+TEST_F(utl_FileFailures, SpaceThatEndsInTheMiddleOfAWriteIsAFullDisk) {
+  if (!FileSizeLimit::IsAvailable()) GTEST_SKIP() << "this system limits no file's size";
+  utl_File file(name_, utl_FileAccessWrite, utl_FileShareReadWrite);
+  {
+    const FileSizeLimit ten(10);
+    EXPECT_EQ(file.WriteShortAllowed("0123456", 7), 7);
+    EXPECT_EQ(file.WriteShortAllowed("789abc", 6), 3);
+    EXPECT_FILE_ERROR(file.WriteShortAllowed("abc", 3), utl_FileExceptionWrite,
+                      Text("Write failed", "WriteFile", ERROR_DISK_FULL));
+    file.Seek(5);
+    EXPECT_FILE_ERROR(file.Write("ABCDEFG", 7), utl_FileExceptionFull,
+                      "*** Error: Free disk space depleted\nfile name: %2$s");
+    EXPECT_FILE_ERROR(file.Extend(11), utl_FileExceptionExtend,
+                      Text("Extend failed", "SetEndOfFile", ERROR_DISK_FULL));
+  }
+  EXPECT_EQ(ReadWholeFile(path_), "01234ABCDE");
 }
 
 // How many bytes Extend reads and writes back is not checked.

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <optional>
+#include <stdexcept>
 
 #include "common/FailingCall.h"
 #include "utl/MultisectionTest.h"
@@ -219,6 +220,18 @@ TEST_F(MultisectionFailureTest, FailedCloseIsThrownByTheDestructorAfterUnlocking
         failure_.emplace(SystemCall::kCloseHandle, DWORD{ERROR_INVALID_HANDLE});
       },
       utl_FileExceptionClose, utl_FileExceptionClose(6, path_, "CloseHandle").AsString());
+  EXPECT_EQ("", OtherFiles());
+}
+
+TEST_F(MultisectionFailureTest, FailedCloseIsSilentWhileAnotherExceptionUnwinds) {
+  try {
+    const utl_MultisectionFile file(path_, utl_FileAccessUpdate);
+    failure_.emplace(SystemCall::kCloseHandle, DWORD{ERROR_INVALID_HANDLE});
+    throw std::runtime_error("first");
+  } catch (const std::runtime_error& thrown) {
+    EXPECT_STREQ("first", thrown.what());
+  }
+  EXPECT_TRUE(failure_->Happened());
   EXPECT_EQ("", OtherFiles());
 }
 

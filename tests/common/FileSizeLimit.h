@@ -1,0 +1,14 @@
+#pragma once
+
+/// While it lives, no file of this process grows beyond `bytes`, as if the disk were full
+/// there: standard output, where that is a file, as little as any other.
+class FileSizeLimit {
+ public:
+  explicit FileSizeLimit(int bytes);
+  ~FileSizeLimit();
+  FileSizeLimit(const FileSizeLimit&) = delete;
+  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+  /// Whether the system has such limits.
+  static bool IsAvailable();
+};
