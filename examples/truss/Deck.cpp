@@ -94,7 +94,8 @@ Deck ReadDeck(const cow_String& name) {
   reader.Check(path.IsReadable() && !path.IsDir(), "cannot be read");
   utl_File file(path.AbsolutePathName(), utl_FileAccessRead, utl_FileShareDefault);
   std::string content(std::size_t(file.FileSize()), '\0');
-  file.Read(content.data(), int(content.size()));
+  Tracked(&utl_IOTracker::CRead, path.AbsolutePathName(),
+          [&] { return file.Read(content.data(), int(content.size())); });
   for (const auto take : {&Reader::TakeNode, &Reader::TakeOther}) {
     std::istringstream lines(content);
     for (reader.line = 1; std::getline(lines, reader.text); ++reader.line) {

@@ -6,6 +6,7 @@
 
 #include "Truss.h"
 #include "utl/utl_BinStream.h"
+#include "utl/utl_Stat.h"
 
 namespace {
 
@@ -13,12 +14,16 @@ constexpr std::string_view kTag = "KSTtruss";
 
 // Opens the file for `transfer`, and names it in what goes wrong there.
 template <class Transfer>
-void WithFile(const cow_String& name, const char* mode, Transfer transfer) {
+void WithFile(const cow_String& name, const char* mode, Operation operation,
+              Transfer transfer) {
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(
       std::fopen(name.c_str(), mode), &std::fclose);
   Check(file != nullptr, name, std::strerror(errno));
   try {
-    transfer(file.get());
+    Tracked(operation, name, [&] {
+      transfer(file.get());
+      return utl_Stat(fileno(file.get())).size;
+    });
   } catch (const utl_BinStreamException& failure) {
     Check(false, name, failure.AsString().c_str());
   }
@@ -27,7 +32,7 @@ void WithFile(const cow_String& name, const char* mode, Transfer transfer) {
 }  // namespace
 
 void Export(const cow_String& name, const Blocks& blocks) {
-  WithFile(name, "wb", [&](std::FILE* file) {
+  WithFile(name, "wb", &utl_IOTracker::CWrite, [&](std::FILE* file) {
     utl_BinOStream out(fileno(file), omi_Swapper::kLittleEndian);
     out.Write(kTag.data(), int(kTag.size()));
     for (const auto& [block, bytes] : blocks) {
@@ -37,7 +42,7 @@ void Export(const cow_String& name, const Blocks& blocks) {
 }
 
 void Import(const cow_String& name, const Blocks& blocks) {
-  WithFile(name, "rb", [&](std::FILE* file) {
+  WithFile(name, "rb", &utl_IOTracker::CRead, [&](std::FILE* file) {
     utl_BinIStream in(fileno(file), omi_Swapper::kLittleEndian);
     const auto isNext = [&](std::string_view expected) {
       std::string data(expected.size(), '\0');

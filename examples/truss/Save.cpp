@@ -10,11 +10,17 @@ void Save(const cow_String& path, const Blocks& blocks) {
   for (const auto& [name, bytes] : blocks) {
     file.setSectionData(name, bytes.c_str(), bytes.Length());
   }
-  file.saveChanges();
+  Tracked(&utl_IOTracker::CWrite, path, [&] {
+    file.saveChanges();
+    return utl_Stat(path).size;
+  });
   utl_MultisectionFile saved(path, utl_FileAccessRead);  // while no other can write
   for (const auto& [name, bytes] : blocks) {
     std::string data(std::size_t(saved.getSectionLength(name)), '\0');
-    saved.getSectionData(name, data.data());
+    Tracked(&utl_IOTracker::CRead, path, [&] {
+      saved.getSectionData(name, data.data());
+      return data.size();
+    });
     Check(data == std::string_view(bytes), path,
           "section " + std::string(name) + " was not saved well");
   }

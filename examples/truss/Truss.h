@@ -1,11 +1,14 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <Eigen/SparseCore>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "cow/cow_String.h"
+#include "utl/utl_IOTracker.h"
 
 struct Node {
   int id, line;
@@ -69,3 +72,10 @@ void Save(const cow_String& path, const Blocks& blocks);
 void Export(const cow_String& name, const Blocks& blocks);
 /// Throws as Check does unless it is such a file of these blocks.
 void Import(const cow_String& name, const Blocks& blocks);
+
+/// What the I/O tracker counts: `&utl_IOTracker::CRead` or `&utl_IOTracker::CWrite`.
+using Operation = decltype(&utl_IOTracker::CRead);
+/// Does `work`, which reads or writes that file and gives the number of bytes, and tells
+/// the tracker if there is one.
+void Tracked(Operation operation, const cow_String& file,
+             const std::function<std::int64_t()>& work);

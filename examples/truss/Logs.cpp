@@ -1,0 +1,17 @@
+#include "omi/omi_Timer.h"
+#include "Truss.h"
+
+void Tracked(Operation operation, const cow_String& file,
+             const std::function<std::int64_t()>& work) {
+  constexpr std::int64_t kKey = 1;  // one file at a time
+  omi_Timer timer;
+  timer.Start();
+  const std::int64_t bytes = work();
+  timer.Stop();
+  auto& holder = thr_GlobalSingleton<utl_IOTracker_Container>::Instance();
+  if (utl_IOTracker* tracker = holder.Tracker()) {
+    tracker->COpen(kKey, file.c_str());
+    (tracker->*operation)(kKey, bytes, timer.Elapsed());
+    tracker->CClose(kKey);
+  }
+}
