@@ -1,13 +1,14 @@
 #pragma once
 
 // The descriptor calls of the Windows C run time, on POSIX. Beside those of
-// <io.h> they are those which Windows declares in <fcntl.h>, <sys/stat.h>,
+// <io.h> they are those which Windows declares in <fcntl.h>, <sys/stat.h>, <stdio.h>,
 // <time.h> and <malloc.h>, since these names are taken by the system's own headers: a
 // source that uses them includes both. Failures set errno, with the run time's numbers,
 // which are the system's own for all that these calls report.
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 
 #include "KSTutl_export.h"
 
@@ -37,6 +38,8 @@ KSTUTL_EXPORT int _setmode(int fd, int mode);
 KSTUTL_EXPORT std::intptr_t _get_osfhandle(int fd);
 KSTUTL_EXPORT int _access(const char* path, int mode);
 KSTUTL_EXPORT char* _mktemp(char* nameTemplate);
+
+KSTUTL_EXPORT FILE* _fsopen(const char* path, const char* mode, int share);
 
 // The times are left out: their names are macros of <sys/stat.h> here.
 struct _stat64i32 {

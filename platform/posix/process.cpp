@@ -2,19 +2,20 @@
 //
 // Not emulated: other processes (code 87), the access asked for, the time of
 // creation (0), modules other than the program, names that are not ASCII (a wide
-// character a byte), pool quotas (0), the highest use of the page file (the present
-// one stands for it).
+// character a byte), pool quotas (0), the highest use of the page file (the highest
+// that a call has seen stands for it).
 
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <climits>
-#include <cstdio>
-#include <cstring>
+#include <cstdlib>
 #include <fstream>
 #include <string>
+#include <string_view>
 
 #include "posix_error.h"
 #include "posix_file.h"
@@ -35,16 +36,50 @@ FILETIME Duration(const timeval& time) {
   return {static_cast<DWORD>(intervals), static_cast<DWORD>(intervals >> 32)};
 }
 
-// Bytes of one line of the process's status, such as "VmHWM:"; 0 when it is absent.
-SIZE_T MemoryLine(const std::string& name) {
+struct Memory {
+  SIZE_T peakResident = 0;
+  SIZE_T resident = 0;
+  SIZE_T residentOfFiles = 0;
+  SIZE_T data = 0;
+};
+
+// In bytes; 0 for what the system does not tell.
+Memory OwnMemory() {
+  Memory memory;
+  const struct {
+    std::string_view name;
+    SIZE_T& bytes;
+  } wanted[] = {{"VmHWM:", memory.peakResident},
+                {"VmRSS:", memory.resident},
+                {"RssFile:", memory.residentOfFiles},
+                {"VmData:", memory.data}};
   std::ifstream status("/proc/self/status");
-  std::string word;
-  SIZE_T kibibytes = 0;
-  while (status >> word) {
-    if (word == name && status >> kibibytes) return kibibytes * 1024;
+  for (std::string line; std::getline(status, line);) {
+    for (const auto& one : wanted) {
+      if (line.starts_with(one.name)) {
+        one.bytes = std::strtoull(line.c_str() + one.name.size(), nullptr, 10) * 1024;
+      }
+    }
   }
-  return 0;
+  return memory;
 }
+
+// The highest of the values it was given so far.
+class Peak {
+ public:
+  SIZE_T With(SIZE_T value) {
+    SIZE_T seen = highest_;
+    while (value > seen && !highest_.compare_exchange_weak(seen, value)) {
+    }
+    return std::max(value, seen);
+  }
+
+ private:
+  std::atomic<SIZE_T> highest_ = 0;
+};
+
+Peak peakResident;
+Peak peakData;
 
 std::string ProgramPath() {
   char path[PATH_MAX];
@@ -104,11 +139,16 @@ BOOL GetProcessMemoryInfo(HANDLE process, PROCESS_MEMORY_COUNTERS* counters, DWO
   *counters = {};
   counters->cb = sizeof *counters;
   counters->PageFaultCount = static_cast<DWORD>(usage.ru_minflt + usage.ru_majflt);
-  counters->WorkingSetSize = MemoryLine("VmRSS:");
-  // The kernel counts the peak a little behind.
-  counters->PeakWorkingSetSize = std::max(MemoryLine("VmHWM:"), counters->WorkingSetSize);
-  counters->PagefileUsage = MemoryLine("VmData:");
-  counters->PeakPagefileUsage = counters->PagefileUsage;
+  const Memory memory = OwnMemory();
+  counters->WorkingSetSize = memory.resident;
+  // The kernel counts its peak a little behind.
+  counters->PeakWorkingSetSize =
+      peakResident.With(std::max(memory.peakResident, memory.resident));
+  counters->PagefileUsage = memory.data;
+  // Memory that was resident and of no file was in use, whether a call saw it or not.
+  const SIZE_T ofFiles = std::min(counters->PeakWorkingSetSize, memory.residentOfFiles);
+  counters->PeakPagefileUsage =
+      peakData.With(std::max(memory.data, counters->PeakWorkingSetSize - ofFiles));
   return TRUE;
 }
 
@@ -126,9 +166,8 @@ DWORD GetModuleBaseNameW(HANDLE process, HMODULE module, LPWSTR name, DWORD size
   }
   const std::string path = ProgramPath();
   const std::string base = path.substr(path.find_last_of('/') + 1);
-  if (size == 0) return 0;
-  const auto length = std::min<size_t>(base.size(), size - 1);
+  const auto length = std::min<size_t>(base.size(), size);
   for (size_t i = 0; i < length; ++i) name[i] = static_cast<unsigned char>(base[i]);
-  name[length] = L'\0';
+  if (length < size) name[length] = L'\0';  // else there is none
   return static_cast<DWORD>(length);
 }

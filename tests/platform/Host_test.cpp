@@ -6,6 +6,7 @@
 #include <psapi.h>
 #include <time.h>
 
+#include <chrono>
 #include <string>
 
 #include "platform/PlatformTest.h"
@@ -81,6 +82,50 @@ TEST(HostTest, OwnProcess) {
       DWORD{ERROR_INVALID_HANDLE});
 }
 
+TEST(HostTest, OwnProcessClosedTwice) {
+  const HANDLE process = OpenOwn();
+  EXPECT_TRUE(CloseHandle(process));
+  EXPECT_EQ(CodeOf([&] { return CloseHandle(process); }), DWORD{ERROR_INVALID_HANDLE});
+}
+
+TEST(HostTest, ProcessorTimesGrow) {
+  const auto busy = [] {
+    FILETIME creation, exit, kernel, user;
+    EXPECT_TRUE(GetProcessTimes(GetCurrentProcess(), &creation, &exit, &kernel, &user));
+    EXPECT_EQ(kernel.dwHighDateTime + user.dwHighDateTime, 0u);
+    return kernel.dwLowDateTime + user.dwLowDateTime;
+  };
+  constexpr DWORD kSecond = 10'000'000;
+  const auto start = std::chrono::steady_clock::now();
+  const DWORD before = busy();
+  while (busy() < before + kSecond / 10) {
+  }
+  // One thread spends no more than passes; clocks may tick coarsely.
+  const auto passed = std::chrono::steady_clock::now() - start;
+  EXPECT_LT(busy() - before, passed / std::chrono::nanoseconds(100) + kSecond / 10);
+}
+
+TEST(HostTest, NoProcess) {
+  PROCESS_MEMORY_COUNTERS counters = {};
+  HMODULE module = nullptr;
+  DWORD needed = 0;
+  FILETIME times[4];
+  wchar_t name[8] = {};
+  EXPECT_EQ(CodeOf([&] {
+              return GetProcessTimes(nullptr, times, times + 1, times + 2, times + 3);
+            }),
+            DWORD{ERROR_INVALID_HANDLE});
+  EXPECT_EQ(
+      CodeOf([&] { return GetProcessMemoryInfo(nullptr, &counters, sizeof counters); }),
+      DWORD{ERROR_INVALID_HANDLE});
+  EXPECT_EQ(CodeOf([&] {
+              return EnumProcessModules(nullptr, &module, sizeof(HMODULE), &needed);
+            }),
+            DWORD{ERROR_INVALID_HANDLE});
+  EXPECT_EQ(CodeOf([&] { return GetModuleBaseNameW(nullptr, nullptr, name, 8) != 0; }),
+            DWORD{ERROR_INVALID_HANDLE});
+}
+
 TEST(HostTest, NoSuchProcess) {
   EXPECT_EQ(CodeOf([] {
               return OpenProcess(PROCESS_QUERY_INFORMATION, FALSE, 999999998) != nullptr;
@@ -101,6 +146,29 @@ TEST(HostTest, Memory) {
   CloseHandle(process);
 }
 
+TEST(HostTest, MemoryThatIsTaken) {
+  const auto counters = [] {
+    PROCESS_MEMORY_COUNTERS result = {};
+    EXPECT_TRUE(GetProcessMemoryInfo(GetCurrentProcess(), &result, sizeof result));
+    EXPECT_EQ(result.cb, sizeof result);
+    return result;
+  };
+  constexpr std::size_t kBytes = 64 << 20;
+  const PROCESS_MEMORY_COUNTERS before = counters();
+  PROCESS_MEMORY_COUNTERS during;
+  {
+    const std::string touched(kBytes, 'x');
+    during = counters();
+    EXPECT_EQ(touched.back(), 'x');
+  }
+  const PROCESS_MEMORY_COUNTERS after = counters();
+  EXPECT_GT(during.WorkingSetSize, before.WorkingSetSize + kBytes / 2);
+  EXPECT_GT(during.PeakPagefileUsage, before.PagefileUsage + kBytes / 2);
+  // The kernel counts its peak a little behind.
+  EXPECT_GT(after.PeakWorkingSetSize + (1 << 20), during.WorkingSetSize);
+  EXPECT_LT(after.WorkingSetSize, during.WorkingSetSize);
+}
+
 TEST(HostTest, ModuleName) {
   const HANDLE process = OpenOwn();
   HMODULE module = nullptr;
@@ -112,6 +180,13 @@ TEST(HostTest, ModuleName) {
   const std::wstring base(name);
   EXPECT_EQ(base.size(), length);
   EXPECT_EQ(base.substr(0, base.find(L'.')), L"platform_tests");
+  // No room for all of it: what fits. The program is meant without a module, too.
+  wchar_t small[10] = L"*********";
+  EXPECT_EQ(GetModuleBaseNameW(process, nullptr, small, 8), 8u);
+  EXPECT_EQ(std::wstring(small).substr(0, 8), L"platform");
+  DWORD all = 0;
+  EXPECT_TRUE(EnumProcessModules(process, nullptr, 0, &all));
+  EXPECT_GE(all, sizeof(HMODULE));
   CloseHandle(process);
 }
 

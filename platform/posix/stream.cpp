@@ -1,0 +1,46 @@
+// The C run time's streams on files, over its descriptor calls, so that names are
+// those of the Windows calls and the file of a closed stream is known to be closed.
+//
+// Not emulated: every mode but "w" (code EINVAL) and with it text mode's line ends,
+// which pass as they are; share modes but for the one that denies nothing; a stream's
+// descriptor, and fseek.
+
+#include <cerrno>
+#include <cstring>
+
+#include "io.h"
+#include "share.h"
+
+namespace {
+
+int DescriptorIn(void* cookie) {
+  return static_cast<int>(reinterpret_cast<std::intptr_t>(cookie));
+}
+
+// 0 is the failure here.
+ssize_t WriteStream(void* cookie, const char* buffer, size_t size) {
+  const int written =
+      _write(DescriptorIn(cookie), buffer, static_cast<unsigned int>(size));
+  return written > 0 ? written : 0;
+}
+
+int CloseStream(void* cookie) {
+  return _close(DescriptorIn(cookie));
+}
+
+}  // namespace
+
+FILE* _fsopen(const char* path, const char* mode, int share) {
+  if (std::strcmp(mode, "w") != 0 || share != _SH_DENYNO) {
+    errno = EINVAL;
+    return nullptr;
+  }
+  const int fd =
+      _open(path, _O_WRONLY | _O_CREAT | _O_TRUNC | _O_TEXT, _S_IREAD | _S_IWRITE);
+  if (fd < 0) return nullptr;
+  void* const cookie = reinterpret_cast<void*>(std::intptr_t{fd});
+  FILE* const stream =
+      fopencookie(cookie, mode, {nullptr, WriteStream, nullptr, CloseStream});
+  if (stream == nullptr) _close(fd);
+  return stream;
+}
