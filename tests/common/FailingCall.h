@@ -12,6 +12,7 @@ enum class SystemCall {
   kAccess,
   kCloseHandle,
   kCreateFile,
+  kEnumProcessModules,
   kFindFirstFile,
   kFindFirstFileByNull,  // answers null instead of INVALID_HANDLE_VALUE
   kFindNextFile,
@@ -20,7 +21,10 @@ enum class SystemCall {
   kGetFileInformationByHandle,
   kGetFileSize,
   kGetHostName,
+  kGetProcessMemoryInfo,
+  kGetProcessTimes,
   kGetUserName,
+  kOpenProcess,
   kReadFile,
   kSetEndOfFile,
   kSetFilePointer,

@@ -5,7 +5,10 @@
 
 #include <dlfcn.h>
 #include <io.h>
+#include <psapi.h>
 #include <winsock2.h>
+
+#include "common/FakeProcess.h"
 
 namespace {
 
@@ -121,6 +124,50 @@ BOOL WriteFile(HANDLE handle, LPCVOID buffer, DWORD count, LPDWORD written,
 BOOL GetUserNameA(LPSTR name, LPDWORD size) {
   static const auto next = Next(&GetUserNameA);
   return redirection::Fails(SystemCall::kGetUserName) ? FALSE : next(name, size);
+}
+
+void GetLocalTime(SYSTEMTIME* time) {
+  static const auto next = Next(&GetLocalTime);
+  next(time);
+  redirection::AnswerLocalTime(*time);
+}
+
+HANDLE OpenProcess(DWORD access, BOOL inherit, DWORD processId) {
+  static const auto next = Next(&OpenProcess);
+  redirection::RecordOpenProcess(access, inherit, processId);
+  return redirection::Fails(SystemCall::kOpenProcess) ? nullptr
+                                                      : next(access, inherit, processId);
+}
+
+BOOL GetProcessTimes(HANDLE process, FILETIME* creation, FILETIME* exit, FILETIME* kernel,
+                     FILETIME* user) {
+  static const auto next = Next(&GetProcessTimes);
+  if (redirection::Fails(SystemCall::kGetProcessTimes)) return FALSE;
+  const BOOL succeeded = next(process, creation, exit, kernel, user);
+  redirection::AnswerProcessTimes(*kernel, *user);
+  return succeeded;
+}
+
+BOOL GetProcessMemoryInfo(HANDLE process, PROCESS_MEMORY_COUNTERS* counters, DWORD size) {
+  static const auto next = Next(&GetProcessMemoryInfo);
+  if (redirection::Fails(SystemCall::kGetProcessMemoryInfo)) return FALSE;
+  const BOOL succeeded = next(process, counters, size);
+  redirection::AnswerMemory(process, *counters, size);
+  return succeeded;
+}
+
+BOOL EnumProcessModules(HANDLE process, HMODULE* modules, DWORD size, LPDWORD needed) {
+  static const auto next = Next(&EnumProcessModules);
+  redirection::RecordModules(size);
+  return redirection::Fails(SystemCall::kEnumProcessModules)
+             ? FALSE
+             : next(process, modules, size, needed);
+}
+
+DWORD GetModuleBaseNameW(HANDLE process, HMODULE module, LPWSTR name, DWORD size) {
+  static const auto next = Next(&GetModuleBaseNameW);
+  redirection::RecordModuleName(size);
+  return next(process, module, name, size);
 }
 
 int _access(const char* path, int mode) {

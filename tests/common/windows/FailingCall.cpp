@@ -6,10 +6,13 @@
 #include <winsock2.h>
 
 #include <io.h>
+#include <psapi.h>
 
 #include <cstring>
 #include <iterator>
 #include <stdexcept>
+
+#include "common/FakeProcess.h"
 
 namespace {
 
@@ -105,6 +108,45 @@ BOOL WINAPI UserName(LPSTR name, LPDWORD size) {
   return redirection::Fails(SystemCall::kGetUserName) ? FALSE : GetUserNameA(name, size);
 }
 
+void WINAPI Clock(SYSTEMTIME* time) {
+  GetLocalTime(time);
+  redirection::AnswerLocalTime(*time);
+}
+
+HANDLE WINAPI OpenOther(DWORD access, BOOL inherit, DWORD processId) {
+  redirection::RecordOpenProcess(access, inherit, processId);
+  return redirection::Fails(SystemCall::kOpenProcess)
+             ? nullptr
+             : OpenProcess(access, inherit, processId);
+}
+
+BOOL WINAPI Times(HANDLE process, FILETIME* creation, FILETIME* exit, FILETIME* kernel,
+                  FILETIME* user) {
+  if (redirection::Fails(SystemCall::kGetProcessTimes)) return FALSE;
+  const BOOL succeeded = GetProcessTimes(process, creation, exit, kernel, user);
+  redirection::AnswerProcessTimes(*kernel, *user);
+  return succeeded;
+}
+
+BOOL WINAPI Memory(HANDLE process, PROCESS_MEMORY_COUNTERS* counters, DWORD size) {
+  if (redirection::Fails(SystemCall::kGetProcessMemoryInfo)) return FALSE;
+  const BOOL succeeded = GetProcessMemoryInfo(process, counters, size);
+  redirection::AnswerMemory(process, *counters, size);
+  return succeeded;
+}
+
+BOOL WINAPI Modules(HANDLE process, HMODULE* modules, DWORD size, LPDWORD needed) {
+  redirection::RecordModules(size);
+  return redirection::Fails(SystemCall::kEnumProcessModules)
+             ? FALSE
+             : EnumProcessModules(process, modules, size, needed);
+}
+
+DWORD WINAPI ModuleName(HANDLE process, HMODULE module, LPWSTR name, DWORD size) {
+  redirection::RecordModuleName(size);
+  return GetModuleBaseNameW(process, module, name, size);
+}
+
 int Access(const char* path, int mode) {
   return redirection::Fails(SystemCall::kAccess) ? -1 : _access(path, mode);
 }
@@ -131,7 +173,7 @@ ULONGLONG Address(Function* function) {
 }
 
 struct Replacement {
-  const char* name;
+  const char* name;  // in the table, where psapi.h's calls begin with "K32"
   ULONGLONG function;
 };
 
@@ -145,7 +187,13 @@ const Replacement kReplacements[] = {
     {"GetDiskFreeSpaceExA", Address(&Space)},
     {"GetFileInformationByHandle", Address(&Information)},
     {"GetFileSize", Address(&Size)},
+    {"GetLocalTime", Address(&Clock)},
+    {"GetProcessTimes", Address(&Times)},
     {"GetUserNameA", Address(&UserName)},
+    {"K32EnumProcessModules", Address(&Modules)},
+    {"K32GetModuleBaseNameW", Address(&ModuleName)},
+    {"K32GetProcessMemoryInfo", Address(&Memory)},
+    {"OpenProcess", Address(&OpenOther)},
     {"ReadFile", Address(&Read)},
     {"SetEndOfFile", Address(&SetEnd)},
     {"SetFilePointer", Address(&Move)},

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "common/FailingCall.h"
+#include "common/FakeProcess.h"
+#include "common/ScopedEnvironment.h"
+#include "common/TempDir.h"
+#include "utl/UseLog.h"
+#include "utl/utl_ResourceMonitor.h"
+
+/// What is in a text file, whatever its lines end with.
+inline std::string ReadText(const std::string& path) {
+  std::ifstream file(path);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+/// A test with a monitor of its own, in a current directory of its own; the environment
+/// says nothing of the monitor.
+class utl_ResourceMonitorTest : public testing::Test {
+ protected:
+  utl_ResourceMonitorTest() { std::filesystem::current_path(dir_.Path()); }
+  ~utl_ResourceMonitorTest() override {
+    Finalize();
+    std::filesystem::current_path(earlier_);
+  }
+
+  static utl_ResourceMonitor& Monitor() {
+    return omi_Singleton<utl_ResourceMonitor>::Instance();
+  }
+  static void Finalize() { omi_SingletonBase<utl_ResourceMonitor>::Finalize(); }
+
+  static std::string LogText(const std::string& job = "beam") {
+    return ReadText(job + ".use");
+  }
+  static UseLog Log(const std::string& job = "beam", bool wholeLabels = false) {
+    return ReadUseLog(LogText(job), job, wholeLabels);
+  }
+  /// The log of `beam`, ended.
+  static UseLog FinishedLog(bool wholeLabels = false) {
+    Finalize();
+    return Log("beam", wholeLabels);
+  }
+  /// Works until the process's processor time has grown by 0.2 s.
+  static void SpendProcessorTime() {
+    const double until = ProcessorTime() + 0.2;
+    while (ProcessorTime() < until) {
+    }
+  }
+  /// A label as it stands in its 40 columns.
+  static std::string In40(const std::string& label) {
+    return std::string(40 - label.size(), ' ') + label;
+  }
+
+  static double ProcessorTime() {
+    FILETIME creation, exit, kernel, user;
+    GetProcessTimes(GetCurrentProcess(), &creation, &exit, &kernel, &user);
+    return (kernel.dwLowDateTime + 0.0 + user.dwLowDateTime) / 1e7;  // of minutes
+  }
+
+  TempDir dir_;
+  std::filesystem::path earlier_ = std::filesystem::current_path();
+  ScopedEnvironment mode_{"KES_RESOURCE_MONITOR", nullptr};
+  ScopedEnvironment sequence_{"KESTRA_SEQ", nullptr};
+  ScopedEnvironment version_{"KESTRA_VERSION", nullptr};
+  ScopedEnvironment computer_{"COMPUTERNAME", nullptr};
+  ScopedEnvironment processor_{"PROCESSOR_IDENTIFIER", nullptr};
+};
+
+/// The same with the monitor asked for.
+class utl_ResourceMonitorOnTest : public utl_ResourceMonitorTest {
+ protected:
+  ScopedEnvironment on_{"KES_RESOURCE_MONITOR", "ON"};
+};

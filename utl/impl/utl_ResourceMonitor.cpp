@@ -1,0 +1,343 @@
+#include "utl/utl_ResourceMonitor.h"
+
+#include <windows.h>
+
+#include <io.h>
+#include <psapi.h>
+#include <share.h>
+
+#include <charconv>
+#include <cstdlib>
+#include <exception>
+#include <string>
+
+#include "utl/utl_FilePath.h"
+
+template class omi_Singleton<utl_ResourceMonitor>;
+
+namespace {
+
+// What the environment variable may say.
+constexpr struct {
+  std::string_view word;
+  bool full, method, mallinfo;
+} kModes[] = {{"FULL", true, false, false},
+              {"METHOD", false, true, false},
+              {"FULLMETHOD", true, true, false},
+              {"MALLINFO", false, false, true}};
+
+constexpr DWORD kProcessAccess = PROCESS_QUERY_INFORMATION | PROCESS_VM_READ;
+
+// A longer label is shortened to its first bytes, a "_" and its last ones.
+constexpr std::size_t kLabelWidth = 40;
+constexpr std::size_t kLabelHead = 19;
+constexpr std::size_t kLabelTail = 20;
+
+constexpr int kSelfTimer = 20;
+constexpr int kSelfCalls = 1000;
+constexpr std::size_t kTimerNameWidth = 20;
+
+// The commas are part of the format, although blanks separate the fields of a mark.
+constexpr const char kColumns[] =
+    "!Phase,Wall,Mark,UserCPU,SysCPU,WSP,WS,"
+    "CPU,QPPP,QPP,QNPPP,QNPP,PageFaults,"
+    "PeakPageFileUsage,0,0,0,ProcessID\n";
+constexpr const char kSummaryTitle[] =
+    "!Timer Summary                     # calls     CPU/call      CPU       Elapsed\n";
+
+// What a process uses at one moment; sizes in bytes, cut to 32 bits.
+struct Sample {
+  std::int32_t wall = 0;  // seconds since the start of day
+  double user = 0;        // seconds
+  double system = 0;
+  double processor = 0;
+  std::int32_t peakWorkingSet = 0;
+  std::int32_t workingSet = 0;
+  std::int32_t peakPagedPool = 0;
+  std::int32_t pagedPool = 0;
+  std::int32_t peakNonPagedPool = 0;
+  std::int32_t nonPagedPool = 0;
+  std::int32_t pageFaults = 0;
+  std::int32_t peakPageFile = 0;
+  std::int32_t reserved[3] = {};
+  std::int32_t processId = 0;
+};
+
+SYSTEMTIME LocalTime() {
+  SYSTEMTIME now;
+  GetLocalTime(&now);
+  return now;
+}
+
+std::int32_t WholeSeconds(const SYSTEMTIME& time) {
+  return time.wHour * 3600 + time.wMinute * 60 + time.wSecond;
+}
+
+double Seconds(const SYSTEMTIME& time) {
+  return WholeSeconds(time) + time.wMilliseconds / 1000.0;
+}
+
+double Seconds(const FILETIME& duration) {
+  ULARGE_INTEGER intervals;
+  intervals.LowPart = duration.dwLowDateTime;
+  intervals.HighPart = duration.dwHighDateTime;
+  return static_cast<double>(intervals.QuadPart) / 1e7;
+}
+
+struct ProcessorTimes {
+  double user = 0;
+  double system = 0;
+};
+
+ProcessorTimes TimesOfProcess() {
+  FILETIME creation, exit, kernel, user;
+  if (!GetProcessTimes(GetCurrentProcess(), &creation, &exit, &kernel, &user)) return {};
+  return {Seconds(user), Seconds(kernel)};
+}
+
+void ReadMemory(HANDLE process, Sample& sample) {
+  PROCESS_MEMORY_COUNTERS counters = {};
+  static_assert(sizeof counters == 72);
+  if (process == nullptr || !GetProcessMemoryInfo(process, &counters, sizeof counters)) {
+    return;
+  }
+  const auto cut = [](SIZE_T bytes) { return static_cast<std::int32_t>(bytes); };
+  sample.peakWorkingSet = cut(counters.PeakWorkingSetSize);
+  sample.workingSet = cut(counters.WorkingSetSize);
+  sample.peakPagedPool = cut(counters.QuotaPeakPagedPoolUsage);
+  sample.pagedPool = cut(counters.QuotaPagedPoolUsage);
+  sample.peakNonPagedPool = cut(counters.QuotaPeakNonPagedPoolUsage);
+  sample.nonPagedPool = cut(counters.QuotaNonPagedPoolUsage);
+  sample.pageFaults = cut(counters.PageFaultCount);
+  sample.peakPageFile = cut(counters.PeakPagefileUsage);
+}
+
+Sample TakeSample(HANDLE process, std::int32_t startOfDay, DWORD processId) {
+  Sample sample;
+  ReadMemory(process, sample);
+  const ProcessorTimes times = TimesOfProcess();
+  sample.user = times.user;
+  sample.system = times.system;
+  sample.processor = times.user + times.system;
+  sample.wall = static_cast<std::int32_t>(Seconds(LocalTime()) - startOfDay);
+  sample.processId = static_cast<std::int32_t>(processId);
+  return sample;
+}
+
+// One up; behind the largest number comes the smallest.
+std::int32_t Next(std::int32_t number) {
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(number) + 1);
+}
+
+// The text of one or more lines, put together as printf would do it in the "C" locale.
+class Lines {
+ public:
+  Lines& Text(std::string_view text) {
+    text_ += text;
+    return *this;
+  }
+  // As "%d".
+  Lines& Number(std::int32_t number) { return Converted(number); }
+  // As "%.*f".
+  Lines& Fixed(double number, int digits) {
+    return Converted(number, std::chars_format::fixed, digits);
+  }
+  // As "%*s".
+  Lines& Right(std::string_view text, std::size_t width) {
+    if (text.size() < width) text_.append(width - text.size(), ' ');
+    return Text(text);
+  }
+
+  operator std::string_view() const { return text_; }
+
+ private:
+  static constexpr std::size_t kLongestNumber = 320;  // a double's 309 digits and more
+
+  template <class... Value>
+  Lines& Converted(Value... value) {
+    char text[kLongestNumber];
+    return Text({text, std::to_chars(text, text + sizeof text, value...).ptr});
+  }
+
+  std::string text_;
+};
+
+std::string Shortened(std::string_view label) {
+  if (label.size() <= kLabelWidth) return std::string(label);
+  std::string text(label.substr(0, kLabelHead));
+  text += '_';
+  return text += label.substr(label.size() - kLabelTail);
+}
+
+void AddNumbers(Lines& line, const Sample& sample) {
+  line.Text(" ").Fixed(sample.user, 1).Text(" ").Fixed(sample.system, 1);
+  line.Text(" ").Number(sample.peakWorkingSet).Text(" ").Number(sample.workingSet);
+  line.Text(" ").Fixed(sample.processor, 1);
+  for (std::int32_t number :
+       {sample.peakPagedPool, sample.pagedPool, sample.peakNonPagedPool,
+        sample.nonPagedPool, sample.pageFaults, sample.peakPageFile, sample.reserved[0],
+        sample.reserved[1], sample.reserved[2], sample.processId}) {
+    line.Text(" ").Number(number);
+  }
+  line.Text(" \n");
+}
+
+const char* EnvironmentOrMark(const char* name) {
+  const char* value = std::getenv(name);
+  return value != nullptr ? value : "?";
+}
+
+}  // namespace
+
+utl_ResourceMonitor::utl_ResourceMonitor() = default;
+
+utl_ResourceMonitor::~utl_ResourceMonitor() {
+  try {
+    WriteEnd();
+  } catch (const std::exception&) {
+    // No memory for a line: the log lacks its end, and nobody is left to be told.
+  }
+  Release();
+}
+
+void utl_ResourceMonitor::Initialize(const char* jobName) {
+  WriteEnd();
+  Release();
+  jobName_ = jobName;
+  initialized_ = true;
+  nextMark_ = 1;
+  const char* mode = std::getenv("KES_RESOURCE_MONITOR");
+  if (mode == nullptr) return;
+  ReadMode(mode);
+  startOfDay_ = WholeSeconds(LocalTime());
+  OpenLog();
+  if (!enabled_) return;
+  WriteHead();
+  OpenProcessHandle();
+  Mark(jobName_ + "-Start");
+  CalibrateTimer();
+}
+
+void utl_ResourceMonitor::ReadMode(std::string_view mode) {
+  for (const auto& one : kModes) {
+    if (mode == one.word) {
+      full_ = one.full;
+      method_ = one.method;
+      mallinfo_ = one.mallinfo;
+    }
+  }
+}
+
+void utl_ResourceMonitor::OpenLog() {
+  const cow_String path = utl_FilePath(jobName_ + ".use", "").AbsolutePathName();
+  log_.reset(_fsopen(path.c_str(), "w", _SH_DENYNO));
+  enabled_ = log_ != nullptr;
+}
+
+void utl_ResourceMonitor::WriteHead() {
+  Lines head;
+  head.Text("!Snapshot = ").Text(EnvironmentOrMark("KESTRA_SEQ"));
+  head.Text("\n!Version = ").Text(EnvironmentOrMark("KESTRA_VERSION"));
+  head.Text("\n!Host = ").Text(EnvironmentOrMark("COMPUTERNAME"));
+  head.Text(" ").Text(EnvironmentOrMark("PROCESSOR_IDENTIFIER")).Text("\n");
+  Write(head);
+}
+
+void utl_ResourceMonitor::OpenProcessHandle() {
+  processId_ = GetCurrentProcessId();
+  process_ = OpenProcess(kProcessAccess, FALSE, processId_);
+  if (process_ == nullptr) return;
+  HMODULE program = nullptr;
+  DWORD needed = 0;
+  if (EnumProcessModules(process_, &program, sizeof(HMODULE), &needed)) {
+    GetModuleBaseNameW(process_, program, moduleName_, kModuleNameSize);
+    moduleName_[kModuleNameSize - 1] = L'\0';  // a name that fills it comes without
+  }
+}
+
+void utl_ResourceMonitor::CalibrateTimer() {
+  const cow_String name = "Self";
+  for (int call = 0; call < kSelfCalls; ++call) {
+    StartTimer(kSelfTimer, name);
+    StopTimer(kSelfTimer);
+  }
+}
+
+void utl_ResourceMonitor::WriteMark(const cow_String& label) {
+  const Sample sample = TakeSample(process_, startOfDay_, processId_);
+  const std::string_view text = label.c_str();
+  Lines line;
+  line.Text(jobName_).Text(".").Number(nextMark_);
+  nextMark_ = Next(nextMark_);
+  line.Text(" ").Number(sample.wall).Text(" ");
+  if (full_) {
+    line.Text(text);
+  } else {
+    line.Right(Shortened(text), kLabelWidth);
+  }
+  AddNumbers(line, sample);
+  Write(line);
+  std::fflush(log_.get());
+}
+
+void utl_ResourceMonitor::BeginInterval(int id, const cow_String& name) {
+  if (static_cast<unsigned>(id) >= kTimers) return;
+  a_timer_record& timer = timers_[id];
+  if (!timer.inUse) {
+    timer = {};
+    timer.inUse = true;
+    timer.name = name;
+  }
+  const ProcessorTimes times = TimesOfProcess();
+  timer.startUser = times.user;
+  timer.startSystem = times.system;
+  timer.startWall = Seconds(LocalTime());
+}
+
+void utl_ResourceMonitor::EndInterval(int id) {
+  if (static_cast<unsigned>(id) >= kTimers) return;
+  a_timer_record& timer = timers_[id];
+  timer.calls = Next(timer.calls);
+  const ProcessorTimes times = TimesOfProcess();
+  timer.user += times.user - timer.startUser;
+  timer.system += times.system - timer.startSystem;
+  timer.elapsed += Seconds(LocalTime()) - timer.startWall;
+}
+
+void utl_ResourceMonitor::WriteEnd() {
+  if (!enabled_) return;
+  WriteMark(jobName_ + "-End");
+  Write(kColumns);
+  Write(kSummaryTitle);
+  for (int id = 0; id < kTimers; ++id) {
+    if (timers_[id].inUse && timers_[id].calls > 0) WriteTimer(id);
+  }
+}
+
+void utl_ResourceMonitor::WriteTimer(int id) {
+  const a_timer_record& timer = timers_[id];
+  const double processor = timer.user + timer.system;
+  Lines line;
+  line.Text("!Timer ").Number(id).Text(" :");
+  line.Text("   ").Right(timer.name.c_str(), kTimerNameWidth);
+  line.Text("   ").Number(timer.calls).Text(" ");
+  line.Text("     ").Fixed(processor / timer.calls, 4).Text(" ");
+  line.Text("     ").Fixed(processor, 4).Text(" ");
+  line.Text("     ").Fixed(timer.elapsed, 1).Text(" \n");
+  Write(line);
+}
+
+void utl_ResourceMonitor::Write(std::string_view text) {
+  std::fwrite(text.data(), 1, text.size(), log_.get());
+}
+
+void utl_ResourceMonitor::Release() {
+  log_.reset();
+  if (process_ != nullptr) CloseHandle(process_);
+  process_ = nullptr;
+  enabled_ = full_ = method_ = mallinfo_ = false;
+  jobName_ = {};
+  reserved_ = {};
+  for (a_timer_record& timer : timers_) timer = {};
+  moduleName_[0] = L'\0';
+}
