@@ -9,6 +9,7 @@
 #include "utl/utl_FilePath.h"
 #include "utl/utl_initialize.h"
 #include "utl/utl_JobFileName.h"
+#include "utl/utl_ResourceMonitor.h"
 #include "utl/utl_Version.h"
 
 // The last argument that is neither an option nor an option's value.
@@ -36,8 +37,14 @@ int main(int argc, char** argv) {
     }
     const cow_String path = utl_JobFileName(".kdb");
     const int digits = std::clamp(line.ConstGetValueAsInt("digits", 6), 1, 17);
+    auto& monitor = omi_Singleton<utl_ResourceMonitor>::Instance();
+    monitor.Initialize(utl_JobFileName("").c_str());
     const Deck deck = ReadDeck(DeckName(line));
+    monitor.Mark("deck read");
+    monitor.StartTimer(0, "assembly, solution");
     const Results results = Solve(deck, Assemble(deck));
+    monitor.StopTimer(0);
+    monitor.Mark("solved");
     Print(deck, results, digits);
     const Blocks blocks = BlocksOf(deck, results);
     Save(path, blocks);
@@ -57,5 +64,6 @@ int main(int argc, char** argv) {
     std::cerr << "kst_truss: " << failure.what() << '\n';
   }
   utl_finalize(count);
+  omi_SingletonBase<utl_ResourceMonitor>::Finalize();
   return status;
 }
