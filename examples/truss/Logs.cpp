@@ -1,5 +1,14 @@
 #include "omi/omi_Timer.h"
 #include "Truss.h"
+#include "utl/utl_ResourceMonitor.h"
+
+void InPhase(int timer, const char* name, const std::function<void()>& work) {
+  auto& monitor = omi_Singleton<utl_ResourceMonitor>::Instance();
+  monitor.StartTimer(timer, name);
+  work();
+  monitor.StopTimer(timer);
+  monitor.Mark(name);
+}
 
 void Tracked(Operation operation, const cow_String& file,
              const std::function<std::int64_t()>& work) {

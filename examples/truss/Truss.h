@@ -73,6 +73,9 @@ void Export(const cow_String& name, const Blocks& blocks);
 /// Throws as Check does unless it is such a file of these blocks.
 void Import(const cow_String& name, const Blocks& blocks);
 
+/// Does `work`, a phase of the job: timed, and marked when it is done, in the logs that
+/// the environment asks for. `timer`: 0 to 19.
+void InPhase(int timer, const char* name, const std::function<void()>& work);
 /// What the I/O tracker counts: `&utl_IOTracker::CRead` or `&utl_IOTracker::CWrite`.
 using Operation = decltype(&utl_IOTracker::CRead);
 /// Does `work`, which reads or writes that file and gives the number of bytes, and tells

@@ -37,26 +37,28 @@ int main(int argc, char** argv) {
     }
     const cow_String path = utl_JobFileName(".kdb");
     const int digits = std::clamp(line.ConstGetValueAsInt("digits", 6), 1, 17);
-    auto& monitor = omi_Singleton<utl_ResourceMonitor>::Instance();
-    monitor.Initialize(utl_JobFileName("").c_str());
-    const Deck deck = ReadDeck(DeckName(line));
-    monitor.Mark("deck read");
-    monitor.StartTimer(0, "assembly, solution");
-    const Results results = Solve(deck, Assemble(deck));
-    monitor.StopTimer(0);
-    monitor.Mark("solved");
-    Print(deck, results, digits);
-    const Blocks blocks = BlocksOf(deck, results);
-    Save(path, blocks);
-    std::cout << "\nSaved in " << path << " and read back.\n";
-    if (line.IsMember("export")) {
-      Export(line.ConstGetValue("export"), blocks);
-      std::cout << "Exported to " << line.ConstGetValue("export") << ".\n";
-    }
-    if (line.IsMember("import")) {
-      Import(line.ConstGetValue("import"), blocks);
-      std::cout << "The same in " << line.ConstGetValue("import") << ".\n";
-    }
+    omi_Singleton<utl_ResourceMonitor>::Instance().Initialize(
+        utl_JobFileName("").c_str());
+    Deck deck;
+    Equations equations;
+    Results results;
+    InPhase(1, "read", [&] { deck = ReadDeck(DeckName(line)); });
+    InPhase(2, "assemble", [&] { equations = Assemble(deck); });
+    InPhase(3, "solve", [&] { results = Solve(deck, equations); });
+    InPhase(4, "write", [&] {
+      Print(deck, results, digits);
+      const Blocks blocks = BlocksOf(deck, results);
+      Save(path, blocks);
+      std::cout << "\nSaved in " << path << " and read back.\n";
+      if (line.IsMember("export")) {
+        Export(line.ConstGetValue("export"), blocks);
+        std::cout << "Exported to " << line.ConstGetValue("export") << ".\n";
+      }
+      if (line.IsMember("import")) {
+        Import(line.ConstGetValue("import"), blocks);
+        std::cout << "The same in " << line.ConstGetValue("import") << ".\n";
+      }
+    });
     status = std::cout.flush() ? 0 : 1;
   } catch (const nex_Exception& failure) {
     std::cerr << failure.AsString() << '\n';

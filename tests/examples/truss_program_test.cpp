@@ -339,20 +339,6 @@ TEST(TrussProgram, IsTheLearnerEditionWhereTheEnvironmentSaysSo) {
       << run.out;
 }
 
-TEST(TrussProgram, LogsItsResourcesWhereTheEnvironmentSaysSo) {
-  const TrussJob job(kTwoBarDeck);
-  const std::string log = job.DirPath() + "/job.use";
-  ASSERT_EQ(job.Run().status, 0);
-  EXPECT_FALSE(FileExists(log));
-  const ScopedEnvironment monitor("KES_RESOURCE_MONITOR", "FULL");
-  ASSERT_EQ(job.Run().status, 0);
-  const std::string text = ReadWholeFile(log);
-  for (const char* part : {"-Start ", " deck read ", " solved ", "-End ", "\n!Phase,",
-                           "!Timer 0 :     assembly, solution   1 ", " Self   1000 "}) {
-    EXPECT_NE(text.find(part), std::string::npos) << part;
-  }
-}
-
 // The library's message, whatever the system's text for the error in its middle.
 void ExpectMessage(const TrussRun& run, const std::string& start,
                    const std::string& end) {

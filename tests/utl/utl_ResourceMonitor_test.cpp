@@ -206,12 +206,12 @@ TEST(ResourceLogPage, ShowsALogThatItsReaderReads) {
   }
   const UseLog log = ReadUseLog(text, "Z:\\tmp\\tall mast", false);
   EXPECT_EQ(log.version, "6.6-7");
-  ASSERT_EQ(log.marks.size(), 4u);
-  EXPECT_EQ(log.marks[1].Label(), std::string(31, ' ') + "deck read");
-  EXPECT_EQ(log.Number(log.marks[1], "WS"), 20'029'440);
-  ASSERT_EQ(log.timers.size(), 2u);
-  EXPECT_EQ(log.timers[0].name, "assembly, solution");
-  EXPECT_EQ(log.timers[0].elapsed, 3.1);
+  ASSERT_EQ(log.marks.size(), 6u);
+  EXPECT_EQ(log.marks[1].Label(), std::string(36, ' ') + "read");
+  EXPECT_EQ(log.Number(log.marks[1], "WS"), 14'180'352);
+  ASSERT_EQ(log.timers.size(), 5u);
+  EXPECT_EQ(log.timers[2].name, "solve");
+  EXPECT_EQ(log.timers[2].elapsed, 1.1);
 }
 
 TEST_F(utl_ResourceMonitorOnTest, LinesEndAsTheTargetsTextFilesDo) {
