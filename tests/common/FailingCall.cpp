@@ -31,6 +31,13 @@ struct {
 } searches;
 
 struct {
+  int calls = 0;
+  HANDLE handle = nullptr;
+  DWORD mask = 0;
+  DWORD flags = 0;
+} inheritance;
+
+struct {
   std::function<void()> atEnd;
   WORD granted = 0;
   std::vector<WORD> starts;
@@ -94,6 +101,27 @@ int WatchedSearches::Begun() const {
 
 int WatchedSearches::Closed() const {
   return searches.closed;
+}
+
+WatchedInheritance::WatchedInheritance() {
+  redirection::Install();
+  inheritance = {};
+}
+
+int WatchedInheritance::Calls() const {
+  return inheritance.calls;
+}
+
+HANDLE WatchedInheritance::Handle() const {
+  return inheritance.handle;
+}
+
+DWORD WatchedInheritance::Mask() const {
+  return inheritance.mask;
+}
+
+DWORD WatchedInheritance::Flags() const {
+  return inheritance.flags;
 }
 
 WatchedCreateFile::WatchedCreateFile() {
@@ -168,6 +196,10 @@ void redirection::RecordSearchBegin(HANDLE search) {
 
 void redirection::RecordSearchEnd() {
   ++searches.closed;
+}
+
+void redirection::RecordInheritance(HANDLE handle, DWORD mask, DWORD flags) {
+  inheritance = {inheritance.calls + 1, handle, mask, flags};
 }
 
 void redirection::RecordSocketStart(WORD asked, WORD& granted) {

@@ -28,6 +28,7 @@ enum class SystemCall {
   kReadFile,
   kSetEndOfFile,
   kSetFilePointer,
+  kSetHandleInformation,
   kSocketStart,
   kWriteFile,
 };
@@ -96,6 +97,17 @@ class WatchedSearches {
   int Closed() const;
 };
 
+/// Watches SetHandleInformation from the construction on. One object at a time.
+class WatchedInheritance {
+ public:
+  WatchedInheritance();
+  int Calls() const;
+  // What the library handed to its last call.
+  HANDLE Handle() const;
+  DWORD Mask() const;
+  DWORD Flags() const;
+};
+
 /// What the library handed to its last CreateFileA.
 struct CreateFileArguments {
   DWORD access;
@@ -150,6 +162,7 @@ bool ReplaceDiskSpace(const char* directory, ULARGE_INTEGER* toCaller,
 void Record(const CreateFileArguments& arguments);
 void RecordSearchBegin(HANDLE search);
 void RecordSearchEnd();
+void RecordInheritance(HANDLE handle, DWORD mask, DWORD flags);
 /// Also changes the granted version where a test wants another one.
 void RecordSocketStart(WORD asked, WORD& granted);
 void RecordSocketEnd();

@@ -106,6 +106,14 @@ DWORD SetFilePointer(HANDLE handle, LONG distance, PLONG distanceHigh, DWORD met
              : next(handle, distance, distanceHigh, method);
 }
 
+BOOL SetHandleInformation(HANDLE handle, DWORD mask, DWORD flags) {
+  static const auto next = Next(&SetHandleInformation);
+  redirection::RecordInheritance(handle, mask, flags);
+  return redirection::Fails(SystemCall::kSetHandleInformation)
+             ? FALSE
+             : next(handle, mask, flags);
+}
+
 void Sleep(DWORD milliseconds) {
   static const auto next = Next(&Sleep);
   if (!redirection::ReplaceSleep(milliseconds)) {

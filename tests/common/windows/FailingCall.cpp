@@ -90,6 +90,13 @@ DWORD WINAPI Move(HANDLE handle, LONG distance, PLONG distanceHigh, DWORD method
              : SetFilePointer(handle, distance, distanceHigh, method);
 }
 
+BOOL WINAPI Inheritance(HANDLE handle, DWORD mask, DWORD flags) {
+  redirection::RecordInheritance(handle, mask, flags);
+  return redirection::Fails(SystemCall::kSetHandleInformation)
+             ? FALSE
+             : SetHandleInformation(handle, mask, flags);
+}
+
 void WINAPI Pause(DWORD milliseconds) {
   if (!redirection::ReplaceSleep(milliseconds)) {
     Sleep(milliseconds);
@@ -197,6 +204,7 @@ const Replacement kReplacements[] = {
     {"ReadFile", Address(&Read)},
     {"SetEndOfFile", Address(&SetEnd)},
     {"SetFilePointer", Address(&Move)},
+    {"SetHandleInformation", Address(&Inheritance)},
     {"Sleep", Address(&Pause)},
     {"WSACleanup", Address(&SocketEnd)},
     {"WSAStartup", Address(&SocketStart)},
