@@ -1,20 +1,18 @@
-// Byte-range locks, by open file description: they belong to the handle, and go
-// with it.
+// Locking ranges of files.
 //
 // Not emulated: locks are advisory (as under Wine); offsets in the last 16 bytes
-// below 2^63 and beyond cannot be locked; ranges of one handle that overlap without
-// being equal stay locked until the last of them is unlocked; an exclusive lock
-// through a handle without write access only keeps out exclusive locks; a second
-// exclusive lock of one handle on its own range fails at once where Windows waits
-// for ever.
+// below 2^63 and beyond cannot be locked. The rest stands in
+// posix_lock.cpp.
 
-#include <fcntl.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <new>
 
 #include "posix_error.h"
 #include "posix_file.h"
+#include "posix_lock.h"
 #include "posix_share.h"
 
 namespace posix {
@@ -35,21 +33,17 @@ LockedRange Range(const OVERLAPPED& at, DWORD lengthLow, DWORD lengthHigh) {
   return {start, length == 0 ? room : std::min(length, room), false};
 }
 
-bool Apply(int fd, const LockedRange& range, short type, bool wait) {
-  flock lock = {};
-  lock.l_type = type;
-  lock.l_whence = SEEK_SET;
-  lock.l_start = range.start;
-  lock.l_len = range.length;
-  return Retried([&] { return fcntl(fd, wait ? F_OFD_SETLKW : F_OFD_SETLK, &lock); }) ==
-         0;
+// Files alone have ranges to lock.
+DWORD CheckFile(int fd) {
+  struct stat status;
+  if (fd < 0 || fstat(fd, &status) != 0) return ERROR_INVALID_HANDLE;
+  if (S_ISREG(status.st_mode)) return ERROR_SUCCESS;
+  const bool isDevice = S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode);
+  return isDevice ? ERROR_INVALID_FUNCTION : ERROR_INVALID_HANDLE;
 }
 
-bool Lock(int fd, const LockedRange& range, bool wait) {
-  if (!range.exclusive) return Apply(fd, range, F_RDLCK, wait);
-  // An exclusive lock needs a descriptor that may write.
-  return Apply(fd, range, F_WRLCK, wait) ||
-         (errno == EBADF && Apply(fd, range, F_RDLCK, wait));
+BOOL Result(DWORD code) {
+  return code == ERROR_SUCCESS ? TRUE : Fail(code);
 }
 
 }  // namespace
@@ -58,33 +52,27 @@ bool Lock(int fd, const LockedRange& range, bool wait) {
 using namespace posix;
 
 BOOL LockFileEx(HANDLE handle, DWORD flags, DWORD, DWORD lengthLow, DWORD lengthHigh,
-                OVERLAPPED* overlapped) {
-  unsigned access = 0;
+                OVERLAPPED* overlapped) try {
   const int fd = DescriptorOf(handle);
-  if (!AccessOf(fd, access)) return Fail(ERROR_INVALID_HANDLE);
+  const DWORD code = CheckFile(fd);
+  if (code != ERROR_SUCCESS) return Fail(code);
   LockedRange range = Range(*overlapped, lengthLow, lengthHigh);
-  range.exclusive = (flags & LOCKFILE_EXCLUSIVE_LOCK) != 0;
   if (range.length == 0) return Fail(ERROR_INVALID_PARAMETER);
-  const OwnLocks own = NoteLock(fd, range);
-  if (own == OwnLocks::kRefuse) return Fail(ERROR_LOCK_VIOLATION);
-  const bool wait = (flags & LOCKFILE_FAIL_IMMEDIATELY) == 0;
-  if (own == OwnLocks::kCovered || Lock(fd, range, wait)) return TRUE;
-  const DWORD code = CodeFromErrno(errno);
-  bool stillMet;
-  ForgetLock(fd, range.start, range.length, stillMet);
-  return Fail(code);
+  range.exclusive = (flags & LOCKFILE_EXCLUSIVE_LOCK) != 0;
+  const int number = errno;  // of the run time, which has no part in this
+  const DWORD result = LockRange(fd, range, (flags & LOCKFILE_FAIL_IMMEDIATELY) == 0);
+  errno = number;
+  return Result(result);
+} catch (const std::bad_alloc&) {
+  return Fail(ERROR_NOT_ENOUGH_MEMORY);
 }
 
 BOOL UnlockFileEx(HANDLE handle, DWORD, DWORD lengthLow, DWORD lengthHigh,
                   OVERLAPPED* overlapped) {
-  unsigned access = 0;
   const int fd = DescriptorOf(handle);
-  if (!AccessOf(fd, access)) return Fail(ERROR_INVALID_HANDLE);
+  const DWORD code = CheckFile(fd);
+  // A device has no locks, so that none is found.
+  if (code != ERROR_SUCCESS && code != ERROR_INVALID_FUNCTION) return Fail(code);
   const LockedRange range = Range(*overlapped, lengthLow, lengthHigh);
-  bool stillMet = false;
-  if (!ForgetLock(fd, range.start, range.length, stillMet)) {
-    return Fail(ERROR_LOCK_VIOLATION);
-  }
-  if (stillMet) return TRUE;
-  return Apply(fd, range, F_UNLCK, false) ? TRUE : FailWithErrno();
+  return Result(UnlockRange(fd, range.start, range.length));
 }

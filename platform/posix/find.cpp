@@ -113,9 +113,8 @@ bool IsListed(const Search& search, const char* name) {
 }
 
 DWORD Open(Search& search) {
-  do {
-    search.fd = open(search.directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  } while (search.fd < 0 && errno == EINTR);
+  search.fd = Retried(
+      [&] { return open(search.directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
   if (search.fd >= 0) return ERROR_SUCCESS;
   if (errno == ENOENT) return ERROR_PATH_NOT_FOUND;
   return errno == ENOTDIR ? ERROR_INVALID_NAME : CodeFromErrno(errno);
@@ -126,10 +125,8 @@ DWORD Open(Search& search) {
 DWORD Refill(Search& search) {
   if (search.begin < search.end) return ERROR_SUCCESS;
   search.begin = search.end = 0;
-  ssize_t size;
-  do {
-    size = getdents64(search.fd, search.records, kRecordsSize);
-  } while (size < 0 && errno == EINTR);
+  const ssize_t size =
+      Retried([&] { return getdents64(search.fd, search.records, kRecordsSize); });
   if (size < 0 && errno != ENOENT) return CodeFromErrno(errno);
   if (size <= 0) return ERROR_NO_MORE_FILES;
   search.end = size;

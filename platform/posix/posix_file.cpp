@@ -10,13 +10,13 @@
 #include <time.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <iterator>
 #include <mutex>
 #include <utility>
+#include <vector>
 
+#include "posix_lock.h"
 #include "posix_share.h"
 
 namespace posix {
@@ -62,10 +62,6 @@ bool AgreesInProcess(const OpenFile& file) {
     }
   }
   return true;
-}
-
-bool Meet(const LockedRange& one, const LockedRange& other) {
-  return one.start < other.start + other.length && other.start < one.start + one.length;
 }
 
 // A pause of up to a millisecond, another one each time.
@@ -129,6 +125,7 @@ bool EnterFile(int fd, const OpenFile& file) {
       const std::lock_guard guard(mutex);
       OpenFile& entry = Entry(fd);
       entry.open = false;  // whatever was closed behind the table's back
+      ForgetLocks(fd);
       const bool shared = file.access == 0 || !file.isRegular;
       if (!shared && !AgreesInProcess(file)) return false;
       if (shared || TellShares(fd, file.access, file.share)) {
@@ -160,6 +157,7 @@ int CloseFile(int fd) noexcept {
     if (file->open) RemoveAtEnd(*file);
     *file = OpenFile();
   }
+  ForgetLocks(fd);
   return close(fd) == 0 || errno == EINTR ? 0 : errno;
 }
 
@@ -167,36 +165,6 @@ int ExchangeTextMode(int fd, int mode) {
   if (!IsOpen(fd)) return -1;
   const std::lock_guard guard(mutex);
   return std::exchange(Entry(fd).textMode, mode);
-}
-
-OwnLocks NoteLock(int fd, const LockedRange& range) {
-  const std::lock_guard guard(mutex);
-  std::vector<LockedRange>& locks = Entry(fd).locks;
-  OwnLocks result = OwnLocks::kNone;
-  for (const LockedRange& held : locks) {
-    if (!Meet(held, range)) continue;
-    if (range.exclusive) return OwnLocks::kRefuse;
-    if (held.exclusive) result = OwnLocks::kCovered;
-  }
-  locks.push_back(range);
-  return result;
-}
-
-bool ForgetLock(int fd, off_t start, off_t length, bool& stillMet) {
-  const std::lock_guard guard(mutex);
-  OpenFile* file = Known(fd);
-  if (file == nullptr) return false;
-  std::vector<LockedRange>& locks = file->locks;
-  const auto isIt = [start, length](const LockedRange& held) {
-    return held.start == start && held.length == length;
-  };
-  const auto found = std::find_if(locks.rbegin(), locks.rend(), isIt);
-  if (found == locks.rend()) return false;
-  const LockedRange range = *found;
-  locks.erase(std::next(found).base());
-  stillMet = std::any_of(locks.begin(), locks.end(),
-                         [&range](const LockedRange& held) { return Meet(held, range); });
-  return true;
 }
 
 }  // namespace posix

@@ -21,12 +21,6 @@ constexpr unsigned kWrite = FILE_SHARE_WRITE;
 constexpr unsigned kDelete = FILE_SHARE_DELETE;
 constexpr unsigned kAllRights = kRead | kWrite | kDelete;
 
-struct LockedRange {
-  off_t start;
-  off_t length;
-  bool exclusive;
-};
-
 struct OpenFile {
   bool open = false;
   unsigned access = 0;
@@ -37,7 +31,6 @@ struct OpenFile {
   bool isProcess = false;
   int textMode = 0x4000;    // _O_TEXT or _O_BINARY
   std::string removeAtEnd;  // the path to remove when the file is closed
-  std::vector<LockedRange> locks;
 };
 
 HANDLE HandleOf(int fd);
@@ -86,15 +79,5 @@ class NewDescriptor {
 /// Sets how the C run time reads and writes a descriptor, and returns how it did;
 /// -1 when it is not open.
 int ExchangeTextMode(int fd, int mode);
-
-/// How a new range meets those that its handle has locked already.
-enum class OwnLocks { kNone, kRefuse, kCovered };
-
-/// Notes a range of a descriptor's file unless its own handle's locks refuse it.
-/// kCovered: a lock of the handle that meets it is exclusive and serves for it.
-OwnLocks NoteLock(int fd, const LockedRange& range);
-/// Forgets a noted range, the latest of equal ones. False when there is none.
-/// `stillMet` tells whether another range of the handle meets it.
-bool ForgetLock(int fd, off_t start, off_t length, bool& stillMet);
 
 }  // namespace posix

@@ -1,6 +1,11 @@
 // Byte-range locks, between handles of one process and of two.
 
+#include <io.h>
+
+#include <thread>
+
 #include "common/ChildProcess.h"
+#include "common/Pipe.h"
 #include "platform/PlatformTest.h"
 
 namespace {
@@ -63,6 +68,77 @@ TEST_F(FileLockTest, OwnLocks) {
   EXPECT_EQ(LockCode(other_, kTryExclusive, 0, 10), kLocked);
   EXPECT_EQ(UnlockCode(one_, 0, 10), 0u);
   EXPECT_EQ(LockCode(other_, kTryExclusive, 0, 10), 0u);
+}
+
+TEST_F(FileLockTest, OfTwoOwnLocksTheEarlierIsUnlockedFirst) {
+  EXPECT_EQ(LockCode(one_, kTryExclusive, 0, 10), 0u);
+  EXPECT_EQ(LockCode(one_, kTry, 0, 10), 0u);
+  EXPECT_EQ(LockCode(other_, kTry, 0, 10), kLocked);
+  EXPECT_EQ(UnlockCode(one_, 0, 10), 0u);
+  EXPECT_EQ(LockCode(other_, kTry, 0, 10), 0u);
+  EXPECT_EQ(LockCode(other_, kTryExclusive, 0, 10), kLocked);
+}
+
+TEST_F(FileLockTest, ReadersLockExclusively) {
+  const ScopedHandle reader(Open(Name("a")));
+  const ScopedHandle otherReader(Open(Name("a")));
+  EXPECT_EQ(LockCode(reader, kTryExclusive, 0, 10), 0u);
+  EXPECT_EQ(LockCode(otherReader, kTryExclusive, 0, 10), kLocked);
+  EXPECT_EQ(LockCode(otherReader, kTry, 0, 10), kLocked);
+  EXPECT_EQ(LockCode(other_, kTry, 0, 10), kLocked);
+  EXPECT_EQ(LockCode(reader, kTry, 0, 10), 0u);
+  EXPECT_EQ(UnlockCode(reader, 0, 10), 0u);
+  EXPECT_EQ(LockCode(other_, kTryExclusive, 0, 10), kLocked);
+  EXPECT_EQ(LockCode(otherReader, kTry, 0, 10), 0u);
+  EXPECT_EQ(UnlockCode(otherReader, 0, 10), 0u);
+  EXPECT_EQ(UnlockCode(reader, 0, 10), 0u);
+  EXPECT_EQ(LockCode(other_, kTryExclusive, 0, 10), 0u);
+}
+
+TEST_F(FileLockTest, ReadersLocksGoWithTheirHandle) {
+  ScopedHandle reader(Open(Name("a")));
+  EXPECT_EQ(LockCode(reader, kTryExclusive, 0, 10), 0u);
+  reader.Close();
+  EXPECT_EQ(LockCode(other_, kTryExclusive, 0, 10), 0u);
+}
+
+// A handle that has been given its number anew has none of the earlier one's locks.
+TEST_F(FileLockTest, LocksDoNotPassToTheNextHandle) {
+  ScopedHandle first(Open(Name("a")));
+  EXPECT_EQ(LockCode(first, kTry, 0, 10), 0u);
+  first.Close();
+  const ScopedHandle next(Open(Name("a")));
+  EXPECT_EQ(UnlockCode(next, 0, 10), kLocked);
+  EXPECT_EQ(LockCode(next, kTryExclusive, 0, 10), 0u);
+}
+
+TEST_F(FileLockTest, WaitsForTheOwnHandle) {
+  for (const DWORD held : {kTry, kTryExclusive}) {
+    ASSERT_EQ(LockCode(one_, held, 0, 10), 0u);
+    std::thread waiter(
+        [this] { EXPECT_EQ(LockCode(one_, LOCKFILE_EXCLUSIVE_LOCK, 0, 10), 0u); });
+    EXPECT_EQ(UnlockCode(one_, 0, 10), 0u);
+    waiter.join();
+    EXPECT_EQ(LockCode(other_, kTry, 0, 10), kLocked);
+    EXPECT_EQ(UnlockCode(one_, 0, 10), 0u);
+  }
+}
+
+TEST_F(FileLockTest, WhatIsNoFileIsNotLocked) {
+  const Pipe pipe;
+  const auto reader = reinterpret_cast<HANDLE>(_get_osfhandle(pipe.Reader()));
+  const ScopedHandle directory(Open(Name("d"), GENERIC_READ, kShareAll, OPEN_EXISTING,
+                                    FILE_FLAG_BACKUP_SEMANTICS));
+  const ScopedHandle device(Open("Z:\\dev\\null", GENERIC_READ | GENERIC_WRITE));
+  for (const DWORD flags :
+       {kTry, kTryExclusive, DWORD{0}, DWORD{LOCKFILE_EXCLUSIVE_LOCK}}) {
+    EXPECT_EQ(LockCode(reader, flags, 0, 1), DWORD{ERROR_INVALID_HANDLE});
+    EXPECT_EQ(LockCode(directory, flags, 0, 1), DWORD{ERROR_INVALID_HANDLE});
+    EXPECT_EQ(LockCode(device, flags, 0, 1), DWORD{ERROR_INVALID_FUNCTION});
+  }
+  EXPECT_EQ(UnlockCode(reader, 0, 1), DWORD{ERROR_INVALID_HANDLE});
+  EXPECT_EQ(UnlockCode(directory, 0, 1), DWORD{ERROR_INVALID_HANDLE});
+  EXPECT_EQ(UnlockCode(device, 0, 1), kLocked);
 }
 
 TEST_F(FileLockTest, SharedTwiceIsUnlockedTwice) {
