@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 #include <windows.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <functional>
 #include <new>
@@ -26,7 +27,9 @@
 #include "utl/utl_Catenator.h"
 #include "utl/utl_CommandLine.h"
 #include "utl/utl_CommandLineLoader.h"
+#include "utl/utl_DirObject.h"
 #include "utl/utl_FilePath.h"
+#include "utl/utl_flock.h"
 #include "utl/utl_MultisectionFile.h"
 #include "utl/utl_Stat.h"
 #include "utl/utl_TempFile.h"
@@ -129,6 +132,36 @@ TEST_F(RefusedMemoryTest, SystemListing) {
     }
     EXPECT_TRUE(FindClose(search));
   });
+}
+
+TEST_F(RefusedMemoryTest, Listing) {
+  const cow_String directory(dir_.Path());
+  RefuseEachInTurn([&] {
+    const utl_DirObject listing(utl_FilePath(directory, ""));
+    EXPECT_EQ(listing.GetAllEntries().Length(), 3);
+    EXPECT_EQ(listing.PrefixMatchAllEntries("").Length(), 3);
+  });
+}
+
+// Nobody holds the file afterwards, and nothing is thrown.
+TEST_F(RefusedMemoryTest, FileLockThrowsNothing) {
+  const std::string name = Name("a");
+  const auto lock = [&](int mode) {
+    const int fd = _open(name.c_str(), _O_RDONLY | _O_BINARY);
+    if (fd < 0) return;
+    int result = -1;
+    EXPECT_NO_THROW(result = utl_flock(fd, mode));
+    EXPECT_TRUE(result == 0 || errno == ERROR_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(_close(fd), 0);
+  };
+  for (const int mode : {1, 2, 5, 6}) {
+    RefuseEachInTurn([&] { lock(mode); },
+                     [&] {
+                       const int fd = _open(name.c_str(), _O_RDWR | _O_BINARY);
+                       EXPECT_EQ(utl_flock(fd, 6), 0);
+                       EXPECT_EQ(_close(fd), 0);
+                     });
+  }
 }
 
 TEST_F(RefusedMemoryTest, File) {

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "KSTutl_export.h"
+
+/// Locks or unlocks the file behind a descriptor of the run time, with the mode numbers
+/// of the classic flock call:
+///
+///     mode  meaning
+///     1     shared lock, waiting until it is to be had
+///     2     exclusive lock, waiting
+///     5     shared lock, failing at once when it is not to be had
+///     6     exclusive lock, failing at once
+///     8     unlock
+///
+/// Many may hold a shared lock at once, one alone an exclusive one. 0 is the result on
+/// success. On failure it is -1, and `errno` is the number that the system gives the
+/// error, not one of the run time's: 33 (lock violation) when the lock is not to be had,
+/// 6 (invalid handle) for a bad descriptor. Any other mode is -1 with `errno` 22.
+///
+/// What is locked are the first 4,294,901,760 bytes (4 GiB less 64 KiB) whatever the
+/// file's size; beyond them nothing is. The lock belongs to the open descriptor: another
+/// one of the same file, in this process too, is somebody else, and closing a descriptor
+/// or ending the process unlocks. On one descriptor an exclusive lock excludes a second
+/// one, a shared lock may be added to it or to others, and each lock wants its own
+/// unlock, the earliest taken going first.
+///
+/// Never throws. Threads: any; waiting blocks the calling thread.
+///
+///     if (utl_flock(fd, 2) == 0) {
+///       ...                           // nobody else has the file locked
+///       utl_flock(fd, 8);
+///     }
+KSTUTL_EXPORT int utl_flock(int descriptor, int mode);
