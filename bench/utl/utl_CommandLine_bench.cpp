@@ -13,10 +13,10 @@
 namespace {
 
 constexpr const char* kArguments[] = {
-    "-job",    "beam",           "-cpus",        "4",       "-memory",
-    "2000000", "-tmpdir",        "/scratch/tmp", "-outdir", "/home/user/project/results",
-    "-input",  "deck_17.inp",    "-interactive", "-error",  "utl_File=3,rgx=",
-    "-user",   "user_routine.o", "-double",      "both",
+    "-job",    "beam",         "-cpus",        "4",       "-memory",
+    "2000000", "-tmpdir",      "/scratch/tmp", "-outdir", "/home/user/project/results",
+    "-input",  "tower.deck",   "-interactive", "-error",  "utl_File=3,rgx=",
+    "-loads",  "wind_3.loads", "-digits",      "12",
 };
 
 using Line = thr_GlobalSingleton<utl_CommandLine>;
@@ -45,11 +45,11 @@ const std::unordered_map<String, String>& PeerOptions() {
       {"memory", "2000000"},
       {"tmpdir", "/scratch/tmp"},
       {"outdir", "/home/user/project/results"},
-      {"input", "deck_17.inp"},
+      {"input", "tower.deck"},
       {"interactive", ""},
       {"error", "utl_File=3,rgx="},
-      {"user", "user_routine.o"},
-      {"double", "both"},
+      {"loads", "wind_3.loads"},
+      {"digits", "12"},
   };
   return *options;
 }

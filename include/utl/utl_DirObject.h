@@ -12,9 +12,8 @@
 ///
 ///     utl_DirObject jobs(utl_FilePath("Z:\\jobs", ""));
 ///     for (const utl_FilePath& file : jobs.GetAllFileNames())
-///       Use(file.AbsolutePathName());                        // Z:\jobs\b.dat,
-///       Z:\jobs\a.dat
-///     jobs.FindFileNamesWithExtension(".dat");               // a.dat, b.dat
+///       Use(file.AbsolutePathName());            // Z:\jobs\b.dat, Z:\jobs\a.dat
+///     jobs.FindFileNamesWithExtension(".dat");   // a.dat, b.dat
 ///
 /// The system hands out the entries in an order of its own, the enumeration order (by
 /// name, without regard to letter case, on most systems). "." and ".." are directories

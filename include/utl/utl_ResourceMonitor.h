@@ -26,8 +26,8 @@
 /// Any other value, the empty one too, turns the monitor on without these.
 ///
 ///     auto& monitor = omi_Singleton<utl_ResourceMonitor>::Instance();
-///     monitor.Initialize("beam");                         // writes beam.use from here
-///     on monitor.StartTimer(0, "assembly");
+///     monitor.Initialize("beam");            // begins beam.use
+///     monitor.StartTimer(0, "assembly");
 ///     ...
 ///     monitor.StopTimer(0);
 ///     monitor.Mark("stiffness assembled");

@@ -1,4 +1,4 @@
-#include "utl_LockFileHolder.h"
+#include "utl/impl/utl_LockFileHolder.h"
 
 #include <fcntl.h>
 #include <io.h>

@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "atr/atr_translate.h"
-#include "utl_MultisectionFormat.h"
-#include "utl_SectionDirectory.h"
+#include "utl/impl/utl_MultisectionFormat.h"
+#include "utl/impl/utl_SectionDirectory.h"
 
 namespace {
 

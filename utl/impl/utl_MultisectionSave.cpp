@@ -8,10 +8,10 @@
 #include <vector>
 
 #include "atr/atr_translate.h"
+#include "utl/impl/utl_LockFileHolder.h"
+#include "utl/impl/utl_MultisectionFormat.h"
+#include "utl/impl/utl_SectionDirectory.h"
 #include "utl/utl_MultisectionFile.h"
-#include "utl_LockFileHolder.h"
-#include "utl_MultisectionFormat.h"
-#include "utl_SectionDirectory.h"
 
 namespace {
 

@@ -8,7 +8,6 @@
 
 #include <charconv>
 #include <cstdlib>
-#include <exception>
 #include <string>
 
 #include "utl/utl_FilePath.h"
@@ -194,7 +193,7 @@ utl_ResourceMonitor::utl_ResourceMonitor() = default;
 utl_ResourceMonitor::~utl_ResourceMonitor() {
   try {
     WriteEnd();
-  } catch (const std::exception&) {
+  } catch (...) {
     // No memory for a line: the log lacks its end, and nobody is left to be told.
   }
   Release();

@@ -1,4 +1,4 @@
-#include "utl_SectionDirectory.h"
+#include "utl/impl/utl_SectionDirectory.h"
 
 #include <algorithm>
 #include <functional>
@@ -8,7 +8,7 @@
 #include <numeric>
 #include <utility>
 
-#include "utl_MultisectionFormat.h"
+#include "utl/impl/utl_MultisectionFormat.h"
 
 namespace {
 
