@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "common/CurrentDirectory.h"
 #include "common/TempDir.h"
 #include "utl/utl_DirObject.h"
 
@@ -44,21 +45,6 @@ inline Texts Joined(Texts first, const Texts& second) {
   first.insert(first.end(), second.begin(), second.end());
   return first;
 }
-
-/// Makes another directory the current one.
-class CurrentDirectory {
- public:
-  explicit CurrentDirectory(const std::string& directory)
-      : earlier_(std::filesystem::current_path()) {
-    std::filesystem::current_path(directory);
-  }
-  ~CurrentDirectory() { std::filesystem::current_path(earlier_); }
-  CurrentDirectory(const CurrentDirectory&) = delete;
-  CurrentDirectory& operator=(const CurrentDirectory&) = delete;
-
- private:
-  std::filesystem::path earlier_;
-};
 
 /// A directory for the listings of a test, and what the system's own calls tell of it.
 class DirObjectTest : public testing::Test {

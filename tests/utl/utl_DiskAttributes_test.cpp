@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <string>
 
+#include "common/CurrentDirectory.h"
 #include "common/ExpectThrow.h"
 #include "common/FailingCall.h"
 #include "common/ScopedEnvironment.h"
@@ -48,21 +49,6 @@ std::string Lines(const std::string& onDrive, const std::string& toCaller) {
   return "\n Free space on drive Z:\\ =" + onDrive +
          " \n\n Free space to caller Z:\\ =" + toCaller + " \n";
 }
-
-// Makes another directory the current one.
-class CurrentDirectory {
- public:
-  explicit CurrentDirectory(const std::string& directory)
-      : earlier_(std::filesystem::current_path()) {
-    std::filesystem::current_path(directory);
-  }
-  ~CurrentDirectory() { std::filesystem::current_path(earlier_); }
-  CurrentDirectory(const CurrentDirectory&) = delete;
-  CurrentDirectory& operator=(const CurrentDirectory&) = delete;
-
- private:
-  std::filesystem::path earlier_;
-};
 
 }  // namespace
 

@@ -1,0 +1,88 @@
+#pragma once
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <io.h>
+#include <sys/stat.h>
+#include <windows.h>
+
+#include <cerrno>
+#include <string>
+
+#include "common/ChildProcess.h"
+#include "common/TempDir.h"
+#include "utl/utl_flock.h"
+
+// For the tests of utl_flock.
+
+constexpr int kShared = 1;
+constexpr int kExclusive = 2;
+constexpr int kTryShared = 5;
+constexpr int kTryExclusive = 6;
+constexpr int kUnlock = 8;
+
+constexpr int kLocked = 33;        // the system's lock violation
+constexpr int kInvalidHandle = 6;  // the system's
+constexpr int kInvalidArgument = 22;
+constexpr int kNoFile = 9999;  // a descriptor that nobody has
+constexpr int kUntouched = 4711;
+
+// errno after a failing call, 0 for one that succeeds and leaves errno alone.
+inline int ErrorOf(int descriptor, int mode) {
+  errno = kUntouched;
+  const int result = utl_flock(descriptor, mode);
+  const int error = errno;
+  EXPECT_EQ(result, error == kUntouched ? 0 : -1) << mode;
+  return result == 0 ? 0 : error;
+}
+
+/// A descriptor of the run time, closed at the end.
+class LockedDescriptor {
+ public:
+  explicit LockedDescriptor(const std::string& path, int access = _O_RDWR)
+      : number_(_open(path.c_str(), access | _O_BINARY)) {
+    EXPECT_GE(number_, 0);
+  }
+  ~LockedDescriptor() { Close(); }
+  LockedDescriptor(const LockedDescriptor&) = delete;
+  LockedDescriptor& operator=(const LockedDescriptor&) = delete;
+
+  operator int() const { return number_; }
+  void Close() {
+    if (number_ >= 0) _close(number_);
+    number_ = -1;
+  }
+
+ private:
+  int number_;
+};
+
+/// Another process that has the file open and locks it as it is told, a mode a line.
+class LockingProcess {
+ public:
+  explicit LockingProcess(const std::string& path)
+      : child_(ChildProcess::Start("lockFileAsTold", {path})) {}
+  void Ask(int mode) { child_.WriteLine(std::to_string(mode)); }
+  int Answer() { return std::stoi(child_.ReadLine()); }
+  int ErrorOf(int mode) {
+    Ask(mode);
+    return Answer();
+  }
+  void End() {
+    child_.WriteLine("end");
+    EXPECT_EQ(child_.Wait(), 0);
+  }
+  void Kill() { child_.Kill(); }
+
+ private:
+  ChildProcess child_;
+};
+
+/// A file to be locked.
+class utl_flockTest : public testing::Test {
+ protected:
+  utl_flockTest() : path_(dir_.File("f")) { WriteWholeFile(path_, "0123456789"); }
+
+  TempDir dir_;
+  std::string path_;
+};
