@@ -5,6 +5,7 @@
 #include "memory/RefusedMemory.h"
 
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <io.h>
 #include <sys/stat.h>
 #include <windows.h>
