@@ -1,7 +1,6 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -28,7 +27,7 @@ class GatheringWriter {
       written_ += file_.Write(bytes, count);
       return;
     }
-    std::memcpy(buffer_.data() + used_, bytes, static_cast<std::size_t>(count));
+    std::copy_n(bytes, count, buffer_.data() + used_);
     used_ += count;
   }
 
