@@ -20,6 +20,9 @@ class thr_Mutex {
   /// Waits until no other thread holds the lock, and takes it.
   void lock() { mutex_.lock(); }
 
+  /// Takes the lock if no thread holds it; false otherwise.
+  bool try_lock() { return mutex_.try_lock(); }
+
   /// Gives the lock back. REQUIRES: the calling thread holds it.
   void unlock() { mutex_.unlock(); }
 

@@ -7,25 +7,19 @@
 #include <new>
 #include <vector>
 
+#include "thr/thr_keepLibraryLoaded.h"
+
 namespace {
 
 using Cleanups = std::vector<void (*)()>;
 
 void WINAPI RunCleanups(void* list);
 
-// Threads may end after a client has unloaded the library: it stays, or the system
-// would call what is no longer there.
-void KeepLibraryLoaded() {
-  static constexpr char kInside = 0;
-  HMODULE library = nullptr;
-  GetModuleHandleExA(
-      GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, &kInside,
-      &library);
-}
-
 DWORD RegistrySlot() {
   static const DWORD slot = [] {
-    KeepLibraryLoaded();
+    // Threads may end after a client has unloaded the library: it stays, or the system
+    // would call what is no longer there.
+    thr_keepLibraryLoaded();
     const DWORD made = FlsAlloc(RunCleanups);
     if (made == FLS_OUT_OF_INDEXES) {
       throw std::bad_alloc();

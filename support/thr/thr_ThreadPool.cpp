@@ -3,6 +3,8 @@
 #include <system_error>
 #include <utility>
 
+#include "thr/thr_keepLibraryLoaded.h"
+
 template class thr_GlobalSingleton<thr_ThreadPool>;
 
 thr_Task::~thr_Task() = default;
@@ -19,7 +21,10 @@ thr_ThreadPool::~thr_ThreadPool() {
   }
 }
 
+// The threads run the library's code: from here on it stays loaded, whatever a client
+// does.
 void thr_ThreadPool::AddThreads(int atLeast, int wanted) {
+  thr_keepLibraryLoaded();
   const std::lock_guard<std::mutex> guard(mutex_);
   for (int i = 0; i < wanted; ++i) {
     try {

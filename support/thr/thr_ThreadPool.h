@@ -32,6 +32,8 @@ class KSTUTL_EXPORT thr_Task {
 ///     pool.AddThreads(1, 1);
 ///     pool.RunTask(std::make_unique<MyTask>());
 ///
+/// From the first thread on the library stays loaded until the process ends.
+///
 /// A process that ends without `thr_finalize` leaves the pool as it is: its threads end
 /// with the process, wherever they are, and nothing waits for them.
 ///

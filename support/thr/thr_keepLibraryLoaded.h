@@ -1,0 +1,9 @@
+// thr_keepLibraryLoaded: for threads that run the library's code.
+
+#pragma once
+
+/// Has the library stay loaded until the process ends, also when its last client unloads
+/// it. Internal to the library.
+///
+/// Threads: any, any number of times.
+void thr_keepLibraryLoaded();
