@@ -4,16 +4,15 @@
 
 #include <array>
 #include <bit>
-#include <clocale>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
-#include <locale>
 #include <random>
 #include <string>
 
+#include "common/DecimalComma.h"
 #include "utl/RecordingStream.h"
 #include "utl/utl_Stream.h"
 
@@ -173,33 +172,6 @@ TEST(StreamPrintfTest, PrecisionsBeyondAllDigits) {
     }
   }
 }
-
-class CommaForPoint : public std::numpunct<char> {
-  char do_decimal_point() const override { return ','; }
-  char do_thousands_sep() const override { return '.'; }
-  std::string do_grouping() const override { return "\3"; }
-};
-
-// Sets a locale with a decimal comma for the C and the C++ library, as far as the
-// system has one.
-class DecimalComma {
- public:
-  DecimalComma() {
-    std::locale::global(std::locale(std::locale(), new CommaForPoint));
-    for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "de_DE", "German_Germany.1252",
-                             "fr_FR.UTF-8", "German", "French"}) {
-      if (std::setlocale(LC_ALL, name) != nullptr) {
-        break;
-      }
-    }
-  }
-  ~DecimalComma() {
-    std::locale::global(std::locale::classic());
-    std::setlocale(LC_ALL, "C");
-  }
-  DecimalComma(const DecimalComma&) = delete;
-  DecimalComma& operator=(const DecimalComma&) = delete;
-};
 
 TEST(StreamPrintfTest, OutputDoesNotDependOnTheLocale) {
   const DecimalComma comma;
