@@ -9,7 +9,7 @@ add_library(kstutl_platform INTERFACE)
 if(WIN32)
   target_compile_definitions(kstutl_platform INTERFACE
     WIN32_LEAN_AND_MEAN NOMINMAX)
-  target_link_libraries(kstutl_platform INTERFACE psapi ws2_32 advapi32)
+  target_link_libraries(kstutl_platform INTERFACE psapi ws2_32 advapi32 ntdll)
 else()
   target_include_directories(kstutl_platform INTERFACE
     "${PROJECT_SOURCE_DIR}/platform/posix")

@@ -1,7 +1,8 @@
-// The modules of the process.
+// The modules of the process, and its end.
 //
 // Not emulated: finding a module by its name, and a handle that is not pinned; both
-// flags are taken as given.
+// flags are taken as given. Threads run on until the process is gone, also while the
+// libraries' static objects are destroyed: no end of the process is ever seen.
 
 #include <dlfcn.h>
 
@@ -17,4 +18,10 @@ BOOL GetModuleHandleExA(DWORD, LPCSTR name, HMODULE* module) {
           : nullptr;
   *module = static_cast<HMODULE>(kept);
   return kept != nullptr ? TRUE : Fail(ERROR_MOD_NOT_FOUND);
+}
+
+// The compiler's headers for Windows lack it, so whoever calls it declares it.
+extern "C" BOOLEAN RtlDllShutdownInProgress();
+BOOLEAN RtlDllShutdownInProgress() {
+  return FALSE;
 }

@@ -21,6 +21,7 @@
 
 using BOOL = int;
 using BYTE = unsigned char;
+using BOOLEAN = unsigned char;
 using WORD = unsigned short;
 using DWORD = unsigned int;
 using LONG = int;
