@@ -1,8 +1,8 @@
 // The C run time's streams on files, over its descriptor calls, so that names are
 // those of the Windows calls and the file of a closed stream is known to be closed.
 //
-// Not emulated: every mode but "w" (code EINVAL) and with it text mode's line ends,
-// which pass as they are; share modes but for the one that denies nothing; a stream's
+// Not emulated: every mode but "w" and "a" (code EINVAL); text mode's line ends, which
+// pass as they are; share modes but for the one that denies nothing; a stream's
 // descriptor, and fseek.
 
 #include <cerrno>
@@ -15,6 +15,12 @@ namespace {
 
 int DescriptorIn(void* cookie) {
   return static_cast<int>(reinterpret_cast<std::intptr_t>(cookie));
+}
+
+// 0 for a mode that is not emulated.
+int FlagsOf(const char* mode) {
+  if (std::strcmp(mode, "w") == 0) return _O_TRUNC;
+  return std::strcmp(mode, "a") == 0 ? _O_APPEND : 0;
 }
 
 // 0 is the failure here.
@@ -31,12 +37,13 @@ int CloseStream(void* cookie) {
 }  // namespace
 
 FILE* _fsopen(const char* path, const char* mode, int share) {
-  if (std::strcmp(mode, "w") != 0 || share != _SH_DENYNO) {
+  const int flags = FlagsOf(mode);
+  if (flags == 0 || share != _SH_DENYNO) {
     errno = EINVAL;
     return nullptr;
   }
   const int fd =
-      _open(path, _O_WRONLY | _O_CREAT | _O_TRUNC | _O_TEXT, _S_IREAD | _S_IWRITE);
+      _open(path, _O_WRONLY | _O_CREAT | flags | _O_TEXT, _S_IREAD | _S_IWRITE);
   if (fd < 0) return nullptr;
   void* const cookie = reinterpret_cast<void*>(std::intptr_t{fd});
   FILE* const stream =

@@ -34,6 +34,19 @@ TEST_F(TextStreamTest, WritesTextAnew) {
   EXPECT_EQ(ReadWholeFile(Name("a")), ReadWholeFile(Name("b")));
 }
 
+TEST_F(TextStreamTest, AppendsToWhatIsThere) {
+  for (const char* text : {"x", "y"}) {
+    for (const char* name : {"a", "new"}) {
+      FILE* const stream = _fsopen(Name(name).c_str(), "a", _SH_DENYNO);
+      ASSERT_NE(stream, nullptr);
+      std::fputs(text, stream);
+      EXPECT_EQ(std::fclose(stream), 0);
+    }
+  }
+  EXPECT_EQ(ReadWholeFile(Name("a")), "0123456789xy");
+  EXPECT_EQ(ReadWholeFile(Name("new")), "xy");
+}
+
 TEST_F(TextStreamTest, FlushReachesTheFile) {
   FILE* const stream = Create("new");
   ASSERT_NE(stream, nullptr);
