@@ -1,0 +1,72 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+#include "common/ScopedEnvironment.h"
+#include "common/TempDir.h"
+#include "utl/TrackerFiles.h"
+#include "utl/utl_CommandLine.h"
+#include "utl/utl_CommandLineLoader.h"
+#include "utl/utl_IOTracker.h"
+
+using TrackerHolder = thr_GlobalSingleton<utl_IOTracker_Container>;
+
+/// A current directory of its own, and nothing switched on. Whatever was made is ended
+/// before the directory goes.
+class TrackerSurroundings {
+ public:
+  TrackerSurroundings() { std::filesystem::current_path(dir_.Path()); }
+  ~TrackerSurroundings() {
+    TrackerHolder::Destroy();
+    thr_GlobalSingleton<utl_CommandLine>::Destroy();
+    std::filesystem::current_path(earlier_);
+  }
+  TrackerSurroundings(const TrackerSurroundings&) = delete;
+  TrackerSurroundings& operator=(const TrackerSurroundings&) = delete;
+
+  std::string File(const std::string& name) const { return dir_.File(name); }
+  const TempDir& Dir() const { return dir_; }
+
+ private:
+  ScopedEnvironment track_{"KES_IO_TRACK", nullptr};
+  ScopedEnvironment points_{"KES_IO_TIMEPOINTS", nullptr};
+  ScopedEnvironment interval_{"KES_IO_TIMEINTERVAL", nullptr};
+  ScopedEnvironment individual_{"KES_IO_INDIVIDUAL", nullptr};
+  std::filesystem::path earlier_ = std::filesystem::current_path();
+  TempDir dir_;
+};
+
+/// Stands for the arguments of the process, without the program's name.
+inline void LoadArguments(const std::vector<std::string>& arguments) {
+  thr_GlobalSingleton<utl_CommandLine>::Destroy();
+  cow_1DArrayList<cow_String> list;
+  for (const std::string& argument : arguments) list.Append(argument.c_str());
+  utl_CommandLineLoader::SetArgsList(list);
+}
+
+/// Makes the tracker of that level, in place of an earlier one. REQUIRES: above "0".
+inline utl_IOTracker& StartTracker(const char* level) {
+  TrackerHolder::Destroy();
+  SetEnvironment("KES_IO_TRACK", level);
+  return *TrackerHolder::Instance().Tracker();
+}
+
+/// Ends it, which writes the summary.
+inline void EndTracker() {
+  TrackerHolder::Destroy();
+}
+
+class TrackerTest : public testing::Test {
+ protected:
+  std::string File(const std::string& name) const { return surroundings_.File(name); }
+  TrackerFile Read(const std::string& name) const { return ReadTrackerFile(File(name)); }
+  SummaryFile Summary() const { return ReadSummary(File("ioFileSummary")); }
+  bool Exists(const std::string& name) const { return FileExists(File(name)); }
+
+  TrackerSurroundings surroundings_;
+};

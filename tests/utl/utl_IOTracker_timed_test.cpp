@@ -1,0 +1,302 @@
+// Timed mode: a task of the pool writes the lines.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <future>
+#include <memory>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "common/FailingCall.h"
+#include "common/StartLine.h"
+#include "thr/thr_initialize.h"
+#include "thr/thr_ThreadPool.h"
+#include "utl/TrackerTest.h"
+#include "utl/utl_hostInfo.h"
+#include "utl/utl_initialize.h"
+
+namespace {
+
+constexpr std::int64_t kMegabyte = 1048576;
+constexpr char kCompleted[] = "Completed TimedOutTask\n";
+
+using Numbers = std::vector<double>;
+
+class TrackerTimedTest : public TrackerTest {
+ protected:
+  TrackerTimedTest() { SetEnvironment("KES_IO_TIMEPOINTS", "2"); }
+  ~TrackerTimedTest() override {
+    if (capturing_) End();
+    EndPool();
+  }
+
+  // The standard error stream is captured from here on: doing so flushes all streams of
+  // the process, which must not be while the task has some.
+  utl_IOTracker& Start(const char* interval, const char* level = "1") {
+    if (!capturing_) testing::internal::CaptureStderr();
+    capturing_ = true;
+    SetEnvironment("KES_IO_TIMEINTERVAL", interval);
+    return StartTracker(level);
+  }
+
+  // Waits until the files show that many time points.
+  void AwaitPoints(utl_IOTracker& tracker, std::size_t count) const {
+    for (;;) {
+      tracker.FlushOutputs();
+      if (Exists("ioTotal") && ReadTextLines(File("ioTotal")).size() >= count + 2) return;
+      utl_sleep(10);
+    }
+  }
+
+  // Ends the tracker; what that wrote to the standard error stream.
+  std::string End() {
+    EndTracker();
+    capturing_ = false;
+    return testing::internal::GetCapturedStderr();
+  }
+
+  static void EndPool() {
+    int count = 0;
+    thr_finalize(count);
+  }
+
+ private:
+  bool capturing_ = false;
+};
+
+TEST_F(TrackerTimedTest, LinesComeWithoutLabels) {
+  utl_IOTracker& tracker = Start("1");
+  tracker.COpen(1, "a");
+  tracker.CWrite(1, kMegabyte, 1);
+  AwaitPoints(tracker, 3);
+  EXPECT_EQ(End(), kCompleted);
+  const TrackerFile totals = Read("ioTotal");
+  EXPECT_FALSE(totals.hasLabels);
+  EXPECT_EQ(totals.columns, kTrackerSumColumns);
+  double elapsed = 0;
+  for (const TrackerLine& line : totals.lines) {
+    EXPECT_FALSE(line.hasLabel);
+    EXPECT_GE(line.elapsed, elapsed + 0.009);  // the interval, and rounding
+    elapsed = line.elapsed;
+  }
+  EXPECT_EQ(totals.lines.back().Of("Work "), (Numbers{1, 1, 1, 0, 0, 0}));
+}
+
+TEST_F(TrackerTimedTest, ExactHead) {
+  AwaitPoints(Start("1"), 1);
+  End();
+  EXPECT_EQ(ReadTextLines(File("ioTotal"))[1],
+            "Elapsed Time, Work Write Count, Work Write MB, Work Write Time, "
+            "Work Read Count, Work Read MB, Work Read Time, Scratch Write Count, "
+            "Scratch Write MB, Scratch Write Time, Scratch Read Count, Scratch Read MB, "
+            "Scratch Read Time");
+}
+
+TEST_F(TrackerTimedTest, MarksWriteNothing) {
+  utl_IOTracker& tracker = Start("100000");
+  tracker.Mark("m");
+  utl_IOTracker_Mark("n");
+  tracker.FlushOutputs();
+  EXPECT_FALSE(Exists("ioTotal"));
+}
+
+TEST_F(TrackerTimedTest, IncrementsAndIndividualOutputs) {
+  SetEnvironment("KES_IO_INDIVIDUAL", "1");
+  testing::internal::CaptureStdout();
+  utl_IOTracker& tracker = Start("2", "2");
+  tracker.COpen(1, "a");
+  for (int i = 0; i < 100; ++i) {
+    tracker.CWrite(1, kMegabyte, 1);
+    utl_sleep(1);
+  }
+  AwaitPoints(tracker, 2);
+  End();
+  testing::internal::GetCapturedStdout();
+  const TrackerFile totals = Read("ioTotal");
+  const TrackerFile increments = Read("ioInc");
+  const TrackerFile individual = Read("a_ioTotal");
+  EXPECT_FALSE(increments.hasLabels);
+  EXPECT_FALSE(individual.hasLabels);
+  EXPECT_EQ(individual.columns, kTrackerFileColumns);
+  ASSERT_EQ(increments.lines.size(), totals.lines.size());
+  double sum = 0;
+  for (std::size_t i = 0; i < totals.lines.size(); ++i) {
+    sum += increments.lines[i]["Work Write Count"];
+    EXPECT_EQ(totals.lines[i]["Work Write Count"], sum);
+  }
+  EXPECT_EQ(sum, 100);
+  EXPECT_EQ(individual.lines.back()["Write MB"], 100);
+}
+
+TEST_F(TrackerTimedTest, WrittenIncrementsHaveNoLabelHere) {
+  utl_IOTracker& tracker = Start("100000");
+  tracker.WriteIncrements("label");
+  End();
+  const TrackerFile increments = Read("ioInc");
+  EXPECT_FALSE(increments.hasLabels);
+  ASSERT_EQ(increments.lines.size(), 1U);
+  EXPECT_FALSE(increments.lines[0].hasLabel);
+}
+
+// The pauses of the task are watched and not made. The first one is at most the interval,
+// and never long, whatever that is.
+TEST_F(TrackerTimedTest, IntervalOfTheEnvironment) {
+  const struct {
+    const char* value;
+    DWORD firstPause;
+  } cases[] = {{nullptr, 100},
+               {"", 100},
+               {"0", 100},
+               {"-5", 100},
+               {"x", 100},
+               {"1", 10},
+               {"7", 70},
+               {"10", 100},
+               {"50", 100},
+               {"2147483647", 100},
+               {"99999999999999999999", 100}};
+  for (const auto& one : cases) {
+    SCOPED_TRACE(one.value == nullptr ? "unset" : one.value);
+    std::atomic<DWORD> first = 0;
+    const InsteadOfSleep watch([&](DWORD milliseconds) {
+      DWORD none = 0;
+      first.compare_exchange_strong(none, milliseconds);
+      std::this_thread::yield();
+    });
+    Start(one.value);
+    while (first == 0) std::this_thread::yield();
+    End();
+    EndPool();
+    EXPECT_LE(first, one.firstPause);
+  }
+}
+
+TEST_F(TrackerTimedTest, PausesLastTheInterval) {
+  const struct {
+    const char* value;
+    double seconds;
+  } cases[] = {{nullptr, 1}, {"-1", 1}, {"0", 1}, {"25", 0.25}, {"50", 0.5}};
+  for (const auto& one : cases) {
+    utl_IOTracker& tracker = Start(one.value);
+    AwaitPoints(tracker, 1);
+    End();
+    const double first = Read("ioTotal").lines.at(0).elapsed;
+    EXPECT_GE(first, one.seconds - 1e-6) << one.seconds;
+    std::filesystem::remove(File("ioTotal"));
+  }
+}
+
+// The last time point comes at the end, and shows everything.
+TEST_F(TrackerTimedTest, EndWhileTheTaskSleeps) {
+  std::promise<void> sleeps;
+  std::atomic<bool> told = false;
+  const InsteadOfSleep watch([&](DWORD) {
+    if (!told.exchange(true)) sleeps.set_value();
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  });
+  utl_IOTracker& tracker = Start("100000");
+  sleeps.get_future().wait();
+  tracker.CWrite(1, kMegabyte, 1);
+  EXPECT_EQ(End(), kCompleted);
+  const TrackerFile totals = Read("ioTotal");
+  ASSERT_EQ(totals.lines.size(), 1U);
+  EXPECT_EQ(totals.lines[0].Of("Work "), (Numbers{1, 1, 1, 0, 0, 0}));
+}
+
+// The task writes without a pause, so that the end finds it anywhere in its work.
+TEST_F(TrackerTimedTest, EndWhileTheTaskWrites) {
+  for (int round = 0; round < 20; ++round) {
+    utl_IOTracker& tracker = Start("1", "2");
+    for (int i = 0; i < 100; ++i) tracker.COpen(i, std::to_string(i).c_str());
+    AwaitPoints(tracker, 1);
+    EXPECT_EQ(End(), kCompleted);
+    EXPECT_EQ(Read("ioTotal").lines.size(), Read("ioInc").lines.size());
+    std::filesystem::remove(File("ioTotal"));
+  }
+}
+
+TEST_F(TrackerTimedTest, EndAtOnce) {
+  for (int round = 0; round < 20; ++round) {
+    Start("1");
+    EXPECT_EQ(End(), kCompleted);
+  }
+  EXPECT_TRUE(Exists("ioFileSummary"));
+}
+
+class FunctionTask : public thr_Task {
+ public:
+  explicit FunctionTask(std::function<void()> work) : work_(std::move(work)) {}
+  void Run() override { work_(); }
+
+ private:
+  std::function<void()> work_;
+};
+
+// All threads of the pool do other things for longer than the tracker lives.
+TEST_F(TrackerTimedTest, TaskThatNeverBeganIsNotWaitedFor) {
+  auto& pool = thr_GlobalSingleton<thr_ThreadPool>::Instance();
+  std::promise<void> mayEnd;
+  const std::shared_future<void> ends = mayEnd.get_future().share();
+  for (int i = 0; i < 4; ++i) {
+    pool.RunTask(std::make_unique<FunctionTask>([ends] { ends.wait(); }));
+  }
+  pool.AddThreads(1, 1);
+  utl_IOTracker& tracker = Start("1");
+  tracker.COpen(1, "a");
+  EXPECT_EQ(End(), kCompleted);
+  EXPECT_EQ(Summary().work.size(), 1U);
+  mayEnd.set_value();
+  // The task, when its turn comes, leaves the dead tracker alone.
+  std::promise<void> last;
+  pool.RunTask(std::make_unique<FunctionTask>([&last] { last.set_value(); }));
+  last.get_future().wait();
+  EXPECT_FALSE(Exists("ioTotal"));
+}
+
+TEST_F(TrackerTimedTest, TwoTrackersOneAfterTheOther) {
+  for (const char* job : {"one", "two"}) {
+    LoadArguments({"-job", job});
+    utl_IOTracker& tracker = Start("1");
+    tracker.CWrite(1, kMegabyte, 1);
+    while (!Exists(std::string(job) + ".ioTotal")) utl_sleep(1);
+    EXPECT_EQ(End(), kCompleted);
+    EXPECT_GE(Read(std::string(job) + ".ioTotal").lines.size(), 1U);
+  }
+}
+
+TEST_F(TrackerTimedTest, OperationsGoOnWhileTheTaskWrites) {
+  utl_IOTracker& tracker = Start("1", "3");
+  AwaitPoints(tracker, 1);
+  StartLine start(4);
+  std::vector<std::thread> threads;
+  threads.reserve(4);
+  for (int thread = 0; thread < 4; ++thread) {
+    threads.emplace_back([&, thread] {
+      start.Wait();
+      for (int i = 0; i < 20000; ++i) tracker.CWrite(thread, kMegabyte, 1);
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  End();
+  EXPECT_EQ(Read("ioTotal").lines.back().Of("Work "),
+            (Numbers{80000, 80000, 80000, 0, 0, 0}));
+}
+
+// The library's end ends the tracker, and then the pool.
+TEST_F(TrackerTimedTest, FinalizeEndsAll) {
+  int count = 0;
+  utl_initialize(count);
+  Start("1").CWrite(1, kMegabyte, 1);
+  utl_finalize(count);
+  EXPECT_EQ(End(), kCompleted);
+  EXPECT_EQ(TrackerHolder::Look(), nullptr);
+  EXPECT_EQ(thr_GlobalSingleton<thr_ThreadPool>::Look(), nullptr);
+  EXPECT_TRUE(Exists("ioFileSummary"));
+}
+
+}  // namespace

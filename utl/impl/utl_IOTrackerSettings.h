@@ -1,0 +1,41 @@
+#pragma once
+
+// What environment and command line say of the I/O tracker.
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// The levels: every one does what those below it do.
+constexpr int utl_kTotalsLevel = 1;
+constexpr int utl_kIncrementsLevel = 2;  // writes increments beside totals
+constexpr int utl_kDetailedLevel = 3;    // counts bytes, opens, changes of position
+
+/// The tracker's switches, and the names of its outputs.
+struct utl_IOTrackerSettings {
+  /// From the environment's KES_IO_... and the command line's "outdir", "tmpdir", "job".
+  static utl_IOTrackerSettings Read();
+
+  /// The name of the output of that kind, "ioTotal" for instance: the job's name comes
+  /// before it, and the output directory only together with that; the suffix behind.
+  std::string OutputName(std::string_view kind) const;
+  /// The name of the output of its own that the file `path` has.
+  std::string IndividualName(std::string_view path) const;
+
+  int level = 0;  // 0: there is no tracker
+  bool timed = false;
+  bool individual = false;
+  std::int64_t interval = 0;  // milliseconds, above 0
+  // Each is set as soon as its option is given, with or without a value.
+  std::optional<std::string> outputDirectory;
+  std::optional<std::string> scratchDirectory;
+  std::optional<std::string> job;
+  std::string suffix;  // "": none
+};
+
+/// At most the first `most` characters of `text`; null is "".
+std::string_view utl_cutText(const char* text, std::size_t most);
+
+/// What a setting of the tracker keeps of a text at the most.
+constexpr std::size_t utl_kTrackerSettingSize = 2048;
