@@ -11,6 +11,7 @@
 #include "common/ChildProcess.h"
 #include "common/OtherUser.h"
 #include "late_end.h"
+#include "thr/thr_ThreadPool.h"
 #include "utl/TrackerTest.h"
 #include "utl/utl_File.h"
 #include "utl/utl_hostInfo.h"
@@ -224,6 +225,20 @@ TEST_F(TrackerProcessTest, FinalizeWhenThreadsWereEndedInTheirOperations) {
   for (int round = 0; round < 10; ++round) {
     SwitchOn(round % 2 == 0 ? "1" : "2", "1");
     EXPECT_EQ(Run("clientEndsLate", {"100", "3", "20"}), 0);
+  }
+}
+
+TEST_CHILD(clientWithAnIdlePoolEndsLate) {
+  late_end_begin();
+  auto& pool = thr_GlobalSingleton<thr_ThreadPool>::Instance();
+  pool.AddThreads(2, 2);
+  utl_sleep(static_cast<unsigned>(std::atoi(argv[1])));
+  return 0;
+}
+
+TEST_F(TrackerProcessTest, FinalizeWhenThePoolsIdleThreadsAreGone) {
+  for (const char* milliseconds : {"0", "1", "100"}) {
+    EXPECT_EQ(Run("clientWithAnIdlePoolEndsLate", {milliseconds}), 0) << milliseconds;
   }
 }
 

@@ -1,17 +1,12 @@
 #include "utl/impl/utl_IOTrackerRecorder.h"
 
-#include <windows.h>
-
 #include <mutex>
 #include <new>
 #include <system_error>
 #include <utility>
 
+#include "thr/thr_threadsAreGone.h"
 #include "utl/utl_hostInfo.h"
-
-// Of the system's lowest library; the compiler's headers lack it. Whether the process is
-// ending, so that its other threads are gone already, wherever they were.
-extern "C" BOOLEAN WINAPI RtlDllShutdownInProgress();
 
 namespace {
 
@@ -37,13 +32,9 @@ std::string LineStart(const char* label, double now) {
   return std::string(start.Number(now));
 }
 
-bool ThreadsAreGone() {
-  return RtlDllShutdownInProgress() != FALSE;
-}
-
 // A thread that is gone may have held the mutex: false.
 bool LockAtEnd(std::unique_lock<thr_Mutex>& lock) {
-  if (ThreadsAreGone()) return lock.try_lock();
+  if (thr_threadsAreGone()) return lock.try_lock();
   lock.lock();
   return true;
 }
@@ -88,7 +79,7 @@ void utl_IOTrackerRecorder::EndTask() {
     utl_IOTracker_TimedOutTask::SayCompleted();
     return;
   }
-  while (!task_->Finished() && !ThreadsAreGone()) {
+  while (!task_->Finished() && !thr_threadsAreGone()) {
     utl_sleep(kPollInterval);
   }
 }

@@ -1,0 +1,11 @@
+// thr_threadsAreGone: for whoever is about to wait for another thread.
+
+#pragma once
+
+/// Whether the process is ending and the system has ended all its other threads already,
+/// wherever they were: Windows does so before static objects of libraries are destroyed.
+/// What such a thread held stays locked, and what it was to do is never done. Internal to
+/// the library.
+///
+/// Threads: any.
+bool thr_threadsAreGone();
