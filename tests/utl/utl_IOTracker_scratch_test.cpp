@@ -37,7 +37,7 @@ TEST_F(TrackerScratchTest, FilesBelowTheScratchDirectory) {
       {"/scratch", "/scratch/", false},
       {"/scratch", "/scratch2/f", false},
       {"/scratch", "/scratc/f", false},
-      {"/scratch", "/work/scratch/f", false},
+      {"/scratch", "/jobs/scratch/f", false},
       {"/scratch", "f", false},
       {"/scratch", "", false},
       // Separators, drives and letter case.
@@ -54,7 +54,7 @@ TEST_F(TrackerScratchTest, FilesBelowTheScratchDirectory) {
       {"/scratch", "/scratch/./f", true},
       {"/scratch", "/scratch/../f", false},
       {"/scratch", "/scratch/d/../f", true},
-      {"/scratch", "/work/../scratch/f", true},
+      {"/scratch", "/jobs/../scratch/f", true},
       {"/a/../scratch/.", "/scratch/f", true},
       {"/scratch", "/../../scratch/f", true},
       {"/scratch", "/scratch/.../f", true},
