@@ -53,6 +53,32 @@ TEST_F(utl_ResourceMonitorTimerTest, AddsUpItsIntervals) {
   EXPECT_DOUBLE_EQ(timers[0].elapsed, 3.1);
 }
 
+TEST_F(utl_ResourceMonitorTimerTest, AddsUpMilliseconds) {
+  for (int i = 0; i < 1000; ++i) {
+    Monitor().StartTimer(0, "short");
+    Pass(1, 1, 1);
+    Monitor().StopTimer(0);
+  }
+  const std::vector<UseTimer> timers = Timers();
+  ASSERT_EQ(timers.size(), 1u);
+  EXPECT_EQ(timers[0].calls, 1000);
+  EXPECT_EQ(timers[0].processorPerCall, 0.002);
+  EXPECT_EQ(timers[0].processor, 2);
+  EXPECT_EQ(timers[0].elapsed, 1);
+}
+
+TEST_F(utl_ResourceMonitorTimerTest, WallTimeHasMilliseconds) {
+  for (int i = 0; i < 100; ++i) {
+    process_.SetTime(13, 0, 0, 0);
+    Monitor().StartTimer(0, "timer");
+    process_.SetTime(13, 0, 0, 999);
+    Monitor().StopTimer(0);
+  }
+  const std::vector<UseTimer> timers = Timers();
+  ASSERT_EQ(timers.size(), 1u);
+  EXPECT_EQ(timers[0].elapsed, 99.9);
+}
+
 TEST_F(utl_ResourceMonitorTimerTest, TheFirstStartNamesIt) {
   Monitor().StartTimer(0, "first");
   Monitor().StopTimer(0);

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "utl/impl/utl_ResourceSample.h"
 #include "utl/utl_FilePath.h"
 
 template class omi_Singleton<utl_ResourceMonitor>;
@@ -43,85 +44,6 @@ constexpr const char kColumns[] =
     "PeakPageFileUsage,0,0,0,ProcessID\n";
 constexpr const char kSummaryTitle[] =
     "!Timer Summary                     # calls     CPU/call      CPU       Elapsed\n";
-
-// What a process uses at one moment; sizes in bytes, cut to 32 bits.
-struct Sample {
-  std::int32_t wall = 0;  // seconds since the start of day
-  double user = 0;        // seconds
-  double system = 0;
-  double processor = 0;
-  std::int32_t peakWorkingSet = 0;
-  std::int32_t workingSet = 0;
-  std::int32_t peakPagedPool = 0;
-  std::int32_t pagedPool = 0;
-  std::int32_t peakNonPagedPool = 0;
-  std::int32_t nonPagedPool = 0;
-  std::int32_t pageFaults = 0;
-  std::int32_t peakPageFile = 0;
-  std::int32_t reserved[3] = {};
-  std::int32_t processId = 0;
-};
-
-SYSTEMTIME LocalTime() {
-  SYSTEMTIME now;
-  GetLocalTime(&now);
-  return now;
-}
-
-std::int32_t WholeSeconds(const SYSTEMTIME& time) {
-  return time.wHour * 3600 + time.wMinute * 60 + time.wSecond;
-}
-
-double Seconds(const SYSTEMTIME& time) {
-  return WholeSeconds(time) + time.wMilliseconds / 1000.0;
-}
-
-double Seconds(const FILETIME& duration) {
-  ULARGE_INTEGER intervals;
-  intervals.LowPart = duration.dwLowDateTime;
-  intervals.HighPart = duration.dwHighDateTime;
-  return static_cast<double>(intervals.QuadPart) / 1e7;
-}
-
-struct ProcessorTimes {
-  double user = 0;
-  double system = 0;
-};
-
-ProcessorTimes TimesOfProcess() {
-  FILETIME creation, exit, kernel, user;
-  if (!GetProcessTimes(GetCurrentProcess(), &creation, &exit, &kernel, &user)) return {};
-  return {Seconds(user), Seconds(kernel)};
-}
-
-void ReadMemory(HANDLE process, Sample& sample) {
-  PROCESS_MEMORY_COUNTERS counters = {};
-  static_assert(sizeof counters == 72);
-  if (process == nullptr || !GetProcessMemoryInfo(process, &counters, sizeof counters)) {
-    return;
-  }
-  const auto cut = [](SIZE_T bytes) { return static_cast<std::int32_t>(bytes); };
-  sample.peakWorkingSet = cut(counters.PeakWorkingSetSize);
-  sample.workingSet = cut(counters.WorkingSetSize);
-  sample.peakPagedPool = cut(counters.QuotaPeakPagedPoolUsage);
-  sample.pagedPool = cut(counters.QuotaPagedPoolUsage);
-  sample.peakNonPagedPool = cut(counters.QuotaPeakNonPagedPoolUsage);
-  sample.nonPagedPool = cut(counters.QuotaNonPagedPoolUsage);
-  sample.pageFaults = cut(counters.PageFaultCount);
-  sample.peakPageFile = cut(counters.PeakPagefileUsage);
-}
-
-Sample TakeSample(HANDLE process, std::int32_t startOfDay, DWORD processId) {
-  Sample sample;
-  ReadMemory(process, sample);
-  const ProcessorTimes times = TimesOfProcess();
-  sample.user = times.user;
-  sample.system = times.system;
-  sample.processor = times.user + times.system;
-  sample.wall = static_cast<std::int32_t>(Seconds(LocalTime()) - startOfDay);
-  sample.processId = static_cast<std::int32_t>(processId);
-  return sample;
-}
 
 // One up; behind the largest number comes the smallest.
 std::int32_t Next(std::int32_t number) {
@@ -168,7 +90,7 @@ std::string Shortened(std::string_view label) {
   return text += label.substr(label.size() - kLabelTail);
 }
 
-void AddNumbers(Lines& line, const Sample& sample) {
+void AddNumbers(Lines& line, const utl_ResourceSample& sample) {
   line.Text(" ").Fixed(sample.user, 1).Text(" ").Fixed(sample.system, 1);
   line.Text(" ").Number(sample.peakWorkingSet).Text(" ").Number(sample.workingSet);
   line.Text(" ").Fixed(sample.processor, 1);
@@ -208,7 +130,7 @@ void utl_ResourceMonitor::Initialize(const char* jobName) {
   const char* mode = std::getenv("KES_RESOURCE_MONITOR");
   if (mode == nullptr) return;
   ReadMode(mode);
-  startOfDay_ = WholeSeconds(LocalTime());
+  startOfDay_ = utl_wholeSecondsOfDay();
   OpenLog();
   if (!enabled_) return;
   WriteHead();
@@ -263,7 +185,7 @@ void utl_ResourceMonitor::CalibrateTimer() {
 }
 
 void utl_ResourceMonitor::WriteMark(const cow_String& label) {
-  const Sample sample = TakeSample(process_, startOfDay_, processId_);
+  const utl_ResourceSample sample = utl_takeSample(process_, startOfDay_, processId_);
   const std::string_view text = label.c_str();
   Lines line;
   line.Text(jobName_).Text(".").Number(nextMark_);
@@ -287,20 +209,20 @@ void utl_ResourceMonitor::BeginInterval(int id, const cow_String& name) {
     timer.inUse = true;
     timer.name = name;
   }
-  const ProcessorTimes times = TimesOfProcess();
+  const utl_ProcessorTimes times = utl_processorTimes();
   timer.startUser = times.user;
   timer.startSystem = times.system;
-  timer.startWall = Seconds(LocalTime());
+  timer.startWall = utl_secondsOfDay();
 }
 
 void utl_ResourceMonitor::EndInterval(int id) {
   if (static_cast<unsigned>(id) >= kTimers) return;
   a_timer_record& timer = timers_[id];
   timer.calls = Next(timer.calls);
-  const ProcessorTimes times = TimesOfProcess();
+  const utl_ProcessorTimes times = utl_processorTimes();
   timer.user += times.user - timer.startUser;
   timer.system += times.system - timer.startSystem;
-  timer.elapsed += Seconds(LocalTime()) - timer.startWall;
+  timer.elapsed += utl_secondsOfDay() - timer.startWall;
 }
 
 void utl_ResourceMonitor::WriteEnd() {
