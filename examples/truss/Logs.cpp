@@ -8,6 +8,7 @@ void InPhase(int timer, const char* name, const std::function<void()>& work) {
   work();
   monitor.StopTimer(timer);
   monitor.Mark(name);
+  utl_IOTracker_Mark(name);
 }
 
 void Tracked(Operation operation, const cow_String& file,
