@@ -94,6 +94,19 @@ TEST(utl_DiskAttributes, ZeroByteEndsTheAskedPath) {
   EXPECT_EQ(space.Asked(), "\\a\\b");
 }
 
+// Without a current directory the absolute form may begin with the colon.
+TEST(utl_DiskAttributes, ColonAtTheVeryStartIsNoDrive) {
+  const TempDir directory;
+  std::filesystem::create_directory(directory.File("gone"));
+  const CurrentDirectory current(directory.File("gone"));
+  std::error_code error;
+  std::filesystem::remove(directory.File("gone"), error);
+  if (error) GTEST_SKIP() << "a current directory cannot be removed here";
+  const FakeDiskSpace space(1, 2);
+  EXPECT_EQ(utl_DiskAttributes(":\\x").GetFreeDiskSpace(), 1U);
+  EXPECT_EQ(space.Asked(), ":\\x");
+}
+
 TEST(utl_DiskAttributes, LongPath) {
   const FakeDiskSpace space(1, 2);
   const std::string name(100'000, 'x');
