@@ -61,7 +61,7 @@ inline void EndTracker() {
   TrackerHolder::Destroy();
 }
 
-class TrackerTest : public testing::Test {
+class utl_IOTrackerTest : public testing::Test {
  protected:
   std::string File(const std::string& name) const { return surroundings_.File(name); }
   TrackerFile Read(const std::string& name) const { return ReadTrackerFile(File(name)); }

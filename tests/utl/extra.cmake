@@ -2,6 +2,10 @@
 set_source_files_properties(utl/utl_ResourceMonitor_test.cpp PROPERTIES
   COMPILE_DEFINITIONS KST_RESOURCE_LOG_PAGE="${PROJECT_SOURCE_DIR}/docs/resource-log.md")
 
+# So does that of the tracker's files.
+set_source_files_properties(utl/utl_IOTracker_page_test.cpp PROPERTIES
+  COMPILE_DEFINITIONS KST_IO_TRACKER_PAGE="${PROJECT_SOURCE_DIR}/docs/io-tracker.md")
+
 # A client of the library that ends it late.
 add_library(late_end SHARED utl/late_end/late_end.cpp)
 kstutl_compile_options(late_end)
@@ -22,7 +26,7 @@ kstutl_compile_options(unload_tracker)
 target_include_directories(unload_tracker PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}")
 target_link_libraries(unload_tracker PRIVATE ${CMAKE_DL_LIBS} Threads::Threads)
 add_dependencies(unload_tracker KSTutl)
-add_test(NAME TrackerProcessTest.TaskOutlivesTheUnloadingOfTheLibrary
+add_test(NAME utl_IOTrackerProcessTest.TaskOutlivesTheUnloadingOfTheLibrary
   COMMAND unload_tracker "$<TARGET_FILE:KSTutl>")
-set_tests_properties(TrackerProcessTest.TaskOutlivesTheUnloadingOfTheLibrary PROPERTIES
+set_tests_properties(utl_IOTrackerProcessTest.TaskOutlivesTheUnloadingOfTheLibrary PROPERTIES
   TIMEOUT 60 LABELS utl ${KSTUTL_TEST_PROPERTIES})

@@ -17,7 +17,7 @@ constexpr std::int64_t kMegabyte = 1048576;
 
 using Numbers = std::vector<double>;
 
-class TrackerIndividualTest : public TrackerTest {
+class utl_IOTrackerIndividualTest : public utl_IOTrackerTest {
  protected:
   static utl_IOTracker& Start(const char* level = "1") {
     SetEnvironment("KES_IO_INDIVIDUAL", "1");
@@ -29,7 +29,7 @@ class TrackerIndividualTest : public TrackerTest {
   }
 };
 
-TEST_F(TrackerIndividualTest, OnlyANumberAbove0SwitchesThemOn) {
+TEST_F(utl_IOTrackerIndividualTest, OnlyANumberAbove0SwitchesThemOn) {
   const struct {
     const char* value;
     bool on;
@@ -46,7 +46,7 @@ TEST_F(TrackerIndividualTest, OnlyANumberAbove0SwitchesThemOn) {
   }
 }
 
-TEST_F(TrackerIndividualTest, ALineAMarkOrTimePoint) {
+TEST_F(utl_IOTrackerIndividualTest, ALineAMarkOrTimePoint) {
   utl_IOTracker& tracker = Start();
   tracker.COpen(1, "a");
   tracker.CWrite(1, kMegabyte, 0.5);
@@ -78,7 +78,7 @@ TEST_F(TrackerIndividualTest, ALineAMarkOrTimePoint) {
   EXPECT_EQ(a.lines[2].elapsed, totals.lines[2].elapsed);
 }
 
-TEST_F(TrackerIndividualTest, ExactText) {
+TEST_F(utl_IOTrackerIndividualTest, ExactText) {
   utl_IOTracker& tracker = Start();
   tracker.UOpen(1, "a");
   tracker.UWrite(1, kMegabyte, 0.5);
@@ -96,7 +96,7 @@ TEST_F(TrackerIndividualTest, ExactText) {
 }
 
 // Only "\" separates the components of the path; the output directory needs no job here.
-TEST_F(TrackerIndividualTest, Names) {
+TEST_F(utl_IOTrackerIndividualTest, Names) {
   std::filesystem::create_directories(File("out/d"));
   std::filesystem::create_directories(File("d"));
   const struct {
@@ -132,7 +132,7 @@ TEST_F(TrackerIndividualTest, Names) {
   }
 }
 
-TEST_F(TrackerIndividualTest, OpeningIsToldOnTheStandardOutput) {
+TEST_F(utl_IOTrackerIndividualTest, OpeningIsToldOnTheStandardOutput) {
   std::filesystem::create_directory(File("out"));
   LoadArguments({"-outdir", "out"});
   utl_IOTracker& tracker = Start();
@@ -149,7 +149,7 @@ TEST_F(TrackerIndividualTest, OpeningIsToldOnTheStandardOutput) {
   EXPECT_EQ(LinesOf("out/b_ioTotal"), 2U);
 }
 
-TEST_F(TrackerIndividualTest, OutputThatCannotBeOpenedIsNotTold) {
+TEST_F(utl_IOTrackerIndividualTest, OutputThatCannotBeOpenedIsNotTold) {
   utl_IOTracker& tracker = Start();
   tracker.COpen(1, "not there/f");
   tracker.COpen(2, "a<b");
@@ -158,7 +158,7 @@ TEST_F(TrackerIndividualTest, OutputThatCannotBeOpenedIsNotTold) {
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
-TEST_F(TrackerIndividualTest, RenamedFileKeepsItsOutput) {
+TEST_F(utl_IOTrackerIndividualTest, RenamedFileKeepsItsOutput) {
   utl_IOTracker& tracker = Start();
   tracker.COpen(1, "a");
   tracker.Mark("1");
@@ -169,7 +169,7 @@ TEST_F(TrackerIndividualTest, RenamedFileKeepsItsOutput) {
   EXPECT_FALSE(Exists("b_ioTotal"));
 }
 
-TEST_F(TrackerIndividualTest, RevivedFileGoesOnInItsOutput) {
+TEST_F(utl_IOTrackerIndividualTest, RevivedFileGoesOnInItsOutput) {
   utl_IOTracker& tracker = Start();
   tracker.COpen(1, "a");
   tracker.Mark("1");
@@ -182,7 +182,7 @@ TEST_F(TrackerIndividualTest, RevivedFileGoesOnInItsOutput) {
   EXPECT_EQ(Read("a_ioTotal").lines[1]["Write Count"], 1);
 }
 
-TEST_F(TrackerIndividualTest, OfEqualNamesTheFirstFileGetsTheOutput) {
+TEST_F(utl_IOTrackerIndividualTest, OfEqualNamesTheFirstFileGetsTheOutput) {
   utl_IOTracker& tracker = Start();
   const char* const paths[] = {"x\\a", "y\\a", "z\\A", " "};
   for (int i = 0; i < 4; ++i) tracker.COpen(i, paths[i]);
@@ -200,7 +200,7 @@ TEST_F(TrackerIndividualTest, OfEqualNamesTheFirstFileGetsTheOutput) {
 }
 
 // The process has streams left, and every file has its output all the same.
-TEST_F(TrackerIndividualTest, MoreFilesThanStreams) {
+TEST_F(utl_IOTrackerIndividualTest, MoreFilesThanStreams) {
   constexpr int kFiles = 1200;
   utl_IOTracker& tracker = Start("2");
   for (int i = 0; i < kFiles; ++i) {
@@ -230,7 +230,7 @@ TEST_F(TrackerIndividualTest, MoreFilesThanStreams) {
 }
 
 // Outputs that are opened for every line never come into being anew.
-TEST_F(TrackerIndividualTest, LinesGoOnlyWhereTheHeadIs) {
+TEST_F(utl_IOTrackerIndividualTest, LinesGoOnlyWhereTheHeadIs) {
   constexpr int kFiles = 300;
   utl_IOTracker& tracker = Start();
   for (int i = 0; i < kFiles; ++i) {

@@ -24,7 +24,7 @@ constexpr std::int64_t kMegabyte = 1048576;
 
 using Numbers = std::vector<double>;
 
-class TrackerOutputsTest : public TrackerTest {
+class utl_IOTrackerOutputsTest : public utl_IOTrackerTest {
  protected:
   // The files of the directory, with "/" and in the order of their names.
   std::vector<std::string> Files(const std::string& directory = ".") const {
@@ -56,7 +56,7 @@ const Numbers kWorkNumbers = {2, 2, 0.75, 1, 4, 1.5};
 const Numbers kScratchNumbers = {1, 0.5, 8, 2, 0.25, 16};
 const Numbers kZeros(6);
 
-TEST_F(TrackerOutputsTest, NamesOfTheFiles) {
+TEST_F(utl_IOTrackerOutputsTest, NamesOfTheFiles) {
   const struct {
     std::vector<std::string> arguments;
     const char* suffix;
@@ -116,7 +116,7 @@ TEST_F(TrackerOutputsTest, NamesOfTheFiles) {
 }
 
 // "%s/%s" with an empty directory: the root.
-TEST_F(TrackerOutputsTest, OutputDirectoryWithoutValueIsTheRoot) {
+TEST_F(utl_IOTrackerOutputsTest, OutputDirectoryWithoutValueIsTheRoot) {
   const std::string below = surroundings_.Dir().ShownPath().substr(3);
   LoadArguments({"-outdir", "-job", below + "\\beam"});
   StartTracker("1").Mark("m");
@@ -124,7 +124,7 @@ TEST_F(TrackerOutputsTest, OutputDirectoryWithoutValueIsTheRoot) {
   EXPECT_EQ(Files(), (Names{"beam.ioFileSummary", "beam.ioTotal"}));
 }
 
-TEST_F(TrackerOutputsTest, OptionsAreReadWhenTheTrackerIsMade) {
+TEST_F(utl_IOTrackerOutputsTest, OptionsAreReadWhenTheTrackerIsMade) {
   LoadArguments({"-job", "early"});
   utl_IOTracker& tracker = StartTracker("1");
   LoadArguments({"-job", "late"});
@@ -132,7 +132,7 @@ TEST_F(TrackerOutputsTest, OptionsAreReadWhenTheTrackerIsMade) {
   EXPECT_EQ(Files(), (Names{"early.ioTotal"}));
 }
 
-TEST_F(TrackerOutputsTest, SuffixIsThatOfTheOpening) {
+TEST_F(utl_IOTrackerOutputsTest, SuffixIsThatOfTheOpening) {
   utl_IOTracker& tracker = StartTracker("1");
   tracker.SetSuffix("a");
   tracker.Mark("1");
@@ -145,7 +145,7 @@ TEST_F(TrackerOutputsTest, SuffixIsThatOfTheOpening) {
   EXPECT_EQ(Read("ioTotal_a").lines.size(), 2U);
 }
 
-TEST_F(TrackerOutputsTest, LongSettingsAreCutAt2048Characters) {
+TEST_F(utl_IOTrackerOutputsTest, LongSettingsAreCutAt2048Characters) {
   // Names of such length are no file's: the text must neither be too long for the tracker
   // nor bring it down.
   const std::string text(5000, 'x');
@@ -159,7 +159,7 @@ TEST_F(TrackerOutputsTest, LongSettingsAreCutAt2048Characters) {
   EXPECT_EQ(Files(), Names());
 }
 
-TEST_F(TrackerOutputsTest, OutputDirectoryIsCutAt2048Characters) {
+TEST_F(utl_IOTrackerOutputsTest, OutputDirectoryIsCutAt2048Characters) {
   std::string directory = surroundings_.Dir().Path();
   while (directory.size() + 2 <= 2048) directory += "/.";
   if (directory.size() < 2048) directory += '/';
@@ -173,7 +173,7 @@ TEST_F(TrackerOutputsTest, OutputDirectoryIsCutAt2048Characters) {
   }
 }
 
-TEST_F(TrackerOutputsTest, NothingIsOpenedBeforeTheFirstLine) {
+TEST_F(utl_IOTrackerOutputsTest, NothingIsOpenedBeforeTheFirstLine) {
   SetEnvironment("KES_IO_INDIVIDUAL", "1");
   utl_IOTracker& tracker = StartTracker("3");
   UseFiles(tracker);
@@ -183,7 +183,7 @@ TEST_F(TrackerOutputsTest, NothingIsOpenedBeforeTheFirstLine) {
   EXPECT_EQ(Files(), Names{"ioFileSummary"});
 }
 
-TEST_F(TrackerOutputsTest, TotalsAfterTwoMarks) {
+TEST_F(utl_IOTrackerOutputsTest, TotalsAfterTwoMarks) {
   utl_IOTracker& tracker = StartTracker("1");
   const double before = tracker.Now();
   tracker.Mark("start");
@@ -208,7 +208,7 @@ TEST_F(TrackerOutputsTest, TotalsAfterTwoMarks) {
   EXPECT_FALSE(Exists("ioInc"));
 }
 
-TEST_F(TrackerOutputsTest, ExactTextOfTheTotals) {
+TEST_F(utl_IOTrackerOutputsTest, ExactTextOfTheTotals) {
   utl_IOTracker& tracker = StartTracker("1");
   UseFiles(tracker);
   tracker.Mark("a, b");
@@ -227,7 +227,7 @@ TEST_F(TrackerOutputsTest, ExactTextOfTheTotals) {
                                 "0.500000, 8.000000, 2, 0.250000, 16.000000"));
 }
 
-TEST_F(TrackerOutputsTest, LabelsAreWrittenAsTheyAre) {
+TEST_F(utl_IOTrackerOutputsTest, LabelsAreWrittenAsTheyAre) {
   utl_IOTracker& tracker = StartTracker("1");
   const std::string labels[] = {
       "", "%s %d %n", ", ", "1, 2.000000", "\xFF\x01", std::string(100000, 'x')};
@@ -241,7 +241,7 @@ TEST_F(TrackerOutputsTest, LabelsAreWrittenAsTheyAre) {
   EXPECT_EQ(totals.lines[6].label, "");
 }
 
-TEST_F(TrackerOutputsTest, MarkFunctionWritesThroughTheHolder) {
+TEST_F(utl_IOTrackerOutputsTest, MarkFunctionWritesThroughTheHolder) {
   StartTracker("1");
   utl_IOTracker_Mark("from C");
   EndTracker();
@@ -249,7 +249,7 @@ TEST_F(TrackerOutputsTest, MarkFunctionWritesThroughTheHolder) {
   EXPECT_EQ(Read("ioTotal").lines[0].label, "from C");
 }
 
-TEST_F(TrackerOutputsTest, MarkFunctionWithoutATrackerDoesNothing) {
+TEST_F(utl_IOTrackerOutputsTest, MarkFunctionWithoutATrackerDoesNothing) {
   SetEnvironment("KES_IO_TRACK", "1");
   utl_IOTracker_Mark("m");
   EXPECT_EQ(TrackerHolder::Look(), nullptr);
@@ -263,7 +263,7 @@ TEST_F(TrackerOutputsTest, MarkFunctionWithoutATrackerDoesNothing) {
   EXPECT_EQ(Files(), Names());
 }
 
-TEST_F(TrackerOutputsTest, TimePointInMarkModeHasNoLabel) {
+TEST_F(utl_IOTrackerOutputsTest, TimePointInMarkModeHasNoLabel) {
   utl_IOTracker& tracker = StartTracker("1");
   UseFiles(tracker);
   tracker.TimePoint();
@@ -275,7 +275,7 @@ TEST_F(TrackerOutputsTest, TimePointInMarkModeHasNoLabel) {
   EXPECT_EQ(totals.lines[0].Of("Work "), kWorkNumbers);
 }
 
-TEST_F(TrackerOutputsTest, OnlyTheNumber2StartsTimedMode) {
+TEST_F(utl_IOTrackerOutputsTest, OnlyTheNumber2StartsTimedMode) {
   for (const char* points : {"", "0", "1", "3", "-2", "22", "two"}) {
     SetEnvironment("KES_IO_TIMEPOINTS", points);
     StartTracker("1").Mark("m");
@@ -285,7 +285,7 @@ TEST_F(TrackerOutputsTest, OnlyTheNumber2StartsTimedMode) {
 }
 
 // A file of neither kind counts as work in the sums and is in no list.
-TEST_F(TrackerOutputsTest, UnclassifiedFilesAreWorkInTheTotalsAlone) {
+TEST_F(utl_IOTrackerOutputsTest, UnclassifiedFilesAreWorkInTheTotalsAlone) {
   utl_IOTracker& tracker = StartTracker("1");
   tracker.CWrite(1, kMegabyte, 1);
   tracker.UOpen(2, "neither");
@@ -299,7 +299,7 @@ TEST_F(TrackerOutputsTest, UnclassifiedFilesAreWorkInTheTotalsAlone) {
   EXPECT_TRUE(Summary().scratch.empty());
 }
 
-TEST_F(TrackerOutputsTest, Level2WritesIncrementsBesideTotals) {
+TEST_F(utl_IOTrackerOutputsTest, Level2WritesIncrementsBesideTotals) {
   for (const char* level : {"2", "3"}) {
     utl_IOTracker& tracker = StartTracker(level);
     UseFiles(tracker);
@@ -328,7 +328,7 @@ TEST_F(TrackerOutputsTest, Level2WritesIncrementsBesideTotals) {
   }
 }
 
-TEST_F(TrackerOutputsTest, Level1ZeroesNoIncrements) {
+TEST_F(utl_IOTrackerOutputsTest, Level1ZeroesNoIncrements) {
   utl_IOTracker& tracker = StartTracker("1");
   UseFiles(tracker);
   tracker.Mark("m");
@@ -339,7 +339,7 @@ TEST_F(TrackerOutputsTest, Level1ZeroesNoIncrements) {
   EXPECT_EQ(record.writeCount, 1);
 }
 
-TEST_F(TrackerOutputsTest, IncrementsAreWrittenAtAnyLevelWhenAskedFor) {
+TEST_F(utl_IOTrackerOutputsTest, IncrementsAreWrittenAtAnyLevelWhenAskedFor) {
   for (const char* level : {"1", "2", "3"}) {
     utl_IOTracker& tracker = StartTracker(level);
     UseFiles(tracker);
@@ -365,7 +365,7 @@ TEST_F(TrackerOutputsTest, IncrementsAreWrittenAtAnyLevelWhenAskedFor) {
   }
 }
 
-TEST_F(TrackerOutputsTest, SummaryListsTheFirstTableAndThenTheSecond) {
+TEST_F(utl_IOTrackerOutputsTest, SummaryListsTheFirstTableAndThenTheSecond) {
   utl_IOTracker& tracker = StartTracker("1");
   tracker.UOpen(1, "u1");
   tracker.COpen(1, "c1");
@@ -390,7 +390,7 @@ TEST_F(TrackerOutputsTest, SummaryListsTheFirstTableAndThenTheSecond) {
             (std::vector<SummaryLine>{{"cs", 0, 0, 0, 0}, {"us", 3, 3, 0, 0}}));
 }
 
-TEST_F(TrackerOutputsTest, ExactTextOfTheSummary) {
+TEST_F(utl_IOTrackerOutputsTest, ExactTextOfTheSummary) {
   utl_IOTracker& tracker = StartTracker("1");
   UseFiles(tracker);
   EndTracker();
@@ -402,7 +402,7 @@ TEST_F(TrackerOutputsTest, ExactTextOfTheSummary) {
                                 "scratch, 0.500000, 8.000000, 0.250000, 16.000000", ""}));
 }
 
-TEST_F(TrackerOutputsTest, SummaryOfNothing) {
+TEST_F(utl_IOTrackerOutputsTest, SummaryOfNothing) {
   StartTracker("1");
   EndTracker();
   EXPECT_EQ(
@@ -411,7 +411,7 @@ TEST_F(TrackerOutputsTest, SummaryOfNothing) {
                                 "", "", "SCRATCH DIRECTORY FILES", ""}));
 }
 
-TEST_F(TrackerOutputsTest, OldFilesAreReplaced) {
+TEST_F(utl_IOTrackerOutputsTest, OldFilesAreReplaced) {
   for (const char* name : {"ioTotal", "ioInc", "ioFileSummary"}) {
     WriteWholeFile(File(name), std::string(10000, 'x'));
   }
@@ -422,7 +422,7 @@ TEST_F(TrackerOutputsTest, OldFilesAreReplaced) {
   EXPECT_TRUE(Summary().work.empty());
 }
 
-TEST_F(TrackerOutputsTest, NumbersDoNotDependOnTheLocale) {
+TEST_F(utl_IOTrackerOutputsTest, NumbersDoNotDependOnTheLocale) {
   const DecimalComma comma;
   SetEnvironment("KES_IO_INDIVIDUAL", "1");
   utl_IOTracker& tracker = StartTracker("2");
@@ -437,7 +437,7 @@ TEST_F(TrackerOutputsTest, NumbersDoNotDependOnTheLocale) {
   EXPECT_EQ(Summary().work.at(0), (SummaryLine{"work", 1502, 1500.75, 4, 1.5}));
 }
 
-TEST_F(TrackerOutputsTest, LargeAndEndlessNumbers) {
+TEST_F(utl_IOTrackerOutputsTest, LargeAndEndlessNumbers) {
   utl_IOTracker& tracker = StartTracker("1");
   constexpr double kHuge = std::numeric_limits<double>::max();
   tracker.COpen(1, "a");
@@ -452,7 +452,7 @@ TEST_F(TrackerOutputsTest, LargeAndEndlessNumbers) {
   EXPECT_EQ(line["Work Read Time"], HUGE_VAL);
 }
 
-TEST_F(TrackerOutputsTest, FlushBringsLinesIntoTheFiles) {
+TEST_F(utl_IOTrackerOutputsTest, FlushBringsLinesIntoTheFiles) {
   SetEnvironment("KES_IO_INDIVIDUAL", "1");
   utl_IOTracker& tracker = StartTracker("2");
   UseFiles(tracker);
@@ -465,7 +465,7 @@ TEST_F(TrackerOutputsTest, FlushBringsLinesIntoTheFiles) {
 }
 
 // Lines are held back for ten seconds at the most, if other lines follow.
-TEST_F(TrackerOutputsTest, LinesReachTheFilesEveryTenSeconds) {
+TEST_F(utl_IOTrackerOutputsTest, LinesReachTheFilesEveryTenSeconds) {
   SetEnvironment("KES_IO_INDIVIDUAL", "1");
   utl_IOTracker& tracker = StartTracker("2");
   UseFiles(tracker);
@@ -481,7 +481,7 @@ TEST_F(TrackerOutputsTest, LinesReachTheFilesEveryTenSeconds) {
   EXPECT_EQ(Read("work_ioTotal").lines.size(), 2U);
 }
 
-TEST_F(TrackerOutputsTest, MissingDirectoryIsSkippedInSilence) {
+TEST_F(utl_IOTrackerOutputsTest, MissingDirectoryIsSkippedInSilence) {
   SetEnvironment("KES_IO_INDIVIDUAL", "1");
   LoadArguments({"-outdir", "not there", "-job", "beam"});
   testing::internal::CaptureStdout();
@@ -497,7 +497,7 @@ TEST_F(TrackerOutputsTest, MissingDirectoryIsSkippedInSilence) {
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
-TEST_F(TrackerOutputsTest, DirectoriesInThePlaceOfOutputsAreSkippedInSilence) {
+TEST_F(utl_IOTrackerOutputsTest, DirectoriesInThePlaceOfOutputsAreSkippedInSilence) {
   SetEnvironment("KES_IO_INDIVIDUAL", "1");
   for (const char* name : {"ioTotal", "ioInc", "ioFileSummary", "work_ioTotal"}) {
     std::filesystem::create_directory(name);
@@ -516,7 +516,7 @@ int NextDescriptor() {
   return fd;
 }
 
-TEST_F(TrackerOutputsTest, FailingWritesPassInSilence) {
+TEST_F(utl_IOTrackerOutputsTest, FailingWritesPassInSilence) {
   utl_IOTracker& tracker = StartTracker("1");
   const int fd = NextDescriptor();
   tracker.Mark("m");
@@ -529,7 +529,7 @@ TEST_F(TrackerOutputsTest, FailingWritesPassInSilence) {
 }
 
 // Every name leads to the device that is always full.
-TEST_F(TrackerOutputsTest, FullDiskPassesInSilence) {
+TEST_F(utl_IOTrackerOutputsTest, FullDiskPassesInSilence) {
   SetEnvironment("KES_IO_INDIVIDUAL", "1");
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();

@@ -22,7 +22,7 @@ namespace {
 constexpr std::int64_t kMegabyte = 1048576;
 
 // The children inherit the current directory and the environment.
-class TrackerProcessTest : public TrackerTest {
+class utl_IOTrackerProcessTest : public utl_IOTrackerTest {
  protected:
   static void SwitchOn(const char* points = nullptr, const char* interval = nullptr) {
     SetEnvironment("KES_IO_TRACK", "1");
@@ -60,7 +60,7 @@ TEST_CHILD(trackedJob) {
   return count;
 }
 
-TEST_F(TrackerProcessTest, WholeLife) {
+TEST_F(utl_IOTrackerProcessTest, WholeLife) {
   SwitchOn();
   EXPECT_EQ(Run("trackedJob", {"-job", "beam"}), 0);
   ASSERT_EQ(Read("beam.ioTotal").lines.size(), 1U);
@@ -81,7 +81,7 @@ TEST_CHILD(untrackedJob) {
   return none && off ? 0 : 1;
 }
 
-TEST_F(TrackerProcessTest, WithoutTheVariableThereIsNoTracker) {
+TEST_F(utl_IOTrackerProcessTest, WithoutTheVariableThereIsNoTracker) {
   EXPECT_EQ(Run("untrackedJob"), 0);
   EXPECT_FALSE(Exists("ioTotal"));
   EXPECT_FALSE(Exists("ioFileSummary"));
@@ -100,7 +100,7 @@ TEST_CHILD(opensAFileForWriting) {
   return 0;
 }
 
-TEST_F(TrackerProcessTest, OpeningAFileForWritingMakesTheTracker) {
+TEST_F(utl_IOTrackerProcessTest, OpeningAFileForWritingMakesTheTracker) {
   SwitchOn();
   EXPECT_EQ(Run("opensAFileForWriting"), 0);
   ASSERT_EQ(Read("ioTotal").lines.size(), 1U);
@@ -129,7 +129,7 @@ TEST_CHILD(endsWithoutFinalize) {
   return 0;
 }
 
-TEST_F(TrackerProcessTest, EndWithoutFinalize) {
+TEST_F(utl_IOTrackerProcessTest, EndWithoutFinalize) {
   for (const char* way : {"main", "exit", "thread"}) {
     for (const char* interval : {"1", "1000000"}) {
       for (const char* points : {"1", "2"}) {
@@ -156,7 +156,7 @@ TEST_CHILD(waitsToBeKilled) {
   return 0;
 }
 
-TEST_F(TrackerProcessTest, KilledProcessLeavesWhatWasFlushed) {
+TEST_F(utl_IOTrackerProcessTest, KilledProcessLeavesWhatWasFlushed) {
   for (const char* points : {"1", "2"}) {
     SwitchOn(points, "1000000");
     ChildProcess child = ChildProcess::Start("waitsToBeKilled");
@@ -180,7 +180,7 @@ TEST_CHILD(finalizesAtExit) {
   return 0;
 }
 
-TEST_F(TrackerProcessTest, FinalizeAmongTheProgramsLastActs) {
+TEST_F(utl_IOTrackerProcessTest, FinalizeAmongTheProgramsLastActs) {
   for (const char* interval : {"1", "1000000"}) {
     SwitchOn("2", interval);
     EXPECT_EQ(Run("finalizesAtExit"), 0);
@@ -205,7 +205,7 @@ TEST_CHILD(clientEndsLate) {
   return 0;
 }
 
-TEST_F(TrackerProcessTest, FinalizeWhenAllOtherThreadsAreGone) {
+TEST_F(utl_IOTrackerProcessTest, FinalizeWhenAllOtherThreadsAreGone) {
   for (const char* interval : {"1", "2", "1000000"}) {
     for (const char* milliseconds : {"0", "30"}) {
       SCOPED_TRACE(std::string(interval) + " " + milliseconds);
@@ -218,7 +218,7 @@ TEST_F(TrackerProcessTest, FinalizeWhenAllOtherThreadsAreGone) {
 }
 
 // They may have been ended within an operation; then there is no summary.
-TEST_F(TrackerProcessTest, FinalizeWhenThreadsWereEndedInTheirOperations) {
+TEST_F(utl_IOTrackerProcessTest, FinalizeWhenThreadsWereEndedInTheirOperations) {
   if (std::filesystem::path::preferred_separator == '/') {
     GTEST_SKIP() << "threads live on here while static objects are destroyed";
   }
@@ -236,7 +236,7 @@ TEST_CHILD(clientWithAnIdlePoolEndsLate) {
   return 0;
 }
 
-TEST_F(TrackerProcessTest, FinalizeWhenThePoolsIdleThreadsAreGone) {
+TEST_F(utl_IOTrackerProcessTest, FinalizeWhenThePoolsIdleThreadsAreGone) {
   for (const char* milliseconds : {"0", "1", "100"}) {
     EXPECT_EQ(Run("clientWithAnIdlePoolEndsLate", {milliseconds}), 0) << milliseconds;
   }
@@ -253,7 +253,7 @@ TEST_CHILD(cannotWrite) {
   return 0;
 }
 
-TEST_F(TrackerProcessTest, DirectoryWithoutPermissionIsPassedOverInSilence) {
+TEST_F(utl_IOTrackerProcessTest, DirectoryWithoutPermissionIsPassedOverInSilence) {
   for (const char* points : {"1", "2"}) {
     SwitchOn(points, "1");
     SetEnvironment("KES_IO_INDIVIDUAL", "1");

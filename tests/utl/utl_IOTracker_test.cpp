@@ -48,8 +48,8 @@ constexpr Operations kTables[] = {
     {"U", &T::UOpen, &T::UClose, &T::URename, &T::UWrite, &T::URead, &T::USeek,
      &T::USetKind, &T::UKind, &T::UTotals, &T::UIncrements, &T::UCount, &T::UPath}};
 
-class TrackerTableTest : public TrackerTest,
-                         public testing::WithParamInterface<Operations> {
+class utl_IOTrackerTableTest : public utl_IOTrackerTest,
+                               public testing::WithParamInterface<Operations> {
  protected:
   template <class Function, class... Arguments>
   auto Call(Function function, Arguments&&... arguments) {
@@ -96,7 +96,7 @@ class TrackerTableTest : public TrackerTest,
   }
 };
 
-INSTANTIATE_TEST_SUITE_P(Tables, TrackerTableTest, testing::ValuesIn(kTables),
+INSTANTIATE_TEST_SUITE_P(Tables, utl_IOTrackerTableTest, testing::ValuesIn(kTables),
                          [](const auto& table) { return table.param.name; });
 
 // The fields in their order: count, megabytes and time of writes, then of reads.
@@ -107,7 +107,7 @@ std::vector<double> Quantities(const utl_IOTrackerRecord& record) {
 
 using Numbers = std::vector<double>;
 
-TEST(utl_IOTracker, OrderOfTheInterface) {
+TEST_F(utl_IOTrackerTest, OrderOfTheInterface) {
   using exception_contract::Slot;
   const std::intptr_t slots[] = {
       Slot(&T::Mark),      Slot(&T::TimePoint),       Slot(&T::COpen),
@@ -128,7 +128,7 @@ TEST(utl_IOTracker, OrderOfTheInterface) {
   EXPECT_EQ(expected, 2 + 1 + 32);
 }
 
-TEST_F(TrackerTest, EnvironmentGivesTheLevel) {
+TEST_F(utl_IOTrackerTest, EnvironmentGivesTheLevel) {
   const struct {
     const char* value;  // null: not set
     int level;          // 0: no tracker
@@ -147,7 +147,7 @@ TEST_F(TrackerTest, EnvironmentGivesTheLevel) {
   }
 }
 
-TEST_F(TrackerTest, EnvironmentIsReadWhenTheHolderIsMade) {
+TEST_F(utl_IOTrackerTest, EnvironmentIsReadWhenTheHolderIsMade) {
   utl_IOTracker_Container& holder = TrackerHolder::Instance();
   SetEnvironment("KES_IO_TRACK", "1");
   EXPECT_EQ(holder.Tracker(), nullptr);
@@ -156,12 +156,12 @@ TEST_F(TrackerTest, EnvironmentIsReadWhenTheHolderIsMade) {
   EXPECT_NE(TrackerHolder::Instance().Tracker(), nullptr);
 }
 
-TEST_F(TrackerTest, EachHolderHasATrackerOfItsOwn) {
+TEST_F(utl_IOTrackerTest, EachHolderHasATrackerOfItsOwn) {
   StartTracker("1").CWrite(1, 1, 0);
   EXPECT_EQ(StartTracker("2").CCount(), 0);
 }
 
-TEST_F(TrackerTest, TimeGoesOnFromTheMaking) {
+TEST_F(utl_IOTrackerTest, TimeGoesOnFromTheMaking) {
   utl_IOTracker& tracker = StartTracker("1");
   const double first = tracker.Now();
   EXPECT_GE(first, 0);
@@ -170,7 +170,7 @@ TEST_F(TrackerTest, TimeGoesOnFromTheMaking) {
   EXPECT_GT(tracker.Now(), first);
 }
 
-TEST_F(TrackerTest, TablesAreApart) {
+TEST_F(utl_IOTrackerTest, TablesAreApart) {
   utl_IOTracker& tracker = StartTracker("1");
   tracker.COpen(1, "c");
   tracker.UOpen(1, "u");
@@ -184,13 +184,13 @@ TEST_F(TrackerTest, TablesAreApart) {
   EXPECT_EQ(record.writeCount, 0);
 }
 
-TEST_P(TrackerTableTest, NewTrackerHasNoEntries) {
+TEST_P(utl_IOTrackerTableTest, NewTrackerHasNoEntries) {
   Start();
   EXPECT_EQ(Count(), 0);
   EXPECT_EQ(Path(0), "");
 }
 
-TEST_P(TrackerTableTest, OpenMakesAnEntry) {
+TEST_P(utl_IOTrackerTableTest, OpenMakesAnEntry) {
   Start();
   Open(7, "model.dat");
   EXPECT_EQ(Count(), 1);
@@ -201,7 +201,7 @@ TEST_P(TrackerTableTest, OpenMakesAnEntry) {
   EXPECT_EQ(Increments(7).kind, 1);
 }
 
-TEST_P(TrackerTableTest, WritesAndReadsAreCounted) {
+TEST_P(utl_IOTrackerTableTest, WritesAndReadsAreCounted) {
   Start();
   Open(7, "a");
   Write(7, kMegabyte, 0.25);
@@ -215,14 +215,14 @@ TEST_P(TrackerTableTest, WritesAndReadsAreCounted) {
 }
 
 // 2^52 bytes in all are summed without a rounding.
-TEST_P(TrackerTableTest, MegabytesOfManyBytesAreExact) {
+TEST_P(utl_IOTrackerTableTest, MegabytesOfManyBytesAreExact) {
   Start();
   Open(7, "a");
   for (int i = 0; i < 1024; ++i) Write(7, (std::int64_t{1} << 42) + (i % 2));
   EXPECT_EQ(Totals(7).writeMB, double(1LL << 32) + 512.0 / kMegabyte);
 }
 
-TEST_P(TrackerTableTest, NegativeAndMissingNumbersCountAsZero) {
+TEST_P(utl_IOTrackerTableTest, NegativeAndMissingNumbersCountAsZero) {
   Start();
   Open(7, "a");
   for (const double seconds : {-1.0, kNan, -kNan, -kInfinity, -0.0}) {
@@ -233,14 +233,14 @@ TEST_P(TrackerTableTest, NegativeAndMissingNumbersCountAsZero) {
   EXPECT_EQ(Quantities(Increments(7)), (Numbers{5, 0, 0, 5, 0, 0}));
 }
 
-TEST_P(TrackerTableTest, EndlessTimeStays) {
+TEST_P(utl_IOTrackerTableTest, EndlessTimeStays) {
   Start();
   Write(7, 0, kInfinity);
   Write(7, 0, 1);
   EXPECT_EQ(Totals(7).writeTime, kInfinity);
 }
 
-TEST_P(TrackerTableTest, UnknownKeyIsAnsweredWithZeros) {
+TEST_P(utl_IOTrackerTableTest, UnknownKeyIsAnsweredWithZeros) {
   Start();
   for (const auto query : {GetParam().totals, GetParam().increments}) {
     utl_IOTrackerRecord record = {1, 2, 3, 4, 5, 6, 7, 8, 9, 0, 10};
@@ -252,7 +252,7 @@ TEST_P(TrackerTableTest, UnknownKeyIsAnsweredWithZeros) {
   EXPECT_EQ(Kind(7), 2);
 }
 
-TEST_P(TrackerTableTest, UnknownKeyIsNotMadeByOperationsThatNeedAnEntry) {
+TEST_P(utl_IOTrackerTableTest, UnknownKeyIsNotMadeByOperationsThatNeedAnEntry) {
   Start("3");
   Close(7);
   Rename(7, "a");
@@ -262,7 +262,7 @@ TEST_P(TrackerTableTest, UnknownKeyIsNotMadeByOperationsThatNeedAnEntry) {
   EXPECT_FALSE(IsKnown(7));
 }
 
-TEST_P(TrackerTableTest, OperationUnderAnUnknownKeyMakesABlankEntry) {
+TEST_P(utl_IOTrackerTableTest, OperationUnderAnUnknownKeyMakesABlankEntry) {
   Start();
   Write(7, kMegabyte, 1);
   Read(8, kMegabyte, 1);
@@ -275,7 +275,7 @@ TEST_P(TrackerTableTest, OperationUnderAnUnknownKeyMakesABlankEntry) {
   EXPECT_EQ(Quantities(Totals(8)), (Numbers{1, 1, 1, 1, 1, 1}));
 }
 
-TEST_P(TrackerTableTest, BlankEntryIsNoFileOfThatName) {
+TEST_P(utl_IOTrackerTableTest, BlankEntryIsNoFileOfThatName) {
   Start();
   Write(7, 1);
   Open(8, " ");
@@ -284,7 +284,7 @@ TEST_P(TrackerTableTest, BlankEntryIsNoFileOfThatName) {
   EXPECT_EQ(Kind(8), 1);
 }
 
-TEST_P(TrackerTableTest, BlankEntryGetsAPathByRenaming) {
+TEST_P(utl_IOTrackerTableTest, BlankEntryGetsAPathByRenaming) {
   Start();
   Write(7, 1);
   Rename(7, "later");
@@ -295,7 +295,7 @@ TEST_P(TrackerTableTest, BlankEntryGetsAPathByRenaming) {
   EXPECT_EQ(Totals(8).writeCount, 1);
 }
 
-TEST_P(TrackerTableTest, ClosingRetiresTheKey) {
+TEST_P(utl_IOTrackerTableTest, ClosingRetiresTheKey) {
   Start();
   Open(7, "a");
   Write(7, kMegabyte);
@@ -311,7 +311,7 @@ TEST_P(TrackerTableTest, ClosingRetiresTheKey) {
   EXPECT_EQ(Path(1), " ");
 }
 
-TEST_P(TrackerTableTest, OpeningAPathAgainRevivesItsEntry) {
+TEST_P(utl_IOTrackerTableTest, OpeningAPathAgainRevivesItsEntry) {
   Start();
   Open(7, "a");
   Write(7, kMegabyte, 1);
@@ -326,7 +326,7 @@ TEST_P(TrackerTableTest, OpeningAPathAgainRevivesItsEntry) {
   EXPECT_EQ(Count(), 1);
 }
 
-TEST_P(TrackerTableTest, OnePathUnderTwoKeys) {
+TEST_P(utl_IOTrackerTableTest, OnePathUnderTwoKeys) {
   Start();
   Open(7, "a");
   Open(8, "a");
@@ -339,7 +339,7 @@ TEST_P(TrackerTableTest, OnePathUnderTwoKeys) {
   EXPECT_EQ(Totals(8).writeCount, 3);
 }
 
-TEST_P(TrackerTableTest, OpeningUnderAKeyInUseMovesTheKey) {
+TEST_P(utl_IOTrackerTableTest, OpeningUnderAKeyInUseMovesTheKey) {
   Start();
   Open(7, "a");
   Write(7, 1);
@@ -353,7 +353,7 @@ TEST_P(TrackerTableTest, OpeningUnderAKeyInUseMovesTheKey) {
   EXPECT_EQ(Count(), 2);
 }
 
-TEST_P(TrackerTableTest, OpeningUnderTheKeyOfABlankEntryLeavesThatBehind) {
+TEST_P(utl_IOTrackerTableTest, OpeningUnderTheKeyOfABlankEntryLeavesThatBehind) {
   Start();
   Write(7, 1);
   Open(7, "a");
@@ -362,7 +362,7 @@ TEST_P(TrackerTableTest, OpeningUnderTheKeyOfABlankEntryLeavesThatBehind) {
   EXPECT_EQ(Path(1), "a");
 }
 
-TEST_P(TrackerTableTest, PathsAreComparedAsTheyAreGiven) {
+TEST_P(utl_IOTrackerTableTest, PathsAreComparedAsTheyAreGiven) {
   Start();
   Open(1, "a");
   Open(2, "A");
@@ -370,7 +370,7 @@ TEST_P(TrackerTableTest, PathsAreComparedAsTheyAreGiven) {
   EXPECT_EQ(Count(), 3);
 }
 
-TEST_P(TrackerTableTest, RenamingKeepsCountsAndKind) {
+TEST_P(utl_IOTrackerTableTest, RenamingKeepsCountsAndKind) {
   LoadArguments({"-tmpdir", "scratch"});
   Start();
   Open(7, "scratch/a");
@@ -384,7 +384,7 @@ TEST_P(TrackerTableTest, RenamingKeepsCountsAndKind) {
   EXPECT_EQ(Count(), 1);
 }
 
-TEST_P(TrackerTableTest, TheOldNameOfARenamedFileIsANewFile) {
+TEST_P(utl_IOTrackerTableTest, TheOldNameOfARenamedFileIsANewFile) {
   Start();
   Open(7, "a");
   Write(7, 1);
@@ -395,7 +395,7 @@ TEST_P(TrackerTableTest, TheOldNameOfARenamedFileIsANewFile) {
   EXPECT_EQ(Totals(7).writeCount, 1);
 }
 
-TEST_P(TrackerTableTest, RenamingToItsOwnNameChangesNothing) {
+TEST_P(utl_IOTrackerTableTest, RenamingToItsOwnNameChangesNothing) {
   Start();
   Open(7, "a");
   Rename(7, "a");
@@ -404,7 +404,7 @@ TEST_P(TrackerTableTest, RenamingToItsOwnNameChangesNothing) {
   EXPECT_EQ(Path(0), "a");
 }
 
-TEST_P(TrackerTableTest, RenamingOntoAnotherFileReplacesIt) {
+TEST_P(utl_IOTrackerTableTest, RenamingOntoAnotherFileReplacesIt) {
   Start();
   Open(1, "a");
   Write(1, 1);
@@ -421,7 +421,7 @@ TEST_P(TrackerTableTest, RenamingOntoAnotherFileReplacesIt) {
   EXPECT_EQ(Count(), 3);
 }
 
-TEST_P(TrackerTableTest, KindIsWhatWasSet) {
+TEST_P(utl_IOTrackerTableTest, KindIsWhatWasSet) {
   Start();
   Open(7, "a");
   const struct {
@@ -435,7 +435,7 @@ TEST_P(TrackerTableTest, KindIsWhatWasSet) {
   }
 }
 
-TEST_P(TrackerTableTest, BelowLevel3TheFurtherFieldsStayZero) {
+TEST_P(utl_IOTrackerTableTest, BelowLevel3TheFurtherFieldsStayZero) {
   for (const char* level : {"1", "2"}) {
     Start(level);
     Open(7, "a");
@@ -450,7 +450,7 @@ TEST_P(TrackerTableTest, BelowLevel3TheFurtherFieldsStayZero) {
   }
 }
 
-TEST_P(TrackerTableTest, Level3CountsBytesOpensAndSeeks) {
+TEST_P(utl_IOTrackerTableTest, Level3CountsBytesOpensAndSeeks) {
   Start("3");
   Open(7, "a");
   Open(8, "a");
@@ -470,7 +470,7 @@ TEST_P(TrackerTableTest, Level3CountsBytesOpensAndSeeks) {
   }
 }
 
-TEST_P(TrackerTableTest, CountsStayAtTheirLimit) {
+TEST_P(utl_IOTrackerTableTest, CountsStayAtTheirLimit) {
   constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max();
   Start("3");
   Open(7, "a");
@@ -488,7 +488,7 @@ TEST_P(TrackerTableTest, CountsStayAtTheirLimit) {
   EXPECT_EQ(sum.writeCount, 4);
 }
 
-TEST_P(TrackerTableTest, AnyNumberIsAKey) {
+TEST_P(utl_IOTrackerTableTest, AnyNumberIsAKey) {
   Start();
   using Limits = std::numeric_limits<std::int64_t>;
   const std::int64_t keys[] = {
@@ -499,7 +499,7 @@ TEST_P(TrackerTableTest, AnyNumberIsAKey) {
   for (const std::int64_t key : keys) EXPECT_EQ(Totals(key).writeCount, 1) << key;
 }
 
-TEST_P(TrackerTableTest, PathsAreCutAt1023Characters) {
+TEST_P(utl_IOTrackerTableTest, PathsAreCutAt1023Characters) {
   for (const std::size_t length : {0U, 1U, 1022U, 1023U, 1024U, 2048U, 100000U}) {
     Start();
     const std::string path(length, 'p');
@@ -510,7 +510,7 @@ TEST_P(TrackerTableTest, PathsAreCutAt1023Characters) {
   }
 }
 
-TEST_P(TrackerTableTest, PathsThatDifferBehindTheCutAreOne) {
+TEST_P(utl_IOTrackerTableTest, PathsThatDifferBehindTheCutAreOne) {
   Start();
   const std::string path(1023, 'p');
   Open(1, (path + "a").c_str());
@@ -519,7 +519,7 @@ TEST_P(TrackerTableTest, PathsThatDifferBehindTheCutAreOne) {
   EXPECT_EQ(Count(), 1);
 }
 
-TEST_P(TrackerTableTest, NullIsTheEmptyPath) {
+TEST_P(utl_IOTrackerTableTest, NullIsTheEmptyPath) {
   Start();
   Open(7, nullptr);
   Open(8, "");
@@ -531,7 +531,7 @@ TEST_P(TrackerTableTest, NullIsTheEmptyPath) {
   EXPECT_EQ(Path(1), "");
 }
 
-TEST_P(TrackerTableTest, IndexOutOfRangeIsTheEmptyPath) {
+TEST_P(utl_IOTrackerTableTest, IndexOutOfRangeIsTheEmptyPath) {
   Start();
   Open(7, "a");
   for (const int index :
@@ -540,7 +540,7 @@ TEST_P(TrackerTableTest, IndexOutOfRangeIsTheEmptyPath) {
   }
 }
 
-TEST_P(TrackerTableTest, PathTextsStayWhileTheTableGrowsAndFilesAreRenamed) {
+TEST_P(utl_IOTrackerTableTest, PathTextsStayWhileTheTableGrowsAndFilesAreRenamed) {
   Start();
   Open(0, "first");
   const char* const first = PathText(0);
@@ -552,7 +552,7 @@ TEST_P(TrackerTableTest, PathTextsStayWhileTheTableGrowsAndFilesAreRenamed) {
   EXPECT_EQ(PathText(0), renamed);
 }
 
-TEST_P(TrackerTableTest, EntriesKeepTheOrderOfTheirMaking) {
+TEST_P(utl_IOTrackerTableTest, EntriesKeepTheOrderOfTheirMaking) {
   Start();
   for (int i = 0; i < 50; ++i) {
     Open(1000 - i, ("f" + std::to_string(i)).c_str());
@@ -565,7 +565,7 @@ TEST_P(TrackerTableTest, EntriesKeepTheOrderOfTheirMaking) {
   }
 }
 
-TEST_P(TrackerTableTest, HundredThousandFiles) {
+TEST_P(utl_IOTrackerTableTest, HundredThousandFiles) {
   constexpr int kFiles = 100000;
   Start();
   for (int i = 0; i < kFiles; ++i)
@@ -582,7 +582,7 @@ TEST_P(TrackerTableTest, HundredThousandFiles) {
 }
 
 // A file opened, written and closed over and over, each time under another key.
-TEST_P(TrackerTableTest, ManyKeysOfOneFile) {
+TEST_P(utl_IOTrackerTableTest, ManyKeysOfOneFile) {
   Start("3");
   for (int i = 0; i < 100000; ++i) {
     Open(i, "a");
@@ -596,7 +596,7 @@ TEST_P(TrackerTableTest, ManyKeysOfOneFile) {
   EXPECT_EQ(Totals(0).opens, 100001);
 }
 
-TEST_F(TrackerTest, SumsAreOverBothTables) {
+TEST_F(utl_IOTrackerTest, SumsAreOverBothTables) {
   utl_IOTracker& tracker = StartTracker("3");
   tracker.COpen(1, "c");
   tracker.CWrite(1, kMegabyte, 1);
@@ -621,7 +621,7 @@ TEST_F(TrackerTest, SumsAreOverBothTables) {
   EXPECT_EQ(Quantities(scratch), (Numbers{0, 0, 0, 1, 8, 8}));
 }
 
-TEST_F(TrackerTest, AnyKindButScratchSumsTheWorkFiles) {
+TEST_F(utl_IOTrackerTest, AnyKindButScratchSumsTheWorkFiles) {
   utl_IOTracker& tracker = StartTracker("1");
   tracker.CWrite(2, kMegabyte, 1);
   for (const int kind : {1, 2, 3, -1}) {
@@ -633,7 +633,7 @@ TEST_F(TrackerTest, AnyKindButScratchSumsTheWorkFiles) {
   }
 }
 
-TEST_F(TrackerTest, SumsOfNothingAreZero) {
+TEST_F(utl_IOTrackerTest, SumsOfNothingAreZero) {
   utl_IOTracker& tracker = StartTracker("1");
   for (const int kind : {0, 1}) {
     utl_IOTrackerRecord sum = {1, 2, 3, 4, 5, 6, 7, 8, 9, 2, 10};

@@ -21,7 +21,7 @@ constexpr std::int64_t kBytes = 65536;
 constexpr double kSeconds = 1.0 / 64;
 
 using Numbers = std::vector<double>;
-using TrackerThreadsTest = TrackerTest;
+using utl_IOTrackerThreadsTest = utl_IOTrackerTest;
 
 // Runs `work` with the numbers 0 to `count` - 1, all beginning together.
 void RunThreads(int count, const std::function<void(int)>& work) {
@@ -66,7 +66,7 @@ void Work(utl_IOTracker& tracker, int thread) {
   }
 }
 
-TEST_F(TrackerThreadsTest, AMillionOperationsAddUp) {
+TEST_F(utl_IOTrackerThreadsTest, AMillionOperationsAddUp) {
   utl_IOTracker& tracker = StartTracker("3");
   tracker.UOpen(4711, "shared");
   RunThreads(kThreads, [&](int i) { Work(tracker, i); });
@@ -91,7 +91,7 @@ TEST_F(TrackerThreadsTest, AMillionOperationsAddUp) {
 
 // While a million operations are counted, lines are written. Each shows a moment: the
 // increments up to it and the totals are the same, and no operation is in two of them.
-TEST_F(TrackerThreadsTest, IncrementsAddUpToTheTotals) {
+TEST_F(utl_IOTrackerThreadsTest, IncrementsAddUpToTheTotals) {
   SetEnvironment("KES_IO_INDIVIDUAL", "1");
   testing::internal::CaptureStdout();
   utl_IOTracker& tracker = StartTracker("2");
@@ -132,7 +132,7 @@ TEST_F(TrackerThreadsTest, IncrementsAddUpToTheTotals) {
 }
 
 // Every operation of the interface at once, on few keys and paths.
-TEST_F(TrackerThreadsTest, AllOperationsAtOnce) {
+TEST_F(utl_IOTrackerThreadsTest, AllOperationsAtOnce) {
   SetEnvironment("KES_IO_INDIVIDUAL", "1");
   testing::internal::CaptureStdout();
   utl_IOTracker& tracker = StartTracker("3");
@@ -180,7 +180,7 @@ TEST_F(TrackerThreadsTest, AllOperationsAtOnce) {
   testing::internal::GetCapturedStdout();
 }
 
-TEST_F(TrackerThreadsTest, AllMakeTheHolderAtOnce) {
+TEST_F(utl_IOTrackerThreadsTest, AllMakeTheHolderAtOnce) {
   SetEnvironment("KES_IO_TRACK", "1");
   for (int round = 0; round < 50; ++round) {
     EndTracker();

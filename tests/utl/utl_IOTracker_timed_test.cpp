@@ -27,10 +27,10 @@ constexpr char kCompleted[] = "Completed TimedOutTask\n";
 
 using Numbers = std::vector<double>;
 
-class TrackerTimedTest : public TrackerTest {
+class utl_IOTrackerTimedTest : public utl_IOTrackerTest {
  protected:
-  TrackerTimedTest() { SetEnvironment("KES_IO_TIMEPOINTS", "2"); }
-  ~TrackerTimedTest() override {
+  utl_IOTrackerTimedTest() { SetEnvironment("KES_IO_TIMEPOINTS", "2"); }
+  ~utl_IOTrackerTimedTest() override {
     if (capturing_) End();
     EndPool();
   }
@@ -69,7 +69,7 @@ class TrackerTimedTest : public TrackerTest {
   bool capturing_ = false;
 };
 
-TEST_F(TrackerTimedTest, LinesComeWithoutLabels) {
+TEST_F(utl_IOTrackerTimedTest, LinesComeWithoutLabels) {
   utl_IOTracker& tracker = Start("1");
   tracker.COpen(1, "a");
   tracker.CWrite(1, kMegabyte, 1);
@@ -87,7 +87,7 @@ TEST_F(TrackerTimedTest, LinesComeWithoutLabels) {
   EXPECT_EQ(totals.lines.back().Of("Work "), (Numbers{1, 1, 1, 0, 0, 0}));
 }
 
-TEST_F(TrackerTimedTest, ExactHead) {
+TEST_F(utl_IOTrackerTimedTest, ExactHead) {
   AwaitPoints(Start("1"), 1);
   End();
   EXPECT_EQ(ReadTextLines(File("ioTotal"))[1],
@@ -97,7 +97,7 @@ TEST_F(TrackerTimedTest, ExactHead) {
             "Scratch Read Time");
 }
 
-TEST_F(TrackerTimedTest, MarksWriteNothing) {
+TEST_F(utl_IOTrackerTimedTest, MarksWriteNothing) {
   utl_IOTracker& tracker = Start("100000");
   tracker.Mark("m");
   utl_IOTracker_Mark("n");
@@ -105,7 +105,7 @@ TEST_F(TrackerTimedTest, MarksWriteNothing) {
   EXPECT_FALSE(Exists("ioTotal"));
 }
 
-TEST_F(TrackerTimedTest, IncrementsAndIndividualOutputs) {
+TEST_F(utl_IOTrackerTimedTest, IncrementsAndIndividualOutputs) {
   SetEnvironment("KES_IO_INDIVIDUAL", "1");
   testing::internal::CaptureStdout();
   utl_IOTracker& tracker = Start("2", "2");
@@ -133,7 +133,7 @@ TEST_F(TrackerTimedTest, IncrementsAndIndividualOutputs) {
   EXPECT_EQ(individual.lines.back()["Write MB"], 100);
 }
 
-TEST_F(TrackerTimedTest, WrittenIncrementsHaveNoLabelHere) {
+TEST_F(utl_IOTrackerTimedTest, WrittenIncrementsHaveNoLabelHere) {
   utl_IOTracker& tracker = Start("100000");
   tracker.WriteIncrements("label");
   End();
@@ -145,7 +145,7 @@ TEST_F(TrackerTimedTest, WrittenIncrementsHaveNoLabelHere) {
 
 // The pauses of the task are watched and not made. The first one is at most the interval,
 // and never long, whatever that is.
-TEST_F(TrackerTimedTest, IntervalOfTheEnvironment) {
+TEST_F(utl_IOTrackerTimedTest, IntervalOfTheEnvironment) {
   const struct {
     const char* value;
     DWORD firstPause;
@@ -176,7 +176,7 @@ TEST_F(TrackerTimedTest, IntervalOfTheEnvironment) {
   }
 }
 
-TEST_F(TrackerTimedTest, PausesLastTheInterval) {
+TEST_F(utl_IOTrackerTimedTest, PausesLastTheInterval) {
   const struct {
     const char* value;
     double seconds;
@@ -192,7 +192,7 @@ TEST_F(TrackerTimedTest, PausesLastTheInterval) {
 }
 
 // The last time point comes at the end, and shows everything.
-TEST_F(TrackerTimedTest, EndWhileTheTaskSleeps) {
+TEST_F(utl_IOTrackerTimedTest, EndWhileTheTaskSleeps) {
   std::promise<void> sleeps;
   std::atomic<bool> told = false;
   const InsteadOfSleep watch([&](DWORD) {
@@ -209,7 +209,7 @@ TEST_F(TrackerTimedTest, EndWhileTheTaskSleeps) {
 }
 
 // The task writes without a pause, so that the end finds it anywhere in its work.
-TEST_F(TrackerTimedTest, EndWhileTheTaskWrites) {
+TEST_F(utl_IOTrackerTimedTest, EndWhileTheTaskWrites) {
   for (int round = 0; round < 20; ++round) {
     utl_IOTracker& tracker = Start("1", "2");
     for (int i = 0; i < 100; ++i) tracker.COpen(i, std::to_string(i).c_str());
@@ -220,7 +220,7 @@ TEST_F(TrackerTimedTest, EndWhileTheTaskWrites) {
   }
 }
 
-TEST_F(TrackerTimedTest, EndAtOnce) {
+TEST_F(utl_IOTrackerTimedTest, EndAtOnce) {
   for (int round = 0; round < 20; ++round) {
     Start("1");
     EXPECT_EQ(End(), kCompleted);
@@ -238,7 +238,7 @@ class FunctionTask : public thr_Task {
 };
 
 // All threads of the pool do other things for longer than the tracker lives.
-TEST_F(TrackerTimedTest, TaskThatNeverBeganIsNotWaitedFor) {
+TEST_F(utl_IOTrackerTimedTest, TaskThatNeverBeganIsNotWaitedFor) {
   auto& pool = thr_GlobalSingleton<thr_ThreadPool>::Instance();
   std::promise<void> mayEnd;
   const std::shared_future<void> ends = mayEnd.get_future().share();
@@ -258,7 +258,7 @@ TEST_F(TrackerTimedTest, TaskThatNeverBeganIsNotWaitedFor) {
   EXPECT_FALSE(Exists("ioTotal"));
 }
 
-TEST_F(TrackerTimedTest, TwoTrackersOneAfterTheOther) {
+TEST_F(utl_IOTrackerTimedTest, TwoTrackersOneAfterTheOther) {
   for (const char* job : {"one", "two"}) {
     LoadArguments({"-job", job});
     utl_IOTracker& tracker = Start("1");
@@ -269,7 +269,7 @@ TEST_F(TrackerTimedTest, TwoTrackersOneAfterTheOther) {
   }
 }
 
-TEST_F(TrackerTimedTest, OperationsGoOnWhileTheTaskWrites) {
+TEST_F(utl_IOTrackerTimedTest, OperationsGoOnWhileTheTaskWrites) {
   utl_IOTracker& tracker = Start("1", "3");
   AwaitPoints(tracker, 1);
   StartLine start(4);
@@ -288,7 +288,7 @@ TEST_F(TrackerTimedTest, OperationsGoOnWhileTheTaskWrites) {
 }
 
 // The library's end ends the tracker, and then the pool.
-TEST_F(TrackerTimedTest, FinalizeEndsAll) {
+TEST_F(utl_IOTrackerTimedTest, FinalizeEndsAll) {
   int count = 0;
   utl_initialize(count);
   Start("1").CWrite(1, kMegabyte, 1);
