@@ -5,6 +5,7 @@
 // pass as they are; share modes but for the one that denies nothing; a stream's
 // descriptor, and fseek.
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -23,11 +24,17 @@ int FlagsOf(const char* mode) {
   return std::strcmp(mode, "a") == 0 ? _O_APPEND : 0;
 }
 
-// 0 is the failure here.
+// In pieces, of which a call may take a part. What is left out is the failure.
 ssize_t WriteStream(void* cookie, const char* buffer, size_t size) {
-  const int written =
-      _write(DescriptorIn(cookie), buffer, static_cast<unsigned int>(size));
-  return written > 0 ? written : 0;
+  constexpr size_t kPiece = size_t{1} << 30;
+  size_t done = 0;
+  while (done < size) {
+    const auto piece = static_cast<unsigned int>(std::min(size - done, kPiece));
+    const int written = _write(DescriptorIn(cookie), buffer + done, piece);
+    if (written <= 0) break;
+    done += static_cast<size_t>(written);
+  }
+  return static_cast<ssize_t>(done);
 }
 
 int CloseStream(void* cookie) {
