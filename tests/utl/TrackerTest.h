@@ -61,6 +61,12 @@ inline void EndTracker() {
   TrackerHolder::Destroy();
 }
 
+/// The fields in their order: count, megabytes and time of writes, then of reads.
+inline std::vector<double> Quantities(const utl_IOTrackerRecord& record) {
+  return {double(record.writeCount), record.writeMB, record.writeTime,
+          double(record.readCount),  record.readMB,  record.readTime};
+}
+
 class utl_IOTrackerTest : public testing::Test {
  protected:
   std::string File(const std::string& name) const { return surroundings_.File(name); }
