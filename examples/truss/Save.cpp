@@ -15,13 +15,14 @@ void Save(const cow_String& path, const Blocks& blocks) {
     return utl_Stat(path).size;
   });
   utl_MultisectionFile saved(path, utl_FileAccessRead);  // while no other can write
-  for (const auto& [name, bytes] : blocks) {
+  for (const auto& block : blocks) {
+    const cow_String& name = block.first;
     std::string data(std::size_t(saved.getSectionLength(name)), '\0');
     Tracked(&utl_IOTracker::CRead, path, [&] {
       saved.getSectionData(name, data.data());
       return data.size();
     });
-    Check(data == std::string_view(bytes), path,
+    Check(data == std::string_view(block.second), path,
           "section " + std::string(name) + " was not saved well");
   }
 }
