@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <fstream>
 
-#include "common/FailingCall.h"
 #include "platform/PlatformTest.h"
 
 class TextStreamTest : public PlatformTest {
@@ -66,16 +65,6 @@ TEST_F(TextStreamTest, MoreThanABuffer) {
   EXPECT_EQ(std::fwrite(text.data(), 1, text.size(), stream), text.size());
   EXPECT_EQ(std::fclose(stream), 0);
   EXPECT_EQ(ReadWholeFile(Name("new")), text);
-}
-
-// Only where the C run time's calls are the library's does the redirection reach them.
-TEST_F(TextStreamTest, CallsThatWriteAPartAreContinued) {
-  const ShortWrites three(3);
-  FILE* const stream = Create("new");
-  ASSERT_NE(stream, nullptr);
-  std::fputs("a longer text", stream);
-  EXPECT_EQ(std::fclose(stream), 0);
-  EXPECT_EQ(ReadWholeFile(Name("new")), "a longer text");
 }
 
 TEST_F(TextStreamTest, OpenErrors) {

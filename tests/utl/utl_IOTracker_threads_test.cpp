@@ -37,11 +37,6 @@ void RunThreads(int count, const std::function<void(int)>& work) {
   for (std::thread& thread : threads) thread.join();
 }
 
-Numbers Quantities(const utl_IOTrackerRecord& record) {
-  return {double(record.writeCount), record.writeMB, record.writeTime,
-          double(record.readCount),  record.readMB,  record.readTime};
-}
-
 // What `operations` of one kind come to.
 Numbers Counted(double operations) {
   return {operations, operations * double(kBytes) / 1048576, operations * kSeconds};

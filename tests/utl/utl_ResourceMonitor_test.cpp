@@ -5,6 +5,7 @@
 #include <fstream>
 
 #include "common/ChildProcess.h"
+#include "common/FailingCall.h"
 #include "utl/ResourceMonitorTest.h"
 #include "utl/utl_initialize.h"
 
@@ -70,6 +71,17 @@ TEST_F(utl_ResourceMonitorTest, TheVariablesValueChoosesExactly) {
       EXPECT_EQ(log.marks[2].Label(), log.marks[1].Label());
     }
   }
+}
+
+// The calls behind a stream are redirected where the run time's calls are the library's.
+TEST_F(utl_ResourceMonitorOnTest, LogIsWholeWhenCallsWriteAPart) {
+  const ShortWrites three(3);
+  Monitor().Initialize("beam");
+  Monitor().Mark("one");
+  const UseLog log = FinishedLog();
+  ASSERT_EQ(log.marks.size(), 3u);
+  EXPECT_EQ(log.marks[1].Label(), In40("one"));
+  EXPECT_TRUE(log.finished);
 }
 
 TEST_CHILD(monitorAndTell) {
