@@ -126,6 +126,7 @@ TEST_F(FileLockTest, WaitsForTheOwnHandle) {
 
 TEST_F(FileLockTest, WhatIsNoFileIsNotLocked) {
   const Pipe pipe;
+  // NOLINTNEXTLINE(performance-no-int-to-ptr)
   const auto reader = reinterpret_cast<HANDLE>(_get_osfhandle(pipe.Reader()));
   const ScopedHandle directory(Open(Name("d"), GENERIC_READ, kShareAll, OPEN_EXISTING,
                                     FILE_FLAG_BACKUP_SEMANTICS));

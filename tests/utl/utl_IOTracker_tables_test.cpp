@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -34,6 +35,8 @@ struct Operations {
   bool (utl_IOTracker::*increments)(std::int64_t, utl_IOTrackerRecord&);
   int (utl_IOTracker::*count)();
   const char* (utl_IOTracker::*path)(int);
+
+  friend void PrintTo(const Operations& table, std::ostream* out) { *out << table.name; }
 };
 
 using T = utl_IOTracker;
