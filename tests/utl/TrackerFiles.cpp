@@ -7,7 +7,6 @@
 #include <cstddef>
 #include <cstdio>
 #include <locale>
-#include <regex>
 #include <sstream>
 
 #include "common/TempDir.h"
@@ -55,9 +54,16 @@ std::string TextFileEnd() {
 
 // In the "C" locale, whatever the process's is.
 double Number(const std::string& text) {
-  static const std::regex whole(R"(\d+)");
-  static const std::regex fixed(R"(\d+\.\d{6}|inf)");
-  EXPECT_TRUE(std::regex_match(text, whole) || std::regex_match(text, fixed)) << text;
+  const std::size_t point = std::min(text.find('.'), text.size());
+  const auto areDigits = [&](std::size_t from, std::size_t to) {
+    return from < to && std::all_of(text.begin() + static_cast<std::ptrdiff_t>(from),
+                                    text.begin() + static_cast<std::ptrdiff_t>(to),
+                                    [](char c) { return c >= '0' && c <= '9'; });
+  };
+  const bool isWhole = areDigits(0, text.size());
+  const bool isFixed = areDigits(0, point) && text.size() == point + 7 &&
+                       areDigits(point + 1, text.size());
+  EXPECT_TRUE(isWhole || isFixed || text == "inf") << text;
   if (text == "inf") return HUGE_VAL;
   std::istringstream stream(text);
   stream.imbue(std::locale::classic());
