@@ -74,5 +74,8 @@ BOOL UnlockFileEx(HANDLE handle, DWORD, DWORD lengthLow, DWORD lengthHigh,
   // A device has no locks, so that none is found.
   if (code != ERROR_SUCCESS && code != ERROR_INVALID_FUNCTION) return Fail(code);
   const LockedRange range = Range(*overlapped, lengthLow, lengthHigh);
-  return Result(UnlockRange(fd, range.start, range.length));
+  const int number = errno;
+  const DWORD result = UnlockRange(fd, range.start, range.length);
+  errno = number;
+  return Result(result);
 }

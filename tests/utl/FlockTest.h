@@ -20,6 +20,7 @@ constexpr int kExclusive = 2;
 constexpr int kTryShared = 5;
 constexpr int kTryExclusive = 6;
 constexpr int kUnlock = 8;
+constexpr int kModes[] = {kShared, kExclusive, kTryShared, kTryExclusive, kUnlock};
 
 constexpr int kLocked = 33;        // the system's lock violation
 constexpr int kInvalidHandle = 6;  // the system's
@@ -78,11 +79,21 @@ class LockingProcess {
   ChildProcess child_;
 };
 
-/// A file to be locked.
+/// A file to be locked, and two descriptors of it.
 class utl_flockTest : public testing::Test {
  protected:
-  utl_flockTest() : path_(dir_.File("f")) { WriteWholeFile(path_, "0123456789"); }
+  static std::string MadeFile(const TempDir& dir) {
+    WriteWholeFile(dir.File("f"), "0123456789");
+    return dir.File("f");
+  }
 
   TempDir dir_;
-  std::string path_;
+  std::string path_ = MadeFile(dir_);
+  LockedDescriptor one_{path_};
+  LockedDescriptor other_{path_};
 };
+
+/// A mode in which the file is held, and one in which it is then asked for.
+inline std::string Names(int held, int asked) {
+  return std::to_string(held) + ", " + std::to_string(asked);
+}

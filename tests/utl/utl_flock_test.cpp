@@ -37,7 +37,7 @@ constexpr Pair kPairs[] = {{kShared, kTryShared, 0},
 
 TEST_F(utl_flockTest, BetweenDescriptorsOfOneProcess) {
   for (const Pair& pair : kPairs) {
-    SCOPED_TRACE(std::to_string(pair.held) + ", " + std::to_string(pair.asked));
+    SCOPED_TRACE(Names(pair.held, pair.asked));
     const LockedDescriptor one(path_);
     const LockedDescriptor other(path_);
     EXPECT_EQ(ErrorOf(one, pair.held), 0);
@@ -52,7 +52,7 @@ TEST_F(utl_flockTest, BetweenDescriptorsOfOneProcess) {
 TEST_F(utl_flockTest, BetweenProcesses) {
   LockingProcess other(path_);
   for (const Pair& pair : kPairs) {
-    SCOPED_TRACE(std::to_string(pair.held) + ", " + std::to_string(pair.asked));
+    SCOPED_TRACE(Names(pair.held, pair.asked));
     const LockedDescriptor one(path_);
     EXPECT_EQ(ErrorOf(one, pair.held), 0);
     EXPECT_EQ(other.ErrorOf(pair.asked), pair.error);
@@ -74,20 +74,18 @@ TEST_F(utl_flockTest, FreshFileIsHadInEveryMode) {
 }
 
 TEST_F(utl_flockTest, OtherModesAreInvalid) {
-  const LockedDescriptor one(path_);
   for (const int mode : {0, 3, 4, 7, 9, 10, 12, 13, 14, 15, 16, -1, -2, 1 << 30, 0x105}) {
-    EXPECT_EQ(ErrorOf(one, mode), kInvalidArgument) << mode;
+    EXPECT_EQ(ErrorOf(one_, mode), kInvalidArgument) << mode;
     EXPECT_EQ(ErrorOf(-1, mode), kInvalidArgument) << mode;
   }
-  const LockedDescriptor other(path_);
-  EXPECT_EQ(ErrorOf(other, kTryExclusive), 0);
+  EXPECT_EQ(ErrorOf(other_, kTryExclusive), 0);
 }
 
 TEST_F(utl_flockTest, BadDescriptors) {
   LockedDescriptor one(path_);
   const int closed = one;
   one.Close();
-  for (const int mode : {kShared, kExclusive, kTryShared, kTryExclusive, kUnlock}) {
+  for (const int mode : kModes) {
     for (const int descriptor : {-1, closed, kNoFile, -1000}) {
       EXPECT_EQ(ErrorOf(descriptor, mode), kInvalidHandle) << descriptor << ", " << mode;
     }
@@ -95,57 +93,50 @@ TEST_F(utl_flockTest, BadDescriptors) {
 }
 
 TEST_F(utl_flockTest, UnlockOfWhatIsNotLocked) {
-  const LockedDescriptor one(path_);
-  const LockedDescriptor other(path_);
+  EXPECT_NE(ErrorOf(one_, kUnlock), 0);
+  EXPECT_EQ(ErrorOf(one_, kTryExclusive), 0);
   SetLastError(0);
-  EXPECT_NE(ErrorOf(one, kUnlock), 0);
-  EXPECT_EQ(ErrorOf(one, kTryExclusive), 0);
-  EXPECT_EQ(ErrorOf(other, kUnlock), static_cast<int>(GetLastError()));
-  EXPECT_EQ(ErrorOf(other, kTryShared), kLocked);
-  EXPECT_EQ(ErrorOf(one, kUnlock), 0);
-  EXPECT_NE(ErrorOf(one, kUnlock), 0);
+  const int error = ErrorOf(other_, kUnlock);
+  EXPECT_NE(error, 0);
+  EXPECT_EQ(error, static_cast<int>(GetLastError()));
+  EXPECT_EQ(ErrorOf(other_, kTryShared), kLocked);
+  EXPECT_EQ(ErrorOf(one_, kUnlock), 0);
+  EXPECT_NE(ErrorOf(one_, kUnlock), 0);
 }
 
 TEST_F(utl_flockTest, FailureIsTheSystemsOwnNumber) {
-  const LockedDescriptor one(path_);
-  const LockedDescriptor other(path_);
-  ASSERT_EQ(ErrorOf(one, kExclusive), 0);
-  EXPECT_EQ(ErrorOf(other, kTryShared), static_cast<int>(ERROR_LOCK_VIOLATION));
+  ASSERT_EQ(ErrorOf(one_, kExclusive), 0);
+  EXPECT_EQ(ErrorOf(other_, kTryShared), static_cast<int>(ERROR_LOCK_VIOLATION));
   EXPECT_EQ(GetLastError(), DWORD{ERROR_LOCK_VIOLATION});
 }
 
 TEST_F(utl_flockTest, ExclusiveOnOneDescriptorExcludesASecond) {
-  const LockedDescriptor one(path_);
-  EXPECT_EQ(ErrorOf(one, kTryExclusive), 0);
-  EXPECT_EQ(ErrorOf(one, kTryExclusive), kLocked);
-  EXPECT_EQ(ErrorOf(one, kUnlock), 0);
-  EXPECT_EQ(ErrorOf(one, kTryShared), 0);
-  EXPECT_EQ(ErrorOf(one, kTryExclusive), kLocked);
+  EXPECT_EQ(ErrorOf(one_, kTryExclusive), 0);
+  EXPECT_EQ(ErrorOf(one_, kTryExclusive), kLocked);
+  EXPECT_EQ(ErrorOf(one_, kUnlock), 0);
+  EXPECT_EQ(ErrorOf(one_, kTryShared), 0);
+  EXPECT_EQ(ErrorOf(one_, kTryExclusive), kLocked);
 }
 
 TEST_F(utl_flockTest, SharedTwiceIsUnlockedTwice) {
-  const LockedDescriptor one(path_);
-  const LockedDescriptor other(path_);
-  EXPECT_EQ(ErrorOf(one, kTryShared), 0);
-  EXPECT_EQ(ErrorOf(one, kTryShared), 0);
-  EXPECT_EQ(ErrorOf(one, kUnlock), 0);
-  EXPECT_EQ(ErrorOf(other, kTryExclusive), kLocked);
-  EXPECT_EQ(ErrorOf(one, kUnlock), 0);
-  EXPECT_EQ(ErrorOf(other, kTryExclusive), 0);
+  EXPECT_EQ(ErrorOf(one_, kTryShared), 0);
+  EXPECT_EQ(ErrorOf(one_, kTryShared), 0);
+  EXPECT_EQ(ErrorOf(one_, kUnlock), 0);
+  EXPECT_EQ(ErrorOf(other_, kTryExclusive), kLocked);
+  EXPECT_EQ(ErrorOf(one_, kUnlock), 0);
+  EXPECT_EQ(ErrorOf(other_, kTryExclusive), 0);
 }
 
 TEST_F(utl_flockTest, SharedBesideTheOwnExclusiveOutlivesIt) {
-  const LockedDescriptor one(path_);
-  const LockedDescriptor other(path_);
-  EXPECT_EQ(ErrorOf(one, kTryExclusive), 0);
-  EXPECT_EQ(ErrorOf(one, kTryShared), 0);
-  EXPECT_EQ(ErrorOf(other, kTryShared), kLocked);
-  EXPECT_EQ(ErrorOf(one, kUnlock), 0);
-  EXPECT_EQ(ErrorOf(other, kTryExclusive), kLocked);
-  EXPECT_EQ(ErrorOf(other, kTryShared), 0);
-  EXPECT_EQ(ErrorOf(one, kUnlock), 0);
-  EXPECT_EQ(ErrorOf(other, kUnlock), 0);
-  EXPECT_EQ(ErrorOf(other, kTryExclusive), 0);
+  EXPECT_EQ(ErrorOf(one_, kTryExclusive), 0);
+  EXPECT_EQ(ErrorOf(one_, kTryShared), 0);
+  EXPECT_EQ(ErrorOf(other_, kTryShared), kLocked);
+  EXPECT_EQ(ErrorOf(one_, kUnlock), 0);
+  EXPECT_EQ(ErrorOf(other_, kTryExclusive), kLocked);
+  EXPECT_EQ(ErrorOf(other_, kTryShared), 0);
+  EXPECT_EQ(ErrorOf(one_, kUnlock), 0);
+  EXPECT_EQ(ErrorOf(other_, kUnlock), 0);
+  EXPECT_EQ(ErrorOf(other_, kTryExclusive), 0);
 }
 
 TEST_F(utl_flockTest, ReadersAndWritersMayLockAsTheyLike) {
@@ -153,8 +144,7 @@ TEST_F(utl_flockTest, ReadersAndWritersMayLockAsTheyLike) {
   for (const int first : accesses) {
     for (const int second : accesses) {
       for (const Pair& pair : kPairs) {
-        SCOPED_TRACE(std::to_string(first) + ", " + std::to_string(second) + ": " +
-                     std::to_string(pair.held) + ", " + std::to_string(pair.asked));
+        SCOPED_TRACE(Names(first, second) + ": " + Names(pair.held, pair.asked));
         const LockedDescriptor one(path_, first);
         const LockedDescriptor other(path_, second);
         EXPECT_EQ(ErrorOf(one, pair.held), 0);
@@ -164,40 +154,44 @@ TEST_F(utl_flockTest, ReadersAndWritersMayLockAsTheyLike) {
   }
 }
 
+// Whatever the descriptor may do with the file.
+TEST_F(utl_flockTest, SuccessLeavesErrnoAlone) {
+  for (const int access : {_O_RDONLY, _O_WRONLY, _O_RDWR}) {
+    const LockedDescriptor descriptor(path_, access);
+    for (const int mode : {kShared, kTryShared, kUnlock, kUnlock, kExclusive, kTryShared,
+                           kUnlock, kUnlock, kTryExclusive, kUnlock}) {
+      EXPECT_EQ(ErrorOf(descriptor, mode), 0) << Names(access, mode);
+    }
+  }
+}
+
 TEST_F(utl_flockTest, ClosingUnlocks) {
-  LockedDescriptor one(path_);
-  const LockedDescriptor other(path_);
-  EXPECT_EQ(ErrorOf(one, kExclusive), 0);
-  one.Close();
-  EXPECT_EQ(ErrorOf(other, kTryExclusive), 0);
+  EXPECT_EQ(ErrorOf(one_, kExclusive), 0);
+  one_.Close();
+  EXPECT_EQ(ErrorOf(other_, kTryExclusive), 0);
 }
 
 TEST_F(utl_flockTest, ClosingAnotherDescriptorUnlocksNothing) {
-  const LockedDescriptor one(path_);
-  const LockedDescriptor other(path_);
-  EXPECT_EQ(ErrorOf(one, kExclusive), 0);
+  EXPECT_EQ(ErrorOf(one_, kExclusive), 0);
   LockedDescriptor(path_).Close();
-  EXPECT_EQ(ErrorOf(other, kTryShared), kLocked);
+  EXPECT_EQ(ErrorOf(other_, kTryShared), kLocked);
 }
 
 TEST_F(utl_flockTest, EndOfTheProcessUnlocks) {
-  const LockedDescriptor one(path_);
   for (const bool killed : {false, true}) {
     LockingProcess other(path_);
     ASSERT_EQ(other.ErrorOf(kTryExclusive), 0);
-    EXPECT_EQ(ErrorOf(one, kTryShared), kLocked);
+    EXPECT_EQ(ErrorOf(one_, kTryShared), kLocked);
     killed ? other.Kill() : other.End();
-    EXPECT_EQ(ErrorOf(one, kTryExclusive), 0);
-    EXPECT_EQ(ErrorOf(one, kUnlock), 0);
+    EXPECT_EQ(ErrorOf(one_, kTryExclusive), 0);
+    EXPECT_EQ(ErrorOf(one_, kUnlock), 0);
   }
 }
 
 // 4 GiB less 64 KiB from the start, whatever the file's size.
 TEST_F(utl_flockTest, LockedRange) {
-  const LockedDescriptor one(path_);
-  const LockedDescriptor other(path_);
-  const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(other));
-  ASSERT_EQ(ErrorOf(one, kExclusive), 0);
+  const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(other_));
+  ASSERT_EQ(ErrorOf(one_, kExclusive), 0);
   const auto isFree = [handle](DWORD low, DWORD high) {
     OVERLAPPED at = {};
     at.Offset = low;
@@ -213,18 +207,16 @@ TEST_F(utl_flockTest, LockedRange) {
 }
 
 TEST_F(utl_flockTest, PositionDoesNotMatter) {
-  const LockedDescriptor one(path_);
-  const LockedDescriptor other(path_);
-  _lseeki64(one, 7, SEEK_SET);
-  ASSERT_EQ(ErrorOf(one, kExclusive), 0);
-  EXPECT_EQ(_lseeki64(one, 0, SEEK_CUR), 7);
-  EXPECT_EQ(ErrorOf(other, kTryShared), kLocked);
+  _lseeki64(one_, 7, SEEK_SET);
+  ASSERT_EQ(ErrorOf(one_, kExclusive), 0);
+  EXPECT_EQ(_lseeki64(one_, 0, SEEK_CUR), 7);
+  EXPECT_EQ(ErrorOf(other_, kTryShared), kLocked);
 }
 
 // What is no file has nothing to lock.
 TEST_F(utl_flockTest, Pipes) {
   const Pipe pipe;
-  for (const int mode : {kShared, kExclusive, kTryShared, kTryExclusive, kUnlock}) {
+  for (const int mode : kModes) {
     EXPECT_EQ(ErrorOf(pipe.Reader(), mode), kInvalidHandle);
     EXPECT_EQ(ErrorOf(pipe.Writer(), mode), kInvalidHandle);
   }

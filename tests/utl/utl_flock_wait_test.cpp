@@ -54,7 +54,7 @@ TEST_F(utl_flockTest, WaitsForAnotherDescriptor) {
     int asked;
   } cases[] = {{kExclusive, kShared}, {kExclusive, kExclusive}, {kShared, kExclusive}};
   for (const auto& one : cases) {
-    SCOPED_TRACE(std::to_string(one.held) + ", " + std::to_string(one.asked));
+    SCOPED_TRACE(Names(one.held, one.asked));
     const LockedDescriptor holder(path_);
     const LockedDescriptor waiter(path_);
     ASSERT_EQ(ErrorOf(holder, one.held), 0);
@@ -72,7 +72,7 @@ TEST_F(utl_flockTest, WaitsForTheOwnDescriptorToBeUnlocked) {
     int asked;
   } cases[] = {{kExclusive, kExclusive}, {kShared, kExclusive}};
   for (const auto& one : cases) {
-    SCOPED_TRACE(std::to_string(one.held) + ", " + std::to_string(one.asked));
+    SCOPED_TRACE(Names(one.held, one.asked));
     const LockedDescriptor both(path_);
     const LockedDescriptor other(path_);
     ASSERT_EQ(ErrorOf(both, one.held), 0);
