@@ -5,8 +5,9 @@
 // often the directory itself tells these, and a listing is several times faster than
 // with a look at every entry. Short names (neither given nor matched), patterns that
 // end in a dot and the old wildcards "<", ">" and "\"", reparse points (a link shows as
-// what it leads to, and not at all when that is nothing). The order is the directory's
-// own. One search is used by one thread at a time.
+// what it leads to, and not at all when that is nothing). Names of 260 bytes and more,
+// which some file systems have, are cut. The order is the directory's own. One search is
+// used by one thread at a time.
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -155,10 +156,11 @@ void Fill(const dirent64& entry, bool isDirectory, WIN32_FIND_DATAA& data) {
   data.dwFileAttributes =
       (isDirectory ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE) |
       (isHidden ? FILE_ATTRIBUTE_HIDDEN : 0);
-  // The record's length saves measuring the name; both sizes exceed the longest one's.
-  std::memcpy(
-      data.cFileName, entry.d_name,
-      std::min(entry.d_reclen - offsetof(dirent64, d_name), sizeof data.cFileName));
+  // The record's length saves measuring the name.
+  constexpr size_t kSize = sizeof data.cFileName;
+  std::memcpy(data.cFileName, entry.d_name,
+              std::min(entry.d_reclen - offsetof(dirent64, d_name), kSize));
+  data.cFileName[kSize - 1] = '\0';
 }
 
 // The next entry; 0, or the code with which the listing ends.
