@@ -29,6 +29,7 @@ class FakeProcess {
   int timeCalls = 0;
   int processorCalls = 0;
   int memoryCalls = 0;
+  int Calls() const { return timeCalls + processorCalls + memoryCalls; }
   HANDLE memoryProcess = nullptr;
   DWORD memorySize = 0;
   DWORD openAccess = 0;

@@ -52,6 +52,33 @@ class utl_ResourceMonitorTest : public testing::Test {
     while (ProcessorTime() < until) {
     }
   }
+  /// Calls every operation of marks and timers, in each of its forms.
+  static void MarkAndTime() {
+    Monitor().Mark("one");
+    Monitor().Mark(cow_String("two"));
+    Monitor().MarkMethod("three");
+    Monitor().MarkMethod(cow_String("four"));
+    Monitor().StartTimer(0, "five");
+    Monitor().StartTimer(0, cow_String("six"));
+    Monitor().StopTimer(0);
+  }
+  /// Sets the memory counters, in the order of kMemoryColumns: `first`, `first` + `step`
+  /// and so on; the last goes into one that is not written.
+  static void SetMemory(FakeProcess& process, SIZE_T first, SIZE_T step) {
+    PROCESS_MEMORY_COUNTERS& memory = process.memory;
+    memory.PeakWorkingSetSize = first;
+    memory.WorkingSetSize = first + step;
+    memory.QuotaPeakPagedPoolUsage = first + 2 * step;
+    memory.QuotaPagedPoolUsage = first + 3 * step;
+    memory.QuotaPeakNonPagedPoolUsage = first + 4 * step;
+    memory.QuotaNonPagedPoolUsage = first + 5 * step;
+    memory.PageFaultCount = static_cast<DWORD>(first + 6 * step);
+    memory.PeakPagefileUsage = first + 7 * step;
+    memory.PagefileUsage = first + 8 * step;
+  }
+  /// Where the memory counters stand among a mark's fields.
+  static constexpr std::size_t kMemoryColumns[] = {5, 6, 8, 9, 10, 11, 12, 13};
+
   /// A label as it stands in its 40 columns.
   static std::string In40(const std::string& label) {
     return std::string(40 - label.size(), ' ') + label;

@@ -1,8 +1,6 @@
 // The lines of marks: labels, numbers, the time of day.
 
-#include <clocale>
-#include <locale>
-
+#include "common/DecimalComma.h"
 #include "utl/ResourceMonitorTest.h"
 
 namespace {
@@ -128,15 +126,7 @@ TEST_F(utl_ResourceMonitorOnTest, TheColumnsOfARealRun) {
 
 TEST_F(utl_ResourceMonitorOnTest, EveryCounterHasItsColumn) {
   FakeProcess process;
-  process.memory.PeakWorkingSetSize = 101;
-  process.memory.WorkingSetSize = 102;
-  process.memory.QuotaPeakPagedPoolUsage = 103;
-  process.memory.QuotaPagedPoolUsage = 104;
-  process.memory.QuotaPeakNonPagedPoolUsage = 105;
-  process.memory.QuotaNonPagedPoolUsage = 106;
-  process.memory.PageFaultCount = 107;
-  process.memory.PeakPagefileUsage = 108;
-  process.memory.PagefileUsage = 109;
+  SetMemory(process, 101, 1);
   process.user = 30'000'000;
   process.kernel = 40'000'000;
   Monitor().Initialize("beam");
@@ -179,19 +169,12 @@ TEST_F(utl_ResourceMonitorOnTest, CountersAreCutToThirtyTwoBits) {
   FakeProcess process;
   Monitor().Initialize("beam");
   for (const auto& c : cases) {
-    process.memory.PeakWorkingSetSize = c.bytes;
-    process.memory.WorkingSetSize = c.bytes;
-    process.memory.QuotaPeakPagedPoolUsage = c.bytes;
-    process.memory.QuotaPagedPoolUsage = c.bytes;
-    process.memory.QuotaPeakNonPagedPoolUsage = c.bytes;
-    process.memory.QuotaNonPagedPoolUsage = c.bytes;
-    process.memory.PageFaultCount = static_cast<DWORD>(c.bytes);
-    process.memory.PeakPagefileUsage = c.bytes;
+    SetMemory(process, c.bytes, 0);
     Monitor().Mark("large");
   }
   const UseLog log = FinishedLog();
   for (std::size_t i = 0; i < std::size(cases); ++i) {
-    for (std::size_t column : {5u, 6u, 8u, 9u, 10u, 11u, 12u, 13u}) {
+    for (std::size_t column : kMemoryColumns) {
       EXPECT_EQ(log.marks.at(i + 1).fields[column], cases[i].field) << column;
     }
   }
@@ -261,7 +244,7 @@ TEST_F(utl_ResourceMonitorOnTest, MemoryThatCannotBeReadIsZeroInThatMarkAlone) {
   }
   Monitor().Mark("known");
   const UseLog log = FinishedLog();
-  for (std::size_t column : {5u, 6u, 8u, 9u, 10u, 11u, 12u, 13u}) {
+  for (std::size_t column : kMemoryColumns) {
     EXPECT_EQ(log.marks.at(1).fields[column], "0") << column;
   }
   EXPECT_EQ(log.Number(log.marks[1], "ProcessID"),
@@ -316,46 +299,17 @@ TEST_F(utl_ResourceMonitorOnTest, ProcessorTimesThatCannotBeReadAreZero) {
   EXPECT_EQ(log.marks.at(2).fields[3], "3.0");
 }
 
-// A decimal comma: for the C++ library, and for printf where the system has a locale
-// with one.
-class DecimalComma {
- public:
-  DecimalComma() {
-    std::locale::global(std::locale(std::locale(), new Comma));
-    for (const char* name : {"de_DE.UTF-8", "de_DE", "German_Germany.1252", "German"}) {
-      if (std::setlocale(LC_ALL, name) != nullptr) break;
-    }
-  }
-  ~DecimalComma() {
-    std::locale::global(std::locale::classic());
-    std::setlocale(LC_ALL, "C");
-  }
-  DecimalComma(const DecimalComma&) = delete;
-  DecimalComma& operator=(const DecimalComma&) = delete;
-
- private:
-  struct Comma : std::numpunct<char> {
-    char do_decimal_point() const override { return ','; }
-    char do_thousands_sep() const override { return '.'; }
-    std::string do_grouping() const override { return "\3"; }
-  };
-};
-
 TEST_F(utl_ResourceMonitorOnTest, NumbersDoNotDependOnTheLocale) {
   FakeProcess process;
   process.user = 123'456'000'000;
   process.memory.WorkingSetSize = 1'234'567;
-  std::string inC;
-  for (bool comma : {false, true}) {
-    if (comma) {
-      const DecimalComma locale;
-      Monitor().Initialize("beam");
-      Finalize();
-    } else {
-      Monitor().Initialize("beam");
-      Finalize();
-      inC = LogText();
-    }
+  Monitor().Initialize("beam");
+  Finalize();
+  const std::string inC = LogText();
+  {
+    const DecimalComma locale;
+    Monitor().Initialize("beam");
+    Finalize();
   }
   EXPECT_EQ(LogText(), inC);
   EXPECT_NE(inC.find(" 12345.6 "), std::string::npos);

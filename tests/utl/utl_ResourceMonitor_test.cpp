@@ -15,29 +15,20 @@ TEST_F(utl_ResourceMonitorTest, WithoutTheVariableNothingIsDoneOrAsked) {
   FakeProcess process;
   Monitor().Initialize("beam");
   EXPECT_FALSE(Monitor().IsEnabled());
-  Monitor().Mark("one");
-  Monitor().Mark(cow_String("two"));
-  Monitor().MarkMethod("three");
-  Monitor().MarkMethod(cow_String("four"));
-  Monitor().StartTimer(0, "five");
-  Monitor().StartTimer(0, cow_String("six"));
-  Monitor().StopTimer(0);
+  MarkAndTime();
   Finalize();
   EXPECT_TRUE(std::filesystem::is_empty(dir_.Path()));
-  EXPECT_EQ(process.timeCalls + process.processorCalls + process.memoryCalls, 0);
+  EXPECT_EQ(process.Calls(), 0);
   EXPECT_EQ(process.openProcessId, 0u);
 }
 
 TEST_F(utl_ResourceMonitorOnTest, BeforeInitializeNothingIsDoneOrAsked) {
   FakeProcess process;
   EXPECT_FALSE(Monitor().IsEnabled());
-  Monitor().Mark("one");
-  Monitor().MarkMethod("two");
-  Monitor().StartTimer(0, "three");
-  Monitor().StopTimer(0);
+  MarkAndTime();
   Finalize();
   EXPECT_TRUE(std::filesystem::is_empty(dir_.Path()));
-  EXPECT_EQ(process.timeCalls + process.processorCalls + process.memoryCalls, 0);
+  EXPECT_EQ(process.Calls(), 0);
 }
 
 TEST_F(utl_ResourceMonitorTest, TheVariablesValueChoosesExactly) {
@@ -161,15 +152,7 @@ TEST_F(utl_ResourceMonitorOnTest, WholeLog) {
   process.SetTime(10, 59, 58, 250);
   process.user = 1'500'000;
   process.kernel = 500'000;
-  process.memory.PeakWorkingSetSize = 11;
-  process.memory.WorkingSetSize = 12;
-  process.memory.QuotaPeakPagedPoolUsage = 13;
-  process.memory.QuotaPagedPoolUsage = 14;
-  process.memory.QuotaPeakNonPagedPoolUsage = 15;
-  process.memory.QuotaNonPagedPoolUsage = 16;
-  process.memory.PageFaultCount = 17;
-  process.memory.PeakPagefileUsage = 18;
-  process.memory.PagefileUsage = 19;  // not written
+  SetMemory(process, 11, 1);
   Monitor().Initialize("beam");
   Monitor().StartTimer(3, "assembly");
   process.SetTime(11, 0, 1, 0);
@@ -303,12 +286,9 @@ TEST_F(utl_ResourceMonitorOnTest, ALogThatCannotBeOpenedLeavesItOff) {
     EXPECT_FALSE(Monitor().IsEnabled());
     EXPECT_EQ(process.openProcessId, 0u);
     process.timeCalls = 0;
-    Monitor().Mark("one");
-    Monitor().MarkMethod("two");
-    Monitor().StartTimer(0, "three");
-    Monitor().StopTimer(0);
+    MarkAndTime();
     Finalize();
-    EXPECT_EQ(process.timeCalls + process.processorCalls + process.memoryCalls, 0);
+    EXPECT_EQ(process.Calls(), 0);
   }
   EXPECT_TRUE(std::filesystem::is_empty("taken.use"));
   std::filesystem::remove("taken.use");

@@ -144,10 +144,10 @@ TEST_F(utl_ResourceMonitorTimerTest, StartedButNeverStoppedItIsNotListed) {
 
 TEST_F(utl_ResourceMonitorTimerTest, NumbersOutsideTheTimersAreIgnored) {
   for (int id : {-1, -20, 21, 22, 1000, 0x10000, INT_MAX, INT_MIN}) {
-    const int asked = process_.timeCalls + process_.processorCalls;
+    const int asked = process_.Calls();
     Monitor().StartTimer(id, "none");
     Monitor().StopTimer(id);
-    EXPECT_EQ(process_.timeCalls + process_.processorCalls, asked) << id;
+    EXPECT_EQ(process_.Calls(), asked) << id;
   }
   EXPECT_TRUE(Timers().empty());
 }
@@ -251,11 +251,11 @@ TEST_F(utl_ResourceMonitorTimerTest, TimerTwentyKeepsItsNameWhenOthersUseIt) {
 TEST_F(utl_ResourceMonitorTimerTest, ATimerAsksForTimesAloneAndWritesNothing) {
   const std::string before = LogText();
   const int memoryCalls = process_.memoryCalls;
-  const int calls = process_.timeCalls + process_.processorCalls;
+  const int calls = process_.Calls();
   Monitor().StartTimer(0, "timer");
-  EXPECT_EQ(process_.timeCalls + process_.processorCalls, calls + 2);
+  EXPECT_EQ(process_.Calls(), calls + 2);
   Monitor().StopTimer(0);
-  EXPECT_EQ(process_.timeCalls + process_.processorCalls, calls + 4);
+  EXPECT_EQ(process_.Calls(), calls + 4);
   EXPECT_EQ(process_.memoryCalls, memoryCalls);
   EXPECT_EQ(LogText(), before);
 }
