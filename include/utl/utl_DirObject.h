@@ -15,9 +15,9 @@
 ///       Use(file.AbsolutePathName());            // Z:\jobs\b.dat, Z:\jobs\a.dat
 ///     jobs.FindFileNamesWithExtension(".dat");   // a.dat, b.dat
 ///
-/// The system hands out the entries in an order of its own, the enumeration order (by
-/// name, without regard to letter case, on most systems). "." and ".." are directories
-/// among the others; a drive's root has neither.
+/// The system hands out the entries in an order of its own, the enumeration order: on
+/// Windows mostly by name, without regard to letter case, on Linux any. "." and ".." are
+/// directories among the others; a drive's root has neither.
 ///
 /// The paths are made by utl_FilePath from the directory's absolute name, a backslash and
 /// the entry's name. So an entry whose name looks like a reference to an environment
