@@ -11,6 +11,12 @@ constexpr std::size_t kNumbers = 15;
 constexpr std::size_t kLabelColumns = 40;
 constexpr std::size_t kNameColumns = 20;
 
+constexpr char kColumns[] =
+    "!Phase,Wall,Mark,UserCPU,SysCPU,WSP,WS,CPU,QPPP,QPP,QNPPP,QNPP,PageFaults,"
+    "PeakPageFileUsage,0,0,0,ProcessID";
+constexpr char kTitle[] =
+    "!Timer Summary                     # calls     CPU/call      CPU       Elapsed";
+
 // One line, from which fields are taken off at either end.
 class Line {
  public:
@@ -29,25 +35,27 @@ class Line {
     if (!rest_.ends_with(text)) Fail("<" + text + "> at the end");
     rest_.erase(rest_.size() - text.size());
   }
-  // The field in front of the first blank, which goes, too.
-  std::string TakeFirstField() {
+  // The integer in front of the first blank, which goes, too.
+  std::string TakeFirstNumber() {
     const std::size_t blank = rest_.find(' ');
     if (blank == std::string::npos) Fail("a blank");
-    std::string field = rest_.substr(0, blank);
+    const std::string field = rest_.substr(0, blank);
     rest_.erase(0, blank + 1);
-    return field;
+    return Checked(field, 0);
   }
-  // The field behind the last blank; the blank stays.
-  std::string TakeLastField() {
+  // The number with so many digits behind its point that stands behind the last blank;
+  // the blank stays.
+  std::string TakeLastNumber(std::size_t digits) {
     const std::size_t blank = rest_.rfind(' ');
     if (blank == std::string::npos) Fail("a blank");
-    std::string field = rest_.substr(blank + 1);
+    const std::string field = rest_.substr(blank + 1);
     rest_.erase(blank + 1);
-    return field;
+    return Checked(field, digits);
   }
-  // A number with so many digits behind its point.
-  std::string TakeLastNumber(std::size_t digits) {
-    std::string field = TakeLastField();
+  const std::string& Rest() const { return rest_; }
+
+ private:
+  std::string Checked(const std::string& field, std::size_t digits) const {
     const std::string body = field.starts_with('-') ? field.substr(1) : field;
     const std::size_t point = digits == 0 ? body.size() : body.size() - digits - 1;
     for (std::size_t i = 0; i < body.size(); ++i) {
@@ -59,9 +67,7 @@ class Line {
     }
     return field;
   }
-  const std::string& Rest() const { return rest_; }
 
- private:
   std::string text_;
   std::string rest_;
 };
@@ -91,11 +97,14 @@ UseMark ReadMark(const std::string& text, const std::string& phase, bool wholeLa
   line.TakeBack(" ");
   for (std::size_t i = kNumbers; i > 0; --i) {
     const bool isTime = i == 1 || i == 2 || i == 5;
-    mark.fields.insert(mark.fields.begin(), line.TakeLastNumber(isTime ? 1 : 0));
+    const bool isReserved = i == 12 || i == 13 || i == 14;
+    const std::string number = line.TakeLastNumber(isTime ? 1 : 0);
+    if (isReserved && number != "0") line.Fail("0, not " + number);
+    mark.fields.insert(mark.fields.begin(), number);
     line.TakeBack(" ");
   }
   line.TakeFront(phase + " ");
-  const std::string wall = line.TakeFirstField();
+  const std::string wall = line.TakeFirstNumber();
   const std::string label = line.Rest();
   if (!wholeLabels && label.size() != kLabelColumns) line.Fail("40 columns");
   mark.fields.insert(mark.fields.begin(), {phase, wall, label});
@@ -107,7 +116,7 @@ UseTimer ReadTimer(const std::string& text) {
   Line line(text);
   UseTimer timer;
   line.TakeFront("!Timer ");
-  timer.id = std::stoi(line.TakeFirstField());
+  timer.id = std::stoi(line.TakeFirstNumber());
   line.TakeFront(":   ");
   line.TakeBack(" ");
   timer.elapsed = std::stod(line.TakeLastNumber(1));
@@ -122,6 +131,22 @@ UseTimer ReadTimer(const std::string& text) {
   timer.name = line.Rest().substr(
       std::min(line.Rest().find_first_not_of(' '), line.Rest().size()));
   return timer;
+}
+
+// From the columns' header on, which is line `next`.
+void ReadEnd(const std::vector<std::string>& lines, std::size_t next, UseLog& log) {
+  log.finished = true;
+  if (lines[next] != kColumns) Line(lines[next]).Fail("the columns' header");
+  log.columns = Split(lines[next].substr(1), ',');
+  if (++next == lines.size()) throw std::runtime_error("no summary");
+  if (lines[next] != kTitle) Line(lines[next]).Fail("the summary's title");
+  for (++next; next < lines.size(); ++next) {
+    const UseTimer timer = ReadTimer(lines[next]);
+    if (timer.id <= (log.timers.empty() ? -1 : log.timers.back().id) || timer.id > 20) {
+      Line(lines[next]).Fail("the next timer");
+    }
+    log.timers.push_back(timer);
+  }
 }
 
 }  // namespace
@@ -147,15 +172,7 @@ UseLog ReadUseLog(const std::string& text, const std::string& job, bool wholeLab
     const std::string phase = job + "." + std::to_string(next - 2);
     log.marks.push_back(ReadMark(lines[next], phase, wholeLabels));
   }
-  if (next == lines.size()) return log;
-
-  log.finished = true;
-  log.columns = Split(lines[next].substr(1), ',');
-  if (++next == lines.size()) throw std::runtime_error("no summary");
-  if (lines[next] !=
-      "!Timer Summary                     # calls     CPU/call      CPU       Elapsed") {
-    Line(lines[next]).Fail("the summary's title");
-  }
-  for (++next; next < lines.size(); ++next) log.timers.push_back(ReadTimer(lines[next]));
+  if (log.marks.empty()) throw std::runtime_error("no marks");
+  if (next < lines.size()) ReadEnd(lines, next, log);
   return log;
 }
