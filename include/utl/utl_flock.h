@@ -20,9 +20,12 @@
 /// What is locked are the first 4,294,901,760 bytes (4 GiB less 64 KiB) whatever the
 /// file's size; beyond them nothing is. The lock belongs to the open descriptor: another
 /// one of the same file, in this process too, is somebody else, and closing a descriptor
-/// or ending the process unlocks. On one descriptor an exclusive lock excludes a second
-/// one, a shared lock may be added to it or to others, and each lock wants its own
-/// unlock, the earliest taken going first.
+/// or ending the process unlocks. (On Linux a child process that has inherited the
+/// descriptor shares its locks and keeps them; utl_noInheritFile prevents that.) On one
+/// descriptor an exclusive lock excludes a second one, a shared lock may be added to it
+/// or to others, and each lock wants its own unlock, the earliest taken going first.
+///
+/// REQUIRES: the file is not open for overlapped access, as no file of _open is.
 ///
 /// Never throws. Threads: any; waiting blocks the calling thread.
 ///
