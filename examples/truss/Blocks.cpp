@@ -1,19 +1,5 @@
 #include "Truss.h"
 
-template <class Value>
-static cow_String Bytes(const Value* values, std::ptrdiff_t count) {
-  return {reinterpret_cast<const char*>(values), int(count * sizeof(Value))};
-}
-
-template <class Row, class Field>
-static cow_String Column(const std::vector<Row>& rows, Field Row::*field) {
-  cow_String bytes;
-  for (const Row& row : rows) {
-    bytes += Bytes(&(row.*field), 1);
-  }
-  return bytes;
-}
-
 Blocks BlocksOf(const Deck& deck, const Results& results) {
   const int counts[] = {int(deck.nodes.size()), int(deck.bars.size())};
   const auto numbers = [](const Vector& values) {

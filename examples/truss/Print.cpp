@@ -1,19 +1,10 @@
 #include <iostream>
 
-#include "aio/aio_ostream.h"
+#include "aio/aio_ostrstream.h"
 #include "Truss.h"
 #include "utl/utl_Stream.h"
 
 namespace {
-
-constexpr int kLineWidth = 80;
-
-// Standard output as the library's streams take it.
-struct Console final : aio_ostream {
-  void write(const char* data, int length) override { std::cout.write(data, length); }
-  void flush() override { std::cout.flush(); }
-  bool good() const override { return std::cout.good(); }
-};
 
 // A line for each node or bar: its id and its share of the values.
 template <class Row>
@@ -33,11 +24,13 @@ void PrintTable(utl_Stream& out, const char* head, const std::vector<Row>& rows,
 }  // namespace
 
 void Print(const Deck& deck, const Results& results, int digits) {
-  Console console;
-  utl_Stream out(console, kLineWidth, digits, digits);
+  constexpr int kLineWidth = 80;
+  aio_ostrstream text;
+  utl_Stream out(text, kLineWidth, digits, digits);
   out << endl << deck.title << endl;
   PrintTable(out, "      node   displacement x, y, z", deck.nodes, results.displacements,
              digits);
   PrintTable(out, "       bar   tension", deck.bars, results.forces, digits);
   PrintTable(out, "      node   reaction x, y, z", deck.nodes, results.reactions, digits);
+  std::cout << cow_String::Adopt(text.adoptString(&::operator new), int(text.length()));
 }

@@ -14,6 +14,7 @@
 
 namespace {
 
+constexpr char kTag[] = "KSTtruss";
 constexpr char kEarlyEnd[] = ": *** ERROR: End of file on binary stream.";
 
 std::string AsString(const std::string& bytes) {
@@ -29,7 +30,7 @@ TEST(TrussExport, IsTheTagAndAStringForEachBlock) {
   const TempDir dir;
   const std::string file = dir.File("x.bin");
   WriteWholeFile(file, std::string(1000, 'x'));
-  Export(file.c_str(), SampleBlocks());
+  Export(file.c_str(), kTag, SampleBlocks());
   EXPECT_EQ(ReadWholeFile(file), "KSTtruss" + AsString("Two bars") +
                                      AsString(std::string("\0\1\2\3", 4)) + AsString(""));
 }
@@ -96,17 +97,18 @@ class TrussImportOf : public testing::Test {
   // What is said of a file of these bytes.
   void ExpectRefusal(const std::string& bytes, const std::string& reason) const {
     WriteWholeFile(file_, bytes);
-    EXPECT_THROW_TEXT(Import(name_, SampleBlocks()), nex_TextException, file_ + reason);
+    EXPECT_THROW_TEXT(Import(name_, kTag, SampleBlocks()), nex_TextException,
+                      file_ + reason);
   }
 
   TempDir dir_;
   const std::string file_ = dir_.File("x.bin");
   const cow_String name_ = file_.c_str();
-  const std::string good_ = (Export(name_, SampleBlocks()), ReadWholeFile(file_));
+  const std::string good_ = (Export(name_, kTag, SampleBlocks()), ReadWholeFile(file_));
 };
 
 TEST_F(TrussImportOf, TheBlocks) {
-  EXPECT_NO_THROW(Import(name_, SampleBlocks()));
+  EXPECT_NO_THROW(Import(name_, kTag, SampleBlocks()));
 }
 
 TEST_F(TrussImportOf, AFileCutAnywhere) {
@@ -122,7 +124,7 @@ TEST_F(TrussImportOf, AFileWithAnyBitChanged) {
     std::string bytes = good_;
     bytes[bit / 8] = static_cast<char>(bytes[bit / 8] ^ 1 << bit % 8);
     const std::size_t at = bit / 8;
-    ExpectRefusal(bytes, at < 8    ? ": no export of kst_truss"
+    ExpectRefusal(bytes, at < 8    ? ": no export of this program"
                          : at < 20 ? ": other title than this job's"
                          : at < 28 ? ": other nodes than this job's"
                                    : ": other forces than this job's");
@@ -135,22 +137,22 @@ TEST_F(TrussImportOf, AFileWithMoreBehindItsEnd) {
 
 TEST_F(TrussImportOf, ForeignFiles) {
   ExpectRefusal("", kEarlyEnd);
-  ExpectRefusal("title Two bars\n", ": no export of kst_truss");
-  ExpectRefusal(std::string(1 << 16, '\xff'), ": no export of kst_truss");
+  ExpectRefusal("title Two bars\n", ": no export of this program");
+  ExpectRefusal(std::string(1 << 16, '\xff'), ": no export of this program");
   ExpectRefusal("KSTtruss" + std::string(1 << 16, '\xff'),
                 ": other title than this job's");
 }
 
 TEST_F(TrussImportOf, AMissingFile) {
   std::filesystem::remove(file_);
-  EXPECT_THROW_TEXT(Import(name_, SampleBlocks()), nex_TextException,
+  EXPECT_THROW_TEXT(Import(name_, kTag, SampleBlocks()), nex_TextException,
                     file_ + ": " + std::strerror(ENOENT));
 }
 
 // Which call refuses it is the system's affair.
 TEST_F(TrussImportOf, ADirectory) {
   try {
-    Import(dir_.Path().c_str(), SampleBlocks());
+    Import(dir_.Path().c_str(), kTag, SampleBlocks());
     FAIL();
   } catch (const nex_TextException& refusal) {
     EXPECT_TRUE(std::string(refusal.AsString().c_str()).starts_with(dir_.Path() + ": "));
@@ -199,7 +201,7 @@ TEST(TrussImport, ShowsWhatIsWrongInOneLine) {
   const std::pair<std::string, std::string> rows[] = {
       {bytes.substr(0, bytes.size() / 2), kEarlyEnd},
       {bytes + "x", ": longer than an export"},
-      {"x" + bytes, ": no export of kst_truss"},
+      {"x" + bytes, ": no export of this program"},
   };
   for (const auto& [content, reason] : rows) {
     WriteWholeFile(file, content);

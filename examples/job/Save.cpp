@@ -1,4 +1,4 @@
-#include "Truss.h"
+#include "Job.h"
 #include "utl/utl_FilePath.h"
 #include "utl/utl_MultisectionFile.h"
 #include "utl/utl_Stat.h"

@@ -1,5 +1,5 @@
+#include "Job.h"
 #include "omi/omi_Timer.h"
-#include "Truss.h"
 #include "utl/utl_ResourceMonitor.h"
 
 void InPhase(int timer, const char* name, const std::function<void()>& work) {

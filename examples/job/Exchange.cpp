@@ -4,13 +4,11 @@
 #include <memory>
 #include <string_view>
 
-#include "Truss.h"
+#include "Job.h"
 #include "utl/utl_BinStream.h"
 #include "utl/utl_Stat.h"
 
 namespace {
-
-constexpr std::string_view kTag = "KSTtruss";
 
 // Opens the file for `transfer`, and names it in what goes wrong there.
 template <class Transfer>
@@ -31,17 +29,17 @@ void WithFile(const cow_String& name, const char* mode, Operation operation,
 
 }  // namespace
 
-void Export(const cow_String& name, const Blocks& blocks) {
+void Export(const cow_String& name, const cow_String& tag, const Blocks& blocks) {
   WithFile(name, "wb", &utl_IOTracker::CWrite, [&](std::FILE* file) {
     utl_BinOStream out(fileno(file), omi_Swapper::kLittleEndian);
-    out.Write(kTag.data(), int(kTag.size()));
+    out.Write(tag.c_str(), tag.Length());
     for (const auto& [block, bytes] : blocks) {
       out.WriteString(bytes);
     }
   });
 }
 
-void Import(const cow_String& name, const Blocks& blocks) {
+void Import(const cow_String& name, const cow_String& tag, const Blocks& blocks) {
   WithFile(name, "rb", &utl_IOTracker::CRead, [&](std::FILE* file) {
     utl_BinIStream in(fileno(file), omi_Swapper::kLittleEndian);
     const auto isNext = [&](std::string_view expected) {
@@ -49,7 +47,7 @@ void Import(const cow_String& name, const Blocks& blocks) {
       in.Read(data.data(), int(data.size()));
       return data == expected;
     };
-    Check(isNext(kTag), name, "no export of kst_truss");
+    Check(isNext(tag), name, "no export of this program");
     for (const auto& [block, bytes] : blocks) {
       // A string of another length is not even read: it may be any.
       Check(in.ReadInt() == bytes.Length() && isNext(bytes), name,
