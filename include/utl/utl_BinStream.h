@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 
 #include "cow/cow_String.h"
@@ -24,8 +23,9 @@
 /// A byte order is taken for the sake of existing callers; no byte is ever swapped.
 ///
 /// The descriptor stays the caller's: it is neither closed nor flushed. Nothing is
-/// buffered, so each call is a call of the system, and an array as a whole is one too.
-/// After an exception the stream is as before; what was transferred stays so.
+/// buffered: a number is at least one call of the system, and an array as a whole needs
+/// no more, so move bulk data as arrays. After an exception the stream is as before; what
+/// was transferred stays so.
 ///
 /// Threads: calls on one descriptor are to be made by one thread at a time.
 ///

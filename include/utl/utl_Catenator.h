@@ -34,7 +34,8 @@ class KSTUTL_EXPORT utl_Catenator {
     return *this;
   }
 
-  /// Forgets the text: it then is exactly what is appended next. Memory is kept.
+  /// Forgets the text: it then is exactly what is appended next. The string's memory is
+  /// kept for it, the stream's released.
   utl_Catenator& Erase();
 
   /// The text so far; may be called again, and appending may go on.

@@ -11,8 +11,8 @@
 /// broken where the caller allows it.
 ///
 /// Real numbers are written by the rules of printf's %g, and always so that they can be
-/// told from whole numbers: 3.0 is "3.". Exponents have two digits, or three from 1e100
-/// on. All is written in the "C" locale, whatever the process's locale is.
+/// told from whole numbers: 3.0 is "3.". Exponents have two digits, and three where two
+/// do not hold them. All is written in the "C" locale, whatever the process's locale is.
 ///
 /// Threads: one object, and the stream under it, is used by one thread at a time.
 ///

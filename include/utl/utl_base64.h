@@ -10,6 +10,9 @@
 ///
 ///     ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+!
 ///
+/// Errors are utl_Base64CodecError, also where there is no memory for the result's bytes;
+/// any other want of memory is std::bad_alloc.
+///
 /// Threads: any thread may call at any time, each with strings of its own.
 
 /// The text of all bytes of `data`, zero bytes included; `data` is not changed.
