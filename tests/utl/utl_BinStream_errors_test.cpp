@@ -162,6 +162,55 @@ TEST(BinStreamErrorTest, CallsThatWriteAPartAreContinued) {
   EXPECT_EQ(std::string("\x0D\0\0\0a longer text", 17), ReadWholeFile(dir.File("f")));
 }
 
+class BinStreamCallsTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    const FailingCall first(SystemCall::kWriteFile, ERROR_DISK_FULL);
+    if (_write(file_.Get(), "x", 1) == 1) {
+      GTEST_SKIP() << "this run time's own calls cannot be redirected";
+    }
+    EXPECT_TRUE(first.Happened());
+  }
+
+  const TempDir dir_;
+  const Descriptor file_{dir_.File("f"), _O_RDWR | _O_CREAT};
+};
+
+// A second call would fail.
+TEST_F(BinStreamCallsTest, AnArrayIsWrittenAndReadAtOnce) {
+  const std::vector<int> numbers = Numbers(100000);
+  {
+    const FailingCall second(SystemCall::kWriteFile, ERROR_DISK_FULL, 2);
+    utl_BinOStream(file_.Get(), kOrder).WriteIntArray(numbers.data(), 100000);
+    EXPECT_FALSE(second.Happened());
+  }
+  _lseeki64(file_.Get(), 0, SEEK_SET);
+  std::vector<int> read(numbers.size());
+  const FailingCall second(SystemCall::kReadFile, ERROR_ACCESS_DENIED, 2);
+  utl_BinIStream(file_.Get(), kOrder).ReadIntArray(read.data(), 100000);
+  EXPECT_FALSE(second.Happened());
+  EXPECT_TRUE(numbers == read);
+}
+
+// The length was written already and stays so; the stream can be used again.
+TEST_F(BinStreamCallsTest, WhatWasTransferredBeforeAFailureStays) {
+  utl_BinOStream out(file_.Get(), kOrder);
+  {
+    const FailingCall second(SystemCall::kWriteFile, ERROR_DISK_FULL, 2);
+    EXPECT_THROW_TEXT(out.WriteString("abc"), utl_BinStreamWriteError,
+                      std::strerror(ENOSPC));
+  }
+  out.Write("xyz", 3);
+  EXPECT_EQ(std::string("\3\0\0\0xyz", 7), ReadWholeFile(dir_.File("f")));
+  _lseeki64(file_.Get(), 0, SEEK_SET);
+  utl_BinIStream in(file_.Get(), kOrder);
+  {
+    const FailingCall second(SystemCall::kReadFile, ERROR_ACCESS_DENIED, 2);
+    EXPECT_THROW_TEXT(in.ReadString(), utl_BinStreamReadError, std::strerror(EBADF));
+  }
+  EXPECT_EQ('x', in.ReadSchar());
+}
+
 // Arrays whose size in bytes does not fit an int, or is 0 in 32 bits. Their memory is
 // never written, so that it takes none.
 constexpr int kOver2G = 268435457;  // doubles: 2^31 + 8 bytes

@@ -119,6 +119,43 @@ TEST_F(BinStreamTest, TheByteOrderChangesNothing) {
   EXPECT_EQ(1, Input("\x01\0\0\0"sv, kBig).ReadInt());
 }
 
+TEST_F(BinStreamTest, TheByteOrderChangesNothingOfAnyValue) {
+  const int ints[] = {1, -2};
+  const float floats[] = {1.0f, -2.5f};
+  const double doubles[] = {1.0, -2.5};
+  const auto written = [&](omi_Swapper::EndianType order) {
+    utl_BinOStream out = Output(order);
+    out.WriteShort(0x0102);
+    out.WriteUShort(0x0304);
+    out.WriteUInt(0x05060708);
+    out.WriteInt64(0x090A0B0C0D0E0F10);
+    out.WriteUInt64(0x1112131415161718);
+    out.WriteString("abc");
+    out.WriteIntArray(ints, 2);
+    out.WriteFloatArray(floats, 2);
+    out.WriteDoubleArray(doubles, 2);
+    return Written();
+  };
+  const std::string bytes = written(kLittle);
+  EXPECT_EQ(bytes, written(kBig));
+  utl_BinIStream in = Input(bytes, kBig);
+  EXPECT_EQ(0x0102, in.ReadShort());
+  EXPECT_EQ(0x0304, in.ReadUShort());
+  EXPECT_EQ(0x05060708u, in.ReadUInt());
+  EXPECT_EQ(0x090A0B0C0D0E0F10, in.ReadInt64());
+  EXPECT_EQ(0x1112131415161718u, in.ReadUInt64());
+  EXPECT_EQ("abc", in.ReadString());
+  int readInts[2];
+  float readFloats[2];
+  double readDoubles[2];
+  in.ReadIntArray(readInts, 2);
+  in.ReadFloatArray(readFloats, 2);
+  in.ReadDoubleArray(readDoubles, 2);
+  EXPECT_TRUE(std::ranges::equal(ints, readInts));
+  EXPECT_TRUE(std::ranges::equal(floats, readFloats));
+  EXPECT_TRUE(std::ranges::equal(doubles, readDoubles));
+}
+
 TEST_F(BinStreamTest, BytesPassAsTheyAre) {
   // All that a text mode would change.
   const std::string bytes("\n\r\n\x1A\0\xFF\n", 7);
@@ -126,7 +163,8 @@ TEST_F(BinStreamTest, BytesPassAsTheyAre) {
   out.Write(bytes.data(), 7);
   EXPECT_EQ(bytes, Written());
   std::string read(7, ' ');
-  Input(bytes).Read(read.data(), 7);
+  const utl_BinIStream in = Input(bytes);
+  in.Read(read.data(), 7);
   EXPECT_EQ(bytes, read);
 }
 
@@ -214,6 +252,19 @@ TEST_F(BinStreamTest, TheEndWithinAValueIsTheEndOfTheFile) {
 TEST_F(BinStreamTest, TheEndWithinAStringIsTheEndOfTheFile) {
   EXPECT_THROW_TEXT(Input("\3\0\0"sv).ReadString(), utl_BinStreamEOF, kEndOfFile);
   EXPECT_THROW_TEXT(Input("\3\0\0\0ab"sv).ReadString(), utl_BinStreamEOF, kEndOfFile);
+}
+
+TEST_F(BinStreamTest, TheEndWithinAnArrayIsTheEndOfTheFile) {
+  int ints[2];
+  float floats[2];
+  double doubles[2];
+  utl_BinIStream in = Input("\1\0\0\0\2\0\0"sv);
+  EXPECT_THROW_TEXT(in.ReadIntArray(ints, 2), utl_BinStreamEOF, kEndOfFile);
+  EXPECT_EQ(7, Position()) << "what was there is read";
+  EXPECT_THROW_TEXT(Input("1234567").ReadFloatArray(floats, 2), utl_BinStreamEOF,
+                    kEndOfFile);
+  EXPECT_THROW_TEXT(Input("123456789012345").ReadDoubleArray(doubles, 2),
+                    utl_BinStreamEOF, kEndOfFile);
 }
 
 TEST_F(BinStreamTest, AHugeLengthIsTakenAsItIs) {
