@@ -67,6 +67,16 @@ TEST_F(StreamLinesTest, TheColumnAfterABreakCountsHeldTextAndText) {
   EXPECT_EQ(1u, RoomLeft(stream, out)) << "13 of 14";
 }
 
+TEST_F(StreamLinesTest, TheColumnAfterABreakMayLieBeyondTheLine) {
+  stream_.OptionalLineBreak();
+  stream_ << "123456"
+          << "abcde";
+  EXPECT_EQ("\n|123456abcde", out_.Take());
+  stream_.OptionalLineBreak();
+  stream_ << "";
+  EXPECT_EQ("\n|", out_.Take()) << "11 of 10: not even an empty text fits";
+}
+
 TEST_F(StreamLinesTest, TheLineMayBeFullButNotLonger) {
   stream_ << "1234";
   stream_.OptionalLineBreak();
