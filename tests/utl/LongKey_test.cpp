@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <bitset>
+#include <cstdint>
+#include <cstring>
 #include <initializer_list>
 #include <random>
 #include <string>
@@ -27,6 +29,25 @@ std::string Bits(const LongKey& key) {
 TEST(LongKeyTest, AllBitsAreClearAtFirst) {
   EXPECT_EQ(std::string(128, '0'), Bits(LongKey()));
   EXPECT_EQ(16u, sizeof(LongKey)) << "four words and nothing else";
+}
+
+TEST(LongKeyTest, BitsLieInFourWordsTheLowestFirst) {
+  const LongKey key = Key({0, 33, 66, 127});
+  const std::uint32_t words[] = {1, 2, 4, 0x80000000};
+  EXPECT_EQ(0, std::memcmp(words, &key, sizeof key));
+}
+
+template <class T>
+concept HasOrEqual = requires(T a, T b) {
+  a <= b;
+}
+|| requires(T a, T b) {
+  a >= b;
+};
+static_assert(HasOrEqual<int>);
+
+TEST(LongKeyTest, ThereIsNoSmallerOrEqual) {
+  EXPECT_FALSE(HasOrEqual<LongKey>);
 }
 
 TEST(LongKeyTest, EachBitIsSetByItself) {
