@@ -297,6 +297,21 @@ TEST(omi_Btree, NaturalOrderPutsFile9BeforeFile10) {
   EXPECT_EQ(first(), "file9");
 }
 
+TEST(omi_Btree, StringKeysCountUpToTheirFirstZeroByte) {
+  const auto check = [] {
+    omi_Btree<cow_String, int> tree;
+    EXPECT_TRUE(tree.Insert(cow_String("a\0x", 3), 1));
+    EXPECT_FALSE(tree.Insert(cow_String("a\0y", 3), 2));
+    EXPECT_FALSE(tree.Insert("a", 3));
+    EXPECT_EQ(tree.Find("a"), 1);
+    EXPECT_TRUE(tree.Insert(cow_String(), 4));
+    EXPECT_EQ(tree.Find(""), 4);
+  };
+  check();
+  NaturalOrder on;
+  check();
+}
+
 TEST(omi_Btree, NodesAnswerForTheirSubtrees) {
   omi_BtreeNode<int, int> node(5, 50), parent(0, 0);
   EXPECT_EQ(node.Height(), 0);
