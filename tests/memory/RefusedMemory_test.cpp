@@ -15,6 +15,7 @@
 #include <functional>
 #include <new>
 
+#include "aio/aio_ostrstream.h"
 #include "common/ScopedEnvironment.h"
 #include "common/TempDir.h"
 #include "nex/nex_TextException.h"
@@ -33,6 +34,7 @@
 #include "utl/utl_flock.h"
 #include "utl/utl_MultisectionFile.h"
 #include "utl/utl_Stat.h"
+#include "utl/utl_Stream.h"
 #include "utl/utl_TempFile.h"
 #include "utl/utl_Version.h"
 
@@ -316,6 +318,34 @@ TEST_F(RefusedMemoryTest, Catenator) {
       text.Cat("0123456789", 10);
     }
     EXPECT_EQ(text.GetString().Length(), 2000);
+  });
+}
+
+TEST_F(RefusedMemoryTest, TextsOfACatenatorUpTo991BytesNeedNone) {
+  utl_Catenator text;
+  const RefusedMemory first(1);
+  for (int round = 0; round < 2; ++round) {
+    text.Erase();
+    for (int i = 0; i < 991; ++i) {
+      text.Cat("x", 1);
+    }
+  }
+  const int length = text.GetString().Length();  // shared, so that it needs none either
+  EXPECT_FALSE(first.Happened());
+  EXPECT_EQ(length, 991);
+  EXPECT_THROW(text.Cat("x", 1), std::bad_alloc);
+  EXPECT_EQ(text.GetString().Length(), 991);
+}
+
+TEST_F(RefusedMemoryTest, NumericText) {
+  RefuseEachInTurn([] {
+    aio_ostrstream out;
+    utl_Stream stream(out, 3000, 6, 15);
+    stream.Print(0.5, 2000, 6);
+    stream.OptionalLineBreak();
+    stream.Print(17, 900) << " a text that is held back";
+    stream.LineBreak();
+    EXPECT_EQ(out.length(), 2000 + 900 + 25 + 1);
   });
 }
 
