@@ -5,9 +5,12 @@
 #include <new>
 #include <string>
 #include <string_view>
+#include <thread>
+#include <vector>
 
 #include "common/ExceptionContract.h"
 #include "common/ExpectThrow.h"
+#include "common/StartLine.h"
 #include "utl/impl/utl_base64_codec.h"
 
 namespace {
@@ -168,6 +171,26 @@ TEST(Base64Test, TheCallersTextStaysTrimmedWhenDecodingFails) {
   EXPECT_THROW_TEXT(utl_base64Decode(other, true), utl_Base64CodecError,
                     "strict checking failure");
   EXPECT_EQ(" ", Text(other));
+}
+
+TEST(Base64Test, ThreadsEncodeAndDecodeAtOnce) {
+  constexpr int kThreads = 4;
+  StartLine start(kThreads);
+  const auto run = [&start](char letter) {
+    const std::string bytes(1000, letter);
+    start.Wait();
+    for (int i = 0; i < 200; ++i) {
+      ASSERT_EQ(bytes, Decoded(Encoded(bytes)));
+      ASSERT_THROW(Decoded("TQ"), utl_Base64CodecError);
+    }
+  };
+  std::vector<std::thread> threads;
+  for (int i = 0; i < kThreads; ++i) {
+    threads.emplace_back(run, static_cast<char>('a' + i));
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
 }
 
 TEST(Base64Test, NoMemoryForTheText) {
