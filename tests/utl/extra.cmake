@@ -6,6 +6,10 @@ set_source_files_properties(utl/utl_ResourceMonitor_test.cpp PROPERTIES
 set_source_files_properties(utl/utl_IOTracker_page_test.cpp PROPERTIES
   COMPILE_DEFINITIONS KST_IO_TRACKER_PAGE="${PROJECT_SOURCE_DIR}/docs/io-tracker.md")
 
+# What public headers include is read from themselves.
+set_source_files_properties(utl/EncoderHeaders_test.cpp PROPERTIES
+  COMPILE_DEFINITIONS KST_PUBLIC_HEADERS="${PROJECT_SOURCE_DIR}/include/utl")
+
 # A client of the library that ends it late.
 add_library(late_end SHARED utl/late_end/late_end.cpp)
 kstutl_compile_options(late_end)
