@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <random>
@@ -224,6 +225,44 @@ TEST(omi_Btree, StringsToPointersInNaturalOrderKeepContentsAndShape) {
   NaturalOrder on;
   int a, b;
   ExpectContentsAndShape<cow_String, void*>(SomeNames(), {&a, &b}, ByNaturalOrder);
+}
+
+// Inserts the keys, then removes them in the same order: the shape after each.
+void ExpectShape(const std::vector<int>& keys, Model<int, int>::Order order) {
+  omi_Btree<int, int> tree;
+  Model<int, int> model(std::move(order));
+  for (const int key : keys) {
+    ASSERT_EQ(tree.Insert(key, 1), model.Insert(key, 1)) << key;
+    ASSERT_TRUE(model.Equals(tree.Root())) << "inserted " << key;
+  }
+  for (const int key : keys) {
+    ASSERT_EQ(tree.Remove(key), model.Remove(key)) << key;
+    ASSERT_TRUE(model.Equals(tree.Root())) << "removed " << key;
+  }
+}
+
+TEST(omi_Btree, SortedKeysKeepTheShape) {
+  std::vector<int> up, down, inwards;
+  for (int i = 0; i < 1000; ++i) {
+    up.push_back(i);
+    down.push_back(-i);
+    inwards.push_back(i % 2 == 0 ? i : 1000000 - i);
+  }
+  for (const std::vector<int>& keys : {up, down, inwards}) {
+    ExpectShape(keys, [](int a, int b) { return a < b ? -1 : a > b; });
+  }
+}
+
+// Their comparison wraps, so that the order contradicts itself; what has been inserted
+// may then not be found. The shape is what the rules make of it all the same.
+TEST(omi_Btree, KeysOfTheWholeRangeKeepTheShape) {
+  std::mt19937 random(6);
+  std::vector<int> keys = {INT_MIN, INT_MAX, 0, -1, 1};
+  for (int i = 0; i < 2000; ++i) keys.push_back(static_cast<int>(random()));
+  ExpectShape(keys, [](int a, int b) {
+    const std::int64_t difference = std::int64_t{a} - b;
+    return static_cast<int>(static_cast<std::uint32_t>(difference));
+  });
 }
 
 TEST(omi_Btree, InsertOfAnExistingKeyKeepsTheFirstValue) {
