@@ -181,6 +181,8 @@ TEST(BlkBitUtilsTest, TheLastWordOfTheLimitIsReached) {
   EXPECT_EQ(1u, mask.Count());
   Read({"[#0:134217728 #0:4294967295 #0 ]"}, mask);
   EXPECT_EQ(1u, mask.Count()) << "zero words may go beyond";
+  Read({"[#0:134217728 #0:9 #5:0 ]"}, mask);
+  EXPECT_EQ(1u, mask.Count()) << "no word at all, too";
   EXPECT_EQ(Pieces{"[#0:134217727 #80000000 ]"}, Written(mask));
 }
 

@@ -80,7 +80,7 @@ class MaskReader {
  private:
   void StoreRun() {
     const std::uint64_t end = word_ + count_;
-    if (value_ != 0) {
+    if (value_ != 0 && count_ != 0) {
       if (end > omi_BlkBitVect::kCells) {
         nex_AssertException("word + count <= omi_BlkBitVect::kCells")
             .Throw(kSource, __LINE__);
