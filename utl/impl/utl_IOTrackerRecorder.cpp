@@ -52,7 +52,7 @@ utl_IOTrackerRecorder::utl_IOTrackerRecorder(utl_IOTrackerSettings settings)
 }
 
 utl_IOTrackerRecorder::~utl_IOTrackerRecorder() {
-  if (task_) task_->RequestStop();
+  if (task_) RequestStop();
   try {
     WriteSummary();
   } catch (const std::bad_alloc&) {
@@ -71,6 +71,12 @@ void utl_IOTrackerRecorder::StartTask() {
   task_ = std::make_shared<utl_IOTrackerTaskState>();
   pool.RunTask(
       std::make_unique<utl_IOTracker_TimedOutTask>(*this, settings_.interval, task_));
+}
+
+// Under the mutex as far as it can be had: a task that is gone needs no telling.
+void utl_IOTrackerRecorder::RequestStop() {
+  std::unique_lock<thr_Mutex> counts(counts_, std::defer_lock);
+  if (LockAtEnd(counts)) task_->RequestStop();
 }
 
 // Waits for the task. One that has not begun, or whose thread is gone, never will end.

@@ -88,6 +88,7 @@ class utl_IOTrackerRecorder final : public utl_IOTracker {
   void ForEachEntry(Visit visit);
 
   void StartTask();
+  void RequestStop();
   void EndTask();
   void WriteSummary();
 
@@ -95,14 +96,15 @@ class utl_IOTrackerRecorder final : public utl_IOTracker {
   utl_IOTrackerSettings settings_;
   const utl_IOTrackerScratch scratch_;
 
-  thr_Mutex counts_;  // guards the tables
-  Table c_;
-  Table u_;
-
+  thr_Mutex counts_;   // guards the tables and the request to stop
   thr_Mutex outputs_;  // guards the outputs and the settings' suffix; locked first
+
+  // The tables go before the outputs, of which those of one file go first.
   utl_IOTrackerOutput totals_;
   utl_IOTrackerOutput increments_;
   utl_IOTrackerIndividuals individuals_;
+  Table c_;
+  Table u_;
 
   std::shared_ptr<utl_IOTrackerTaskState> task_;  // null unless timed
 };
