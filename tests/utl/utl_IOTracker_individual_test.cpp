@@ -184,8 +184,8 @@ TEST_F(utl_IOTrackerIndividualTest, RevivedFileGoesOnInItsOutput) {
 
 TEST_F(utl_IOTrackerIndividualTest, OfEqualNamesTheFirstFileGetsTheOutput) {
   utl_IOTracker& tracker = Start();
-  const char* const paths[] = {"x\\a", "y\\a", "z\\A", " "};
-  for (int i = 0; i < 4; ++i) tracker.COpen(i, paths[i]);
+  const char* const paths[] = {"x\\a", "y\\a", "z\\A", " ", "./a", "d/..//a"};
+  for (int i = 0; i < 6; ++i) tracker.COpen(i, paths[i]);
   tracker.UOpen(0, "a");
   tracker.CWrite(0, 1, 1);
   tracker.CWrite(9, 1, 1);  // no path: it would be " "

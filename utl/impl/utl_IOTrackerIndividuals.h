@@ -43,5 +43,5 @@ class utl_IOTrackerIndividuals {
   std::vector<std::unique_ptr<utl_IOTrackerIndividual>> all_;
   std::size_t opened_ = 0;                 // of all, whether they could be or not
   int kept_ = 0;                           // that stay open
-  std::unordered_set<std::string> names_;  // of outputs, folded
+  std::unordered_set<std::string> names_;  // of outputs, as they are compared
 };

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <memory>
-#include <vector>
 
 namespace {
 
@@ -15,6 +14,20 @@ struct Free {
   void operator()(char* text) const { std::free(text); }
 };
 
+// "\" for "/" and small letters for the capitals of ASCII, whatever the process's
+// locale.
+std::string Folded(std::string_view path) {
+  std::string folded(path);
+  for (char& c : folded) {
+    if (c == '/') {
+      c = '\\';
+    } else if (c >= 'A' && c <= 'Z') {
+      c = static_cast<char>(c - 'A' + 'a');
+    }
+  }
+  return folded;
+}
+
 bool HasDrive(std::string_view path) {
   return path.size() >= 2 && path[0] >= 'a' && path[0] <= 'z' && path[1] == ':';
 }
@@ -22,7 +35,7 @@ bool HasDrive(std::string_view path) {
 // "" for a drive that is not there.
 std::string CurrentDirectory(int drive) {
   const std::unique_ptr<char, Free> directory(_getdcwd(drive, nullptr, 1));
-  return directory ? utl_foldedPath(directory.get()) : std::string();
+  return directory ? Folded(directory.get()) : std::string();
 }
 
 // `path` is folded. "" when the current directory cannot be told.
@@ -38,10 +51,10 @@ std::string Absolute(std::string_view path) {
   return (start += '\\') += name;
 }
 
-// Drive or "\\" first, one "\" before every component and one at the end; "." and ".."
-// taken out. "" when the current directory cannot be told.
-std::string Comparable(std::string_view path) {
-  const std::string absolute = Absolute(utl_foldedPath(path));
+}  // namespace
+
+std::string utl_comparablePath(std::string_view path) {
+  const std::string absolute = Absolute(Folded(path));
   if (absolute.empty()) return {};
   std::string result = absolute.substr(0, 2);
   const std::size_t root = result.size();
@@ -58,25 +71,11 @@ std::string Comparable(std::string_view path) {
   return result += '\\';
 }
 
-}  // namespace
-
-std::string utl_foldedPath(std::string_view path) {
-  std::string folded(path);
-  for (char& c : folded) {
-    if (c == '/') {
-      c = '\\';
-    } else if (c >= 'A' && c <= 'Z') {
-      c = static_cast<char>(c - 'A' + 'a');
-    }
-  }
-  return folded;
-}
-
 utl_IOTrackerScratch::utl_IOTrackerScratch(std::string_view directory)
-    : directory_(directory.empty() ? std::string() : Comparable(directory)) {}
+    : directory_(directory.empty() ? std::string() : utl_comparablePath(directory)) {}
 
 bool utl_IOTrackerScratch::Holds(std::string_view path) const {
   if (directory_.empty()) return false;
-  const std::string file = Comparable(path);
+  const std::string file = utl_comparablePath(path);
   return file.size() > directory_.size() && file.starts_with(directory_);
 }

@@ -22,6 +22,8 @@ class utl_IOTrackerScratch {
   std::string directory_;
 };
 
-/// The path with "\" for "/" and small letters for the capitals of ASCII, whatever the
-/// process's locale.
-std::string utl_foldedPath(std::string_view path);
+/// The path as it is compared: from the current directory if it is relative, with "\" for
+/// "/", small letters for the capitals of ASCII whatever the process's locale, without
+/// "." and ".." and empty components, and with a "\" at the end. "" when the current
+/// directory cannot be told.
+std::string utl_comparablePath(std::string_view path);
