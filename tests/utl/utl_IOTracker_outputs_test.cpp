@@ -276,7 +276,7 @@ TEST_F(utl_IOTrackerOutputsTest, TimePointInMarkModeHasNoLabel) {
 }
 
 TEST_F(utl_IOTrackerOutputsTest, OnlyTheNumber2StartsTimedMode) {
-  for (const char* points : {"", "0", "1", "3", "-2", "22", "two"}) {
+  for (const char* points : {"", "0", "1", "3", "-2", "22", "two", "4294967298"}) {
     SetEnvironment("KES_IO_TIMEPOINTS", points);
     StartTracker("1").Mark("m");
     EndTracker();

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <functional>
@@ -14,6 +15,7 @@
 
 #include "common/FailingCall.h"
 #include "common/StartLine.h"
+#include "omi/omi_Timer.h"
 #include "thr/thr_initialize.h"
 #include "thr/thr_ThreadPool.h"
 #include "utl/TrackerTest.h"
@@ -44,13 +46,23 @@ class utl_IOTrackerTimedTest : public utl_IOTrackerTest {
     return StartTracker(level);
   }
 
-  // Waits until the files show that many time points.
+  // The time points that the files show. When it returns, none is being written that had
+  // begun before the call.
+  std::size_t Points(utl_IOTracker& tracker) const {
+    tracker.FlushOutputs();
+    constexpr std::size_t kHead = 2;
+    return std::max(ReadTextLines(File("ioTotal")).size(), kHead) - kHead;
+  }
+
+  // Waits until the files show that many.
   void AwaitPoints(utl_IOTracker& tracker, std::size_t count) const {
-    for (;;) {
-      tracker.FlushOutputs();
-      if (Exists("ioTotal") && ReadTextLines(File("ioTotal")).size() >= count + 2) return;
-      utl_sleep(10);
-    }
+    while (Points(tracker) < count) utl_sleep(10);
+  }
+
+  // Waits for a time point that shows all that was counted before the call. The one of
+  // the tracker's end need not: the task may be in the midst of its last then.
+  void AwaitNextPoint(utl_IOTracker& tracker) const {
+    AwaitPoints(tracker, Points(tracker) + 1);
   }
 
   // Ends the tracker; what that wrote to the standard error stream.
@@ -73,7 +85,8 @@ TEST_F(utl_IOTrackerTimedTest, LinesComeWithoutLabels) {
   utl_IOTracker& tracker = Start("1");
   tracker.COpen(1, "a");
   tracker.CWrite(1, kMegabyte, 1);
-  AwaitPoints(tracker, 3);
+  AwaitPoints(tracker, 2);
+  AwaitNextPoint(tracker);
   EXPECT_EQ(End(), kCompleted);
   const TrackerFile totals = Read("ioTotal");
   EXPECT_FALSE(totals.hasLabels);
@@ -97,6 +110,15 @@ TEST_F(utl_IOTrackerTimedTest, ExactHead) {
             "Scratch Read Time");
 }
 
+TEST_F(utl_IOTrackerTimedTest, TheNumber2InAllItsForms) {
+  for (const char* points : {" 2", "+2", "02", "2x", "2.9"}) {
+    SetEnvironment("KES_IO_TIMEPOINTS", points);
+    Start("100000").TimePoint();
+    EXPECT_EQ(End(), kCompleted) << points;
+    EXPECT_FALSE(Read("ioTotal").hasLabels) << points;
+  }
+}
+
 TEST_F(utl_IOTrackerTimedTest, MarksWriteNothing) {
   utl_IOTracker& tracker = Start("100000");
   tracker.Mark("m");
@@ -114,7 +136,8 @@ TEST_F(utl_IOTrackerTimedTest, IncrementsAndIndividualOutputs) {
     tracker.CWrite(1, kMegabyte, 1);
     utl_sleep(1);
   }
-  AwaitPoints(tracker, 2);
+  AwaitPoints(tracker, 1);
+  AwaitNextPoint(tracker);
   End();
   testing::internal::GetCapturedStdout();
   const TrackerFile totals = Read("ioTotal");
@@ -176,17 +199,32 @@ TEST_F(utl_IOTrackerTimedTest, IntervalOfTheEnvironment) {
   }
 }
 
+// However slow the machine is: no line comes before the interval has passed, and no pause
+// is to end later than that.
 TEST_F(utl_IOTrackerTimedTest, PausesLastTheInterval) {
   const struct {
     const char* value;
     double seconds;
   } cases[] = {{nullptr, 1}, {"-1", 1}, {"0", 1}, {"25", 0.25}, {"50", 0.5}};
+  constexpr double kRounding = 0.0011;  // to whole milliseconds
   for (const auto& one : cases) {
-    utl_IOTracker& tracker = Start(one.value);
-    AwaitPoints(tracker, 1);
+    SCOPED_TRACE(one.value == nullptr ? "unset" : one.value);
+    omi_Timer timer;
+    double ended = 0;  // the pause before, in seconds from the first one's start
+    double latestEnd = 0;
+    const InsteadOfSleep watch([&](DWORD milliseconds) {
+      const std::chrono::milliseconds pause(milliseconds);
+      if (Exists("ioTotal")) return std::this_thread::sleep_for(pause);
+      timer.Start();
+      latestEnd = std::max(latestEnd, ended + milliseconds / 1000.0);
+      std::this_thread::sleep_for(pause);
+      ended = timer.Elapsed();
+    });
+    Start(one.value);
+    while (!Exists("ioTotal")) std::this_thread::sleep_for(std::chrono::milliseconds(1));
     End();
-    const double first = Read("ioTotal").lines.at(0).elapsed;
-    EXPECT_GE(first, one.seconds - 1e-6) << one.seconds;
+    EXPECT_GE(Read("ioTotal").lines.at(0).elapsed, one.seconds - 1e-6);
+    EXPECT_LE(latestEnd, one.seconds + kRounding);
     std::filesystem::remove(File("ioTotal"));
   }
 }
@@ -206,6 +244,40 @@ TEST_F(utl_IOTrackerTimedTest, EndWhileTheTaskSleeps) {
   const TrackerFile totals = Read("ioTotal");
   ASSERT_EQ(totals.lines.size(), 1U);
   EXPECT_EQ(totals.lines[0].Of("Work "), (Numbers{1, 1, 1, 0, 0, 0}));
+}
+
+// The summary is written before the task is waited for, which is in pauses of a tenth of
+// a second. The task has just ended when one of these is over.
+TEST_F(utl_IOTrackerTimedTest, EndWaitsInPausesOfATenthOfASecond) {
+  const std::thread::id ending = std::this_thread::get_id();
+  std::promise<void> sleeps;
+  std::promise<void> mayWake;
+  bool told = false;          // the task's
+  std::vector<DWORD> pauses;  // the end's
+  bool hasSummary = false;    // in the first of them
+  bool hasTotals = false;
+  const InsteadOfSleep watch([&](DWORD milliseconds) {
+    if (std::this_thread::get_id() != ending) {
+      if (std::exchange(told, true)) return;
+      sleeps.set_value();
+      mayWake.get_future().wait();
+      return;
+    }
+    pauses.push_back(milliseconds);
+    if (pauses.size() == 1) {
+      hasSummary = Summary().work.size() == 1;
+      hasTotals = Exists("ioTotal");
+      mayWake.set_value();
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  });
+  Start("100000").COpen(1, "a");
+  sleeps.get_future().wait();
+  EXPECT_EQ(End(), kCompleted);
+  EXPECT_EQ(pauses, std::vector<DWORD>(std::max<std::size_t>(pauses.size(), 1), 100));
+  EXPECT_TRUE(hasSummary);
+  EXPECT_FALSE(hasTotals);
+  EXPECT_EQ(Read("ioTotal").lines.size(), 1U);
 }
 
 // The task writes without a pause, so that the end finds it anywhere in its work.
@@ -282,6 +354,7 @@ TEST_F(utl_IOTrackerTimedTest, OperationsGoOnWhileTheTaskWrites) {
     });
   }
   for (std::thread& thread : threads) thread.join();
+  AwaitNextPoint(tracker);
   End();
   EXPECT_EQ(Read("ioTotal").lines.back().Of("Work "),
             (Numbers{80000, 80000, 80000, 0, 0, 0}));
