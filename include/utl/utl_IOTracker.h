@@ -28,17 +28,16 @@ struct utl_IOTrackerRecord {
 /// It exists only where the environment asks for it when the process's holder, which is
 /// below, is made:
 ///
-///     KES_IO_TRACK         the level: 1 totals and summary; 2 increments beside the
-///     totals;
-///                          3 and above also bytes, opens and changes of position.
-///                          Anything else: there is no tracker.
-///     KES_IO_TIMEPOINTS    2: timed mode, where a task on the process's thr_ThreadPool
-///                          writes the lines; anything else: mark mode, where `Mark`
-///                          does.
-///     KES_IO_TIMEINTERVAL  timed mode's interval in hundredths of a second; 100 when it
-///     is
-///                          unset, 0 or less.
-///     KES_IO_INDIVIDUAL    above 0: an output of its own for every file.
+///     KES_IO_TRACK         1: totals and summary
+///                          2: increments beside the totals
+///                          3, above: also bytes, opens and changes of position
+///                          anything else: there is no tracker
+///     KES_IO_TIMEPOINTS    2: timed mode; a task on the process's thr_ThreadPool
+///                             writes the lines
+///                          anything else: mark mode; `Mark` writes them
+///     KES_IO_TIMEINTERVAL  timed mode's interval in hundredths of a second;
+///                          100 if it is unset, 0 or less
+///     KES_IO_INDIVIDUAL    above 0: an output of its own for every file
 ///
 /// The command line's "outdir" and "job" name the outputs, "tmpdir" is the scratch
 /// directory; of each the first 2048 characters count. docs/io-tracker.md tells what the
@@ -151,9 +150,10 @@ class KSTUTL_EXPORT utl_IOTracker_Container {
   /// Makes the tracker if KES_IO_TRACK is above 0, and starts its timed task.
   utl_IOTracker_Container();
   /// Ends the tracker: it writes its summary, and in timed mode waits, a tenth of a
-  /// second or so, for the task, which writes a last time point and then "Completed
-  /// TimedOutTask" and a line end to the standard error stream. A process that ends
-  /// without this has no summary, and of the other outputs what had reached the files.
+  /// second or so, for the task. That finishes the time point that it is at, or writes
+  /// one more if it sleeps; then "Completed TimedOutTask" and a line end go to the
+  /// standard error stream. A process that ends without this has no summary, and of the
+  /// other outputs what had reached the files.
   /// REQUIRES: no other thread uses the tracker any more.
   ~utl_IOTracker_Container();
   utl_IOTracker_Container(const utl_IOTracker_Container&) = delete;

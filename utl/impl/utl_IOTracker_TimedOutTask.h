@@ -33,8 +33,8 @@ class utl_IOTrackerTaskState {
 };
 
 /// Until the tracker asks it to stop: sleeps the interval and has the tracker write a
-/// time point. It sleeps in short pieces, so that a stop is heard soon; the last time
-/// point comes then. At its end it says so on the standard error stream.
+/// time point. It sleeps in short pieces, so that a stop is heard soon; a time point that
+/// was slept for comes then. At its end it says so on the standard error stream.
 class utl_IOTracker_TimedOutTask : public thr_Task {
  public:
   /// The interval in milliseconds, above 0.
