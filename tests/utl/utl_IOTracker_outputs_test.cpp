@@ -139,10 +139,21 @@ TEST_F(utl_IOTrackerOutputsTest, SuffixIsThatOfTheOpening) {
   tracker.SetSuffix("b");
   tracker.Mark("2");
   tracker.WriteIncrements("3");
-  tracker.SetSuffix("");
+  tracker.SetSuffix("c");
   EndTracker();
-  EXPECT_EQ(Files(), (Names{"ioFileSummary", "ioInc_b", "ioTotal_a"}));
+  EXPECT_EQ(Files(), (Names{"ioFileSummary_c", "ioInc_b", "ioTotal_a"}));
   EXPECT_EQ(Read("ioTotal_a").lines.size(), 2U);
+}
+
+TEST_F(utl_IOTrackerOutputsTest, NullOrNothingClearsTheSuffix) {
+  for (const char* text : {"", static_cast<const char*>(nullptr)}) {
+    utl_IOTracker& tracker = StartTracker("1");
+    tracker.SetSuffix("a");
+    tracker.SetSuffix(text);
+    EndTracker();
+    EXPECT_EQ(Files(), Names{"ioFileSummary"});
+    std::filesystem::remove("ioFileSummary");
+  }
 }
 
 TEST_F(utl_IOTrackerOutputsTest, LongSettingsAreCutAt2048Characters) {
@@ -170,6 +181,34 @@ TEST_F(utl_IOTrackerOutputsTest, OutputDirectoryIsCutAt2048Characters) {
     EndTracker();
     EXPECT_TRUE(Exists("beam.ioFileSummary")) << behind;
     std::filesystem::remove(File("beam.ioFileSummary"));
+  }
+}
+
+TEST_F(utl_IOTrackerOutputsTest, JobIsCutAt2048Characters) {
+  std::string job;
+  while (job.size() < 2044) job += "./";
+  job += "beam";
+  ASSERT_EQ(job.size(), 2048U);
+  for (const char* behind : {"", "more"}) {
+    LoadArguments({"-job", job + behind});
+    StartTracker("1");
+    EndTracker();
+    EXPECT_EQ(Files(), Names{"beam.ioFileSummary"}) << behind;
+    std::filesystem::remove("beam.ioFileSummary");
+  }
+}
+
+TEST_F(utl_IOTrackerOutputsTest, SuffixIsCutAt2048Characters) {
+  std::filesystem::create_directory("ioFileSummary_");
+  std::string suffix = "/";
+  while (suffix.size() < 2047) suffix += "./";
+  suffix += 's';
+  ASSERT_EQ(suffix.size(), 2048U);
+  for (const char* behind : {"", "more"}) {
+    StartTracker("1").SetSuffix((suffix + behind).c_str());
+    EndTracker();
+    EXPECT_EQ(Files("ioFileSummary_"), Names{"s"}) << behind;
+    std::filesystem::remove("ioFileSummary_/s");
   }
 }
 
@@ -253,11 +292,13 @@ TEST_F(utl_IOTrackerOutputsTest, MarkFunctionWithoutATrackerDoesNothing) {
   SetEnvironment("KES_IO_TRACK", "1");
   utl_IOTracker_Mark("m");
   EXPECT_EQ(TrackerHolder::Look(), nullptr);
-  SetEnvironment("KES_IO_TRACK", "word");
-  TrackerHolder::Instance();
-  utl_IOTracker_Mark("m");
-  utl_IOTracker_Mark(nullptr);
-  EndTracker();
+  for (const char* value : {"word", "0", "-1", ""}) {
+    SetEnvironment("KES_IO_TRACK", value);
+    EXPECT_EQ(TrackerHolder::Instance().Tracker(), nullptr) << value;
+    utl_IOTracker_Mark("m");
+    utl_IOTracker_Mark(nullptr);
+    EndTracker();
+  }
   utl_IOTracker_Mark("m");
   EXPECT_EQ(TrackerHolder::Look(), nullptr);
   EXPECT_EQ(Files(), Names());
@@ -326,6 +367,25 @@ TEST_F(utl_IOTrackerOutputsTest, Level2WritesIncrementsBesideTotals) {
       EXPECT_EQ(increments.lines[i].elapsed, totals.lines[i].elapsed);
     }
   }
+}
+
+// What was counted follows the file into the other sums; it is no increment there.
+TEST_F(utl_IOTrackerOutputsTest, ClassifiedFilesTakeTheirCountsAlong) {
+  utl_IOTracker& tracker = StartTracker("2");
+  tracker.COpen(1, "a");
+  tracker.CWrite(1, kMegabyte, 1);
+  tracker.Mark("work");
+  tracker.CSetKind(1, 0);
+  tracker.CRead(1, kMegabyte, 1);
+  tracker.Mark("scratch");
+  EndTracker();
+  const TrackerFile totals = Read("ioTotal");
+  const TrackerFile increments = Read("ioInc");
+  EXPECT_EQ(totals.lines.at(0).Of("Work "), (Numbers{1, 1, 1, 0, 0, 0}));
+  EXPECT_EQ(totals.lines.at(1).Of("Work "), kZeros);
+  EXPECT_EQ(totals.lines.at(1).Of("Scratch "), (Numbers{1, 1, 1, 1, 1, 1}));
+  EXPECT_EQ(increments.lines.at(1).Of("Work "), kZeros);
+  EXPECT_EQ(increments.lines.at(1).Of("Scratch "), (Numbers{0, 0, 0, 1, 1, 1}));
 }
 
 TEST_F(utl_IOTrackerOutputsTest, Level1ZeroesNoIncrements) {
@@ -479,6 +539,11 @@ TEST_F(utl_IOTrackerOutputsTest, LinesReachTheFilesEveryTenSeconds) {
   EXPECT_EQ(Read("ioTotal").lines.size(), 2U);
   EXPECT_EQ(Read("ioInc").lines.size(), 2U);
   EXPECT_EQ(Read("work_ioTotal").lines.size(), 2U);
+  tracker.Mark("third");  // the ten seconds have begun anew
+  const bool inTimeAgain = tracker.Now() < 20;
+  EXPECT_TRUE(!inTimeAgain || Read("ioTotal").lines.size() == 2);
+  EXPECT_TRUE(!inTimeAgain || Read("ioInc").lines.size() == 2);
+  EXPECT_TRUE(!inTimeAgain || Read("work_ioTotal").lines.size() == 2);
 }
 
 TEST_F(utl_IOTrackerOutputsTest, MissingDirectoryIsSkippedInSilence) {

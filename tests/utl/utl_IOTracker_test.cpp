@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <type_traits>
@@ -18,6 +19,16 @@ constexpr std::int64_t kMegabyte = 1048576;
 
 static_assert(std::is_abstract_v<utl_IOTracker>);
 static_assert(!std::is_copy_constructible_v<utl_IOTracker_Container>);
+
+// One pointer, and the record's fields in their order.
+static_assert(sizeof(utl_IOTracker_Container) == sizeof(void*));
+using Record = utl_IOTrackerRecord;
+static_assert(offsetof(Record, writeCount) == 0 && offsetof(Record, writeMB) == 8 &&
+              offsetof(Record, writeTime) == 16 && offsetof(Record, readCount) == 24 &&
+              offsetof(Record, readMB) == 32 && offsetof(Record, readTime) == 40 &&
+              offsetof(Record, bytesWritten) == 48 && offsetof(Record, bytesRead) == 56 &&
+              offsetof(Record, opens) == 64 && offsetof(Record, kind) == 68 &&
+              offsetof(Record, seeks) == 72 && sizeof(Record) == 80);
 
 using T = utl_IOTracker;
 using Numbers = std::vector<double>;
@@ -41,6 +52,13 @@ TEST_F(utl_IOTrackerTest, OrderOfTheInterface) {
     EXPECT_EQ(slot, expected++);
   }
   EXPECT_EQ(expected, 2 + 1 + 32);
+}
+
+TEST_F(utl_IOTrackerTest, NewRecordIsZeroAndUnclassified) {
+  const Record record;
+  EXPECT_EQ(Quantities(record), (Numbers{0, 0, 0, 0, 0, 0}));
+  EXPECT_EQ(record.bytesWritten + record.bytesRead + record.opens + record.seeks, 0);
+  EXPECT_EQ(record.kind, 2);
 }
 
 TEST_F(utl_IOTrackerTest, EnvironmentGivesTheLevel) {
