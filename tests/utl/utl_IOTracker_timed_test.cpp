@@ -120,11 +120,16 @@ TEST_F(utl_IOTrackerTimedTest, TheNumber2InAllItsForms) {
 }
 
 TEST_F(utl_IOTrackerTimedTest, MarksWriteNothing) {
-  utl_IOTracker& tracker = Start("100000");
+  utl_IOTracker& tracker = Start("100000", "2");
+  tracker.CWrite(1, kMegabyte, 1);
   tracker.Mark("m");
   utl_IOTracker_Mark("n");
   tracker.FlushOutputs();
   EXPECT_FALSE(Exists("ioTotal"));
+  EXPECT_FALSE(Exists("ioInc"));
+  utl_IOTrackerRecord record;
+  EXPECT_TRUE(tracker.CIncrements(1, record));
+  EXPECT_EQ(record.writeCount, 1) << "what a mark has not written is not zeroed";
 }
 
 TEST_F(utl_IOTrackerTimedTest, IncrementsAndIndividualOutputs) {
