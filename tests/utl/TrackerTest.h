@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <initializer_list>
 #include <string>
@@ -73,6 +74,16 @@ class utl_IOTrackerTest : public testing::Test {
   TrackerFile Read(const std::string& name) const { return ReadTrackerFile(File(name)); }
   SummaryFile Summary() const { return ReadSummary(File("ioFileSummary")); }
   bool Exists(const std::string& name) const { return FileExists(File(name)); }
+
+  /// The names of the files in a directory, in the order of their bytes.
+  static std::vector<std::string> Files(const std::string& directory = ".") {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(directory)) {
+      if (entry.is_regular_file()) names.push_back(entry.path().filename().string());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+  }
 
   TrackerSurroundings surroundings_;
 };
