@@ -13,8 +13,8 @@ namespace {
 class EncoderHeaderTest : public testing::TestWithParam<const char*> {};
 
 TEST_P(EncoderHeaderTest, BringsNoOtherHeaderOfTheLibrary) {
-  std::istringstream lines(
-      ReadWholeFile(std::string(KST_PUBLIC_HEADERS) + "/" + GetParam() + ".h"));
+  const std::string name = GetParam();
+  std::istringstream lines(ReadWholeFile(KST_PUBLIC_HEADERS "/" + name + ".h"));
   int count = 0;
   for (std::string line; std::getline(lines, line); ++count) {
     EXPECT_FALSE(line.starts_with("#include \"utl/") ||
