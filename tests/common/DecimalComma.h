@@ -2,6 +2,7 @@
 
 #include <clocale>
 #include <locale>
+#include <string>
 
 /// While it lives, the C and the C++ library write numbers with a decimal comma, as far
 /// as the system has such a locale.

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <string>
 
+#include "common/CurrentDirectory.h"
 #include "common/FailingCall.h"
 #include "common/FakeProcess.h"
 #include "common/ScopedEnvironment.h"
@@ -24,11 +25,7 @@ inline std::string ReadText(const std::string& path) {
 /// says nothing of the monitor.
 class utl_ResourceMonitorTest : public testing::Test {
  protected:
-  utl_ResourceMonitorTest() { std::filesystem::current_path(dir_.Path()); }
-  ~utl_ResourceMonitorTest() override {
-    Finalize();
-    std::filesystem::current_path(earlier_);
-  }
+  ~utl_ResourceMonitorTest() override { Finalize(); }
 
   static utl_ResourceMonitor& Monitor() {
     return omi_Singleton<utl_ResourceMonitor>::Instance();
@@ -91,7 +88,7 @@ class utl_ResourceMonitorTest : public testing::Test {
   }
 
   TempDir dir_;
-  std::filesystem::path earlier_ = std::filesystem::current_path();
+  CurrentDirectory current_{dir_.Path()};
   ScopedEnvironment mode_{"KES_RESOURCE_MONITOR", nullptr};
   ScopedEnvironment sequence_{"KESTRA_SEQ", nullptr};
   ScopedEnvironment version_{"KESTRA_VERSION", nullptr};

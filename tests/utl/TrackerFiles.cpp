@@ -23,7 +23,6 @@ const std::vector<std::string> kTrackerFileColumns = {
 namespace {
 
 constexpr char kComma[] = ", ";
-const std::vector<std::string> kQuantities = kTrackerFileColumns;
 
 // The last `count` fields of a line, behind whatever stands before them. What stands
 // before may have commas of its own.
@@ -125,8 +124,8 @@ double TrackerLine::operator[](const std::string& column) const {
 
 std::vector<double> TrackerLine::Of(const std::string& prefix) const {
   std::vector<double> values;
-  values.reserve(kQuantities.size());
-  for (const std::string& quantity : kQuantities) {
+  values.reserve(kTrackerFileColumns.size());
+  for (const std::string& quantity : kTrackerFileColumns) {
     values.push_back((*this)[prefix + quantity]);
   }
   return values;

@@ -3,11 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
-#include <initializer_list>
 #include <string>
 #include <vector>
 
+#include "common/CurrentDirectory.h"
 #include "common/ScopedEnvironment.h"
 #include "common/TempDir.h"
 #include "utl/TrackerFiles.h"
@@ -17,15 +18,19 @@
 
 using TrackerHolder = thr_GlobalSingleton<utl_IOTracker_Container>;
 
+constexpr std::int64_t kMegabyte = 1048576;
+
+/// What tests compare: quantities of records and lines.
+using Numbers = std::vector<double>;
+
 /// A current directory of its own, and nothing switched on. Whatever was made is ended
 /// before the directory goes.
 class TrackerSurroundings {
  public:
-  TrackerSurroundings() { std::filesystem::current_path(dir_.Path()); }
+  TrackerSurroundings() = default;
   ~TrackerSurroundings() {
     TrackerHolder::Destroy();
     thr_GlobalSingleton<utl_CommandLine>::Destroy();
-    std::filesystem::current_path(earlier_);
   }
   TrackerSurroundings(const TrackerSurroundings&) = delete;
   TrackerSurroundings& operator=(const TrackerSurroundings&) = delete;
@@ -38,8 +43,8 @@ class TrackerSurroundings {
   ScopedEnvironment points_{"KES_IO_TIMEPOINTS", nullptr};
   ScopedEnvironment interval_{"KES_IO_TIMEINTERVAL", nullptr};
   ScopedEnvironment individual_{"KES_IO_INDIVIDUAL", nullptr};
-  std::filesystem::path earlier_ = std::filesystem::current_path();
   TempDir dir_;
+  CurrentDirectory current_{dir_.Path()};
 };
 
 /// Stands for the arguments of the process, without the program's name.
@@ -63,7 +68,7 @@ inline void EndTracker() {
 }
 
 /// The fields in their order: count, megabytes and time of writes, then of reads.
-inline std::vector<double> Quantities(const utl_IOTrackerRecord& record) {
+inline Numbers Quantities(const utl_IOTrackerRecord& record) {
   return {double(record.writeCount), record.writeMB, record.writeTime,
           double(record.readCount),  record.readMB,  record.readTime};
 }

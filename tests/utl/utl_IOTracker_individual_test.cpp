@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <string>
@@ -12,10 +11,6 @@
 #include "utl/TrackerTest.h"
 
 namespace {
-
-constexpr std::int64_t kMegabyte = 1048576;
-
-using Numbers = std::vector<double>;
 
 class utl_IOTrackerIndividualTest : public utl_IOTrackerTest {
  protected:

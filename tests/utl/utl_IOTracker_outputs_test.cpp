@@ -19,10 +19,7 @@
 
 namespace {
 
-constexpr std::int64_t kMegabyte = 1048576;
-
 using Names = std::vector<std::string>;
-using Numbers = std::vector<double>;
 using utl_IOTrackerOutputsTest = utl_IOTrackerTest;
 
 // One file in each directory, used in a way of its own.

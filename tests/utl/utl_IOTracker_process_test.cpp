@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <cstdlib>
 #include <string>
 #include <thread>
@@ -18,8 +17,6 @@
 #include "utl/utl_initialize.h"
 
 namespace {
-
-constexpr std::int64_t kMegabyte = 1048576;
 
 // The children inherit the current directory and the environment.
 class utl_IOTrackerProcessTest : public utl_IOTrackerTest {

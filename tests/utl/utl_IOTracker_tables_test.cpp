@@ -7,18 +7,14 @@
 #include <ostream>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "utl/TrackerTest.h"
 #include "utl/utl_IOTracker.h"
 
 namespace {
 
-constexpr std::int64_t kMegabyte = 1048576;
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
-
-using Numbers = std::vector<double>;
 
 // The same operations of one table and the other.
 struct Operations {

@@ -6,16 +6,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 #include <type_traits>
-#include <vector>
 
 #include "common/ExceptionContract.h"
 #include "utl/TrackerTest.h"
 
 namespace {
-
-constexpr std::int64_t kMegabyte = 1048576;
 
 static_assert(std::is_abstract_v<utl_IOTracker>);
 static_assert(!std::is_copy_constructible_v<utl_IOTracker_Container>);
@@ -31,7 +27,6 @@ static_assert(offsetof(Record, writeCount) == 0 && offsetof(Record, writeMB) == 
               offsetof(Record, seeks) == 72 && sizeof(Record) == 80);
 
 using T = utl_IOTracker;
-using Numbers = std::vector<double>;
 
 TEST_F(utl_IOTrackerTest, OrderOfTheInterface) {
   using exception_contract::Slot;

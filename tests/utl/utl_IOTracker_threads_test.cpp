@@ -20,7 +20,6 @@ constexpr int kOperations = 125000;  // of a thread: a million in all
 constexpr std::int64_t kBytes = 65536;
 constexpr double kSeconds = 1.0 / 64;
 
-using Numbers = std::vector<double>;
 using utl_IOTrackerThreadsTest = utl_IOTrackerTest;
 
 // Runs `work` with the numbers 0 to `count` - 1, all beginning together.

@@ -24,10 +24,7 @@
 
 namespace {
 
-constexpr std::int64_t kMegabyte = 1048576;
 constexpr char kCompleted[] = "Completed TimedOutTask\n";
-
-using Numbers = std::vector<double>;
 
 class utl_IOTrackerTimedTest : public utl_IOTrackerTest {
  protected:
