@@ -29,8 +29,8 @@ std::string FailureText(DWORD code, const std::string& path) {
 }
 
 #define EXPECT_FAILURE(disk, code, path)                          \
-  EXPECT_THROW_TEXT((disk).GetFreeDiskSpace(), nex_TextException, \
-                    FailureText(code, path).c_str())
+  EXPECT_THROW_FROM((disk).GetFreeDiskSpace(), nex_TextException, \
+                    FailureText(code, path).c_str(), "utl/impl/utl_DiskAttributes")
 
 class DebugLevel {
  public:

@@ -30,13 +30,13 @@ class utl_TempFileDirectoryTest : public TempFileTest {
 void ExpectStatusError(const std::string& candidate, int code) {
   const ScopedEnvironment scratch("SCRATCH", candidate.c_str());
   const utl_TempFile file("");
-  EXPECT_THROW_TEXT(file.Name(), nex_SystemErrorException,
-                    omi_SystemErrorCode(omi_SystemErrorCode::kSystem, code).Text());
+  EXPECT_THROW_FROM(file.Name(), nex_SystemErrorException,
+                    omi_SystemErrorCode(omi_SystemErrorCode::kSystem, code).Text(),
+                    "utl/impl/utl_Stat");
   try {
     file.Name();
   } catch (const nex_SystemErrorException& thrown) {
     EXPECT_EQ(thrown.ErrorCode().Code(), code);
-    EXPECT_STREQ(thrown.SourceFile(), "utl/impl/utl_Stat");
   }
 }
 

@@ -183,13 +183,8 @@ TEST_F(utl_TempFileTest, EveryOperationButCloseMakesTheName) {
 
 TEST_F(utl_TempFileTest, AFailedNameShowsItsSource) {
   const ScopedEnvironment none("SCRATCH", nullptr);
-  try {
-    utl_TempFile("").Name();
-    FAIL();
-  } catch (const utl_TempFileException& thrown) {
-    EXPECT_STREQ(thrown.SourceFile(), "utl/impl/utl_TempFile");
-    EXPECT_GT(thrown.SourceLine(), 0);
-  }
+  EXPECT_THROW_FROM(utl_TempFile("").Name(), utl_TempFileCantExc, kCantMakeName,
+                    "utl/impl/utl_TempFile");
 }
 
 // The free space.
