@@ -11,8 +11,6 @@
 namespace {
 
 constexpr std::size_t kMostOfPath = 1023;
-constexpr int kWork = 1;
-constexpr int kScratch = 0;
 constexpr unsigned kPollInterval = 100;  // milliseconds
 
 constexpr char kSumColumns[] =
@@ -46,7 +44,6 @@ utl_IOTrackerRecorder::utl_IOTrackerRecorder(utl_IOTrackerSettings settings)
       scratch_(settings_.scratchDirectory.value_or("")),
       c_(settings_.level >= utl_kDetailedLevel),
       u_(settings_.level >= utl_kDetailedLevel) {
-  timer_.Reset();
   timer_.Start();
   if (settings_.timed) StartTask();
 }
@@ -167,9 +164,9 @@ void utl_IOTrackerRecorder::WriteSummary() {
   };
   summary.Open(settings_.OutputName("ioFileSummary"),
                "IO Summary for All Files\n\nWORK DIRECTORY FILES\n");
-  writeFiles(kWork);
+  writeFiles(utl_kWorkFile);
   summary.Write("\n\nSCRATCH DIRECTORY FILES\n");
-  writeFiles(kScratch);
+  writeFiles(utl_kScratchFile);
   summary.Write("\n");
 }
 
@@ -196,13 +193,13 @@ int utl_IOTrackerRecorder::Level() {
 void utl_IOTrackerRecorder::SumTotals(int kind, utl_IOTrackerRecord& record) {
   const Guard guard(counts_);
   const utl_IOTrackerSums sums = Totals();
-  record = kind == kScratch ? sums.scratch : sums.work;
+  record = kind == utl_kScratchFile ? sums.scratch : sums.work;
 }
 
 void utl_IOTrackerRecorder::SumIncrements(int kind, utl_IOTrackerRecord& record) {
   const Guard guard(counts_);
   const utl_IOTrackerSums sums = Increments();
-  record = kind == kScratch ? sums.scratch : sums.work;
+  record = kind == utl_kScratchFile ? sums.scratch : sums.work;
 }
 
 utl_IOTrackerSums utl_IOTrackerRecorder::Totals() const {
@@ -237,7 +234,8 @@ void utl_IOTrackerRecorder::ForEachEntry(Visit visit) {
 }
 
 void utl_IOTrackerRecorder::Open(Table& table, std::int64_t key, const char* path) {
-  const int kind = scratch_.Holds(path == nullptr ? "" : path) ? kScratch : kWork;
+  const int kind =
+      scratch_.Holds(path == nullptr ? "" : path) ? utl_kScratchFile : utl_kWorkFile;
   const Guard guard(counts_);
   table.Open(key, utl_cutText(path, kMostOfPath), kind);
 }

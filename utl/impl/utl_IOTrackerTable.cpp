@@ -6,9 +6,6 @@ namespace {
 
 constexpr double kBytesPerMegabyte = 1024.0 * 1024.0;
 constexpr char kUnknownPath[] = " ";
-constexpr int kScratch = 0;
-constexpr int kWork = 1;
-constexpr int kUnclassified = 2;
 
 // A count that has reached its type's limit stays there. Neither number is negative.
 template <class Integer>
@@ -45,10 +42,10 @@ void AddEach(const utl_IOTrackerTable& table,
              utl_IOTrackerSums& sums) {
   for (int i = 0; i < table.Count(); ++i) {
     const utl_IOTrackerRecord& one = table.At(i).*record;
-    AddRecord(one.kind == kScratch ? sums.scratch : sums.work, one);
+    AddRecord(one.kind == utl_kScratchFile ? sums.scratch : sums.work, one);
   }
-  sums.work.kind = kWork;
-  sums.scratch.kind = kScratch;
+  sums.work.kind = utl_kWorkFile;
+  sums.scratch.kind = utl_kScratchFile;
 }
 
 }  // namespace
@@ -103,8 +100,8 @@ void utl_IOTrackerTable::Seek(std::int64_t key) {
 
 void utl_IOTrackerTable::SetKind(std::int64_t key, int kind) {
   if (Entry* const entry = Look(key)) {
-    const bool isKnown = kind == kScratch || kind == kWork;
-    entry->totals.kind = entry->increments.kind = isKnown ? kind : kUnclassified;
+    const bool isKnown = kind == utl_kScratchFile || kind == utl_kWorkFile;
+    entry->totals.kind = entry->increments.kind = isKnown ? kind : utl_kUnclassifiedFile;
   }
 }
 
@@ -119,7 +116,7 @@ utl_IOTrackerTable::Entry* utl_IOTrackerTable::Look(std::int64_t key) const {
 
 utl_IOTrackerTable::Entry& utl_IOTrackerTable::ForOperation(std::int64_t key) {
   if (Entry* const entry = Look(key)) return *entry;
-  Entry& made = Add(kUnknownPath, kUnclassified);
+  Entry& made = Add(kUnknownPath, utl_kUnclassifiedFile);
   byKey_[key] = &made;
   return made;
 }

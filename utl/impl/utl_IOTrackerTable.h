@@ -14,6 +14,11 @@
 
 struct utl_IOTrackerIndividual;
 
+/// The kinds of files, as records have them.
+constexpr int utl_kScratchFile = 0;
+constexpr int utl_kWorkFile = 1;
+constexpr int utl_kUnclassifiedFile = 2;
+
 /// Entries in the order of their creation; nothing is ever taken out, and an entry stays
 /// where it is. An operation finds its entry by the key under which the file was opened.
 /// A path is found too, so that a file that is opened again is counted on.
