@@ -1,8 +1,7 @@
 // Locking ranges of files.
 //
 // Not emulated: locks are advisory (as under Wine); offsets in the last 16 bytes
-// below 2^63 and beyond cannot be locked. The rest stands in
-// posix_lock.cpp.
+// below 2^63 and beyond cannot be locked. The rest stands in posix_lock.cpp.
 
 #include <sys/stat.h>
 

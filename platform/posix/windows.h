@@ -10,8 +10,8 @@
 // Each source's head tells what its calls leave out.
 //
 // A call that finds no memory throws std::bad_alloc and leaves nothing open. Those
-// by which destructors give things up throw nothing: closing and unlocking need no
-// memory, and deleting a file fails with code 8.
+// by which destructors give things up throw nothing, nor does locking: closing and
+// unlocking need no memory, deleting and locking fail with code 8.
 
 #include <cstdint>
 

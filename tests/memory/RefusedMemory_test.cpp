@@ -13,7 +13,9 @@
 #include <cerrno>
 #include <filesystem>
 #include <functional>
+#include <iterator>
 #include <new>
+#include <string>
 
 #include "aio/aio_ostrstream.h"
 #include "common/ScopedEnvironment.h"

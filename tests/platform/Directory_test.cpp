@@ -47,7 +47,6 @@ Listed List(const std::string& pattern) {
   return listed;
 }
 
-// Of an entry, those attributes that both systems tell alike.
 DWORD Attributes(const std::string& path) {
   WIN32_FIND_DATAA data = {};
   const HANDLE search = FindFirstFileA(path.c_str(), &data);

@@ -4,6 +4,7 @@
 #include <cctype>
 #include <iterator>
 #include <stdexcept>
+#include <utility>
 
 namespace {
 
