@@ -1,22 +1,22 @@
 #pragma once
 
+/// The port that a socket is bound to; -1 for a number that is no socket's.
+int PortOf(int socket);
+
 /// A socket that children inherit unless told otherwise, bound to a port of its own on
 /// this machine; closed at the end.
 class BoundSocket {
  public:
   /// Throws std::runtime_error when there is none to be had.
   BoundSocket();
-  ~BoundSocket();
+  ~BoundSocket() { Close(); }
   BoundSocket(const BoundSocket&) = delete;
   BoundSocket& operator=(const BoundSocket&) = delete;
 
   int Number() const { return number_; }
-  int Port() const;
+  int Port() const { return PortOf(number_); }
   void Close();
 
  private:
   int number_;
 };
-
-/// The port that a socket is bound to; -1 for a number that is no socket's.
-int PortOf(int socket);

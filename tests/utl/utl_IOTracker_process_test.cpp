@@ -9,7 +9,7 @@
 
 #include "common/ChildProcess.h"
 #include "common/OtherUser.h"
-#include "late_end.h"
+#include "late_end/late_end.h"
 #include "thr/thr_ThreadPool.h"
 #include "utl/TrackerTest.h"
 #include "utl/utl_File.h"

@@ -16,14 +16,6 @@ BoundSocket::BoundSocket() : number_(socket(AF_INET, SOCK_STREAM, 0)) {
   }
 }
 
-BoundSocket::~BoundSocket() {
-  Close();
-}
-
-int BoundSocket::Port() const {
-  return PortOf(number_);
-}
-
 void BoundSocket::Close() {
   if (number_ >= 0) close(number_);
   number_ = -1;

@@ -27,14 +27,6 @@ BoundSocket::BoundSocket() {
   }
 }
 
-BoundSocket::~BoundSocket() {
-  Close();
-}
-
-int BoundSocket::Port() const {
-  return PortOf(number_);
-}
-
 void BoundSocket::Close() {
   if (number_ >= 0) closesocket(static_cast<SOCKET>(number_));
   number_ = -1;
