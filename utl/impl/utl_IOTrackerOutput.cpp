@@ -3,13 +3,11 @@
 #include <io.h>
 #include <share.h>
 
-#include <charconv>
 #include <utility>
 
 namespace {
 
-constexpr double kFlushInterval = 10.0;      // seconds
-constexpr std::size_t kLongestNumber = 320;  // a double has up to 309 digits and more
+constexpr double kFlushInterval = 10.0;  // seconds
 constexpr int kDigits = 6;
 constexpr int kExists = 0;
 
@@ -17,21 +15,16 @@ void Put(std::FILE* stream, std::string_view text) {
   std::fwrite(text.data(), 1, text.size(), stream);
 }
 
-template <class... Value>
-std::string_view Converted(char (&buffer)[kLongestNumber], Value... value) {
-  return {buffer, std::to_chars(buffer, buffer + sizeof buffer, value...).ptr};
-}
-
 }  // namespace
 
 utl_IOTrackerText& utl_IOTrackerText::Text(std::string_view text) {
-  text_ += text;
+  text_.Text(text);
   return *this;
 }
 
 utl_IOTrackerText& utl_IOTrackerText::Column(int number) {
-  char buffer[kLongestNumber];
-  return Text(", ").Text(Converted(buffer, number));
+  text_.Text(", ").Number(number);
+  return *this;
 }
 
 utl_IOTrackerText& utl_IOTrackerText::Column(double number) {
@@ -39,8 +32,8 @@ utl_IOTrackerText& utl_IOTrackerText::Column(double number) {
 }
 
 utl_IOTrackerText& utl_IOTrackerText::Number(double number) {
-  char buffer[kLongestNumber];
-  return Text(Converted(buffer, number, std::chars_format::fixed, kDigits));
+  text_.Fixed(number, kDigits);
+  return *this;
 }
 
 void utl_addColumns(utl_IOTrackerText& line, const utl_IOTrackerRecord& record) {

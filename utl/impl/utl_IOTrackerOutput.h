@@ -7,9 +7,10 @@
 #include <string>
 #include <string_view>
 
+#include "utl/impl/utl_LineText.h"
 #include "utl/utl_IOTracker.h"
 
-/// Lines of an output, put together as printf would do it in the "C" locale.
+/// Lines of an output, with numbers as printf would write them in the "C" locale.
 class utl_IOTrackerText {
  public:
   utl_IOTrackerText& Text(std::string_view text);
@@ -22,7 +23,7 @@ class utl_IOTrackerText {
   operator std::string_view() const { return text_; }
 
  private:
-  std::string text_;
+  utl_LineText text_;
 };
 
 /// The columns that the record of one file, or a sum, has in the outputs: count,

@@ -6,10 +6,10 @@
 #include <psapi.h>
 #include <share.h>
 
-#include <charconv>
 #include <cstdlib>
 #include <string>
 
+#include "utl/impl/utl_LineText.h"
 #include "utl/impl/utl_ResourceSample.h"
 #include "utl/utl_FilePath.h"
 
@@ -50,39 +50,6 @@ std::int32_t Next(std::int32_t number) {
   return static_cast<std::int32_t>(static_cast<std::uint32_t>(number) + 1);
 }
 
-// The text of one or more lines, put together as printf would do it in the "C" locale.
-class Lines {
- public:
-  Lines& Text(std::string_view text) {
-    text_ += text;
-    return *this;
-  }
-  // As "%d".
-  Lines& Number(std::int32_t number) { return Converted(number); }
-  // As "%.*f".
-  Lines& Fixed(double number, int digits) {
-    return Converted(number, std::chars_format::fixed, digits);
-  }
-  // As "%*s".
-  Lines& Right(std::string_view text, std::size_t width) {
-    if (text.size() < width) text_.append(width - text.size(), ' ');
-    return Text(text);
-  }
-
-  operator std::string_view() const { return text_; }
-
- private:
-  static constexpr std::size_t kLongestNumber = 320;  // a double's 309 digits and more
-
-  template <class... Value>
-  Lines& Converted(Value... value) {
-    char text[kLongestNumber];
-    return Text({text, std::to_chars(text, text + sizeof text, value...).ptr});
-  }
-
-  std::string text_;
-};
-
 std::string Shortened(std::string_view label) {
   if (label.size() <= kLabelWidth) return std::string(label);
   std::string text(label.substr(0, kLabelHead));
@@ -90,7 +57,7 @@ std::string Shortened(std::string_view label) {
   return text += label.substr(label.size() - kLabelTail);
 }
 
-void AddNumbers(Lines& line, const utl_ResourceSample& sample) {
+void AddNumbers(utl_LineText& line, const utl_ResourceSample& sample) {
   line.Text(" ").Fixed(sample.user, 1).Text(" ").Fixed(sample.system, 1);
   line.Text(" ").Number(sample.peakWorkingSet).Text(" ").Number(sample.workingSet);
   line.Text(" ").Fixed(sample.processor, 1);
@@ -156,7 +123,7 @@ void utl_ResourceMonitor::OpenLog() {
 }
 
 void utl_ResourceMonitor::WriteHead() {
-  Lines head;
+  utl_LineText head;
   head.Text("!Snapshot = ").Text(EnvironmentOrMark("KESTRA_SEQ"));
   head.Text("\n!Version = ").Text(EnvironmentOrMark("KESTRA_VERSION"));
   head.Text("\n!Host = ").Text(EnvironmentOrMark("COMPUTERNAME"));
@@ -187,7 +154,7 @@ void utl_ResourceMonitor::CalibrateTimer() {
 void utl_ResourceMonitor::WriteMark(const cow_String& label) {
   const utl_ResourceSample sample = utl_takeSample(process_, startOfDay_, processId_);
   const std::string_view text = label.c_str();
-  Lines line;
+  utl_LineText line;
   line.Text(jobName_).Text(".").Number(nextMark_);
   nextMark_ = Next(nextMark_);
   line.Text(" ").Number(sample.wall).Text(" ");
@@ -238,7 +205,7 @@ void utl_ResourceMonitor::WriteEnd() {
 void utl_ResourceMonitor::WriteTimer(int id) {
   const a_timer_record& timer = timers_[id];
   const double processor = timer.user + timer.system;
-  Lines line;
+  utl_LineText line;
   line.Text("!Timer ").Number(id).Text(" :");
   line.Text("   ").Right(timer.name.c_str(), kTimerNameWidth);
   line.Text("   ").Number(timer.calls).Text(" ");
