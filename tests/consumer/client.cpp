@@ -8,7 +8,7 @@ int main() {
   {
     utl_MultisectionFile file("job.kdb", utl_FileAccessWrite);
     file.setSectionData("loads", loads, sizeof loads);
-    file.saveChanges();                   // the file on disk is as before until here
+    file.saveChanges();                   // the file is empty until here
     file.getSectionData("loads", loads);  // throws if the checksum is wrong
   }                                       // unlocked and closed
   utl_finalize(count);
