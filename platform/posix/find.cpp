@@ -6,8 +6,8 @@
 // with a look at every entry. Short names (neither given nor matched), patterns that
 // end in a dot and the old wildcards "<", ">" and "\"", reparse points (a link shows as
 // what it leads to, and not at all when that is nothing). Names of 260 bytes and more,
-// which some file systems have, are cut. The order is the directory's own. One search is
-// used by one thread at a time.
+// which some file systems have, are left out: there is no place for them. The order is
+// the directory's own. One search is used by one thread at a time.
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -151,16 +151,24 @@ bool IsDirectory(const Search& search, const dirent64& entry, bool& exists) {
   return exists && S_ISDIR(status.st_mode);
 }
 
+constexpr size_t kNameSize = sizeof WIN32_FIND_DATAA::cFileName;
+
+// The record's length saves measuring most names: it is the name's or a little more.
+size_t RoomOf(const dirent64& entry) {
+  return entry.d_reclen - offsetof(dirent64, d_name);
+}
+
+bool Fits(const dirent64& entry) {
+  return RoomOf(entry) <= kNameSize || std::strlen(entry.d_name) < kNameSize;
+}
+
+// REQUIRES: the name fits.
 void Fill(const dirent64& entry, bool isDirectory, WIN32_FIND_DATAA& data) {
   const bool isHidden = entry.d_name[0] == '.' && !IsDotOrDots(entry.d_name);
   data.dwFileAttributes =
       (isDirectory ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE) |
       (isHidden ? FILE_ATTRIBUTE_HIDDEN : 0);
-  // The record's length saves measuring the name.
-  constexpr size_t kSize = sizeof data.cFileName;
-  std::memcpy(data.cFileName, entry.d_name,
-              std::min(entry.d_reclen - offsetof(dirent64, d_name), kSize));
-  data.cFileName[kSize - 1] = '\0';
+  std::memcpy(data.cFileName, entry.d_name, std::min(RoomOf(entry), kNameSize));
 }
 
 // The next entry; 0, or the code with which the listing ends.
@@ -169,7 +177,7 @@ DWORD Next(Search& search, WIN32_FIND_DATAA& data) {
     const DWORD code = Refill(search);
     if (code != ERROR_SUCCESS) return code;
     const dirent64& entry = TakeRecord(search);
-    if (!IsListed(search, entry.d_name)) continue;
+    if (!Fits(entry) || !IsListed(search, entry.d_name)) continue;
     bool exists;
     const bool isDirectory = IsDirectory(search, entry, exists);
     if (!exists) continue;

@@ -12,7 +12,8 @@
 // until the last of them is unlocked; an exclusive lock through a handle without
 // write access only keeps out exclusive locks of handles that have it, when the file
 // cannot be opened for writing a second time. A child that inherits a descriptor shares
-// its locks.
+// its locks. A thread that waits in the system while another closes its handle may, if a
+// signal interrupts it, lock the file that has got the descriptor's number since.
 
 #include "posix_lock.h"
 

@@ -43,7 +43,8 @@ void utl_IOTrackerIndividuals::Open(utl_IOTrackerIndividual& individual,
                                     const utl_IOTrackerSettings& settings,
                                     std::string_view head) {
   const std::string name = settings.IndividualName(individual.path);
-  if (!names_.insert(utl_comparablePath(name)).second) return;
+  const std::string path = utl_comparablePath(name);
+  if (!names_.insert(path.empty() ? name : path).second) return;
   if (!individual.output.Open(name, head)) return;
   // The misspelling is what readers of the standard output look for.
   std::printf("OpenCIndivualOut  --  file path = %s\n", individual.path);

@@ -116,10 +116,10 @@ void utl_IOTrackerRecorder::WritePoint(const char* label) {
   {
     const Guard counts(counts_);
     totals = Totals();
-    if (writesIncrements) increments = TakeIncrements();
     if (settings_.individual) {
       ForEachEntry([this](Table::Entry& entry) { individuals_.Take(entry); });
     }
+    if (writesIncrements) increments = TakeIncrements();  // once nothing here can fail
   }
   const double now = timer_.Elapsed();
   const std::string start = LineStart(label, now);
