@@ -1,6 +1,7 @@
 #include "common/FailingCall.h"
 
 #include <algorithm>
+#include <atomic>
 #include <utility>
 
 namespace {
@@ -26,8 +27,8 @@ struct {
 } disk;
 
 struct {
-  int begun = 0;
-  int closed = 0;
+  std::atomic<int> begun = 0;  // by any thread
+  std::atomic<int> closed = 0;
 } searches;
 
 struct {
@@ -92,7 +93,7 @@ const std::string& FakeDiskSpace::Asked() const {
 
 WatchedSearches::WatchedSearches() {
   redirection::Install();
-  searches = {};
+  searches.begun = searches.closed = 0;
 }
 
 int WatchedSearches::Begun() const {
