@@ -8,6 +8,8 @@ set_source_files_properties("${truss}/main.cpp" PROPERTIES
   COMPILE_DEFINITIONS main=kst_truss_main SKIP_PRECOMPILE_HEADERS ON)
 target_compile_definitions(${program} PRIVATE KST_TRUSS_DECKS="${truss}/decks/")
 target_link_libraries(${program} PRIVATE Eigen3::Eigen)
+# Eigen is unbearably slow without optimisation.
+target_compile_options(${program} PRIVATE -O1)
 
 # And as it is shipped: each deck, with an export taken back, and one that is none.
 if(TARGET kst_truss)
