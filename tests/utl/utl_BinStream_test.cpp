@@ -119,10 +119,29 @@ TEST_F(BinStreamTest, TheByteOrderChangesNothing) {
   EXPECT_EQ(1, Input("\x01\0\0\0"sv, kBig).ReadInt());
 }
 
+constexpr int kInts[] = {1, -1};
+constexpr float kFloats[] = {1.0f, -2.5f};
+constexpr double kDoubles[] = {1.0, -2.5};
+
+void WriteArrays(utl_BinOStream& out) {
+  out.WriteIntArray(kInts, 2);
+  out.WriteFloatArray(kFloats, 2);
+  out.WriteDoubleArray(kDoubles, 2);
+}
+
+void ExpectArrays(utl_BinIStream& in) {
+  int ints[2];
+  float floats[2];
+  double doubles[2];
+  in.ReadIntArray(ints, 2);
+  in.ReadFloatArray(floats, 2);
+  in.ReadDoubleArray(doubles, 2);
+  EXPECT_TRUE(std::ranges::equal(kInts, ints));
+  EXPECT_TRUE(std::ranges::equal(kFloats, floats));
+  EXPECT_TRUE(std::ranges::equal(kDoubles, doubles));
+}
+
 TEST_F(BinStreamTest, TheByteOrderChangesNothingOfAnyValue) {
-  const int ints[] = {1, -2};
-  const float floats[] = {1.0f, -2.5f};
-  const double doubles[] = {1.0, -2.5};
   const auto written = [&](omi_Swapper::EndianType order) {
     utl_BinOStream out = Output(order);
     out.WriteShort(0x0102);
@@ -131,9 +150,7 @@ TEST_F(BinStreamTest, TheByteOrderChangesNothingOfAnyValue) {
     out.WriteInt64(0x090A0B0C0D0E0F10);
     out.WriteUInt64(0x1112131415161718);
     out.WriteString("abc");
-    out.WriteIntArray(ints, 2);
-    out.WriteFloatArray(floats, 2);
-    out.WriteDoubleArray(doubles, 2);
+    WriteArrays(out);
     return Written();
   };
   const std::string bytes = written(kLittle);
@@ -145,15 +162,7 @@ TEST_F(BinStreamTest, TheByteOrderChangesNothingOfAnyValue) {
   EXPECT_EQ(0x090A0B0C0D0E0F10, in.ReadInt64());
   EXPECT_EQ(0x1112131415161718u, in.ReadUInt64());
   EXPECT_EQ("abc", in.ReadString());
-  int readInts[2];
-  float readFloats[2];
-  double readDoubles[2];
-  in.ReadIntArray(readInts, 2);
-  in.ReadFloatArray(readFloats, 2);
-  in.ReadDoubleArray(readDoubles, 2);
-  EXPECT_TRUE(std::ranges::equal(ints, readInts));
-  EXPECT_TRUE(std::ranges::equal(floats, readFloats));
-  EXPECT_TRUE(std::ranges::equal(doubles, readDoubles));
+  ExpectArrays(in);
 }
 
 TEST_F(BinStreamTest, BytesPassAsTheyAre) {
@@ -198,12 +207,7 @@ TEST_F(BinStreamTest, StringsAreTerminatedInMemory) {
 
 TEST_F(BinStreamTest, ArraysAreTheirElementsWithoutACount) {
   utl_BinOStream out = Output();
-  const int ints[] = {1, -1};
-  const float floats[] = {1.0f, -2.5f};
-  const double doubles[] = {1.0, -2.5};
-  out.WriteIntArray(ints, 2);
-  out.WriteFloatArray(floats, 2);
-  out.WriteDoubleArray(doubles, 2);
+  WriteArrays(out);
   const std::string_view expected(
       "\1\0\0\0\xFF\xFF\xFF\xFF"
       "\0\0\x80\x3F\0\0\x20\xC0"
@@ -211,15 +215,7 @@ TEST_F(BinStreamTest, ArraysAreTheirElementsWithoutACount) {
       32);
   EXPECT_EQ(expected, Written());
   utl_BinIStream in = Input(expected);
-  int readInts[2];
-  float readFloats[2];
-  double readDoubles[2];
-  in.ReadIntArray(readInts, 2);
-  in.ReadFloatArray(readFloats, 2);
-  in.ReadDoubleArray(readDoubles, 2);
-  EXPECT_TRUE(std::ranges::equal(ints, readInts));
-  EXPECT_TRUE(std::ranges::equal(floats, readFloats));
-  EXPECT_TRUE(std::ranges::equal(doubles, readDoubles));
+  ExpectArrays(in);
 }
 
 TEST_F(BinStreamTest, CountsOfZeroOrLessMoveNothing) {
