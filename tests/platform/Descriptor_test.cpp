@@ -6,6 +6,7 @@
 
 #include <cerrno>
 
+#include "common/AsHandle.h"
 #include "platform/PlatformTest.h"
 
 namespace {
@@ -27,9 +28,7 @@ int OpenErrno(const std::string& path, int flags = _O_RDONLY) {
 }
 
 HANDLE HandleOf(int fd) {
-  // The run time answers with a handle as a number.
-  // NOLINTNEXTLINE(performance-no-int-to-ptr)
-  return reinterpret_cast<HANDLE>(_get_osfhandle(fd));
+  return AsHandle(_get_osfhandle(fd));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <thread>
 
+#include "common/AsHandle.h"
 #include "common/ChildProcess.h"
 #include "common/Pipe.h"
 #include "platform/PlatformTest.h"
@@ -126,8 +127,7 @@ TEST_F(FileLockTest, WaitsForTheOwnHandle) {
 
 TEST_F(FileLockTest, WhatIsNoFileIsNotLocked) {
   const Pipe pipe;
-  // NOLINTNEXTLINE(performance-no-int-to-ptr)
-  const auto reader = reinterpret_cast<HANDLE>(_get_osfhandle(pipe.Reader()));
+  const HANDLE reader = AsHandle(_get_osfhandle(pipe.Reader()));
   const ScopedHandle directory(Open(Name("d"), GENERIC_READ, kShareAll, OPEN_EXISTING,
                                     FILE_FLAG_BACKUP_SEMANTICS));
   const ScopedHandle device(Open("Z:\\dev\\null", GENERIC_READ | GENERIC_WRITE));

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "common/AsHandle.h"
 #include "common/Pipe.h"
 #include "utl/FlockTest.h"
 
@@ -190,8 +191,7 @@ TEST_F(utl_flockTest, EndOfTheProcessUnlocks) {
 
 // 4 GiB less 64 KiB from the start, whatever the file's size.
 TEST_F(utl_flockTest, LockedRange) {
-  // NOLINTNEXTLINE(performance-no-int-to-ptr)
-  const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(other_));
+  const HANDLE handle = AsHandle(_get_osfhandle(other_));
   ASSERT_EQ(ErrorOf(one_, kExclusive), 0);
   const auto isFree = [handle](DWORD low, DWORD high) {
     OVERLAPPED at = {};

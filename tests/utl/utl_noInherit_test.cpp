@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "common/AsHandle.h"
 #include "common/ChildProcess.h"
 #include "common/FailingCall.h"
 #include "common/Pipe.h"
@@ -51,7 +52,7 @@ std::string AnswerOf(const char* child, const std::vector<std::string>& argument
 // be another file's in the child, so the file is asked for its index.
 TEST_CHILD(tellWhetherFileIsInherited) {
   BY_HANDLE_FILE_INFORMATION found = {};
-  const auto handle = reinterpret_cast<HANDLE>(std::strtoll(argv[1], nullptr, 10));
+  const HANDLE handle = AsHandle(std::strtoll(argv[1], nullptr, 10));
   const bool open = GetFileInformationByHandle(handle, &found);
   const unsigned long long index =
       static_cast<unsigned long long>(found.nFileIndexHigh) << 32 | found.nFileIndexLow;
@@ -128,7 +129,7 @@ TEST(utl_noInheritFile, AsksTheSystemToClearTheFlag) {
   const WatchedInheritance watched;
   EXPECT_TRUE(utl_noInheritFile(pipe.Reader()));
   EXPECT_EQ(watched.Calls(), 1);
-  EXPECT_EQ(watched.Handle(), reinterpret_cast<HANDLE>(_get_osfhandle(pipe.Reader())));
+  EXPECT_EQ(watched.Handle(), AsHandle(_get_osfhandle(pipe.Reader())));
   EXPECT_EQ(watched.Mask(), 1U);
   EXPECT_EQ(watched.Flags(), 0U);
 }
@@ -174,7 +175,7 @@ TEST(utl_noInheritSocket, NumbersThatAreNoSocket) {
 TEST(utl_noInheritSocket, NumberWidensWithItsSign) {
   const WatchedInheritance watched;
   EXPECT_FALSE(utl_noInheritSocket(-1000));
-  EXPECT_EQ(watched.Handle(), reinterpret_cast<HANDLE>(LONG_PTR{-1000}));
+  EXPECT_EQ(watched.Handle(), AsHandle(-1000));
   EXPECT_EQ(watched.Mask(), 1U);
   EXPECT_EQ(watched.Flags(), 0U);
 }
