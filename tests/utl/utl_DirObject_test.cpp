@@ -207,6 +207,7 @@ TEST_F(DirObjectTest, ThreadsListAndShare) {
     threads.emplace_back([&shared, this] {
       for (int round = 0; round < 50; ++round) {
         EXPECT_EQ(List().FileCount(), 3);
+        // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): under test.
         const utl_DirObject copy = shared;
         EXPECT_EQ(copy.FindFileNamesWithExtension(".x").Length(), 2);
         EXPECT_EQ(shared.GetAllEntries().Length(), 5);
