@@ -2,20 +2,6 @@
 
 find_package(Threads REQUIRED)
 
-# kstutl_platform: <windows.h>, <io.h> and their kin for source files. On
-# Windows the system's own; elsewhere the headers of platform/posix, whose
-# calls are compiled into the library.
-add_library(kstutl_platform INTERFACE)
-if(WIN32)
-  target_compile_definitions(kstutl_platform INTERFACE
-    WIN32_LEAN_AND_MEAN NOMINMAX)
-  target_link_libraries(kstutl_platform INTERFACE psapi ws2_32 advapi32 ntdll)
-else()
-  target_include_directories(kstutl_platform INTERFACE
-    "${PROJECT_SOURCE_DIR}/platform/posix")
-  target_link_libraries(kstutl_platform INTERFACE Threads::Threads)
-endif()
-
 # Strict warnings; errors only where the project is built for itself, so that
 # another compiler's new warning never breaks a client's build.
 function(kstutl_compile_options target)
@@ -33,6 +19,40 @@ function(kstutl_compile_options target)
   if(PROJECT_IS_TOP_LEVEL)
     target_compile_options(${target} PRIVATE -Werror)
   endif()
+endfunction()
+
+# kstutl_platform: <windows.h>, <io.h> and their kin for source files. On Windows they are
+# the system's own; elsewhere those of platform/posix, and kstutl_platform_calls has the
+# calls behind them.
+add_library(kstutl_platform INTERFACE)
+if(WIN32)
+  target_compile_definitions(kstutl_platform INTERFACE
+    WIN32_LEAN_AND_MEAN NOMINMAX)
+  target_link_libraries(kstutl_platform INTERFACE psapi ws2_32 advapi32 ntdll)
+else()
+  target_include_directories(kstutl_platform INTERFACE
+    "${PROJECT_SOURCE_DIR}/platform/posix/include")
+  target_link_libraries(kstutl_platform INTERFACE Threads::Threads)
+
+  file(GLOB_RECURSE platform_sources CONFIGURE_DEPENDS
+    "${PROJECT_SOURCE_DIR}/platform/posix/*.cpp")
+  add_library(kstutl_platform_calls STATIC ${platform_sources})
+  kstutl_compile_options(kstutl_platform_calls)
+  set_target_properties(kstutl_platform_calls PROPERTIES POSITION_INDEPENDENT_CODE ON)
+  target_compile_features(kstutl_platform_calls PRIVATE cxx_std_20)
+  target_include_directories(kstutl_platform_calls PRIVATE "${PROJECT_SOURCE_DIR}")
+  target_link_libraries(kstutl_platform_calls PUBLIC kstutl_platform)
+endif()
+
+# Links the platform's calls into a shared library, which exports neither them nor what it
+# makes of the standard library's templates.
+function(kstutl_link_platform_calls target)
+  set(script "${PROJECT_SOURCE_DIR}/cmake/exports.map")
+  target_link_libraries(${target} PRIVATE kstutl_platform_calls)
+  target_link_options(${target} PRIVATE
+    "LINKER:--exclude-libs,$<TARGET_FILE_NAME:kstutl_platform_calls>"
+    "LINKER:--version-script=${script}")
+  set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${script}")
 endfunction()
 
 # kstutl_pcre2: the regular-expression engine, static where it was cross-built.

@@ -7,7 +7,7 @@
 #include <new>
 #include <vector>
 
-#include "thr/thr_keepLibraryLoaded.h"
+#include "support/thr/thr_keepLibraryLoaded.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <system_error>
 #include <utility>
 
-#include "thr/thr_keepLibraryLoaded.h"
+#include "support/thr/thr_keepLibraryLoaded.h"
 
 template class thr_GlobalSingleton<thr_ThreadPool>;
 

@@ -1,4 +1,4 @@
-#include "thr/thr_keepLibraryLoaded.h"
+#include "support/thr/thr_keepLibraryLoaded.h"
 
 #include <windows.h>
 

@@ -1,4 +1,4 @@
-#include "thr/thr_threadsAreGone.h"
+#include "support/thr/thr_threadsAreGone.h"
 
 #include <windows.h>
 

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "common/ChildProcess.h"
+#include "common/child/ChildProcess.h"
 
 int main(int argc, char** argv) {
   if (argc > 2 && std::string_view(argv[1]) == "--child") {

@@ -7,6 +7,7 @@ target_sources(${program} PRIVATE ${truss_sources})
 set_source_files_properties("${truss}/main.cpp" PROPERTIES
   COMPILE_DEFINITIONS main=kst_truss_main SKIP_PRECOMPILE_HEADERS ON)
 target_compile_definitions(${program} PRIVATE KST_TRUSS_DECKS="${truss}/decks/")
+target_include_directories(${program} PRIVATE "${PROJECT_SOURCE_DIR}")
 target_link_libraries(${program} PRIVATE Eigen3::Eigen)
 # Eigen is unbearably slow without optimisation.
 target_compile_options(${program} PRIVATE -O1)

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "common/ExpectThrow.h"
+#include "common/expect/ExpectThrow.h"
 #include "examples/truss/Truss.h"
 #include "nex/nex_TextException.h"
 #include "truss_job.h"

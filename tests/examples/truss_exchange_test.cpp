@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <string>
 
-#include "common/ExpectThrow.h"
+#include "common/expect/ExpectThrow.h"
 #include "examples/truss/Truss.h"
 #include "nex/nex_TextException.h"
 #include "truss_job.h"

@@ -7,7 +7,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "common/TempDir.h"
+#include "common/temp/TempDir.h"
 
 /// A shipped deck's path.
 inline std::string ShippedDeck(const std::string& name) {

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "common/ScopedEnvironment.h"
+#include "common/environment/ScopedEnvironment.h"
 #include "truss_job.h"
 #include "utl/utl_FilePath.h"
 

@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <utility>
 
-#include "common/ScopedEnvironment.h"
+#include "common/environment/ScopedEnvironment.h"
 #include "truss_job.h"
 #include "utl/utl_MultisectionFile.h"
 

@@ -4,7 +4,7 @@
 #include <Eigen/Dense>
 #include <utility>
 
-#include "common/TempDir.h"
+#include "common/temp/TempDir.h"
 #include "examples/truss/Truss.h"
 #include "nex/nex_TextException.h"
 #include "truss_job.h"

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "common/TempDir.h"
+#include "common/temp/TempDir.h"
 
 /// The expectations of tests/platform/ hold for the Windows calls on both targets;
 /// where they cannot, differences.md says why.

@@ -4,7 +4,7 @@
 
 #include <random>
 
-#include "common/ExpectThrow.h"
+#include "common/expect/ExpectThrow.h"
 #include "nex/nex_TextException.h"
 #include "rgx/rgx_funcs.h"
 #include "rgx/TreeModel.h"

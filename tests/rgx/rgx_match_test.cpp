@@ -5,7 +5,7 @@
 #include <limits>
 #include <string>
 
-#include "common/ExpectThrow.h"
+#include "common/expect/ExpectThrow.h"
 #include "nex/nex_TextException.h"
 #include "rgx/rgx_funcs.h"
 

@@ -1,6 +1,6 @@
 # A second shared library beside KSTutl, as the product has many: it shows that
 # a process has one of everything, whichever module asks.
-add_client_library(second_library ${folder} ${program})
+add_client_library(second_library ${program})
 
 add_unload_test(thr_ThreadExit.OutlivesTheUnloadingOfTheLibrary
   unload_client ${folder})

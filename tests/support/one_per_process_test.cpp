@@ -7,10 +7,10 @@
 #include <thread>
 #include <vector>
 
-#include "common/ExpectThrow.h"
+#include "clients/second_library/second_library.h"
+#include "common/expect/ExpectThrow.h"
 #include "cow/cow_1DArray.h"
 #include "nex/nex_AssertException.h"
-#include "second_library/second_library.h"
 #include "utl/utl_initialize.h"
 
 namespace {

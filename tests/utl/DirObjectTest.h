@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "common/CurrentDirectory.h"
-#include "common/TempDir.h"
+#include "common/temp/CurrentDirectory.h"
+#include "common/temp/TempDir.h"
 #include "utl/utl_DirObject.h"
 
 using Texts = std::vector<std::string>;

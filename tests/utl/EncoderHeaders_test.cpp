@@ -6,7 +6,7 @@
 #include <sstream>
 #include <string>
 
-#include "common/TempDir.h"
+#include "common/temp/TempDir.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "common/ExpectThrow.h"
+#include "common/expect/ExpectThrow.h"
 #include "omi/omi_SystemErrorCode.h"
 
 /// The text of a file exception of a failed call: `head` is what stands before the

@@ -9,8 +9,8 @@
 #include <cerrno>
 #include <string>
 
-#include "common/ChildProcess.h"
-#include "common/TempDir.h"
+#include "common/child/ChildProcess.h"
+#include "common/temp/TempDir.h"
 #include "utl/utl_flock.h"
 
 // For the tests of utl_flock.

@@ -7,11 +7,11 @@
 #include <iterator>
 #include <string>
 
-#include "common/CurrentDirectory.h"
-#include "common/FailingCall.h"
-#include "common/FakeProcess.h"
-#include "common/ScopedEnvironment.h"
-#include "common/TempDir.h"
+#include "common/environment/ScopedEnvironment.h"
+#include "common/failing/FailingCall.h"
+#include "common/failing/FakeProcess.h"
+#include "common/temp/CurrentDirectory.h"
+#include "common/temp/TempDir.h"
 #include "utl/UseLog.h"
 #include "utl/utl_ResourceMonitor.h"
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "common/ScopedEnvironment.h"
-#include "common/TempDir.h"
+#include "common/environment/ScopedEnvironment.h"
+#include "common/temp/TempDir.h"
 #include "utl/utl_CommandLine.h"
 #include "utl/utl_CommandLineLoader.h"
 #include "utl/utl_TempFile.h"

@@ -1,9 +1,9 @@
 # The page of the resource log shows one, which a test reads.
-set_source_files_properties(utl/utl_ResourceMonitor_test.cpp PROPERTIES
+set_source_files_properties(utl/utl_ResourceMonitor_inside_test.cpp PROPERTIES
   COMPILE_DEFINITIONS KST_RESOURCE_LOG_PAGE="${PROJECT_SOURCE_DIR}/docs/resource-log.md")
 
 # So does that of the tracker's files.
-set_source_files_properties(utl/utl_IOTracker_page_test.cpp PROPERTIES
+set_source_files_properties(utl/tracker/utl_IOTracker_page_test.cpp PROPERTIES
   COMPILE_DEFINITIONS KST_IO_TRACKER_PAGE="${PROJECT_SOURCE_DIR}/docs/io-tracker.md")
 
 # What public headers include is read from themselves.
@@ -11,7 +11,7 @@ set_source_files_properties(utl/EncoderHeaders_test.cpp PROPERTIES
   COMPILE_DEFINITIONS KST_PUBLIC_HEADERS="${PROJECT_SOURCE_DIR}/include/utl")
 
 # A client of the library that ends it late.
-add_client_library(late_end ${folder} ${program})
+add_client_library(late_end ${program})
 
 add_unload_test(utl_IOTrackerProcessTest.TaskOutlivesTheUnloadingOfTheLibrary
   unload_tracker ${folder})

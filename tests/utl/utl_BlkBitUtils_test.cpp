@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "common/ExpectThrow.h"
+#include "common/expect/ExpectThrow.h"
 #include "nex/nex_AssertException.h"
 
 namespace {

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "common/ExpectThrow.h"
+#include "common/expect/ExpectThrow.h"
 #include "utl/utl_CommandLine.h"
 #include "utl/utl_CommandLineLoader.h"
 

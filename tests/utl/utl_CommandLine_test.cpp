@@ -9,8 +9,8 @@
 #include <type_traits>
 #include <vector>
 
-#include "common/ExceptionContract.h"
-#include "common/ExpectThrow.h"
+#include "common/expect/ExceptionContract.h"
+#include "common/expect/ExpectThrow.h"
 #include "nex/nex_AssertException.h"
 #include "typ/typ_DebugFlags.h"
 #include "utl/utl_CommandLineLoader.h"

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "common/ExceptionContract.h"
+#include "common/expect/ExceptionContract.h"
 #include "FileTexts.h"
 #include "utl/utl_File.h"
 

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "common/ExpectThrow.h"
+#include "common/expect/ExpectThrow.h"
 #include "nex/nex_AssertException.h"
 
 namespace {

@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "common/ChildProcess.h"
-#include "common/CurrentDirectory.h"
-#include "common/ExpectThrow.h"
-#include "common/ScopedEnvironment.h"
-#include "common/TempDir.h"
+#include "common/child/ChildProcess.h"
+#include "common/environment/ScopedEnvironment.h"
+#include "common/expect/ExpectThrow.h"
+#include "common/temp/CurrentDirectory.h"
+#include "common/temp/TempDir.h"
 #include "utl/utl_CommandLine.h"
 #include "utl/utl_CommandLineLoader.h"
 

@@ -12,7 +12,7 @@
 #include <random>
 #include <string>
 
-#include "common/DecimalComma.h"
+#include "common/environment/DecimalComma.h"
 #include "utl/RecordingStream.h"
 #include "utl/utl_Stream.h"
 

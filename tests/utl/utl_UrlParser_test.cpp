@@ -4,7 +4,7 @@
 
 #include <initializer_list>
 
-#include "common/ExpectThrow.h"
+#include "common/expect/ExpectThrow.h"
 #include "nex/nex_TextException.h"
 
 namespace {

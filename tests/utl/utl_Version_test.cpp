@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "common/ScopedEnvironment.h"
+#include "common/environment/ScopedEnvironment.h"
 #include "utl/utl_initialize.h"
 
 namespace {

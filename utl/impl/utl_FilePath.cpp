@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <string_view>
 
-#include "utl/impl/utl_expandEnvironment.h"
+#include "utl/impl/text/utl_expandEnvironment.h"
 #include "utl/utl_hostInfo.h"
 #include "utl/utl_UrlParser.h"
 

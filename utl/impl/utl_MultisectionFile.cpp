@@ -6,10 +6,10 @@
 
 #include "atr/atr_translate.h"
 #include "nex/nex_AssertException.h"
-#include "utl/impl/utl_crc32.h"
-#include "utl/impl/utl_LockFileHolder.h"
-#include "utl/impl/utl_MultisectionFormat.h"
-#include "utl/impl/utl_SectionDirectory.h"
+#include "utl/impl/crc32/utl_crc32.h"
+#include "utl/impl/multisection/utl_LockFileHolder.h"
+#include "utl/impl/multisection/utl_MultisectionFormat.h"
+#include "utl/impl/multisection/utl_SectionDirectory.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "utl/impl/utl_LineText.h"
+#include "utl/impl/text/utl_LineText.h"
 #include "utl/impl/utl_ResourceSample.h"
 #include "utl/utl_FilePath.h"
 

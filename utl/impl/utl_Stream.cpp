@@ -5,7 +5,7 @@
 #include <cstring>
 #include <limits>
 
-#include "utl/impl/utl_NumberText.h"
+#include "utl/impl/text/utl_NumberText.h"
 
 namespace {
 

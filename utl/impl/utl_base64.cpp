@@ -8,8 +8,8 @@
 #include <new>
 
 #include "atr/atr_translate.h"
-#include "utl/impl/utl_base64_codec.h"
-#include "utl/impl/utl_base64_kernels.h"
+#include "utl/impl/base64/utl_base64_codec.h"
+#include "utl/impl/base64/utl_base64_kernels.h"
 
 namespace {
 

@@ -1,0 +1,85 @@
+// The status of named files, for the C run time's calls.
+//
+// Not emulated: execute bits from a file's content, device and user numbers, times,
+// and sizes beyond 2 GiB (they keep their low 32 bits).
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cctype>
+#include <cerrno>
+#include <string_view>
+
+#include <io.h>
+#include "platform/posix/state/posix_error.h"
+#include "platform/posix/state/posix_path.h"
+#include "platform/posix/state/posix_status.h"
+
+namespace posix {
+namespace {
+
+constexpr int kMayWrite = 2;
+
+// The code of a name whose status cannot be had, 0 when it can.
+DWORD StatusOf(const char* name, Path& resolved, struct stat& status) {
+  const DWORD code = Resolve(name, resolved);
+  if (code != ERROR_SUCCESS) return code;
+  if (stat(resolved.path.c_str(), &status) == 0) return ERROR_SUCCESS;
+  return CodeOfFailure(resolved.path);
+}
+
+bool IsProgram(std::string_view path) {
+  if (path.size() < 4) return false;
+  std::string ending(path.substr(path.size() - 4));
+  for (char& c : ending)
+    c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return ending == ".exe" || ending == ".bat" || ending == ".cmd" || ending == ".com";
+}
+
+unsigned short ModeOf(const std::string& path, const struct stat& status) {
+  if (S_ISDIR(status.st_mode)) return static_cast<unsigned short>(_S_IFDIR | 0777);
+  const bool readOnly = (AttributesOf(status) & FILE_ATTRIBUTE_READONLY) != 0;
+  const int mode = (readOnly ? 0444 : 0666) | (IsProgram(path) ? 0111 : 0);
+  return static_cast<unsigned short>(_S_IFREG | mode);
+}
+
+}  // namespace
+}  // namespace posix
+
+using namespace posix;
+
+// Only existence and the read-only attribute count, not whether this process may.
+int _access(const char* path, int mode) {
+  Path resolved;
+  struct stat status;
+  DWORD code = StatusOf(path, resolved, status);
+  if (code == ERROR_SUCCESS && resolved.separatorAtEnd && !S_ISDIR(status.st_mode)) {
+    code = ERROR_PATH_NOT_FOUND;
+  }
+  if (code != ERROR_SUCCESS) {
+    SetLastError(code);
+    return FailRunTime(ErrnoFromCode(code));
+  }
+  const bool refused = (mode & kMayWrite) != 0 && !S_ISDIR(status.st_mode) &&
+                       (AttributesOf(status) & FILE_ATTRIBUTE_READONLY) != 0;
+  return refused ? FailRunTime(EACCES) : 0;
+}
+
+int _stat64i32(const char* path, struct _stat64i32* result) {
+  Path resolved;
+  struct stat status;
+  // Neither a drive without a directory nor "dir\" is a name here.
+  const std::string_view name = path == nullptr ? "" : path;
+  const bool onlyDrive = name.size() == 2 && name[1] == ':';
+  if (onlyDrive || StatusOf(path, resolved, status) != ERROR_SUCCESS ||
+      resolved.separatorAtEnd) {
+    return FailRunTime(ENOENT);
+  }
+  const bool isDirectory = S_ISDIR(status.st_mode);
+  *result = {};
+  result->st_dev = 'Z' - 'A';
+  result->st_mode = ModeOf(resolved.path, status);
+  result->st_nlink = 1;
+  result->st_size = isDirectory ? 0 : static_cast<int>(status.st_size);
+  return 0;
+}

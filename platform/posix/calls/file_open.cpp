@@ -1,0 +1,203 @@
+// Opening, closing and deleting files.
+//
+// Not emulated: access rights other than GENERIC_READ, GENERIC_WRITE and DELETE;
+// flags and attributes other than READONLY (at creation), BACKUP_SEMANTICS and
+// DELETE_ON_CLOSE (a killed process leaves the file); security descriptors;
+// overlapped files; share modes of directories between processes. A file deleted
+// while others have it open loses its name at once, not at the last close. Access 0
+// needs permission to read.
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <new>
+
+#include "platform/posix/state/posix_error.h"
+#include "platform/posix/state/posix_file.h"
+#include "platform/posix/state/posix_path.h"
+
+namespace posix {
+namespace {
+
+constexpr mode_t kNewFile = 0666;
+constexpr mode_t kNewReadOnlyFile = 0444;
+
+// How often a file that comes and goes is looked for before that is an error.
+constexpr int kTries = 8;
+
+// One CreateFileA: its arguments, understood.
+struct Request {
+  Path name;
+  unsigned access;
+  unsigned share;
+  DWORD disposition;
+  DWORD flags;
+  bool inherit;
+
+  bool MayCreate() const {
+    return disposition != OPEN_EXISTING && disposition != TRUNCATE_EXISTING;
+  }
+  bool Truncates() const {
+    return disposition == CREATE_ALWAYS || disposition == TRUNCATE_EXISTING;
+  }
+};
+
+unsigned Rights(DWORD access, DWORD flags) {
+  return ((access & GENERIC_READ) != 0 ? kRead : 0) |
+         ((access & GENERIC_WRITE) != 0 ? kWrite : 0) |
+         ((access & DELETE) != 0 || (flags & FILE_FLAG_DELETE_ON_CLOSE) != 0 ? kDelete
+                                                                             : 0);
+}
+
+int OpenRetried(const char* path, int flags, mode_t mode) {
+  return Retried([&] { return open(path, flags | O_NOCTTY, mode); });
+}
+
+// Whoever writes opens for reading too where that is allowed: the locks of share
+// modes want it. Truncating is writing to the system, whatever was asked for.
+int OpenExisting(const Request& request) {
+  const char* path = request.name.path.c_str();
+  const int inherit = request.inherit ? 0 : O_CLOEXEC;
+  const bool writes = (request.access & kWrite) != 0 || request.Truncates();
+  if (!writes) return OpenRetried(path, O_RDONLY | inherit, 0);
+  const int fd = OpenRetried(path, O_RDWR | inherit, 0);
+  const bool mayOnlyWrite = fd < 0 && errno == EACCES && (request.access & kRead) == 0;
+  return mayOnlyWrite ? OpenRetried(path, O_WRONLY | inherit, 0) : fd;
+}
+
+int OpenNew(const Request& request) {
+  const bool readOnly = (request.flags & FILE_ATTRIBUTE_READONLY) != 0;
+  return OpenRetried(request.name.path.c_str(),
+                     O_RDWR | O_CREAT | O_EXCL | (request.inherit ? 0 : O_CLOEXEC),
+                     readOnly ? kNewReadOnlyFile : kNewFile);
+}
+
+// The descriptor, or -1 with errno; `existed` tells which of the two it was.
+int OpenOrCreate(const Request& request, bool& existed) {
+  int fd = -1;
+  for (int tries = 0; tries < kTries; ++tries) {
+    existed = request.disposition != CREATE_NEW;
+    if (existed) fd = OpenExisting(request);
+    const bool missing = fd < 0 && (!existed || errno == ENOENT);
+    if (!missing || !request.MayCreate()) return fd;
+    existed = false;
+    fd = OpenNew(request);
+    if (fd >= 0 || errno != EEXIST || request.disposition == CREATE_NEW) return fd;
+  }
+  return fd;
+}
+
+DWORD DirectoryCode(const Request& request) {
+  if (request.disposition == CREATE_NEW) return ERROR_FILE_EXISTS;
+  if ((request.flags & FILE_FLAG_BACKUP_SEMANTICS) == 0) return ERROR_ACCESS_DENIED;
+  return request.disposition == CREATE_ALWAYS ? ERROR_FILE_EXISTS : ERROR_SUCCESS;
+}
+
+// What is wrong with the name before anything is opened.
+DWORD CheckName(const Request& request, bool& isDirectory) {
+  struct stat status;
+  const bool exists = stat(request.name.path.c_str(), &status) == 0;
+  isDirectory = exists && S_ISDIR(status.st_mode);
+  if (isDirectory) return DirectoryCode(request);
+  if (!request.name.separatorAtEnd) return ERROR_SUCCESS;
+  if (exists) return ERROR_INVALID_NAME;
+  const DWORD code = MissingCode(request.name.path);
+  return code == ERROR_FILE_NOT_FOUND && request.MayCreate() ? ERROR_INVALID_NAME : code;
+}
+
+// Enters the open file and, only then, empties it if asked for.
+DWORD Complete(int fd, const Request& request, bool existed) {
+  struct stat status;
+  if (fstat(fd, &status) != 0) return CodeFromErrno(errno);
+  OpenFile file;
+  file.access = request.access;
+  file.share = request.share;
+  file.device = status.st_dev;
+  file.inode = status.st_ino;
+  file.isRegular = S_ISREG(status.st_mode);
+  if ((request.flags & FILE_FLAG_DELETE_ON_CLOSE) != 0) {
+    file.removeAtEnd = request.name.path;
+  }
+  if (!EnterFile(fd, file)) return ERROR_SHARING_VIOLATION;
+  const bool empties = existed && request.Truncates() && file.isRegular;
+  const bool failed = empties && Retried([fd] { return ftruncate(fd, 0); }) != 0;
+  return failed ? CodeFromErrno(errno) : ERROR_SUCCESS;
+}
+
+// The descriptor, or -1 with its code in `code`.
+int Open(const Request& request, DWORD& code) {
+  bool isDirectory = false;
+  code = CheckName(request, isDirectory);
+  if (code != ERROR_SUCCESS) return -1;
+  bool existed = true;
+  NewDescriptor fd(
+      isDirectory
+          ? OpenRetried(request.name.path.c_str(),
+                        O_RDONLY | O_DIRECTORY | (request.inherit ? 0 : O_CLOEXEC), 0)
+          : OpenOrCreate(request, existed));
+  code = fd.Get() < 0 ? CodeOfFailure(request.name.path)
+                      : Complete(fd.Get(), request, existed);
+  if (code != ERROR_SUCCESS) return -1;
+  const bool tellsExistence =
+      request.disposition == CREATE_ALWAYS || request.disposition == OPEN_ALWAYS;
+  if (existed && tellsExistence) code = ERROR_ALREADY_EXISTS;
+  return fd.Release();
+}
+
+DWORD CheckDeletion(const std::string& path, const struct stat& status) {
+  int fd = -1;
+  if (S_ISREG(status.st_mode)) fd = OpenRetried(path.c_str(), O_RDONLY | O_CLOEXEC, 0);
+  const bool denied = DeletionIsDenied(fd, status.st_dev, status.st_ino);
+  if (fd >= 0) close(fd);
+  if (denied) return ERROR_SHARING_VIOLATION;
+  const bool readOnly = !S_ISLNK(status.st_mode) && (status.st_mode & 0222) == 0;
+  return readOnly ? ERROR_ACCESS_DENIED : ERROR_SUCCESS;
+}
+
+}  // namespace
+}  // namespace posix
+
+using namespace posix;
+
+// As on Windows, a success sets the last error too: to 0, or to 183 when a file
+// that might have been created was there.
+HANDLE CreateFileA(LPCSTR name, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
+                   DWORD disposition, DWORD flags, HANDLE) {
+  DWORD code = ERROR_INVALID_PARAMETER;
+  int fd = -1;
+  if (disposition >= CREATE_NEW && disposition <= TRUNCATE_EXISTING) {
+    Request request = {{},    Rights(access, flags),
+                       share, disposition,
+                       flags, security != nullptr && security->bInheritHandle};
+    code = Resolve(name, request.name);
+    if (code == ERROR_SUCCESS) fd = Open(request, code);
+  }
+  SetLastError(code);
+  return fd < 0 ? INVALID_HANDLE_VALUE : HandleOf(fd);
+}
+
+BOOL CloseHandle(HANDLE handle) {
+  // -1 stands for the own process, whose closing changes nothing.
+  if (handle == GetCurrentProcess()) return TRUE;
+  const int number = CloseFile(DescriptorOf(handle));
+  return number == 0 ? TRUE : Fail(CodeFromErrno(number));
+}
+
+BOOL DeleteFileA(LPCSTR name) try {
+  Path resolved;
+  DWORD code = Resolve(name, resolved);
+  if (code != ERROR_SUCCESS) return Fail(code);
+  struct stat status;
+  if (lstat(resolved.path.c_str(), &status) != 0) {
+    return Fail(CodeOfFailure(resolved.path));
+  }
+  if (S_ISDIR(status.st_mode)) return Fail(ERROR_ACCESS_DENIED);
+  if (resolved.separatorAtEnd) return Fail(ERROR_INVALID_NAME);
+  code = CheckDeletion(resolved.path, status);
+  if (code != ERROR_SUCCESS) return Fail(code);
+  return unlink(resolved.path.c_str()) == 0 ? TRUE : FailWithErrno();
+} catch (const std::bad_alloc&) {
+  return Fail(ERROR_NOT_ENOUGH_MEMORY);
+}

@@ -1,0 +1,60 @@
+// The C run time's streams on files, over its descriptor calls, so that names are
+// those of the Windows calls and the file of a closed stream is known to be closed.
+//
+// Not emulated: every mode but "w" and "a" (code EINVAL); text mode's line ends, which
+// pass as they are; share modes but for the one that denies nothing; a stream's
+// descriptor, and fseek.
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include <io.h>
+#include <share.h>
+
+namespace {
+
+int DescriptorIn(void* cookie) {
+  return static_cast<int>(reinterpret_cast<std::intptr_t>(cookie));
+}
+
+// 0 for a mode that is not emulated.
+int FlagsOf(const char* mode) {
+  if (std::strcmp(mode, "w") == 0) return _O_TRUNC;
+  return std::strcmp(mode, "a") == 0 ? _O_APPEND : 0;
+}
+
+// In pieces, of which a call may take a part. What is left out is the failure.
+ssize_t WriteStream(void* cookie, const char* buffer, size_t size) {
+  constexpr size_t kPiece = size_t{1} << 30;
+  size_t done = 0;
+  while (done < size) {
+    const auto piece = static_cast<unsigned int>(std::min(size - done, kPiece));
+    const int written = _write(DescriptorIn(cookie), buffer + done, piece);
+    if (written <= 0) break;
+    done += static_cast<size_t>(written);
+  }
+  return static_cast<ssize_t>(done);
+}
+
+int CloseStream(void* cookie) {
+  return _close(DescriptorIn(cookie));
+}
+
+}  // namespace
+
+FILE* _fsopen(const char* path, const char* mode, int share) {
+  const int flags = FlagsOf(mode);
+  if (flags == 0 || share != _SH_DENYNO) {
+    errno = EINVAL;
+    return nullptr;
+  }
+  const int fd =
+      _open(path, _O_WRONLY | _O_CREAT | flags | _O_TEXT, _S_IREAD | _S_IWRITE);
+  if (fd < 0) return nullptr;
+  void* const cookie = reinterpret_cast<void*>(std::intptr_t{fd});
+  FILE* const stream =
+      fopencookie(cookie, mode, {nullptr, WriteStream, nullptr, CloseStream});
+  if (stream == nullptr) _close(fd);
+  return stream;
+}

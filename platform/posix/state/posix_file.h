@@ -1,0 +1,82 @@
+#pragma once
+
+// The files that this layer has open. A handle is the number of its descriptor, so
+// that one kept in 32 bits widens to the same handle and a socket is one as it is;
+// only descriptor 0 bears another number, since no handle is null. Descriptors
+// that were opened by other means (the standard ones, sockets) count as well.
+
+#include <sys/types.h>
+
+#include <string>
+#include <utility>
+
+#include <windows.h>
+
+namespace posix {
+
+// Rights that an open asks for or shares: the bits of FILE_SHARE_*.
+constexpr unsigned kRead = FILE_SHARE_READ;
+constexpr unsigned kWrite = FILE_SHARE_WRITE;
+constexpr unsigned kDelete = FILE_SHARE_DELETE;
+constexpr unsigned kAllRights = kRead | kWrite | kDelete;
+
+struct OpenFile {
+  bool open = false;
+  unsigned access = 0;
+  unsigned share = kAllRights;
+  dev_t device = 0;
+  ino_t inode = 0;
+  bool isRegular = false;
+  bool isProcess = false;
+  int textMode = 0x4000;    // _O_TEXT or _O_BINARY
+  std::string removeAtEnd;  // the path to remove when the file is closed
+};
+
+HANDLE HandleOf(int fd);
+/// The descriptor of a handle, or -1; whether it is open is not looked at.
+int DescriptorOf(HANDLE handle);
+
+/// Whether the descriptor is open, by whatever means.
+bool IsOpen(int fd);
+
+/// The access of an open descriptor in `access`; false when it is not open.
+bool AccessOf(int fd, unsigned& access);
+
+/// Whether it is an open process's.
+bool IsProcess(int fd);
+
+/// Enters a freshly opened descriptor. False when another open of the same file
+/// has what this one does not share, or does not share what it has; the caller
+/// then closes the descriptor, as it does after std::bad_alloc.
+bool EnterFile(int fd, const OpenFile& file);
+
+/// Whether some open of the file does not share its deletion. `fd` is any open
+/// descriptor of it, or -1 to ask this process's opens alone.
+bool DeletionIsDenied(int fd, dev_t device, ino_t inode);
+
+/// Closes a descriptor and forgets its file: the errno value, 0 on success. Takes
+/// no memory.
+int CloseFile(int fd) noexcept;
+
+/// Owns a freshly opened descriptor, or -1 for none, until it is released.
+class NewDescriptor {
+ public:
+  explicit NewDescriptor(int fd) : fd_(fd) {}
+  NewDescriptor(const NewDescriptor&) = delete;
+  NewDescriptor& operator=(const NewDescriptor&) = delete;
+  ~NewDescriptor() {
+    if (fd_ >= 0) CloseFile(fd_);
+  }
+
+  int Get() const { return fd_; }
+  int Release() { return std::exchange(fd_, -1); }
+
+ private:
+  int fd_;
+};
+
+/// Sets how the C run time reads and writes a descriptor, and returns how it did;
+/// -1 when it is not open.
+int ExchangeTextMode(int fd, int mode);
+
+}  // namespace posix

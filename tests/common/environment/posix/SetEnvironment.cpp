@@ -1,0 +1,15 @@
+#include <cstdlib>
+
+#include "common/environment/ScopedEnvironment.h"
+
+void SetEnvironment(const char* name, const char* value) {
+  if (value == nullptr) {
+    unsetenv(name);
+  } else {
+    setenv(name, value, 1);
+  }
+}
+
+void SetEmptyForChildren(const char* name) {
+  setenv(name, "", 1);
+}

@@ -1,0 +1,8 @@
+#include "common/environment/FileSizeLimit.h"
+
+FileSizeLimit::FileSizeLimit(int) {}
+FileSizeLimit::~FileSizeLimit() = default;
+
+bool FileSizeLimit::IsAvailable() {
+  return false;
+}

@@ -1,5 +1,0 @@
-#include "common/TempRoot.h"
-
-std::string TempRoot() {
-  return "/tmp/";
-}

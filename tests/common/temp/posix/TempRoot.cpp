@@ -1,0 +1,5 @@
+#include "common/temp/TempRoot.h"
+
+std::string TempRoot() {
+  return "/tmp/";
+}

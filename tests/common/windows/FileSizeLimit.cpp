@@ -1,8 +1,0 @@
-#include "common/FileSizeLimit.h"
-
-FileSizeLimit::FileSizeLimit(int) {}
-FileSizeLimit::~FileSizeLimit() = default;
-
-bool FileSizeLimit::IsAvailable() {
-  return false;
-}

@@ -1,0 +1,168 @@
+// The C run time's calls on descriptors.
+
+#include <fcntl.h>
+#include <io.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+
+#include "common/handle/AsHandle.h"
+#include "platform/PlatformTest.h"
+
+namespace {
+
+constexpr int kNoFile = 9999;  // a descriptor that nobody has
+
+// errno after a call that is to give -1.
+template <typename Call>
+int ErrnoOf(Call call) {
+  errno = 0;
+  const auto result = call();
+  const int number = errno;
+  EXPECT_EQ(result, -1);
+  return number;
+}
+
+int OpenErrno(const std::string& path, int flags = _O_RDONLY) {
+  return ErrnoOf([&] { return _open(path.c_str(), flags, _S_IREAD | _S_IWRITE); });
+}
+
+HANDLE HandleOf(int fd) {
+  return AsHandle(_get_osfhandle(fd));
+}
+
+}  // namespace
+
+class DescriptorTest : public PlatformTest {};
+
+TEST_F(DescriptorTest, FlagValues) {
+  EXPECT_EQ(_O_RDWR | _O_CREAT | _O_EXCL, 0x502);
+  EXPECT_EQ(_O_CREAT | _O_EXCL, 0x500);
+  EXPECT_EQ(_O_BINARY, 0x8000);
+  EXPECT_EQ(_S_IREAD | _S_IWRITE, 0600);
+}
+
+TEST_F(DescriptorTest, OpenErrors) {
+  EXPECT_EQ(OpenErrno(Name("missing")), ENOENT);
+  EXPECT_EQ(OpenErrno(Name("missing") + "\\f"), ENOENT);
+  EXPECT_EQ(OpenErrno(""), ENOENT);
+  EXPECT_EQ(OpenErrno(Name("d")), EACCES);
+  EXPECT_EQ(OpenErrno(dir_.Path() + "\\a*"), EINVAL);
+  EXPECT_EQ(OpenErrno(dir_.Path() + "\\a\\"), EINVAL);
+  EXPECT_EQ(OpenErrno(Name("a"), _O_CREAT | _O_EXCL), EEXIST);
+  EXPECT_EQ(OpenErrno(Name("d"), _O_CREAT | _O_EXCL), EEXIST);
+  const ScopedHandle alone(Open(Name("a"), GENERIC_READ, 0));
+  EXPECT_EQ(OpenErrno(Name("a")), EACCES);
+}
+
+TEST_F(DescriptorTest, OpenModes) {
+  const struct {
+    int flags;
+    const char* content;  // after writing "x"
+  } cases[] = {{_O_WRONLY, "x123456789"},
+               {_O_RDWR, "x123456789"},
+               {_O_WRONLY | _O_TRUNC, "x"},
+               {_O_WRONLY | _O_CREAT, "x123456789"},
+               {_O_RDWR | _O_CREAT | _O_TRUNC, "x"},
+               {_O_WRONLY | _O_APPEND, "0123456789x"}};
+  for (const auto& one : cases) {
+    SCOPED_TRACE(one.flags);
+    WriteWholeFile(Name("a"), "0123456789");
+    const int fd = _open(Name("a").c_str(), one.flags | _O_BINARY, _S_IREAD | _S_IWRITE);
+    ASSERT_GE(fd, 0);
+    EXPECT_EQ(_write(fd, "x", 1), 1);
+    EXPECT_EQ(_close(fd), 0);
+    EXPECT_EQ(ReadWholeFile(Name("a")), one.content);
+  }
+}
+
+TEST_F(DescriptorTest, CreatedReadOnly) {
+  const int fd = _open(Name("m").c_str(), _O_CREAT | _O_EXCL | _O_RDWR, _S_IREAD);
+  ASSERT_GE(fd, 0);
+  _close(fd);
+  EXPECT_EQ(ErrnoOf([&] { return _access(Name("m").c_str(), 2); }), EACCES);
+  EXPECT_EQ(ErrnoOf([&] { return _unlink(Name("m").c_str()); }), EACCES);
+}
+
+TEST_F(DescriptorTest, ReadsAndWrites) {
+  const int fd = _open(Name("a").c_str(), _O_RDWR | _O_BINARY);
+  char buffer[20] = {};
+  EXPECT_EQ(_read(fd, buffer, 4), 4);
+  EXPECT_EQ(_read(fd, buffer, 20), 6);
+  EXPECT_EQ(_read(fd, buffer, 20), 0);
+  EXPECT_EQ(_write(fd, "ab", 2), 2);
+  EXPECT_EQ(_write(fd, "", 0), 0);
+  EXPECT_EQ(_lseeki64(fd, 0, SEEK_END), 12);
+  EXPECT_EQ(_lseeki64(fd, -2, SEEK_CUR), 10);
+  EXPECT_EQ(_read(fd, buffer, 20), 2);
+  EXPECT_EQ(_lseeki64(fd, 1LL << 33, SEEK_SET), 1LL << 33);
+  EXPECT_EQ(ErrnoOf([&] { return _lseeki64(fd, -1, SEEK_SET); }), EINVAL);
+  EXPECT_EQ(ErrnoOf([&] { return _lseeki64(fd, 0, 5); }), EINVAL);
+  EXPECT_EQ(ErrnoOf([&] { return _read(fd, nullptr, 1); }), EINVAL);
+  EXPECT_EQ(ErrnoOf([&] { return _write(fd, nullptr, 1); }), EINVAL);
+  EXPECT_EQ(_close(fd), 0);
+}
+
+TEST_F(DescriptorTest, WrongAccess) {
+  const int reader = _open(Name("a").c_str(), _O_RDONLY);
+  const int writer = _open(Name("a").c_str(), _O_WRONLY);
+  char byte;
+  EXPECT_EQ(ErrnoOf([&] { return _write(reader, "x", 1); }), EBADF);
+  EXPECT_EQ(ErrnoOf([&] { return _read(writer, &byte, 1); }), EBADF);
+  EXPECT_EQ(_read(writer, &byte, 0), 0);
+  _close(reader);
+  _close(writer);
+}
+
+TEST_F(DescriptorTest, BadDescriptors) {
+  char byte;
+  for (const int fd : {-1, kNoFile}) {
+    EXPECT_EQ(ErrnoOf([&] { return _read(fd, &byte, 1); }), EBADF);
+    EXPECT_EQ(ErrnoOf([&] { return _write(fd, &byte, 1); }), EBADF);
+    EXPECT_EQ(ErrnoOf([&] { return _lseeki64(fd, 0, SEEK_SET); }), EBADF);
+    EXPECT_EQ(ErrnoOf([&] { return _setmode(fd, _O_BINARY); }), EBADF);
+    EXPECT_EQ(ErrnoOf([&] { return _get_osfhandle(fd); }), EBADF);
+    EXPECT_EQ(ErrnoOf([&] { return _close(fd); }), EBADF);
+  }
+}
+
+TEST_F(DescriptorTest, FullDisk) {
+  const int fd = _open("Z:\\dev\\full", _O_WRONLY | _O_BINARY);
+  ASSERT_GE(fd, 0);
+  EXPECT_EQ(ErrnoOf([&] { return _write(fd, "x", 1); }), ENOSPC);
+  _close(fd);
+}
+
+TEST_F(DescriptorTest, TextModeIsKeptAndTold) {
+  const int text = _open(Name("a").c_str(), _O_RDONLY);
+  const int binary = _open(Name("a").c_str(), _O_RDONLY | _O_BINARY);
+  EXPECT_EQ(_setmode(text, _O_BINARY), _O_TEXT);
+  EXPECT_EQ(_setmode(text, _O_TEXT), _O_BINARY);
+  EXPECT_EQ(_setmode(binary, _O_BINARY), _O_BINARY);
+  EXPECT_EQ(ErrnoOf([&] { return _setmode(binary, 123); }), EINVAL);
+  _close(text);
+  _close(binary);
+}
+
+TEST_F(DescriptorTest, HandleOfADescriptor) {
+  const int fd = _open(Name("a").c_str(), _O_RDONLY | _O_BINARY);
+  const HANDLE handle = HandleOf(fd);
+  EXPECT_EQ(SizeOf(handle), 10);
+  EXPECT_EQ(ReadText(handle, 3), "012");
+  // A handle kept in 32 bits widens, with its sign, to itself.
+  const auto narrow = static_cast<int>(_get_osfhandle(fd));
+  EXPECT_EQ(_get_osfhandle(fd), narrow);
+  EXPECT_EQ(_close(fd), 0);
+  EXPECT_EQ(CodeOf([&] { return GetFileSize(handle, nullptr) != INVALID_FILE_SIZE; }),
+            DWORD{ERROR_INVALID_HANDLE});
+}
+
+TEST_F(DescriptorTest, DescriptorsDenyDeletion) {
+  const int fd = _open(Name("a").c_str(), _O_RDONLY);
+  EXPECT_EQ(ErrnoOf([&] { return _unlink(Name("a").c_str()); }), EACCES);
+  _close(fd);
+  EXPECT_EQ(_unlink(Name("a").c_str()), 0);
+  EXPECT_EQ(ErrnoOf([&] { return _unlink(Name("a").c_str()); }), ENOENT);
+  EXPECT_EQ(ErrnoOf([&] { return _unlink(Name("d").c_str()); }), EACCES);
+  EXPECT_EQ(ErrnoOf([&] { return _unlink(""); }), ENOENT);
+}

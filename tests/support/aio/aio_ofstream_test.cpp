@@ -1,0 +1,109 @@
+#include "aio/aio_ofstream.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "common/temp/TempDir.h"
+
+namespace {
+
+void Write(aio_ofstream& stream, const std::string& text) {
+  stream.write(text.data(), static_cast<int>(text.size()));
+}
+
+class aio_ofstreamTest : public testing::Test {
+ protected:
+  const TempDir directory_;
+  const std::string path_ = directory_.File("out.txt");
+};
+
+TEST_F(aio_ofstreamTest, BytesGetIntoTheFileAsGiven) {
+  const std::string bytes("line\nline\r\n\0\x1a\xff", 14);
+  aio_ofstream stream(path_.c_str());
+  EXPECT_TRUE(stream.is_open());
+  Write(stream, bytes);
+  stream.close();
+  EXPECT_TRUE(stream.good());
+  EXPECT_FALSE(stream.is_open());
+  EXPECT_EQ(ReadWholeFile(path_), bytes);
+}
+
+TEST_F(aio_ofstreamTest, OpeningEmptiesTheFile) {
+  WriteWholeFile(path_, "something old");
+  { const aio_ofstream stream(path_.c_str()); }
+  EXPECT_EQ(ReadWholeFile(path_), "");
+}
+
+TEST_F(aio_ofstreamTest, FlushHandsOnWhatIsHeld) {
+  aio_ofstream stream(path_.c_str());
+  Write(stream, "abc");
+  EXPECT_EQ(ReadWholeFile(path_), "");
+  stream.flush();
+  EXPECT_EQ(ReadWholeFile(path_), "abc");
+}
+
+TEST_F(aio_ofstreamTest, DestructorWritesWhatIsHeld) {
+  {
+    aio_ofstream stream(path_.c_str());
+    Write(stream, "abc");
+  }
+  EXPECT_EQ(ReadWholeFile(path_), "abc");
+}
+
+TEST_F(aio_ofstreamTest, LongTextInManyPieces) {
+  std::string expected;
+  aio_ofstream stream(path_.c_str());
+  for (int i = 0; i < 30000; ++i) {
+    const std::string piece = std::to_string(i);
+    Write(stream, piece);
+    expected += piece;
+  }
+  stream.close();
+  EXPECT_EQ(ReadWholeFile(path_), expected);
+}
+
+TEST_F(aio_ofstreamTest, LengthOfZeroOrLessWritesNothing) {
+  aio_ofstream stream(path_.c_str());
+  stream.write("abc", 0);
+  stream.write("abc", -1);
+  stream.close();
+  EXPECT_TRUE(stream.good());
+  EXPECT_EQ(ReadWholeFile(path_), "");
+}
+
+TEST_F(aio_ofstreamTest, FileThatCannotBeMadeIsNotOpenAndNotGood) {
+  aio_ofstream stream(directory_.File("missing/out.txt").c_str());
+  EXPECT_FALSE(stream.is_open());
+  EXPECT_FALSE(stream.good());
+  Write(stream, "abc");
+  stream.flush();
+  stream.close();
+  EXPECT_FALSE(stream.good());
+}
+
+TEST_F(aio_ofstreamTest, ClosedStreamFailsAndWritesNothing) {
+  aio_ofstream stream(path_.c_str());
+  Write(stream, "abc");
+  stream.close();
+  stream.close();
+  EXPECT_TRUE(stream.good());
+  Write(stream, "def");
+  EXPECT_FALSE(stream.good());
+  EXPECT_EQ(ReadWholeFile(path_), "abc");
+}
+
+// The device that is always full; both targets reach it under this name.
+TEST(aio_ofstream, FullDiskShowsInGood) {
+  aio_ofstream stream("/dev/full");
+  ASSERT_TRUE(stream.is_open());
+  Write(stream, "abc");
+  EXPECT_TRUE(stream.good());
+  stream.flush();
+  EXPECT_FALSE(stream.good());
+  Write(stream, "def");
+  stream.close();
+  EXPECT_FALSE(stream.good());
+}
+
+}  // namespace

@@ -1,0 +1,168 @@
+// Who may have the file open when, and what the lock file does.
+
+#include <vector>
+
+#include "common/child/ChildProcess.h"
+#include "common/failing/FailingCall.h"
+#include "utl/multisection/MultisectionTest.h"
+
+namespace {
+
+using MultisectionLockTest = MultisectionTest;
+
+constexpr char kLocked[] = "Cannot create the lock file.";
+
+TEST_F(MultisectionLockTest, LockFileExistsWhileOpenForUpdate) {
+  WriteImage({});
+  {
+    const utl_MultisectionFile file(path_, utl_FileAccessUpdate);
+    EXPECT_EQ("model.dat.lock", OtherFiles());
+    EXPECT_EQ("", ReadWholeFile(lock_));
+  }
+  EXPECT_EQ("", OtherFiles());
+}
+
+TEST_F(MultisectionLockTest, LockFileExistsWhileOpenForWriting) {
+  {
+    const utl_MultisectionFile file(path_, utl_FileAccessWrite);
+    EXPECT_EQ("model.dat.lock", OtherFiles());
+  }
+  EXPECT_EQ("", OtherFiles());
+}
+
+TEST_F(MultisectionLockTest, ReaderTakesNoLock) {
+  WriteImage({});
+  const utl_MultisectionFile file(path_, utl_FileAccessRead);
+  EXPECT_EQ("", OtherFiles());
+}
+
+TEST_F(MultisectionLockTest, LeftOverLockRefusesUpdateAndStays) {
+  WriteImage({{"a", "1"}});
+  WriteWholeFile(lock_, "");
+  EXPECT_CONTENTS_ERROR(utl_MultisectionFile(path_, utl_FileAccessUpdate), kLocked);
+  EXPECT_EQ("model.dat.lock", OtherFiles());
+  EXPECT_EQ(BuildImage({{"a", "1"}}), ReadWholeFile(file_));
+}
+
+TEST_F(MultisectionLockTest, GivesUpAfterTenAttemptsTenMillisecondsApart) {
+  WriteImage({});
+  WriteWholeFile(lock_, "");
+  std::vector<DWORD> pauses;
+  const InsteadOfSleep sleep([&](DWORD milliseconds) { pauses.push_back(milliseconds); });
+  EXPECT_CONTENTS_ERROR(utl_MultisectionFile(path_, utl_FileAccessUpdate), kLocked);
+  EXPECT_EQ(std::vector<DWORD>(10, 10), pauses);
+}
+
+TEST_F(MultisectionLockTest, TheTenthAttemptIsTheLast) {
+  WriteImage({});
+  for (const int freedAfter : {9, 10}) {
+    WriteWholeFile(lock_, "");
+    int pauses = 0;
+    const InsteadOfSleep sleep([&](DWORD) {
+      if (++pauses == freedAfter) {
+        std::filesystem::remove(lock_);
+      }
+    });
+    if (freedAfter == 9) {
+      const utl_MultisectionFile file(path_, utl_FileAccessUpdate);
+      EXPECT_EQ("model.dat.lock", OtherFiles());
+    } else {
+      EXPECT_CONTENTS_ERROR(utl_MultisectionFile(path_, utl_FileAccessUpdate), kLocked);
+    }
+    EXPECT_EQ("", OtherFiles());
+  }
+}
+
+TEST_F(MultisectionLockTest, DirectoryInTheLocksPlaceRefusesUpdateAndStays) {
+  WriteImage({});
+  std::filesystem::create_directory(lock_);
+  const InsteadOfSleep sleep([](DWORD) {});
+  EXPECT_CONTENTS_ERROR(utl_MultisectionFile(path_, utl_FileAccessUpdate), kLocked);
+  EXPECT_TRUE(std::filesystem::is_directory(lock_));
+}
+
+TEST_F(MultisectionLockTest, LeftOverLockIsIgnoredByAReader) {
+  WriteImage({{"a", "1"}});
+  WriteWholeFile(lock_, "");
+  {
+    utl_MultisectionFile file(path_, utl_FileAccessRead);
+    EXPECT_EQ("1", Get(file, "a"));
+  }
+  EXPECT_EQ("model.dat.lock", OtherFiles());
+}
+
+TEST_F(MultisectionLockTest, WritingEmptiesTheFileBeforeItIsLocked) {
+  WriteImage({{"a", "1"}});
+  WriteWholeFile(lock_, "");
+  EXPECT_CONTENTS_ERROR(utl_MultisectionFile(path_, utl_FileAccessWrite), kLocked);
+  EXPECT_EQ("", ReadWholeFile(file_));
+}
+
+TEST_F(MultisectionLockTest, FailedOpeningRemovesItsLock) {
+  WriteWholeFile(file_, "not a multisection file");
+  EXPECT_CONTENTS_ERROR(utl_MultisectionFile(path_, utl_FileAccessUpdate),
+                        "Invalid file type");
+  EXPECT_EQ("", OtherFiles());
+  WriteImage({});
+  const utl_MultisectionFile again(path_, utl_FileAccessUpdate);
+}
+
+TEST_F(MultisectionLockTest, SecondWriterInTheProcessIsRefusedByTheShareMode) {
+  WriteImage({{"a", "1"}});
+  utl_MultisectionFile first(path_, utl_FileAccessUpdate);
+  EXPECT_THROW_TEXT(
+      utl_MultisectionFile(path_, utl_FileAccessUpdate), utl_FileExceptionOpen,
+      utl_FileExceptionOpen(32, path_, "CreateFile in OpenUpdate").AsString());
+  EXPECT_THROW_TEXT(
+      utl_MultisectionFile(path_, utl_FileAccessWrite), utl_FileExceptionOpen,
+      utl_FileExceptionOpen(32, path_, "CreateFile in OpenWrite").AsString());
+  EXPECT_EQ("1", Get(first, "a"));
+  EXPECT_EQ("model.dat.lock", OtherFiles());
+}
+
+TEST_F(MultisectionLockTest, ReaderBesideAWriter) {
+  WriteImage({{"a", "1"}});
+  utl_MultisectionFile writer(path_, utl_FileAccessUpdate);
+  utl_MultisectionFile reader(path_, utl_FileAccessRead);
+  EXPECT_EQ("1", Get(reader, "a"));
+  Set(writer, "a", "2");
+  writer.saveChanges();
+  utl_MultisectionFile later(path_, utl_FileAccessRead);
+  EXPECT_EQ("2", Get(later, "a"));
+}
+
+// Opens for update and keeps the file open until told to end.
+TEST_CHILD(holdMultisectionFile) {
+  const utl_MultisectionFile file(argv[1], utl_FileAccessUpdate);
+  ChildWriteLine("open");
+  ChildReadLine();
+  return 0;
+}
+
+TEST_F(MultisectionLockTest, OtherProcessHoldsTheFile) {
+  WriteImage({{"a", "1"}});
+  ChildProcess child = ChildProcess::Start("holdMultisectionFile", {file_});
+  ASSERT_EQ("open", child.ReadLine());
+  EXPECT_THROW_TEXT(
+      utl_MultisectionFile(path_, utl_FileAccessUpdate), utl_FileExceptionOpen,
+      utl_FileExceptionOpen(32, path_, "CreateFile in OpenUpdate").AsString());
+  {
+    utl_MultisectionFile reader(path_, utl_FileAccessRead);
+    EXPECT_EQ("1", Get(reader, "a"));
+  }
+  child.WriteLine("end");
+  EXPECT_EQ(0, child.Wait());
+  EXPECT_EQ("", OtherFiles());
+  const utl_MultisectionFile now(path_, utl_FileAccessUpdate);
+}
+
+TEST_F(MultisectionLockTest, KilledProcessLeavesItsLock) {
+  WriteImage({{"a", "1"}});
+  ChildProcess child = ChildProcess::Start("holdMultisectionFile", {file_});
+  ASSERT_EQ("open", child.ReadLine());
+  child.Kill();
+  EXPECT_CONTENTS_ERROR(utl_MultisectionFile(path_, utl_FileAccessUpdate), kLocked);
+  EXPECT_EQ("model.dat.lock", OtherFiles());
+}
+
+}  // namespace

@@ -1,0 +1,241 @@
+// Many processes on one file, and processes that die while they save.
+
+#include <windows.h>
+
+#include <chrono>
+#include <random>
+#include <thread>
+
+#include "common/child/ChildProcess.h"
+#include "utl/multisection/MultisectionTest.h"
+
+namespace {
+
+using MultisectionProcessTest = MultisectionTest;
+
+constexpr int kProcesses = 20;
+constexpr int kUpdates = 50;
+
+// Adds 1 to the number in the section "counter". False when another process was at it:
+// it has the file open, or has closed it but not yet removed its lock.
+bool TryToCount(const cow_String& path) {
+  const atr_String inUse =
+      utl_FileExceptionOpen(32, path, "CreateFile in OpenUpdate").AsString();
+  const atr_String locked = "\"" + path + "\": Cannot create the lock file.";
+  try {
+    utl_MultisectionFile file(path, utl_FileAccessUpdate);
+    std::string digits(static_cast<std::size_t>(file.getSectionLength("counter")), '?');
+    file.getSectionData("counter", digits.data());
+    digits = std::to_string(std::stoi(digits) + 1);
+    file.setSectionData("counter", digits.data(), static_cast<int>(digits.size()));
+    file.saveChanges();
+    return true;
+  } catch (const utl_FileExceptionOpen& refusal) {
+    if (refusal.AsString() == inUse) {
+      return false;
+    }
+    throw;
+  } catch (const nex_TextException& refusal) {
+    if (refusal.AsString() == locked) {
+      return false;
+    }
+    throw;
+  }
+}
+
+TEST_CHILD(countInMultisectionFile) {
+  ChildWriteLine("ready");
+  ChildReadLine();
+  try {
+    for (int i = 0; i < kUpdates; ++i) {
+      while (!TryToCount(argv[1])) {
+        Sleep(1);
+      }
+    }
+  } catch (const nex_TextException& error) {
+    ChildWriteLine(error.AsString().c_str());
+    return 1;
+  }
+  ChildWriteLine("done");
+  return 0;
+}
+
+TEST_F(MultisectionProcessTest, NoUpdateOfManyProcessesIsLost) {
+  WriteImage({{"counter", "0"}});
+  std::vector<ChildProcess> children;
+  for (int i = 0; i < kProcesses; ++i) {
+    children.push_back(ChildProcess::Start("countInMultisectionFile", {file_}));
+  }
+  for (ChildProcess& child : children) {
+    ASSERT_EQ("ready", child.ReadLine());
+  }
+  for (ChildProcess& child : children) {
+    child.WriteLine("go");
+  }
+  for (ChildProcess& child : children) {
+    EXPECT_EQ("done", child.ReadLine());
+    EXPECT_EQ(0, child.Wait());
+  }
+  EXPECT_EQ(BuildImage({{"counter", std::to_string(kProcesses * kUpdates)}}),
+            ReadWholeFile(file_));
+  EXPECT_EQ("", OtherFiles());
+}
+
+// What the file holds after save number `number`; sizes go up and down.
+Image Generation(int number) {
+  const auto size = static_cast<std::size_t>(1 + number * 7 % 4) * 600000;
+  Image image = {{"number", std::to_string(number)}};
+  for (const char* name : {"displacements", "forces", "reactions"}) {
+    image.push_back({name, std::string(size, static_cast<char>('a' + number % 26))});
+  }
+  return image;
+}
+
+// Saves one generation after another, saying so before and after each.
+TEST_CHILD(saveMultisectionFileAgainAndAgain) {
+  utl_MultisectionFile file(argv[1], utl_FileAccessUpdate);
+  for (int number = 1; number < 1000; ++number) {
+    for (const ImageSection& section : Generation(number)) {
+      file.setSectionData(cow_String(std::string_view(section.name)), section.data.data(),
+                          static_cast<int>(section.data.size()));
+    }
+    ChildWriteLine("saving " + std::to_string(number));
+    file.saveChanges();
+    ChildWriteLine("saved " + std::to_string(number));
+  }
+  return 0;
+}
+
+/// A process killed in or near a save: the generations that may be found.
+struct Killed {
+  int old = 0;
+  int fresh = 0;
+};
+
+// Kills at a random time after a save began, or, `inCopy`, as soon as the file's size
+// changes, which is where the copy over it begins.
+Killed KillWhileSaving(const std::string& file, std::mt19937& random, bool inCopy) {
+  ChildProcess child = ChildProcess::Start("saveMultisectionFileAgainAndAgain", {file});
+  const std::string moment = "saving " + std::to_string(1 + random() % 3);
+  Killed killed;
+  const auto note = [&killed](const std::string& line) {
+    const int number = std::stoi(line.substr(line.find(' ')));
+    (line.starts_with("saved") ? killed.old : killed.fresh) = number;
+  };
+  for (std::string line; line != moment;) {
+    line = child.ReadLine();
+    note(line);
+  }
+  if (inCopy) {
+    const auto size = std::filesystem::file_size(file);
+    while (std::filesystem::file_size(file) == size) {
+    }
+  } else {
+    std::this_thread::sleep_for(std::chrono::microseconds(random() % 12000));
+  }
+  child.Kill();
+  for (std::string line = child.ReadLine(); !line.empty(); line = child.ReadLine()) {
+    note(line);
+  }
+  return killed;
+}
+
+// Recovery by the format page, without the library: the file if it is complete, else
+// the temporary file if it is whole; both leftovers go. The file's bytes then.
+std::string Recover(const std::string& file) {
+  namespace fs = std::filesystem;
+  fs::path temporary;
+  for (const auto& entry : fs::directory_iterator(fs::path(file).parent_path())) {
+    if (entry.path().extension() == ".tmp") {
+      temporary = entry.path();
+    }
+  }
+  if (!ParseImage(ReadWholeFile(file)) && !temporary.empty()) {
+    const std::string bytes = ReadWholeFile(temporary.string());
+    if (IsWholeImage(bytes)) {
+      WriteWholeFile(file, bytes);
+    }
+  }
+  fs::remove(temporary);
+  fs::remove(file + ".lock");
+  return ReadWholeFile(file);
+}
+
+// A few bytes; the sizes of numbers 0 and 4 are the same.
+Image Small(int number) {
+  return {{"number", std::to_string(number)},
+          {"data", std::string(static_cast<std::size_t>(1 + number * 7 % 4), 'x')}};
+}
+
+// Makes the states that a save from `old` to `fresh` goes through, and recovers from
+// each. Those in which the file is still the old one count as not saved if `old` is
+// complete.
+void ExpectRecoveryFromEveryStage(const std::string& file, const std::string& old,
+                                  const std::string& fresh) {
+  const std::string temporary = file + ".4711.tmp";
+  for (std::size_t written = 0; written < fresh.size(); ++written) {
+    WriteWholeFile(file, old);
+    WriteWholeFile(temporary, fresh.substr(0, written));
+    EXPECT_EQ(old, Recover(file)) << written << " written";
+  }
+  std::string resized = old;
+  resized.resize(fresh.size());
+  for (std::size_t copied = 0; copied <= fresh.size(); ++copied) {
+    const std::string stage = fresh.substr(0, copied) + resized.substr(copied);
+    WriteWholeFile(file, stage);
+    WriteWholeFile(temporary, fresh);
+    EXPECT_EQ(stage == old && ParseImage(old) ? old : fresh, Recover(file))
+        << copied << " copied";
+  }
+}
+
+TEST_F(MultisectionProcessTest, RecoveryFromEveryStageOfASave) {
+  for (int number = 1; number <= 4; ++number) {
+    SCOPED_TRACE(number);
+    ExpectRecoveryFromEveryStage(file_, BuildImage(Small(0)), BuildImage(Small(number)));
+  }
+  EXPECT_EQ("", OtherFiles());
+}
+
+// A save carries damage along, so neither file is ever complete.
+TEST_F(MultisectionProcessTest, RecoveryOfAFileThatWasDamagedBeforeTheSave) {
+  const auto damaged = [](const std::string& data) {
+    std::string bytes = BuildImage({{"damaged", "abc"}, {"set", data}});
+    bytes[bytes.size() - data.size() - 1] = 'X';
+    return bytes;
+  };
+  for (const char* data : {"new", "longer", ""}) {
+    SCOPED_TRACE(data);
+    ExpectRecoveryFromEveryStage(file_, damaged("old"), damaged(data));
+  }
+}
+
+// The same with a negative length.
+TEST_F(MultisectionProcessTest, RecoveryOfAFileWithANegativeLength) {
+  const std::string entry = ImageInt(1) + "a" + ImageInt(-2) + ImageInt(0);
+  ExpectRecoveryFromEveryStage(file_, ImageHeader(1) + entry,
+                               ImageHeader(2) + entry + ImageEntry({"b", "22"}) + "22");
+}
+
+TEST_F(MultisectionProcessTest, KilledSaveLeavesTheOldOrTheNewFileOrACompleteCopy) {
+  constexpr int kRounds = 20;
+  std::mt19937 random(20);
+  for (int round = 0; round < kRounds; ++round) {
+    SCOPED_TRACE("round " + std::to_string(round));
+    WriteImage(Generation(0));
+    const Killed killed = KillWhileSaving(file_, random, round % 2 != 0);
+    const std::optional<Image> found = ParseImage(Recover(file_));
+    ASSERT_TRUE(found == Generation(killed.old) || found == Generation(killed.fresh))
+        << (found ? found->front().data : "nothing") << " found, old " << killed.old
+        << ", new " << killed.fresh;
+
+    // The library goes on from there.
+    EXPECT_EQ("", OtherFiles());
+    utl_MultisectionFile file(path_, utl_FileAccessUpdate);
+    for (const ImageSection& section : *found) {
+      ASSERT_EQ(section.data, Get(file, section.name));
+    }
+  }
+}
+
+}  // namespace

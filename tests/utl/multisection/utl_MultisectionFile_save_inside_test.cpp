@@ -1,0 +1,126 @@
+// Saves that fail, and what they leave behind.
+
+#include <limits>
+#include <system_error>
+
+#include <windows.h>
+
+#include "common/expect/PeakMemory.h"
+#include "utl/multisection/MultisectionTest.h"
+
+namespace {
+
+class MultisectionSaveTest : public MultisectionTest {
+ protected:
+  const std::string temporary_ =
+      file_ + "." + std::to_string(GetCurrentProcessId()) + ".tmp";
+};
+
+TEST_F(MultisectionSaveTest, FileOpenForReadingFailsAtItsExtension) {
+  WriteImage({{"a", "old"}});
+  utl_MultisectionFile file(path_, utl_FileAccessRead);
+  Set(file, "a", "new data");
+  EXPECT_THROW_TEXT(file.saveChanges(), nex_TextException,
+                    "utl_File::Extend - attempt to extend a read-only file.");
+  EXPECT_EQ("", OtherFiles());
+  EXPECT_EQ(BuildImage({{"a", "old"}}), ReadWholeFile(file_));
+}
+
+TEST_F(MultisectionSaveTest, SectionsWrittenBeforeAFailureCountAsSaved) {
+  WriteImage({{"a", "old"}});
+  utl_MultisectionFile file(path_, utl_FileAccessRead);
+  Set(file, "a", "longer than the whole file was before it was set");
+  EXPECT_THROW_TEXT(file.saveChanges(), nex_TextException,
+                    "utl_File::Extend - attempt to extend a read-only file.");
+  EXPECT_EQ(48, file.getSectionLength("a"));
+  EXPECT_END_OF_FILE(Get(file, "a"));
+}
+
+TEST_F(MultisectionSaveTest, TemporaryFileThatCannotBeMade) {
+  WriteImage({{"a", "old"}});
+  std::filesystem::create_directory(temporary_);
+  utl_MultisectionFile file(path_, utl_FileAccessUpdate);
+  Set(file, "a", "new");
+  EXPECT_THROW_TEXT(
+      file.saveChanges(), utl_FileExceptionOpen,
+      utl_FileExceptionOpen(5, temporary_.c_str(), "CreateFile in OpenWrite").AsString());
+  EXPECT_EQ(BuildImage({{"a", "old"}}), ReadWholeFile(file_));
+
+  std::filesystem::remove(temporary_);
+  EXPECT_EQ("new", Get(file, "a")) << "still in memory";
+  file.saveChanges();
+  EXPECT_EQ(BuildImage({{"a", "new"}}), ReadWholeFile(file_));
+}
+
+TEST_F(MultisectionSaveTest, LeftOverTemporaryFileIsReplacedAndDeleted) {
+  WriteWholeFile(temporary_, std::string(1000, 'x'));
+  utl_MultisectionFile(path_, utl_FileAccessWrite).saveChanges();
+  EXPECT_EQ(ImageHeader(0), ReadWholeFile(file_));
+  EXPECT_EQ("", OtherFiles());
+}
+
+TEST_F(MultisectionSaveTest, SectionThatTheFileLacksFailsBeforeTheFileIsTouched) {
+  const std::string damaged = ImageHeader(3) + ImageEntry({"a", "1"}) +
+                              ImageEntry({"b", "lost"}) + ImageEntry({"c", "3"}) + "1";
+  WriteWholeFile(file_, damaged);
+  utl_MultisectionFile file(path_, utl_FileAccessUpdate);
+  Set(file, "a", "new");
+  Set(file, "c", "new too");
+  EXPECT_END_OF_FILE(file.saveChanges());
+  EXPECT_EQ(damaged, ReadWholeFile(file_));
+  EXPECT_EQ("model.dat.lock", OtherFiles());
+  EXPECT_END_OF_FILE(Get(file, "a")) << "was written to the temporary file";
+  EXPECT_EQ("new too", Get(file, "c")) << "was not";
+}
+
+TEST_F(MultisectionSaveTest, HugeLengthOfASmallFileTakesNoMemory) {
+  const std::int64_t before = PeakMemory();
+  WriteWholeFile(file_, ImageHeader(1) + ImageInt(1) + "a" + ImageInt(2000000000) +
+                            ImageInt(0) + "123");
+  utl_MultisectionFile file(path_, utl_FileAccessUpdate);
+  EXPECT_END_OF_FILE(file.saveChanges());
+  EXPECT_LT(PeakMemory() - before, 256 * 1024 * 1024);
+}
+
+// A total of exactly 2^31 - 1 passes the check, and then lacks its data.
+TEST_F(MultisectionSaveTest, TotalBeyondTheLimitIsRefusedBeforeAnythingIsTouched) {
+  constexpr std::int64_t kMax = std::numeric_limits<std::int32_t>::max();
+  const std::int64_t rest = kMax - (12 + 2 * 13 + 3);
+  for (const std::int64_t beyond : {0, 1}) {
+    const std::string bytes = ImageHeader(2) + ImageInt(1) + "a" +
+                              ImageInt(rest + beyond) + ImageInt(0) +
+                              ImageEntry({"b", "abc"});
+    WriteWholeFile(file_, bytes);
+    utl_MultisectionFile file(path_, utl_FileAccessUpdate);
+    Set(file, "b", "xyz");
+    if (beyond == 0) {
+      EXPECT_END_OF_FILE(file.saveChanges());
+    } else {
+      EXPECT_CONTENTS_ERROR(file.saveChanges(), "Total size exceeds 2147483647 bytes");
+    }
+    EXPECT_EQ(bytes, ReadWholeFile(file_));
+    EXPECT_EQ("xyz", Get(file, "b")) << "still in memory";
+    EXPECT_EQ("model.dat.lock", OtherFiles());
+  }
+}
+
+TEST_F(MultisectionSaveTest, FullDiskLeavesTheFileAndTheData) {
+  std::error_code error;
+  std::filesystem::create_symlink("/dev/full", temporary_, error);
+  if (error) {
+    GTEST_SKIP() << "no way to a full disk here: " << error.message();
+  }
+  WriteImage({{"a", "old"}});
+  utl_MultisectionFile file(path_, utl_FileAccessUpdate);
+  Set(file, "a", "new");
+  EXPECT_THROW_TEXT(
+      file.saveChanges(), utl_FileExceptionWrite,
+      utl_FileExceptionWrite(112, temporary_.c_str(), "WriteFile").AsString());
+  EXPECT_EQ(BuildImage({{"a", "old"}}), ReadWholeFile(file_));
+  EXPECT_EQ("model.dat.lock", OtherFiles());
+  EXPECT_EQ("new", Get(file, "a"));
+  file.saveChanges();
+  EXPECT_EQ(BuildImage({{"a", "new"}}), ReadWholeFile(file_));
+}
+
+}  // namespace

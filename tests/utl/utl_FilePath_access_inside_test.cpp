@@ -1,0 +1,66 @@
+// What a path asks of the system where it may not write.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "common/child/ChildProcess.h"
+#include "common/environment/OtherUser.h"
+#include "common/failing/FailingCall.h"
+#include "common/temp/TempDir.h"
+#include "utl/utl_FilePath.h"
+
+namespace {
+
+TEST(utl_FilePathAccess, IsWriteableTriesAFileThatGoesWithItsHandle) {
+  TempDir dir;
+  const WatchedCreateFile watched;
+  EXPECT_TRUE(utl_FilePath("new.dat", cow_String(dir.ShownPath())).IsWriteable());
+  EXPECT_EQ(watched.Last(),
+            (CreateFileArguments{0x40000000, 0, 1, 0x4000100, false, false}));
+}
+
+TEST(utl_FilePathAccess, NothingIsTriedWhereTheFileExists) {
+  TempDir dir;
+  WriteWholeFile(dir.File("f"), "kept");
+  const FailingCall create(SystemCall::kCreateFile, ERROR_ACCESS_DENIED);
+  EXPECT_TRUE(utl_FilePath("f", cow_String(dir.ShownPath())).IsWriteable());
+  EXPECT_FALSE(create.Happened());
+  EXPECT_EQ(ReadWholeFile(dir.File("f")), "kept");
+}
+
+// Not even root makes files there.
+TEST(utl_FilePathAccess, DirectoryWhereNobodyWritesIsNotWriteable) {
+  EXPECT_FALSE(utl_FilePath("new.dat", "Z:\\sys\\kernel").IsWriteable());
+}
+
+TEST_CHILD(tryReadOnlyDirectory) {
+  if (!BecomeOtherUser()) return 2;
+  return utl_FilePath("new.dat", argv[1]).IsWriteable() ? 1 : 0;
+}
+
+TEST(utl_FilePathAccess, ReadOnlyDirectoryIsNotWriteableAndGetsNoFile) {
+  TempDir dir;
+  ForbidCreation(dir.Path());
+  const int result =
+      ChildProcess::Start("tryReadOnlyDirectory", {dir.ShownPath()}).Wait();
+  AllowCreation(dir.Path());
+  EXPECT_TRUE(std::filesystem::is_empty(dir.Path()));
+  if (result == 2) GTEST_SKIP() << "no other user than root to be had on this target";
+  EXPECT_EQ(result, 0);
+}
+
+TEST(utl_FilePathAccess, RefusedQuestionsAreAnsweredByFalse) {
+  TempDir dir;
+  WriteWholeFile(dir.File("run.exe"), "");
+  const utl_FilePath path("run.exe", cow_String(dir.ShownPath()));
+  const auto refused = [&](bool (utl_FilePath::*query)() const) {
+    const FailingCall failing(SystemCall::kAccess, ERROR_ACCESS_DENIED);
+    return !(path.*query)() && failing.Happened();
+  };
+  EXPECT_TRUE(refused(&utl_FilePath::Exists));
+  EXPECT_TRUE(refused(&utl_FilePath::IsReadable));
+  EXPECT_TRUE(refused(&utl_FilePath::IsExecutable));
+}
+
+}  // namespace

@@ -1,0 +1,219 @@
+// Waiting for a lock, and threads that contend for one.
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "common/handle/Pipe.h"
+#include "utl/FlockTest.h"
+
+namespace {
+
+// A call in a thread of its own, which may wait.
+class WaitingLock {
+ public:
+  WaitingLock(int descriptor, int mode)
+      : thread_([this, descriptor, mode] {
+          started_ = true;
+          result_ = utl_flock(descriptor, mode);
+          done_ = true;
+        }) {
+    while (!started_) std::this_thread::yield();
+  }
+  ~WaitingLock() {
+    if (thread_.joinable()) thread_.join();
+  }
+  WaitingLock(const WaitingLock&) = delete;
+  WaitingLock& operator=(const WaitingLock&) = delete;
+
+  // Gives it time to go wrong; whatever the time, a right one has not returned.
+  bool IsWaiting() const {
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    return !done_;
+  }
+  int Result() {
+    thread_.join();
+    return result_;
+  }
+
+ private:
+  std::atomic<bool> started_ = false;
+  std::atomic<bool> done_ = false;
+  int result_ = -2;
+  std::thread thread_;
+};
+
+}  // namespace
+
+TEST_F(utl_flockTest, WaitsForAnotherDescriptor) {
+  const struct {
+    int held;
+    int asked;
+  } cases[] = {{kExclusive, kShared}, {kExclusive, kExclusive}, {kShared, kExclusive}};
+  for (const auto& one : cases) {
+    SCOPED_TRACE(Names(one.held, one.asked));
+    const LockedDescriptor holder(path_);
+    const LockedDescriptor waiter(path_);
+    ASSERT_EQ(ErrorOf(holder, one.held), 0);
+    WaitingLock waiting(waiter, one.asked);
+    EXPECT_TRUE(waiting.IsWaiting());
+    EXPECT_EQ(ErrorOf(holder, kUnlock), 0);
+    EXPECT_EQ(waiting.Result(), 0);
+    EXPECT_EQ(ErrorOf(holder, kTryExclusive), kLocked);
+  }
+}
+
+TEST_F(utl_flockTest, WaitsForTheOwnDescriptorToBeUnlocked) {
+  const struct {
+    int held;
+    int asked;
+  } cases[] = {{kExclusive, kExclusive}, {kShared, kExclusive}};
+  for (const auto& one : cases) {
+    SCOPED_TRACE(Names(one.held, one.asked));
+    const LockedDescriptor both(path_);
+    const LockedDescriptor other(path_);
+    ASSERT_EQ(ErrorOf(both, one.held), 0);
+    WaitingLock waiting(both, one.asked);
+    EXPECT_TRUE(waiting.IsWaiting());
+    EXPECT_EQ(ErrorOf(both, kUnlock), 0);
+    EXPECT_EQ(waiting.Result(), 0);
+    EXPECT_EQ(ErrorOf(other, kTryShared), kLocked);
+    EXPECT_EQ(ErrorOf(both, kUnlock), 0);
+    EXPECT_EQ(ErrorOf(other, kTryExclusive), 0);
+  }
+}
+
+TEST_F(utl_flockTest, WaiterOnTheSameDescriptorIsNotGivenWhatAnotherHolds) {
+  const LockedDescriptor holder(path_);
+  const LockedDescriptor both(path_);
+  ASSERT_EQ(ErrorOf(holder, kExclusive), 0);
+  WaitingLock waiting(both, kExclusive);
+  EXPECT_TRUE(waiting.IsWaiting());
+  EXPECT_EQ(ErrorOf(both, kTryShared), kLocked);
+  EXPECT_EQ(ErrorOf(both, kTryExclusive), kLocked);
+  EXPECT_NE(ErrorOf(both, kUnlock), 0);
+  EXPECT_TRUE(waiting.IsWaiting());
+  EXPECT_EQ(ErrorOf(holder, kUnlock), 0);
+  EXPECT_EQ(waiting.Result(), 0);
+  EXPECT_EQ(ErrorOf(holder, kTryShared), kLocked);
+}
+
+TEST_F(utl_flockTest, SharedGoesAheadOfAWaitingExclusive) {
+  const LockedDescriptor holder(path_);
+  const LockedDescriptor both(path_);
+  ASSERT_EQ(ErrorOf(holder, kShared), 0);
+  WaitingLock waiting(both, kExclusive);
+  EXPECT_TRUE(waiting.IsWaiting());
+  EXPECT_EQ(ErrorOf(both, kTryShared), 0);
+  EXPECT_EQ(ErrorOf(holder, kUnlock), 0);
+  EXPECT_TRUE(waiting.IsWaiting());
+  EXPECT_EQ(ErrorOf(holder, kTryShared), 0);
+  EXPECT_EQ(ErrorOf(holder, kUnlock), 0);
+  EXPECT_EQ(ErrorOf(both, kUnlock), 0);
+  EXPECT_EQ(waiting.Result(), 0);
+  EXPECT_EQ(ErrorOf(holder, kTryShared), kLocked);
+}
+
+TEST_F(utl_flockTest, WaitsForAnotherProcess) {
+  LockingProcess other(path_);
+  const LockedDescriptor one(path_);
+  for (const int mode : {kShared, kExclusive}) {
+    ASSERT_EQ(other.ErrorOf(kTryExclusive), 0);
+    WaitingLock waiting(one, mode);
+    EXPECT_TRUE(waiting.IsWaiting());
+    EXPECT_EQ(other.ErrorOf(kUnlock), 0);
+    EXPECT_EQ(waiting.Result(), 0);
+    EXPECT_EQ(ErrorOf(one, kUnlock), 0);
+  }
+  ASSERT_EQ(ErrorOf(one, kTryShared), 0);
+  other.Ask(kExclusive);
+  std::this_thread::sleep_for(std::chrono::milliseconds(30));
+  EXPECT_EQ(ErrorOf(one, kUnlock), 0);
+  EXPECT_EQ(other.Answer(), 0);
+  EXPECT_EQ(ErrorOf(one, kTryShared), kLocked);
+  other.End();
+}
+
+TEST_F(utl_flockTest, WaitEndsWhenTheHolderIsKilled) {
+  LockingProcess other(path_);
+  const LockedDescriptor one(path_);
+  ASSERT_EQ(other.ErrorOf(kTryExclusive), 0);
+  WaitingLock waiting(one, kExclusive);
+  EXPECT_TRUE(waiting.IsWaiting());
+  other.Kill();
+  EXPECT_EQ(waiting.Result(), 0);
+}
+
+TEST_F(utl_flockTest, WaitIsNotInterrupted) {
+  const LockedDescriptor holder(path_);
+  const LockedDescriptor waiter(path_);
+  ASSERT_EQ(ErrorOf(holder, kExclusive), 0);
+  const Interruptions interruptions;
+  WaitingLock waiting(waiter, kExclusive);
+  EXPECT_TRUE(waiting.IsWaiting());
+  EXPECT_EQ(ErrorOf(holder, kUnlock), 0);
+  EXPECT_EQ(waiting.Result(), 0);
+}
+
+// Each adds to a counter; without a lock, additions would be lost.
+TEST_F(utl_flockTest, ThreadsTakeTurns) {
+  constexpr int kThreads = 4;
+  constexpr int kRounds = 50;
+  for (const bool onOneDescriptor : {false, true}) {
+    SCOPED_TRACE(onOneDescriptor);
+    const LockedDescriptor common(path_);
+    int counter = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i) {
+      threads.emplace_back([&] {
+        const LockedDescriptor own(path_);
+        const int descriptor = onOneDescriptor ? common : own;
+        for (int round = 0; round < kRounds; ++round) {
+          EXPECT_EQ(utl_flock(descriptor, kExclusive), 0);
+          const int before = *const_cast<volatile int*>(&counter);
+          std::this_thread::yield();
+          *const_cast<volatile int*>(&counter) = before + 1;
+          EXPECT_EQ(utl_flock(descriptor, kUnlock), 0);
+        }
+      });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(counter, kThreads * kRounds);
+  }
+}
+
+// Nobody is beside one who has the file exclusively.
+TEST_F(utl_flockTest, ThreadsShareAndExclude) {
+  constexpr int kRounds = 100;
+  std::atomic<int> readers = 0;
+  std::atomic<int> writers = 0;
+  const auto work = [&](int access, unsigned seed) {
+    const LockedDescriptor own(path_, access);
+    for (int round = 0; round < kRounds; ++round) {
+      seed = seed * 1103515245 + 12345;
+      const int mode =
+          std::array{kShared, kExclusive, kTryShared, kTryExclusive}[seed >> 16 & 3];
+      const int error = ErrorOf(own, mode);
+      EXPECT_TRUE(error == 0 || ((mode & 4) != 0 && error == kLocked)) << error;
+      if (error != 0) continue;
+      const bool exclusive = (mode & kExclusive) != 0;
+      (exclusive ? writers : readers) += 1;
+      EXPECT_EQ(writers, exclusive ? 1 : 0);
+      std::this_thread::yield();
+      if (exclusive) {
+        EXPECT_EQ(readers, 0);
+      }
+      (exclusive ? writers : readers) -= 1;
+      EXPECT_EQ(ErrorOf(own, kUnlock), 0);
+    }
+  };
+  std::vector<std::thread> threads;
+  unsigned seed = 1;
+  for (const int access : {_O_RDWR, _O_RDONLY, _O_WRONLY, _O_RDWR}) {
+    threads.emplace_back(work, access, seed++);
+  }
+  for (std::thread& thread : threads) thread.join();
+}

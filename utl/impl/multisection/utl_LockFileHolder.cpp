@@ -1,0 +1,49 @@
+#include "utl/impl/multisection/utl_LockFileHolder.h"
+
+#include <fcntl.h>
+#include <io.h>
+#include <windows.h>
+
+namespace {
+
+constexpr int kExclusiveCreate = 0x500;  // create, and fail if the file exists
+constexpr int kWritePermission = 0x80;
+
+}  // namespace
+
+utl_LockFileHolder::utl_LockFileHolder(const cow_String& path, int attempts,
+                                       unsigned pauseMilliseconds)
+    : path_(path) {
+  acquire(attempts, pauseMilliseconds);
+}
+
+utl_LockFileHolder::~utl_LockFileHolder() {
+  if (held_) {
+    _unlink(path_.c_str());
+  }
+}
+
+bool utl_LockFileHolder::acquire(int attempts, unsigned pauseMilliseconds) {
+  for (int tries = 0; !held_ && tries < attempts; ++tries) {
+    held_ = TryOnce();
+    if (!held_) {
+      Sleep(pauseMilliseconds);
+    }
+  }
+  return held_;
+}
+
+bool utl_LockFileHolder::TryOnce() const {
+  const int descriptor = _open(path_.c_str(), kExclusiveCreate, kWritePermission);
+  if (descriptor < 0) {
+    return false;
+  }
+  _close(descriptor);
+  if (descriptor == 0) {
+    // Counts as a failure, as it always has; but the file just made must not lock the
+    // next attempt out.
+    _unlink(path_.c_str());
+    return false;
+  }
+  return true;
+}
