@@ -31,12 +31,12 @@ class KSTUTL_EXPORT rgx_ReCompileCache {
   /// How many patterns are stored.
   int Size() const noexcept;
   /// Whether the pattern is stored; compiles nothing.
-  bool IsMember(cow_String const& pattern) const;
+  bool IsMember(const cow_String& pattern) const;
 
   /// The compiled form of `pattern`, which ends at its first zero byte; compiled and
   /// stored if it is not there. Valid until the next call. Throws nex_TextException, with
   /// nothing stored and nothing evicted, when it does not compile: see rgx_funcs.h.
-  const rgx_CompiledPattern& Compiled(cow_String const& pattern);
+  const rgx_CompiledPattern& Compiled(const cow_String& pattern);
 
   // The rest is implementation.
   rgx_Matcher& Matcher() noexcept { return *matcher_; }

@@ -34,10 +34,10 @@ KSTUTL_EXPORT void rgx_finalize(int& count);
 /// result says so.
 ///
 ///     rgx_match("b+", "abbc").String();   // "bb"
-KSTUTL_EXPORT rgx_ReIterator rgx_match(cow_String const& pattern,
-                                       cow_String const& subject);
+KSTUTL_EXPORT rgx_ReIterator rgx_match(const cow_String& pattern,
+                                       const cow_String& subject);
 /// The same for a terminated subject; null reads as "".
-KSTUTL_EXPORT rgx_ReIterator rgx_match(cow_String const& pattern, char const* subject);
+KSTUTL_EXPORT rgx_ReIterator rgx_match(const cow_String& pattern, const char* subject);
 
 /// The fields of `subject` between the matches of `pattern`; without a match one field,
 /// the whole subject.
@@ -53,15 +53,15 @@ KSTUTL_EXPORT rgx_ReIterator rgx_match(cow_String const& pattern, char const* su
 /// match ends where the remaining text starts, since it would never get on; the remaining
 /// text may be empty itself. No match is found behind a zero byte: all text from there on
 /// belongs to the last field.
-KSTUTL_EXPORT cow_1DArrayList<cow_String> rgx_split(cow_String const& pattern,
-                                                    cow_String const& subject);
+KSTUTL_EXPORT cow_1DArrayList<cow_String> rgx_split(const cow_String& pattern,
+                                                    const cow_String& subject);
 
 /// The items with `separator` between them; "" for no items.
 /// Throws std::length_error when the result is longer than 2,147,483,647 bytes.
 ///
 ///     rgx_join(rgx_split(" +", "a  b"), "-");   // "a-b"
-KSTUTL_EXPORT cow_String rgx_join(cow_1DArrayList<cow_String> const& items,
-                                  cow_String const& separator);
+KSTUTL_EXPORT cow_String rgx_join(const cow_1DArrayList<cow_String>& items,
+                                  const cow_String& separator);
 
 /// `subject` with its first `count` matches of `pattern` replaced; unchanged when there
 /// is no match or `count` is below 1.
@@ -77,6 +77,6 @@ KSTUTL_EXPORT cow_String rgx_join(cow_1DArrayList<cow_String> const& items,
 ///     rgx_subn("x*", "-", "abc", 10);             // "-a-b-c-"
 ///
 /// Throws std::length_error when the result is longer than 2,147,483,647 bytes.
-KSTUTL_EXPORT cow_String rgx_subn(cow_String const& pattern,
-                                  cow_String const& replacement,
-                                  cow_String const& subject, int count);
+KSTUTL_EXPORT cow_String rgx_subn(const cow_String& pattern,
+                                  const cow_String& replacement,
+                                  const cow_String& subject, int count);

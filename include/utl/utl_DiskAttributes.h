@@ -23,7 +23,7 @@ class KSTUTL_EXPORT utl_DiskAttributes {
   ///
   /// Throws std::bad_alloc only. Reads the environment and the current directory, as
   /// utl_FilePath does.
-  explicit utl_DiskAttributes(cow_String const& path);
+  explicit utl_DiskAttributes(const cow_String& path);
   ~utl_DiskAttributes();
   utl_DiskAttributes(const utl_DiskAttributes&) = default;
   utl_DiskAttributes& operator=(const utl_DiskAttributes&) = default;

@@ -23,48 +23,48 @@ class KSTUTL_EXPORT utl_FilePathParser {
 
   /// Whether `path`, up to its first zero byte, holds none of < > " / | and no
   /// control character (codes 1 to 31). True for the empty string.
-  static bool IsWindowsStyle(cow_String const& path);
+  static bool IsWindowsStyle(const cow_String& path);
 
   /// Whether `path` is to be read with `/` separators: it holds a `/`, or it
   /// holds no `\` and has no drive.
-  static bool IsUnixStyle(cow_String const& path);
+  static bool IsUnixStyle(const cow_String& path);
 
   /// Whether `path` is Windows style and starts with a drive letter.
-  static bool HasDrive(cow_String const& path);
+  static bool HasDrive(const cow_String& path);
 
   /// The drive letter in lower case, or NUL. The style is not tested:
   /// "C:/dir" has drive 'c' although HasDrive is false. The letter's top bit is
   /// ignored, so the byte 0xC3 before ":" is drive 'c'; callers rely on it.
-  static char Drive(cow_String const& path);
+  static char Drive(const cow_String& path);
 
   /// Whether `path` is Windows style and starts with a non-empty host.
-  static bool HasHost(cow_String const& path);
+  static bool HasHost(const cow_String& path);
 
   /// The host of `\\host\...`, or "". It needs the backslash behind it: `\\server`
   /// alone has none. The style is not tested.
-  static cow_String Host(cow_String const& path);
+  static cow_String Host(const cow_String& path);
 
   /// Whether the path, less its drive or host, holds a separator of its style;
   /// false for a path of neither style.
-  static bool HasDirName(cow_String const& path);
+  static bool HasDirName(const cow_String& path);
 
   /// The path, less its drive or host, up to but without its last separator. Empty
   /// for `C:\file`, whose only separator comes first. A path that is not
   /// Windows style is read as Unix style.
-  static cow_String DirName(cow_String const& path);
+  static cow_String DirName(const cow_String& path);
 
   /// Whether the last component has text other than an extension: false for ".profile",
   /// for a path that ends in a separator and for a path of neither style.
-  static bool HasBaseName(cow_String const& path);
+  static bool HasBaseName(const cow_String& path);
 
   /// The last component up to its last dot ("a.tar.gz" gives "a.tar"). A path that
   /// is not Windows style is read as Unix style.
-  static cow_String BaseName(cow_String const& path);
+  static cow_String BaseName(const cow_String& path);
 
   /// Whether the last component holds a dot; false for a path of neither style.
-  static bool HasExtension(cow_String const& path);
+  static bool HasExtension(const cow_String& path);
 
   /// The last component behind its last dot, possibly empty. A path that is not
   /// Windows style is read as Unix style.
-  static cow_String Extension(cow_String const& path);
+  static cow_String Extension(const cow_String& path);
 };

@@ -24,12 +24,12 @@ class KSTUTL_EXPORT utl_PathFinder {
   ///   search with "", also when a later directory holds a readable one.
   /// An unset or empty variable and an empty name give "". Empty list entries are
   /// skipped.
-  static cow_String getSubDirPath(cow_String const& variable,
-                                  cow_String const& subDirectory, cow_String const& name,
+  static cow_String getSubDirPath(const cow_String& variable,
+                                  const cow_String& subDirectory, const cow_String& name,
                                   bool mustBeReadable, bool tryExe, bool withoutExe);
 
   /// getSubDirPath without subdirectory, the result with ".exe". The last flag is kept
   /// for its callers and has no effect.
-  static cow_String getPath(cow_String const& variable, cow_String const& name,
+  static cow_String getPath(const cow_String& variable, const cow_String& name,
                             bool mustBeReadable, bool tryExe, bool extraFlag);
 };

@@ -30,26 +30,26 @@ class KSTUTL_EXPORT utl_UrlParser {
   /// Whether the text starts with a scheme that the product serves and ":". There is one
   /// such scheme, "kstrdb", in this letter case. "C:\data" is no URL, and neither is
   /// "http://server/a".
-  static bool IsUrl(cow_String const& s);
+  static bool IsUrl(const cow_String& s);
 
   /// The scheme at the start of the text: "C" of "C:\data".
-  static cow_String GetScheme(cow_String const& s);
+  static cow_String GetScheme(const cow_String& s);
   /// Whether the text starts with `scheme` and ":". The scheme is used as a pattern: "."
   /// stands for any character and "+" repeats the character before it. A scheme with
   /// other characters than letters, "+", "." and "-" gives false (a line feed at its end
   /// is let pass); one that is no valid pattern, like "+", throws the nex_TextException
   /// of rgx_match. A scheme with a zero byte is a pattern that ends there, without the
   /// ":".
-  static bool IsScheme(cow_String const& s, cow_String const& scheme);
+  static bool IsScheme(const cow_String& s, const cow_String& scheme);
 
-  static bool HasHost(cow_String const& s);
-  static cow_String GetHost(cow_String const& s);
+  static bool HasHost(const cow_String& s);
+  static cow_String GetHost(const cow_String& s);
 
   /// "kstrdb://host:1234/" has the port "1234", "kstrdb://host:1234" has none.
-  static bool HasPort(cow_String const& s);
+  static bool HasPort(const cow_String& s);
   /// The port's digits.
-  static cow_String GetPort(cow_String const& s);
+  static cow_String GetPort(const cow_String& s);
 
-  static bool HasPath(cow_String const& s);
-  static cow_String GetPath(cow_String const& s);
+  static bool HasPath(const cow_String& s);
+  static cow_String GetPath(const cow_String& s);
 };

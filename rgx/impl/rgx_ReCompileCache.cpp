@@ -36,11 +36,11 @@ int rgx_ReCompileCache::Size() const noexcept {
   return patterns_->Size();
 }
 
-bool rgx_ReCompileCache::IsMember(cow_String const& pattern) const {
+bool rgx_ReCompileCache::IsMember(const cow_String& pattern) const {
   return patterns_->Find(pattern) != nullptr;
 }
 
-const rgx_CompiledPattern& rgx_ReCompileCache::Compiled(cow_String const& pattern) {
+const rgx_CompiledPattern& rgx_ReCompileCache::Compiled(const cow_String& pattern) {
   if (const auto* known = patterns_->Find(pattern)) {
     return **known;
   }

@@ -75,18 +75,18 @@ void rgx_finalize(int& count) {
   }
 }
 
-rgx_ReIterator rgx_match(cow_String const& pattern, cow_String const& subject) {
+rgx_ReIterator rgx_match(const cow_String& pattern, const cow_String& subject) {
   const std::string_view visible = rgx_upToZero(subject);
   const rgx_Found found = rgx_search(pattern, visible);
   return ToIterator(found, subject.Substr(0, static_cast<int>(visible.size())));
 }
 
-rgx_ReIterator rgx_match(cow_String const& pattern, char const* subject) {
+rgx_ReIterator rgx_match(const cow_String& pattern, const char* subject) {
   return rgx_match(pattern, cow_String(subject));
 }
 
-cow_1DArrayList<cow_String> rgx_split(cow_String const& pattern,
-                                      cow_String const& subject) {
+cow_1DArrayList<cow_String> rgx_split(const cow_String& pattern,
+                                      const cow_String& subject) {
   cow_1DArrayList<cow_String> fields;
   Remainder rest(subject);
   const rgx_Search search(pattern);
@@ -109,8 +109,8 @@ cow_1DArrayList<cow_String> rgx_split(cow_String const& pattern,
   return fields;
 }
 
-cow_String rgx_join(cow_1DArrayList<cow_String> const& items,
-                    cow_String const& separator) {
+cow_String rgx_join(const cow_1DArrayList<cow_String>& items,
+                    const cow_String& separator) {
   std::int64_t length =
       std::int64_t{separator.Length()} * std::max(items.Length() - 1, 0);
   for (const cow_String& item : items) {
@@ -131,8 +131,8 @@ cow_String rgx_join(cow_1DArrayList<cow_String> const& items,
   return text;
 }
 
-cow_String rgx_subn(cow_String const& pattern, cow_String const& replacement,
-                    cow_String const& subject, int count) {
+cow_String rgx_subn(const cow_String& pattern, const cow_String& replacement,
+                    const cow_String& subject, int count) {
   Remainder rest(subject);
   rgx_Found found = rgx_search(pattern, rest.Visible());
   if (!found.Matched() || count < 1) {

@@ -33,7 +33,7 @@ struct Parts {
   }
 };
 
-std::string Text(cow_String const& text) {
+std::string Text(const cow_String& text) {
   return std::string(std::string_view(text));
 }
 

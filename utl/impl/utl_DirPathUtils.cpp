@@ -2,7 +2,7 @@
 
 #include "utl/utl_Stat.h"
 
-bool utl_DirPathUtils::CheckDirectory(cow_String const& path) {
+bool utl_DirPathUtils::CheckDirectory(const cow_String& path) {
   try {
     const utl_Stat status(path);
     return status.record != nullptr && status.isDirectory;
@@ -11,12 +11,12 @@ bool utl_DirPathUtils::CheckDirectory(cow_String const& path) {
   }
 }
 
-cow_String utl_DirPathUtils::TrimSeparator(cow_String const& path) {
+cow_String utl_DirPathUtils::TrimSeparator(const cow_String& path) {
   if (!std::string_view(path).ends_with('\\')) return path;
   return path.Substr(0, path.Length() - 1);
 }
 
-cow_String utl_DirPathUtils::AddSeparator(cow_String const& path) {
+cow_String utl_DirPathUtils::AddSeparator(const cow_String& path) {
   if (std::string_view(path).ends_with('\\')) return path;
   return path + "\\";
 }

@@ -56,7 +56,7 @@ atr_String FailureText(DWORD code, const cow_String& path) {
 
 }  // namespace
 
-utl_DiskAttributes::utl_DiskAttributes(cow_String const& path) : path_(path) {
+utl_DiskAttributes::utl_DiskAttributes(const cow_String& path) : path_(path) {
   const cow_String absolute = utl_FilePath(path, "").Portable().AbsolutePathName();
   const int colon = absolute.Find(":/");
   if (colon >= 1 && colon < absolute.Length()) path_ = path.Substr(0, colon + 1) + '\\';

@@ -63,7 +63,7 @@ std::string_view WithoutTrailingBackslashes(std::string_view text) {
   return text.substr(0, text.find_last_not_of('\\') + 1);
 }
 
-bool Accessible(cow_String const& path, int mode) {
+bool Accessible(const cow_String& path, int mode) {
   return _access(path.c_str(), mode) == 0;
 }
 

@@ -77,56 +77,56 @@ bool HasStyle(std::string_view path) {
 
 }  // namespace
 
-bool utl_FilePathParser::IsWindowsStyle(cow_String const& path) {
+bool utl_FilePathParser::IsWindowsStyle(const cow_String& path) {
   return IsWindows(path);
 }
 
-bool utl_FilePathParser::IsUnixStyle(cow_String const& path) {
+bool utl_FilePathParser::IsUnixStyle(const cow_String& path) {
   return IsUnix(path);
 }
 
-bool utl_FilePathParser::HasDrive(cow_String const& path) {
+bool utl_FilePathParser::HasDrive(const cow_String& path) {
   return IsWindows(path) && DriveLetter(path) != '\0';
 }
 
-char utl_FilePathParser::Drive(cow_String const& path) {
+char utl_FilePathParser::Drive(const cow_String& path) {
   return DriveLetter(path);
 }
 
-bool utl_FilePathParser::HasHost(cow_String const& path) {
+bool utl_FilePathParser::HasHost(const cow_String& path) {
   return IsWindows(path) && !HostName(path).empty();
 }
 
-cow_String utl_FilePathParser::Host(cow_String const& path) {
+cow_String utl_FilePathParser::Host(const cow_String& path) {
   return cow_String(HostName(path));
 }
 
-bool utl_FilePathParser::HasDirName(cow_String const& path) {
+bool utl_FilePathParser::HasDirName(const cow_String& path) {
   return HasStyle(path) && Read(path).HasSeparator();
 }
 
-cow_String utl_FilePathParser::DirName(cow_String const& path) {
+cow_String utl_FilePathParser::DirName(const cow_String& path) {
   const Read read(path);
   if (!read.HasSeparator()) return {};
   return cow_String(read.text.substr(0, read.separator));
 }
 
-bool utl_FilePathParser::HasBaseName(cow_String const& path) {
+bool utl_FilePathParser::HasBaseName(const cow_String& path) {
   if (!HasStyle(path)) return false;
   const std::string_view component = Read(path).Component();
   return !component.empty() && component.rfind('.') != 0;
 }
 
-cow_String utl_FilePathParser::BaseName(cow_String const& path) {
+cow_String utl_FilePathParser::BaseName(const cow_String& path) {
   const std::string_view component = Read(path).Component();
   return cow_String(component.substr(0, component.rfind('.')));
 }
 
-bool utl_FilePathParser::HasExtension(cow_String const& path) {
+bool utl_FilePathParser::HasExtension(const cow_String& path) {
   return HasStyle(path) && Read(path).Component().find('.') != std::string_view::npos;
 }
 
-cow_String utl_FilePathParser::Extension(cow_String const& path) {
+cow_String utl_FilePathParser::Extension(const cow_String& path) {
   const std::string_view component = Read(path).Component();
   const std::size_t dot = component.rfind('.');
   return dot == std::string_view::npos ? cow_String()

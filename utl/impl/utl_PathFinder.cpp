@@ -8,8 +8,8 @@
 
 namespace {
 
-cow_String Candidate(std::string_view directory, cow_String const& subDirectory,
-                     cow_String const& name) {
+cow_String Candidate(std::string_view directory, const cow_String& subDirectory,
+                     const cow_String& name) {
   cow_String candidate(directory);
   if (name[0] != '/') candidate += '/';
   if (!subDirectory.IsEmpty()) candidate += subDirectory + '/';
@@ -18,9 +18,9 @@ cow_String Candidate(std::string_view directory, cow_String const& subDirectory,
 
 }  // namespace
 
-cow_String utl_PathFinder::getSubDirPath(cow_String const& variable,
-                                         cow_String const& subDirectory,
-                                         cow_String const& name, bool mustBeReadable,
+cow_String utl_PathFinder::getSubDirPath(const cow_String& variable,
+                                         const cow_String& subDirectory,
+                                         const cow_String& name, bool mustBeReadable,
                                          bool tryExe, bool withoutExe) {
   const char* value = std::getenv(variable.c_str());
   if (value == nullptr || name.IsEmpty()) return {};
@@ -33,7 +33,7 @@ cow_String utl_PathFinder::getSubDirPath(cow_String const& variable,
 
     const cow_String plain = Candidate(directory, subDirectory, name);
     const cow_String exe = plain + ".exe";
-    for (cow_String const* candidate : {&plain, &exe}) {
+    for (const cow_String* candidate : {&plain, &exe}) {
       if (candidate == &exe && !tryExe) continue;
       const utl_FilePath path(*candidate, "");
       if (!path.Exists()) continue;
@@ -44,7 +44,7 @@ cow_String utl_PathFinder::getSubDirPath(cow_String const& variable,
   return {};
 }
 
-cow_String utl_PathFinder::getPath(cow_String const& variable, cow_String const& name,
+cow_String utl_PathFinder::getPath(const cow_String& variable, const cow_String& name,
                                    bool mustBeReadable, bool tryExe, bool /*extraFlag*/) {
   return getSubDirPath(variable, "", name, mustBeReadable, tryExe, false);
 }

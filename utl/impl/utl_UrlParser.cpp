@@ -36,7 +36,7 @@ cow_String Part(const cow_String& pattern, const cow_String& s, int group) {
 
 }  // namespace
 
-bool utl_UrlParser::IsUrl(cow_String const& s) {
+bool utl_UrlParser::IsUrl(const cow_String& s) {
   // Most names have no ":", and those need no pattern.
   if (std::string_view(s).find(':') == std::string_view::npos ||
       !Matches(kAnyScheme, s)) {
@@ -51,34 +51,34 @@ bool utl_UrlParser::IsUrl(cow_String const& s) {
   return false;
 }
 
-cow_String utl_UrlParser::GetScheme(cow_String const& s) {
+cow_String utl_UrlParser::GetScheme(const cow_String& s) {
   return Part(kScheme, s, 1);
 }
 
-bool utl_UrlParser::IsScheme(cow_String const& s, cow_String const& scheme) {
+bool utl_UrlParser::IsScheme(const cow_String& s, const cow_String& scheme) {
   return Matches(kSchemeName, scheme) && Matches("^" + scheme + ":", s);
 }
 
-bool utl_UrlParser::HasHost(cow_String const& s) {
+bool utl_UrlParser::HasHost(const cow_String& s) {
   return Matches(kHasHost, s);
 }
 
-cow_String utl_UrlParser::GetHost(cow_String const& s) {
+cow_String utl_UrlParser::GetHost(const cow_String& s) {
   return Part(kHost, s, 2);
 }
 
-bool utl_UrlParser::HasPort(cow_String const& s) {
+bool utl_UrlParser::HasPort(const cow_String& s) {
   return Matches(kHasPort, s);
 }
 
-cow_String utl_UrlParser::GetPort(cow_String const& s) {
+cow_String utl_UrlParser::GetPort(const cow_String& s) {
   return Part(kPort, s, 2);
 }
 
-bool utl_UrlParser::HasPath(cow_String const& s) {
+bool utl_UrlParser::HasPath(const cow_String& s) {
   return Matches(kHasPath, s);
 }
 
-cow_String utl_UrlParser::GetPath(cow_String const& s) {
+cow_String utl_UrlParser::GetPath(const cow_String& s) {
   return Part(kPath, s, 3);
 }

@@ -4,8 +4,8 @@
 #include "nex/nex_TextException.h"
 #include "utl/utl_FilePath.h"
 
-cow_String utl_findShellCommand(cow_String const& platform,
-                                utl_ShellSearch const& search) {
+cow_String utl_findShellCommand(const cow_String& platform,
+                                const utl_ShellSearch& search) {
   if (platform == "nt" || platform == "win86_64") return search.windowsCommand;
   for (const char* command : search.commands) {
     for (const char* directory : search.directories) {

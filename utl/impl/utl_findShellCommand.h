@@ -17,9 +17,9 @@ struct utl_ShellSearch {
 
 /// The command for the platform of this name. Internal; exported for the tests, which
 /// name platforms other than the one that utl_getPlatform always answers.
-KSTUTL_EXPORT cow_String utl_findShellCommand(cow_String const& platform,
-                                              utl_ShellSearch const& search);
+KSTUTL_EXPORT cow_String utl_findShellCommand(const cow_String& platform,
+                                              const utl_ShellSearch& search);
 
 /// The searches of remoteShellCommand and secureShellCommand.
-KSTUTL_EXPORT cow_String utl_remoteShellCommandOn(cow_String const& platform);
-KSTUTL_EXPORT cow_String utl_secureShellCommandOn(cow_String const& platform);
+KSTUTL_EXPORT cow_String utl_remoteShellCommandOn(const cow_String& platform);
+KSTUTL_EXPORT cow_String utl_secureShellCommandOn(const cow_String& platform);

@@ -30,14 +30,14 @@ std::tm LocalTime() {
 
 }  // namespace
 
-cow_String utl_dateText(std::tm const& when) {
+cow_String utl_dateText(const std::tm& when) {
   char text[kTextSize];
   std::snprintf(text, sizeof text, "%02d-%s-%04d", when.tm_mday, kMonths[when.tm_mon],
                 when.tm_year + 1900);
   return text;
 }
 
-cow_String utl_timeText(std::tm const& when) {
+cow_String utl_timeText(const std::tm& when) {
   char text[kTextSize];
   std::snprintf(text, sizeof text, "%02d:%02d:%02d", when.tm_hour, when.tm_min,
                 when.tm_sec);

@@ -9,7 +9,7 @@ constexpr int kFailureLine = 44;
 
 }  // namespace
 
-cow_String utl_remoteShellCommandOn(cow_String const& platform) {
+cow_String utl_remoteShellCommandOn(const cow_String& platform) {
   return utl_findShellCommand(platform, {"rsh",
                                          {"remsh", "rsh"},
                                          {"/usr/bin", "usr/bsd", "usr/net", "usr/ucb"},

@@ -9,7 +9,7 @@ constexpr int kFailureLine = 42;
 
 }  // namespace
 
-cow_String utl_secureShellCommandOn(cow_String const& platform) {
+cow_String utl_secureShellCommandOn(const cow_String& platform) {
   return utl_findShellCommand(platform, {"ssh",
                                          {"ssh"},
                                          {"/usr/bin"},

@@ -7,5 +7,5 @@
 
 /// The texts of utl_getDate and utl_getTime for a given moment. Internal; exported for
 /// the tests, which cannot choose the day on which they run.
-KSTUTL_EXPORT cow_String utl_dateText(std::tm const& when);
-KSTUTL_EXPORT cow_String utl_timeText(std::tm const& when);
+KSTUTL_EXPORT cow_String utl_dateText(const std::tm& when);
+KSTUTL_EXPORT cow_String utl_timeText(const std::tm& when);
