@@ -45,13 +45,14 @@ else()
 endif()
 
 # Links the platform's calls into a shared library, which exports neither them nor what it
-# makes of the standard library's templates.
+# makes of the standard library's templates. Calls of its own functions are bound when it
+# is linked, not looked up at each start and reached through a table.
 function(kstutl_link_platform_calls target)
   set(script "${PROJECT_SOURCE_DIR}/cmake/exports.map")
   target_link_libraries(${target} PRIVATE kstutl_platform_calls)
   target_link_options(${target} PRIVATE
     "LINKER:--exclude-libs,$<TARGET_FILE_NAME:kstutl_platform_calls>"
-    "LINKER:--version-script=${script}")
+    "LINKER:--version-script=${script}" "LINKER:-Bsymbolic-functions")
   set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${script}")
 endfunction()
 
