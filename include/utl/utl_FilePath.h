@@ -1,5 +1,7 @@
 #pragma once
 
+#include <filesystem>
+
 #include "cow/cow_1DArray.h"
 #include "cow/cow_List.h"
 #include "cow/cow_String.h"
@@ -17,7 +19,8 @@
 /// namespace, is kept whole: it is no plain path, and the file system is never asked
 /// about it.
 ///
-/// Nothing throws but std::bad_alloc: what the system refuses is answered by false.
+/// Nothing throws but std::bad_alloc, except where it is said: what the system refuses is
+/// answered by false.
 ///
 /// Threads: a plain value. Resolving (SetFilePath and the constructor with arguments)
 /// reads the environment and the current directory of the process; while it runs no
@@ -29,6 +32,11 @@ class KSTUTL_EXPORT utl_FilePath {
 
   /// The same as SetFilePath on an empty path.
   utl_FilePath(cow_String fileName, cow_String directory);
+
+  /// The file that the standard library means by `path`, by the name that
+  /// utl_fromNativePath gives it: a plain path, made absolute by the current directory.
+  /// References to the environment are not replaced. Throws as utl_fromNativePath does.
+  utl_FilePath(const std::filesystem::path& path);
 
   /// Resolves `fileName` against `directory`:
   /// - Every `/` becomes `\`; then references %NAME% and $NAME to environment variables
@@ -96,12 +104,19 @@ class KSTUTL_EXPORT utl_FilePath {
   /// Of no meaning for a path that is not plain.
   cow_String Extension() const { return extension_; }
 
+  /// The absolute name in the system's own form, as utl_nativePath gives it:
+  ///
+  ///     for (const utl_FilePath& file : utl_DirObject(directory).GetAllFileNames()) {
+  ///       std::ifstream in{std::filesystem::path(file)};
+  operator std::filesystem::path() const;
+
  private:
   friend class utl_EntryPaths;  // makes many paths of one directory
 
   // Whether the name, with `\` as its separator, is absolute.
   static bool IsAbsoluteName(std::string_view name);
 
+  void SetPlainPath(cow_String fileName, cow_String directory);
   bool IsPlain() const { return !isUrl_ && !isNetworkConnector_; }
   cow_String Anchor(std::string_view name, std::string_view directory) const;
   cow_String CurrentDirectoryOfDrive(char letter) const;

@@ -12,6 +12,7 @@
 
 #include "utl/impl/text/utl_expandEnvironment.h"
 #include "utl/utl_hostInfo.h"
+#include "utl/utl_NativePath.h"
 #include "utl/utl_UrlParser.h"
 
 template class cow_List<utl_FilePath>;
@@ -73,6 +74,14 @@ utl_FilePath::utl_FilePath(cow_String fileName, cow_String directory) {
   SetFilePath(std::move(fileName), std::move(directory));
 }
 
+utl_FilePath::utl_FilePath(const std::filesystem::path& path) {
+  SetPlainPath(utl_fromNativePath(path).Replace('/', '\\'), "");
+}
+
+utl_FilePath::operator std::filesystem::path() const {
+  return utl_nativePath(AbsolutePathName());
+}
+
 void utl_FilePath::SetFilePath(cow_String fileName, cow_String directory) {
   isUrl_ = utl_UrlParser::IsUrl(fileName) || utl_UrlParser::IsUrl(directory);
   isNetworkConnector_ = false;
@@ -92,6 +101,11 @@ void utl_FilePath::SetFilePath(cow_String fileName, cow_String directory) {
   fileName.Replace('/', '\\');
   utl_expandEnvironment(directory);
   utl_expandEnvironment(fileName);
+  SetPlainPath(std::move(fileName), std::move(directory));
+}
+
+// Both are separated by `\` and expanded.
+void utl_FilePath::SetPlainPath(cow_String fileName, cow_String directory) {
   subdirectory_ = baseName_ = extension_ = cow_String();
 
   std::string_view name = fileName;

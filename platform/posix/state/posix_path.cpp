@@ -143,6 +143,10 @@ DWORD Resolve(const char* name, Path& result) {
   return ERROR_SUCCESS;
 }
 
+std::string ReadAs(std::string_view path) {
+  return Join(Components(path));
+}
+
 bool Exists(const std::string& path) {
   struct stat status;
   return lstat(path.c_str(), &status) == 0;

@@ -4,6 +4,7 @@
 // drive Z:, `\` and `/` both separate, a name without a drive is on Z:.
 
 #include <string>
+#include <string_view>
 
 #include <windows.h>
 
@@ -19,6 +20,9 @@ struct Path {
 /// do not exist as written are looked up without regard to case; what does not
 /// exist at all stays as written, to be created or to fail.
 DWORD Resolve(const char* name, Path& result);
+
+/// An absolute path as Resolve reads it before it looks at what exists.
+std::string ReadAs(std::string_view path);
 
 /// Whether the path names something, be it a link that leads nowhere.
 bool Exists(const std::string& path);

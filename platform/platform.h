@@ -1,0 +1,18 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+// What differs between the targets and is no Windows call: platform/posix and
+// platform/windows have it once each, in platform.cpp.
+
+namespace platform {
+
+/// The file that the Windows calls mean by `name`, as the system itself writes it.
+std::filesystem::path NativePath(const char* name);
+
+/// The name by which the Windows calls mean the file `path`; false when there is none,
+/// and `name` then has the path as far as it can be shown.
+bool NameOf(const std::filesystem::path& path, std::string& name);
+
+}  // namespace platform

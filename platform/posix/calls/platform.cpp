@@ -1,0 +1,57 @@
+#include "platform/platform.h"
+
+#include <algorithm>
+#include <cctype>
+#include <string_view>
+
+#include "platform/posix/state/posix_path.h"
+
+namespace platform {
+namespace {
+
+// The name with "/" as its separator and without the drive Z:.
+std::string WithSlashes(std::string_view name) {
+  if (name.size() >= 2 && name[1] == ':' && std::tolower(name[0]) == 'z') {
+    name.remove_prefix(2);
+  }
+  std::string text(name);
+  std::replace(text.begin(), text.end(), '\\', '/');
+  return text;
+}
+
+std::string_view WithoutTrailingSlash(std::string_view path) {
+  if (path.size() > 1 && path.ends_with('/')) {
+    path.remove_suffix(1);
+  }
+  return path;
+}
+
+}  // namespace
+
+std::filesystem::path NativePath(const char* name) {
+  std::filesystem::path path =
+      std::filesystem::path(WithSlashes(name)).lexically_normal();
+  posix::Path found;
+  const bool isOther = !posix::Exists(path) &&
+                       posix::Resolve(name, found) == ERROR_SUCCESS &&
+                       posix::Exists(found.path);
+  return isOther ? std::filesystem::path(found.path) : path;
+}
+
+bool NameOf(const std::filesystem::path& path, std::string& name) {
+  const std::string& text = path.native();
+  const std::string rooted = path.is_absolute() ? text : '/' + text;
+  const std::string normal = std::filesystem::path(rooted).lexically_normal().native();
+  if (posix::ReadAs(rooted) != WithoutTrailingSlash(normal)) {
+    name = text;
+    return false;
+  }
+  name = path.is_absolute() ? posix::Shown(text) : posix::Shown(text).substr(2);
+  // A second character that is a colon makes a drive of the first.
+  if (!path.is_absolute() && name.size() > 1 && name[1] == ':') {
+    name.insert(0, ".\\");
+  }
+  return true;
+}
+
+}  // namespace platform
