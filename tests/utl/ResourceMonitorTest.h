@@ -8,7 +8,6 @@
 #include <string>
 
 #include "common/environment/ScopedEnvironment.h"
-#include "common/failing/FailingCall.h"
 #include "common/failing/FakeProcess.h"
 #include "common/temp/CurrentDirectory.h"
 #include "common/temp/TempDir.h"

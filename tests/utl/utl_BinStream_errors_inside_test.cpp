@@ -17,6 +17,7 @@
 #include "common/expect/ExceptionContract.h"
 #include "common/expect/ExpectThrow.h"
 #include "common/failing/FailingCall.h"
+#include "common/failing/ShortWrites.h"
 #include "common/handle/Pipe.h"
 #include "common/temp/TempDir.h"
 #include "utl/utl_BinStream.h"

@@ -7,6 +7,7 @@
 #include "common/child/ChildProcess.h"
 #include "common/environment/OtherUser.h"
 #include "common/failing/FailingCall.h"
+#include "common/failing/WatchedFileCalls.h"
 #include "utl/DirObjectTest.h"
 
 namespace {

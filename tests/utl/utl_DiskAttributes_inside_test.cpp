@@ -12,6 +12,7 @@
 #include "common/environment/ScopedEnvironment.h"
 #include "common/expect/ExpectThrow.h"
 #include "common/failing/FailingCall.h"
+#include "common/failing/FakeDiskSpace.h"
 #include "common/temp/CurrentDirectory.h"
 #include "common/temp/TempDir.h"
 #include "nex/nex_TextException.h"

@@ -10,6 +10,7 @@
 
 #include "common/environment/FileSizeLimit.h"
 #include "common/failing/FailingCall.h"
+#include "common/failing/ShortWrites.h"
 #include "common/temp/TempDir.h"
 #include "FileTexts.h"
 #include "utl/utl_File.h"

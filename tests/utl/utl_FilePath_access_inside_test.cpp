@@ -7,6 +7,7 @@
 #include "common/child/ChildProcess.h"
 #include "common/environment/OtherUser.h"
 #include "common/failing/FailingCall.h"
+#include "common/failing/WatchedFileCalls.h"
 #include "common/temp/TempDir.h"
 #include "utl/utl_FilePath.h"
 
@@ -14,9 +15,8 @@ namespace {
 
 TEST(utl_FilePathAccess, IsWriteableTriesAFileThatGoesWithItsHandle) {
   TempDir dir;
-  const WatchedCreateFile watched;
   EXPECT_TRUE(utl_FilePath("new.dat", cow_String(dir.ShownPath())).IsWriteable());
-  EXPECT_EQ(watched.Last(),
+  EXPECT_EQ(LastCreateFile(),
             (CreateFileArguments{0x40000000, 0, 1, 0x4000100, false, false}));
 }
 

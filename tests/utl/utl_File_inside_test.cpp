@@ -7,7 +7,7 @@
 #include <string>
 #include <type_traits>
 
-#include "common/failing/FailingCall.h"
+#include "common/failing/WatchedFileCalls.h"
 #include "common/temp/TempDir.h"
 #include "FileTexts.h"
 #include "utl/utl_IOTracker.h"
@@ -91,24 +91,22 @@ TEST_F(utl_FileTest, WhatTheSystemIsAskedForByAccessAndSharing) {
       {utl_FileAccessWrite, utl_FileShareReadWrite, 0xC0000000, 3, 2},
   };
   SetContents("0123456789");
-  const WatchedCreateFile watched;
   for (const OpenCase& expected : cases) {
     SCOPED_TRACE(testing::Message() << expected.access << ' ' << expected.sharing);
     utl_File file;
     file.Open(name_, expected.access, expected.sharing);
-    EXPECT_EQ(watched.Last(),
+    EXPECT_EQ(LastCreateFile(),
               (CreateFileArguments{expected.expectedAccess, expected.expectedShares,
                                    expected.expectedCreation, 0x10000080, false, false}));
   }
 }
 
 TEST_F(utl_FileTest, WithoutArgumentsItIsForReadingWithWritersAtTheSideAndHasNoName) {
-  const WatchedCreateFile watched;
   utl_File file;
   EXPECT_FILE_ERROR(
       file.Init(), utl_FileExceptionOpen,
       CallText("*** Error: File open failed", "CreateFile in OpenRead", 3, ""));
-  EXPECT_EQ(watched.Last(),
+  EXPECT_EQ(LastCreateFile(),
             (CreateFileArguments{0x80000000, 3, 3, 0x10000080, false, false}));
 }
 

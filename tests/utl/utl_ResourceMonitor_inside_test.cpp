@@ -5,7 +5,8 @@
 #include <fstream>
 
 #include "common/child/ChildProcess.h"
-#include "common/failing/FailingCall.h"
+#include "common/failing/FakeProcess.h"
+#include "common/failing/ShortWrites.h"
 #include "utl/ResourceMonitorTest.h"
 #include "utl/utl_initialize.h"
 

@@ -1,6 +1,8 @@
 // The lines of marks: labels, numbers, the time of day.
 
 #include "common/environment/DecimalComma.h"
+#include "common/failing/FailingCall.h"
+#include "common/failing/FakeProcess.h"
 #include "utl/ResourceMonitorTest.h"
 
 namespace {

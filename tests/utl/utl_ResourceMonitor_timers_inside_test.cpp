@@ -2,6 +2,8 @@
 
 #include <climits>
 
+#include "common/failing/FailingCall.h"
+#include "common/failing/FakeProcess.h"
 #include "utl/ResourceMonitorTest.h"
 
 namespace {

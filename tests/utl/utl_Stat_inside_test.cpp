@@ -16,6 +16,7 @@
 #include "common/expect/ExceptionContract.h"
 #include "common/expect/ExpectThrow.h"
 #include "common/failing/FailingCall.h"
+#include "common/failing/WatchedFileCalls.h"
 #include "common/handle/FileTime.h"
 #include "common/temp/TempDir.h"
 #include "nex/nex_SystemErrorException.h"
@@ -145,9 +146,8 @@ TEST_F(utl_StatTest, AFailingStatusOfAnOpenedNameThrowsAndClosesTheFile) {
 }
 
 TEST_F(utl_StatTest, WhatANameIsOpenedWith) {
-  const WatchedCreateFile watched;
   const utl_Stat status(name_);
-  EXPECT_EQ(watched.Last(),
+  EXPECT_EQ(LastCreateFile(),
             (CreateFileArguments{0x80000000, 3, 3, 0x2000000, false, false}));
 }
 

@@ -12,6 +12,7 @@
 #include "common/child/ChildProcess.h"
 #include "common/expect/ExpectThrow.h"
 #include "common/failing/FailingCall.h"
+#include "common/failing/FakeDiskSpace.h"
 #include "nex/nex_SystemErrorException.h"
 #include "utl/TempFileTest.h"
 

@@ -19,6 +19,7 @@
 #include "common/expect/ExceptionContract.h"
 #include "common/expect/ExpectThrow.h"
 #include "common/failing/FailingCall.h"
+#include "common/failing/FakeDiskSpace.h"
 #include "utl/TempFileTest.h"
 #include "utl/utl_File.h"
 

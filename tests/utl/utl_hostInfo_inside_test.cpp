@@ -12,6 +12,8 @@
 #include "common/environment/ScopedEnvironment.h"
 #include "common/expect/ExpectThrow.h"
 #include "common/failing/FailingCall.h"
+#include "common/failing/InsteadOfSleep.h"
+#include "common/failing/WatchedSockets.h"
 #include "common/temp/CurrentDirectory.h"
 #include "common/temp/TempDir.h"
 #include "nex/nex_TextException.h"

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "common/environment/ScopedEnvironment.h"
-#include "common/failing/FailingCall.h"
+#include "common/failing/WatchedSockets.h"
 #include "rgx/rgx_ReCompileCache.h"
 #include "thr/thr_ThreadPool.h"
 #include "typ/typ_DebugFlags.h"

@@ -11,6 +11,7 @@
 
 #include "common/child/ChildProcess.h"
 #include "common/failing/FailingCall.h"
+#include "common/failing/WatchedFileCalls.h"
 #include "common/handle/AsHandle.h"
 #include "common/handle/Pipe.h"
 #include "common/handle/Socket.h"

@@ -1,8 +1,11 @@
 #include "common/failing/FailingCall.h"
 
-#include <algorithm>
-#include <atomic>
-#include <utility>
+#include <windows.h>
+#include <winsock2.h>
+
+#include <io.h>
+
+#include "common/failing/Redirection.h"
 
 namespace {
 
@@ -14,41 +17,10 @@ struct Plan {
 };
 
 Plan plan;
-constexpr DWORD kNoLimit = 0xFFFFFFFF;
-DWORD writeLimit = kNoLimit;
-std::function<void(DWORD)> insteadOfSleep;
-thread_local CreateFileArguments lastCreateFile;  // other threads open files meanwhile
-
-struct {
-  bool isFaked = false;
-  ULONGLONG toCaller = 0;
-  ULONGLONG onDrive = 0;
-  std::string asked;
-} disk;
-
-struct {
-  std::atomic<int> begun = 0;  // by any thread
-  std::atomic<int> closed = 0;
-} searches;
-
-struct {
-  int calls = 0;
-  HANDLE handle = nullptr;
-  DWORD mask = 0;
-  DWORD flags = 0;
-} inheritance;
-
-struct {
-  std::function<void()> atEnd;
-  WORD granted = 0;
-  std::vector<WORD> starts;
-  int ends = 0;
-} sockets;
 
 }  // namespace
 
 FailingCall::FailingCall(SystemCall call, DWORD code, int nth) {
-  redirection::Install();
   plan = {call, code, nth, false};
 }
 
@@ -60,103 +32,6 @@ bool FailingCall::Happened() const {
   return plan.happened;
 }
 
-ShortWrites::ShortWrites(DWORD bytes) {
-  redirection::Install();
-  writeLimit = bytes;
-}
-
-ShortWrites::~ShortWrites() {
-  writeLimit = kNoLimit;
-}
-
-InsteadOfSleep::InsteadOfSleep(std::function<void(DWORD)> action) {
-  redirection::Install();
-  insteadOfSleep = std::move(action);
-}
-
-InsteadOfSleep::~InsteadOfSleep() {
-  insteadOfSleep = nullptr;
-}
-
-FakeDiskSpace::FakeDiskSpace(ULONGLONG toCaller, ULONGLONG onDrive) {
-  redirection::Install();
-  disk = {true, toCaller, onDrive, {}};
-}
-
-FakeDiskSpace::~FakeDiskSpace() {
-  disk = {};
-}
-
-const std::string& FakeDiskSpace::Asked() const {
-  return disk.asked;
-}
-
-WatchedSearches::WatchedSearches() {
-  redirection::Install();
-  searches.begun = searches.closed = 0;
-}
-
-int WatchedSearches::Begun() const {
-  return searches.begun;
-}
-
-int WatchedSearches::Closed() const {
-  return searches.closed;
-}
-
-WatchedInheritance::WatchedInheritance() {
-  redirection::Install();
-  inheritance = {};
-}
-
-int WatchedInheritance::Calls() const {
-  return inheritance.calls;
-}
-
-HANDLE WatchedInheritance::Handle() const {
-  return inheritance.handle;
-}
-
-DWORD WatchedInheritance::Mask() const {
-  return inheritance.mask;
-}
-
-DWORD WatchedInheritance::Flags() const {
-  return inheritance.flags;
-}
-
-WatchedCreateFile::WatchedCreateFile() {
-  redirection::Install();
-}
-
-std::ostream& operator<<(std::ostream& out, const CreateFileArguments& arguments) {
-  return out << std::hex << "access " << arguments.access << ", shares "
-             << arguments.shares << ", creation " << arguments.creation << ", flags "
-             << arguments.flags << ", security " << arguments.hasSecurity << ", template "
-             << arguments.hasTemplate << std::dec;
-}
-
-CreateFileArguments WatchedCreateFile::Last() const {
-  return lastCreateFile;
-}
-
-WatchedSockets::WatchedSockets(std::function<void()> atEnd, WORD granted) {
-  redirection::Install();
-  sockets = {std::move(atEnd), granted, {}, 0};
-}
-
-WatchedSockets::~WatchedSockets() {
-  sockets = {};
-}
-
-const std::vector<WORD>& WatchedSockets::Starts() const {
-  return sockets.starts;
-}
-
-int WatchedSockets::Ends() const {
-  return sockets.ends;
-}
-
 bool redirection::Fails(SystemCall call) {
   if (call != plan.call || plan.callsToGo == 0 || --plan.callsToGo != 0) {
     return false;
@@ -166,49 +41,61 @@ bool redirection::Fails(SystemCall call) {
   return true;
 }
 
-DWORD redirection::WriteLimit(DWORD count) {
-  return std::min(count, writeLimit);
+// The calls that fail or do as always.
+
+using redirection::Fails;
+
+REDIRECT(int, _access, const char* path, int mode) {
+  return Fails(SystemCall::kAccess) ? -1 : REAL(_access)(path, mode);
 }
 
-bool redirection::ReplaceSleep(DWORD milliseconds) {
-  if (!insteadOfSleep) {
-    return false;
-  }
-  insteadOfSleep(milliseconds);
-  return true;
+REDIRECT(BOOL, CloseHandle, HANDLE handle) {
+  const BOOL closed = REAL(CloseHandle)(handle);
+  return Fails(SystemCall::kCloseHandle) ? FALSE : closed;
 }
 
-bool redirection::ReplaceDiskSpace(const char* directory, ULARGE_INTEGER* toCaller,
-                                   ULARGE_INTEGER* onDrive) {
-  if (!disk.isFaked) return false;
-  disk.asked = directory;
-  toCaller->QuadPart = disk.toCaller;
-  onDrive->QuadPart = disk.onDrive;
-  return true;
+REDIRECT(BOOL, FindNextFileA, HANDLE search, WIN32_FIND_DATAA* data) {
+  return Fails(SystemCall::kFindNextFile) ? FALSE : REAL(FindNextFileA)(search, data);
 }
 
-void redirection::Record(const CreateFileArguments& arguments) {
-  lastCreateFile = arguments;
+REDIRECT(BOOL, FlushFileBuffers, HANDLE handle) {
+  return Fails(SystemCall::kFlushFileBuffers) ? FALSE : REAL(FlushFileBuffers)(handle);
 }
 
-void redirection::RecordSearchBegin(HANDLE search) {
-  if (search != INVALID_HANDLE_VALUE) ++searches.begun;
+REDIRECT(BOOL, GetFileInformationByHandle, HANDLE handle,
+         BY_HANDLE_FILE_INFORMATION* information) {
+  return Fails(SystemCall::kGetFileInformationByHandle)
+             ? FALSE
+             : REAL(GetFileInformationByHandle)(handle, information);
 }
 
-void redirection::RecordSearchEnd() {
-  ++searches.closed;
+REDIRECT(DWORD, GetFileSize, HANDLE handle, LPDWORD sizeHigh) {
+  return Fails(SystemCall::kGetFileSize) ? INVALID_FILE_SIZE
+                                         : REAL(GetFileSize)(handle, sizeHigh);
 }
 
-void redirection::RecordInheritance(HANDLE handle, DWORD mask, DWORD flags) {
-  inheritance = {inheritance.calls + 1, handle, mask, flags};
+REDIRECT(BOOL, GetUserNameA, LPSTR name, LPDWORD size) {
+  return Fails(SystemCall::kGetUserName) ? FALSE : REAL(GetUserNameA)(name, size);
 }
 
-void redirection::RecordSocketStart(WORD asked, WORD& granted) {
-  sockets.starts.push_back(asked);
-  if (sockets.granted != 0) granted = sockets.granted;
+REDIRECT(BOOL, ReadFile, HANDLE handle, LPVOID buffer, DWORD count, LPDWORD read,
+         OVERLAPPED* overlapped) {
+  return Fails(SystemCall::kReadFile)
+             ? FALSE
+             : REAL(ReadFile)(handle, buffer, count, read, overlapped);
 }
 
-void redirection::RecordSocketEnd() {
-  ++sockets.ends;
-  if (sockets.atEnd) sockets.atEnd();
+REDIRECT(BOOL, SetEndOfFile, HANDLE handle) {
+  return Fails(SystemCall::kSetEndOfFile) ? FALSE : REAL(SetEndOfFile)(handle);
+}
+
+REDIRECT(DWORD, SetFilePointer, HANDLE handle, LONG distance, PLONG distanceHigh,
+         DWORD method) {
+  return Fails(SystemCall::kSetFilePointer)
+             ? INVALID_SET_FILE_POINTER
+             : REAL(SetFilePointer)(handle, distance, distanceHigh, method);
+}
+
+REDIRECT(int, gethostname, char* name, redirection::HostNameSize size) {
+  return Fails(SystemCall::kGetHostName) ? -1 : REAL(gethostname)(name, size);
 }

@@ -1,6 +1,8 @@
 #include "common/failing/FakeProcess.h"
 
-#include "common/failing/FailingCall.h"
+#include "common/failing/Redirection.h"
+
+using redirection::Fails;
 
 namespace {
 
@@ -16,7 +18,6 @@ FILETIME Duration(ULONGLONG intervals) {
 }  // namespace
 
 FakeProcess::FakeProcess() {
-  redirection::Install();
   fake = this;
 }
 
@@ -31,39 +32,67 @@ void FakeProcess::SetTime(int hour, int minute, int second, int millisecond) {
   time.wMilliseconds = static_cast<WORD>(millisecond);
 }
 
-void redirection::AnswerLocalTime(SYSTEMTIME& time) {
-  if (fake == nullptr) return;
-  ++fake->timeCalls;
-  time = fake->time;
+REDIRECT(void, GetLocalTime, SYSTEMTIME* time) {
+  REAL(GetLocalTime)(time);
+  if (fake != nullptr) {
+    ++fake->timeCalls;
+    *time = fake->time;
+  }
 }
 
-void redirection::AnswerProcessTimes(FILETIME& kernel, FILETIME& user) {
-  if (fake == nullptr) return;
-  ++fake->processorCalls;
-  kernel = Duration(fake->kernel);
-  user = Duration(fake->user);
+REDIRECT(HANDLE, OpenProcess, DWORD access, BOOL inherit, DWORD processId) {
+  if (fake != nullptr) {
+    fake->openAccess = access;
+    fake->openInherit = inherit;
+    fake->openProcessId = processId;
+  }
+  return Fails(SystemCall::kOpenProcess) ? nullptr
+                                         : REAL(OpenProcess)(access, inherit, processId);
 }
 
-void redirection::AnswerMemory(HANDLE process, PROCESS_MEMORY_COUNTERS& counters,
-                               DWORD size) {
-  if (fake == nullptr) return;
-  ++fake->memoryCalls;
-  fake->memoryProcess = process;
-  fake->memorySize = size;
-  counters = fake->memory;
+REDIRECT(BOOL, GetProcessTimes, HANDLE process, FILETIME* creation, FILETIME* exit,
+         FILETIME* kernel, FILETIME* user) {
+  if (Fails(SystemCall::kGetProcessTimes)) {
+    return FALSE;
+  }
+  const BOOL succeeded = REAL(GetProcessTimes)(process, creation, exit, kernel, user);
+  if (fake != nullptr) {
+    ++fake->processorCalls;
+    *kernel = Duration(fake->kernel);
+    *user = Duration(fake->user);
+  }
+  return succeeded;
 }
 
-void redirection::RecordOpenProcess(DWORD access, BOOL inherit, DWORD processId) {
-  if (fake == nullptr) return;
-  fake->openAccess = access;
-  fake->openInherit = inherit;
-  fake->openProcessId = processId;
+REDIRECT(BOOL, GetProcessMemoryInfo, HANDLE process, PROCESS_MEMORY_COUNTERS* counters,
+         DWORD size) {
+  if (Fails(SystemCall::kGetProcessMemoryInfo)) {
+    return FALSE;
+  }
+  const BOOL succeeded = REAL(GetProcessMemoryInfo)(process, counters, size);
+  if (fake != nullptr) {
+    ++fake->memoryCalls;
+    fake->memoryProcess = process;
+    fake->memorySize = size;
+    *counters = fake->memory;
+  }
+  return succeeded;
 }
 
-void redirection::RecordModules(DWORD bytes) {
-  if (fake != nullptr) fake->moduleBytes = bytes;
+REDIRECT(BOOL, EnumProcessModules, HANDLE process, HMODULE* modules, DWORD size,
+         LPDWORD needed) {
+  if (fake != nullptr) {
+    fake->moduleBytes = size;
+  }
+  return Fails(SystemCall::kEnumProcessModules)
+             ? FALSE
+             : REAL(EnumProcessModules)(process, modules, size, needed);
 }
 
-void redirection::RecordModuleName(DWORD characters) {
-  if (fake != nullptr) fake->nameCharacters = characters;
+REDIRECT(DWORD, GetModuleBaseNameW, HANDLE process, HMODULE module, LPWSTR name,
+         DWORD size) {
+  if (fake != nullptr) {
+    fake->nameCharacters = size;
+  }
+  return REAL(GetModuleBaseNameW)(process, module, name, size);
 }

@@ -1,10 +1,10 @@
 #pragma once
 
 #include <windows.h>
-// Behind windows.h:
+// After windows.h:
 #include <psapi.h>
 
-/// What the library is told of the time and its process while this object lives: what
+/// What the time and the process are said to be while this object lives: what
 /// the members say, whatever the system says. One object at a time.
 ///
 ///     FakeProcess process;
@@ -25,7 +25,7 @@ class FakeProcess {
   ULONGLONG kernel = 0;
   PROCESS_MEMORY_COUNTERS memory = {};
 
-  // How often the library asked, and what it handed over last.
+  // How often each was asked for, and what the last calls were given.
   int timeCalls = 0;
   int processorCalls = 0;
   int memoryCalls = 0;
@@ -38,16 +38,3 @@ class FakeProcess {
   DWORD moduleBytes = 0;
   DWORD nameCharacters = 0;
 };
-
-// For the redirected calls: each tells what the library handed over and puts the test's
-// answer in place of the system's.
-namespace redirection {
-
-void AnswerLocalTime(SYSTEMTIME& time);
-void AnswerProcessTimes(FILETIME& kernel, FILETIME& user);
-void AnswerMemory(HANDLE process, PROCESS_MEMORY_COUNTERS& counters, DWORD size);
-void RecordOpenProcess(DWORD access, BOOL inherit, DWORD processId);
-void RecordModules(DWORD bytes);
-void RecordModuleName(DWORD characters);
-
-}  // namespace redirection

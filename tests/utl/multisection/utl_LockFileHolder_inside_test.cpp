@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "common/child/ChildProcess.h"
-#include "common/failing/FailingCall.h"
+#include "common/failing/InsteadOfSleep.h"
 #include "common/temp/TempDir.h"
 
 namespace {

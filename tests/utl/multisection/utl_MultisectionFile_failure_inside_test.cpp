@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "common/failing/FailingCall.h"
+#include "common/failing/ShortWrites.h"
 #include "utl/multisection/MultisectionTest.h"
 
 namespace {

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "common/child/ChildProcess.h"
-#include "common/failing/FailingCall.h"
+#include "common/failing/InsteadOfSleep.h"
 #include "utl/multisection/MultisectionTest.h"
 
 namespace {

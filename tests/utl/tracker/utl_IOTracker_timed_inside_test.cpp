@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-#include "common/failing/FailingCall.h"
+#include "common/failing/InsteadOfSleep.h"
 #include "common/thread/StartLine.h"
 #include "omi/omi_Timer.h"
 #include "thr/thr_initialize.h"
