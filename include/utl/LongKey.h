@@ -41,30 +41,8 @@ class LongKey {
     return *this;
   }
 
-  friend LongKey operator|(const LongKey& a, const LongKey& b) {
-    LongKey result = a;
-    return result |= b;
-  }
-  friend LongKey operator&(const LongKey& a, const LongKey& b) {
-    LongKey result = a;
-    return result &= b;
-  }
-
-  friend bool operator==(const LongKey& a, const LongKey& b) {
-    return a.words_ == b.words_;
-  }
-  friend bool operator!=(const LongKey& a, const LongKey& b) { return !(a == b); }
-
-  /// Order of the keys as unsigned numbers of 128 bits. There are no <= and >=.
-  friend bool operator>(const LongKey& a, const LongKey& b) {
-    for (unsigned int i = kWords; i-- > 0;) {
-      if (a.words_[i] != b.words_[i]) {
-        return a.words_[i] > b.words_[i];
-      }
-    }
-    return false;
-  }
-  friend bool operator<(const LongKey& a, const LongKey& b) { return b > a; }
+  friend bool operator==(const LongKey& a, const LongKey& b);
+  friend bool operator>(const LongKey& a, const LongKey& b);
 
   // The rest is implementation.
 
@@ -74,3 +52,34 @@ class LongKey {
 
   std::array<std::uint32_t, kWords> words_{};
 };
+
+// Free functions, so that a qualified name, as in ::operator==(a, b), finds them as well.
+
+inline LongKey operator|(const LongKey& a, const LongKey& b) {
+  LongKey result = a;
+  return result |= b;
+}
+inline LongKey operator&(const LongKey& a, const LongKey& b) {
+  LongKey result = a;
+  return result &= b;
+}
+
+inline bool operator==(const LongKey& a, const LongKey& b) {
+  return a.words_ == b.words_;
+}
+inline bool operator!=(const LongKey& a, const LongKey& b) {
+  return !(a == b);
+}
+
+/// Order of the keys as unsigned numbers of 128 bits. There are no <= and >=.
+inline bool operator>(const LongKey& a, const LongKey& b) {
+  for (unsigned int i = LongKey::kWords; i-- > 0;) {
+    if (a.words_[i] != b.words_[i]) {
+      return a.words_[i] > b.words_[i];
+    }
+  }
+  return false;
+}
+inline bool operator<(const LongKey& a, const LongKey& b) {
+  return b > a;
+}

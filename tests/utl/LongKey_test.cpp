@@ -117,6 +117,16 @@ TEST(LongKeyTest, EqualKeysAreNeitherGreaterNorSmaller) {
   EXPECT_FALSE(Key({7, 90}) > Key({7, 90}));
 }
 
+TEST(LongKeyTest, OperatorsAreFoundByTheirQualifiedNames) {
+  const LongKey a = Key({3});
+  const LongKey b = Key({4});
+  EXPECT_TRUE(::operator==(::operator|(a, b), Key({3, 4})));
+  EXPECT_TRUE(::operator==(::operator&(a, b), LongKey()));
+  EXPECT_TRUE(::operator!=(a, b));
+  EXPECT_TRUE(::operator>(b, a));
+  EXPECT_TRUE(::operator<(a, b));
+}
+
 TEST(LongKeyTest, RandomKeysCompareAsTheirBitsDo) {
   std::mt19937 random(1);
   for (int round = 0; round < 1000; ++round) {
