@@ -1,4 +1,4 @@
-// Masks of 100,000 bits to text and back: random bits, and runs.
+// Masks of 100,000 bits to text and back: random bits, and runs. And one far bit.
 
 #include <benchmark/benchmark.h>
 
@@ -23,6 +23,15 @@ void BM_MaskToText(benchmark::State& state) {
   }
 }
 BENCHMARK(BM_MaskToText)->ArgName("runs")->Arg(0)->Arg(1);
+
+void BM_FarBitToText(benchmark::State& state) {
+  omi_BlkBitVect mask;
+  mask.Set(0xFFFFFFFF);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(utl_BlkBitUtils::GetMaskString(mask));
+  }
+}
+BENCHMARK(BM_FarBitToText);
 
 void BM_MaskFromText(benchmark::State& state) {
   const cow_List<cow_String> text =

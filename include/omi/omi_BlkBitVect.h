@@ -35,6 +35,13 @@ class omi_BlkBitVect {
   /// a cell beyond the limit.
   KSTUTL_EXPORT void SetCell(std::uint64_t cell, std::uint32_t bits);
 
+  /// One past the last of the cells that from `cell` on hold the same bits as it does, at
+  /// most kCells. Blocks without storage are passed over at once.
+  /// REQUIRES: cell < kCells.
+  KSTUTL_EXPORT std::uint64_t RunEnd(std::uint64_t cell) const;
+
+  // The rest is implementation.
+
  private:
   friend class omi_BlkBitVectTrav;
 

@@ -1,5 +1,6 @@
 #include "omi/omi_BlkBitVect.h"
 
+#include <algorithm>
 #include <bit>
 #include <stdexcept>
 
@@ -42,6 +43,31 @@ void omi_BlkBitVect::SetCell(std::uint64_t cell, std::uint32_t bits) {
   blocks_[block][cell % kBlockCells] = bits;
   count_ -= static_cast<std::uint64_t>(std::popcount(old));
   count_ += static_cast<std::uint64_t>(std::popcount(bits));
+}
+
+std::uint64_t omi_BlkBitVect::RunEnd(std::uint64_t cell) const {
+  const std::uint32_t bits = Cell(cell);
+  std::uint64_t end = cell + 1;
+  while (end < kCells) {
+    const std::uint64_t block = end / kBlockCells;
+    const bool isStored = block < blocks_.size() && !blocks_[block].empty();
+    if (!isStored) {
+      if (bits != 0) {
+        break;
+      }
+      end = (block + 1) * kBlockCells;
+      continue;
+    }
+    const Block& cells = blocks_[block];
+    const auto from = cells.begin() + static_cast<std::ptrdiff_t>(end % kBlockCells);
+    const auto other = std::find_if(from, cells.end(),
+                                    [bits](std::uint32_t next) { return next != bits; });
+    end += static_cast<std::uint64_t>(other - from);
+    if (other != cells.end()) {
+      break;
+    }
+  }
+  return end;
 }
 
 std::int64_t omi_BlkBitVectTrav::Last() const {

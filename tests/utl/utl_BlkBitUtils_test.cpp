@@ -142,6 +142,14 @@ TEST(BlkBitUtilsTest, NumbersAsScanfReadsThem) {
             Words(Read({"#0x1f #0X2F #+3f #\t3: 2 #00000ffffffff"}), 6));
 }
 
+TEST(BlkBitUtilsTest, MinusSignsAsScanfReadsThem) {
+  EXPECT_EQ(Words(Read({"[#-1 #-ff #-0X1f # -2 #-ffffffff #-0 ]"}), 6),
+            (W{0xFFFFFFFF, 0xFFFFFF01, 0xFFFFFFE1, 0xFFFFFFFE, 1, 0}));
+  EXPECT_EQ(Words(Read({"[#7:-4294967294 #1 ]"}), 4), (W{7, 7, 1, 0}));
+  omi_BlkBitVect mask;
+  EXPECT_THROW(Read({"[#1:-1 ]"}, mask), nex_AssertException);  // 4,294,967,295 words
+}
+
 TEST(BlkBitUtilsTest, DamagedNumbersStandForThoseBefore) {
   struct {
     Pieces pieces;
@@ -154,7 +162,8 @@ TEST(BlkBitUtilsTest, DamagedNumbersStandForThoseBefore) {
       {{"[#3:2 #4 #5:y ]"}, {3, 3, 4, 5}},    // an item without one has the length 1
       {{"[#3 #100000000 ]"}, {3, 3}},         // 33 bits
       {{"[#3:2 #4:4294967296 ]"}, {3, 3, 4, 4}},
-      {{"[#3 #-1 #0x #", "#5 ]"}, {3, 3, 3, 3, 5}},
+      {{"[#3 #0x #", "#5 ]"}, {3, 3, 3, 5}},
+      {{"[#3 #-100000000 #--1 #-+1 #- 1 ]"}, {3, 3, 3, 3, 3}},
       {{"[#3:0 #4 ]"}, {4, 0}},
   };
   for (const auto& row : table) {
@@ -184,6 +193,14 @@ TEST(BlkBitUtilsTest, TheLastWordOfTheLimitIsReached) {
   Read({"[#0:134217728 #0:9 #5:0 ]"}, mask);
   EXPECT_EQ(1u, mask.Count()) << "no word at all, too";
   EXPECT_EQ(Pieces{"[#0:134217727 #80000000 ]"}, Written(mask));
+}
+
+// To look at each word up to the bit would take many minutes.
+TEST(BlkBitUtilsTest, WordsBeforeOneFarBitAreNotLookedAt) {
+  const omi_BlkBitVect mask = Read({"[#0:134217727 #80000000 ]"});
+  for (int round = 0; round < 5000; ++round) {
+    ASSERT_EQ(Written(mask), Pieces{"[#0:134217727 #80000000 ]"});
+  }
 }
 
 TEST(BlkBitUtilsTest, RandomVectorsThereAndBack) {

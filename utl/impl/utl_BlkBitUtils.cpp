@@ -38,11 +38,12 @@ std::uint64_t WordCount(const omi_BlkBitVect& mask) {
 }
 
 // The number at the beginning of `text` by the rules of sscanf, or `otherwise` when there
-// is none of 32 bits.
+// is none of 32 bits. A minus sign makes the number's two's complement of it.
 std::uint32_t Number(std::string_view text, int base, std::uint32_t otherwise) {
   const std::size_t start = text.find_first_not_of(" \t\n\v\f\r");
   text.remove_prefix(std::min(start, text.size()));
-  if (text.starts_with('+')) {
+  const bool isNegative = text.starts_with('-');
+  if (isNegative || text.starts_with('+')) {
     text.remove_prefix(1);
   }
   if (base == 16 && (text.starts_with("0x") || text.starts_with("0X"))) {
@@ -51,7 +52,10 @@ std::uint32_t Number(std::string_view text, int base, std::uint32_t otherwise) {
   std::uint32_t number = 0;
   const auto result =
       std::from_chars(text.data(), text.data() + text.size(), number, base);
-  return result.ec == std::errc() ? number : otherwise;
+  if (result.ec != std::errc()) {
+    return otherwise;
+  }
+  return isNegative ? 0 - number : number;
 }
 
 // Reads items and stores their words, over all pieces.
@@ -115,12 +119,9 @@ cow_List<cow_String> utl_BlkBitUtils::GetMaskString(const omi_BlkBitVect& mask) 
       piece += ' ';
     }
     const std::uint32_t word = mask.Cell(i);
-    std::uint64_t run = 1;
-    while (i + run < words && mask.Cell(i + run) == word) {
-      ++run;
-    }
-    AppendItem(piece, word, run);
-    i += run;
+    const std::uint64_t end = std::min(mask.RunEnd(i), words);
+    AppendItem(piece, word, end - i);
+    i = end;
   }
   piece += " ]";
   pieces.Append(cow_String(std::string_view(piece)));

@@ -75,6 +75,39 @@ TEST(omi_BlkBitVect, LastCellIsTheLimit) {
   EXPECT_EQ(vector.Count(), 32U);
 }
 
+TEST(omi_BlkBitVect, RunsOfEqualCells) {
+  constexpr std::uint64_t kBlockCells = kBlockBits / 32;
+  constexpr std::uint64_t kEnd = omi_BlkBitVect::kCells;
+  EXPECT_EQ(omi_BlkBitVect().RunEnd(0), kEnd);
+  EXPECT_EQ(omi_BlkBitVect().RunEnd(kEnd - 1), kEnd);
+
+  omi_BlkBitVect vector;
+  const struct {
+    std::uint64_t begin, end;
+    std::uint32_t bits;
+  } runs[] = {
+      {0, 1, 5},
+      {1, 2, 6},
+      {2, 4, 0},                                      // zeros that are stored
+      {4, kBlockCells, 7},                            // up to a block's end
+      {kBlockCells, 3 * kBlockCells, 0},              // blocks that are not
+      {3 * kBlockCells, 4 * kBlockCells + 1, 8},      // over a block's end
+      {4 * kBlockCells + 1, 6 * kBlockCells + 9, 0},  // zeros of both kinds
+      {6 * kBlockCells + 9, 7 * kBlockCells, 9},      // before blocks that are not there
+      {7 * kBlockCells, kEnd - 1, 0},
+      {kEnd - 1, kEnd, 1},
+  };
+  for (const auto& [begin, end, bits] : runs) {
+    for (std::uint64_t cell = begin; bits != 0 && cell < end; ++cell) {
+      vector.SetCell(cell, bits);
+    }
+  }
+  for (const auto& [begin, end, bits] : runs) {
+    EXPECT_EQ(vector.RunEnd(begin), end) << begin;
+    EXPECT_EQ(vector.RunEnd(end - 1), end) << end;
+  }
+}
+
 TEST(omi_BlkBitVect, CopyIsIndependent) {
   omi_BlkBitVect vector;
   vector.Set(40);
