@@ -68,15 +68,15 @@ class KSTUTL_EXPORT utl_CommandLine {
   /// The value as a decimal number. Throws utl_MissingCmdLineArgException if the option
   /// was not given, utl_CmdLineArgFormatException with the type "integer" if any
   /// character is not a digit; so a sign is never accepted. An option without a value has
-  /// no character to object to and gives 0. A number that does not fit is what `atoi`
-  /// makes of it.
+  /// no character to object to and gives 0. There is no range check: of a number that
+  /// does not fit an int the lowest 32 bits count, "4294967299" gives 3.
   int ConstGetValueAsInt(const cow_String& name) const;
   /// The same, but `dflt` if the option was not given. Given without a value it is 0 all
   /// the same, and a malformed value throws.
   int ConstGetValueAsInt(const cow_String& name, int dflt) const;
 
-  /// The two forms for 64 bits; a number that does not fit is what omi_strtoSizeT makes
-  /// of it. The type in the exception is "integer" here too.
+  /// The two forms for 64 bits; a number that does not fit is the largest std::size_t
+  /// (see omi_strtoSizeT). The type in the exception is "integer" here too.
   std::size_t ConstGetValueAsSizeT(const cow_String& name) const;
   std::size_t ConstGetValueAsSizeT(const cow_String& name, std::size_t dflt) const;
 

@@ -16,9 +16,10 @@
 
 extern "C" {
 
-/// Sets `value` to the option's value as a number; 0 when the option is absent or has no
-/// value. Throws utl_CmdLineArgFormatException, which a foreign caller cannot catch, when
-/// the value has a character that is not a digit.
+/// Sets `value` to the option's value as a number (see utl_CommandLine for one that does
+/// not fit); 0 when the option is absent or has no value. Throws
+/// utl_CmdLineArgFormatException, which a foreign caller cannot catch, when the value has
+/// a character that is not a digit.
 KSTUTL_EXPORT void UTL_COMMANDLINEINTEGER(const char* name, int* value, int nameLength);
 
 /// Sets `status` to 0 when the option is given and to 1 when it is not: a status, not a

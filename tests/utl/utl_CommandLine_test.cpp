@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <string>
@@ -191,7 +190,6 @@ TEST_F(CommandLine, Numbers) {
   EXPECT_EQ(Line().ConstGetValueAsInt("zero"), 7);
   EXPECT_EQ(Line().ConstGetValueAsInt("empty"), 0);
   EXPECT_EQ(Line().ConstGetValueAsInt("empty", 7), 0);
-  EXPECT_EQ(Line().ConstGetValueAsInt("big"), std::atoi("4294967296"));
   EXPECT_EQ(Line().ConstGetValueAsSizeT("n"), 12u);
   EXPECT_EQ(Line().ConstGetValueAsSizeT("n", 7), 12u);
   EXPECT_EQ(Line().ConstGetValueAsSizeT("absent", 7), 7u);
@@ -199,6 +197,32 @@ TEST_F(CommandLine, Numbers) {
   EXPECT_EQ(Line().ConstGetValueAsSizeT("empty", 7), 0u);
   EXPECT_EQ(Line().ConstGetValueAsSizeT("big"), 4294967296u);
   EXPECT_EQ(Line().ConstGetValueAsSizeT("max"), 18446744073709551615u);
+}
+
+// The same on both targets, whose atoi differ beyond 64 bits.
+TEST_F(CommandLine, OfAnOverlongNumberTheLowest32BitsCount) {
+  const struct {
+    const char* text;
+    int number;
+  } cases[] = {
+      {"2147483647", 2147483647},
+      {"2147483648", -2147483647 - 1},
+      {"4294967295", -1},
+      {"4294967296", 0},
+      {"99999999999", 1215752191},
+      {"9223372036854775807", -1},
+      {"9223372036854775808", 0},
+      {"18446744073709551619", 3},
+      {"99999999999999999999999999999", -1610612737},
+      {"100000000000000000000000000000000007", 7},
+  };
+  for (const auto& [text, number] : cases) {
+    SCOPED_TRACE(text);
+    Clear();
+    Load({"-n", text});
+    EXPECT_EQ(Line().ConstGetValueAsInt("n"), number);
+    EXPECT_EQ(Line().ConstGetValueAsInt("n", 7), number);
+  }
 }
 
 TEST_F(CommandLine, MalformedNumbers) {
@@ -268,7 +292,7 @@ TEST_F(CommandLine, Dictionaries) {
 }
 
 TEST_F(CommandLine, ErrorOptionSetsDebugFlags) {
-  Load({"-error", "a=0,b=2,c,d=,e=-3,f=4x,g=x"});
+  Load({"-error", "a=0,b=2,c,d=,e=-3,f=4x,g=x,h= +5,i=4294967299,j=2147483648"});
   EXPECT_EQ(typ_DebugFlags::Level("a"), 0);
   EXPECT_EQ(typ_DebugFlags::Level("b"), 2);
   EXPECT_EQ(typ_DebugFlags::Level("c"), 1);
@@ -276,6 +300,9 @@ TEST_F(CommandLine, ErrorOptionSetsDebugFlags) {
   EXPECT_EQ(typ_DebugFlags::Level("e"), 0);
   EXPECT_EQ(typ_DebugFlags::Level("f"), 4);
   EXPECT_EQ(typ_DebugFlags::Level("g"), 0);
+  EXPECT_EQ(typ_DebugFlags::Level("h"), 5);
+  EXPECT_EQ(typ_DebugFlags::Level("i"), 3);
+  EXPECT_EQ(typ_DebugFlags::Level("j"), 0) << "a negative one after the wrap";
 }
 
 TEST_F(CommandLine, ErrorOptionLeavesFlagsOfLevelZeroAlone) {

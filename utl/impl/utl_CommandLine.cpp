@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstdlib>
 #include <mutex>
 #include <optional>
 #include <utility>
@@ -11,6 +10,7 @@
 #include "omi/omi_strtoSizeT.h"
 #include "rgx/rgx_funcs.h"
 #include "typ/typ_DebugFlags.h"
+#include "utl/impl/text/utl_leadingInt.h"
 
 template class thr_GlobalSingleton<utl_CommandLine>;
 
@@ -43,7 +43,7 @@ const cow_String& Digits(const cow_String& name, const cow_String& value) {
 
 // Without a range check, on purpose.
 int ToInt(const cow_String& name, const cow_String& value) {
-  return std::atoi(Digits(name, value).c_str());
+  return utl_leadingInt(Digits(name, value));
 }
 
 std::size_t ToSizeT(const cow_String& name, const cow_String& value) {
@@ -181,7 +181,7 @@ void utl_CommandLine::ApplyErrorOption() const {
     return;
   }
   for (const auto& [flag, text] : ConstGetValueAsDictionary("error")) {
-    const int level = text.IsEmpty() ? 1 : std::atoi(text.c_str());
+    const int level = text.IsEmpty() ? 1 : utl_leadingInt(text);
     if (level > 0) {
       typ_DebugFlags::SetDebugFlags(flag.c_str(), level);
     }
