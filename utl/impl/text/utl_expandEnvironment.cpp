@@ -1,83 +1,111 @@
 #include "utl/impl/text/utl_expandEnvironment.h"
 
-#include <cstdlib>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include "utl/impl/text/utl_ascii.h"
 
 namespace {
 
 // A longer name counts as unset.
 constexpr std::size_t kLongestName = 255;
 
-// A variable may contain its own reference; that must come to an end.
+// A variable may contain its own reference, and more of them than one; that must come to
+// an end.
 constexpr int kMostReplacements = 1000;
+constexpr std::size_t kLongestText = 1 << 20;
 
-const char* Value(std::string_view name) {
-  return name.size() > kLongestName ? nullptr : std::getenv(std::string(name).c_str());
-}
-
-bool IsLetter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
-bool IsNameCharacter(char c) {
-  return IsLetter(c) || (c >= '0' && c <= '9') || c == '_';
-}
-
-// One reference: its range in the text, and the name within.
-struct Reference {
+struct Range {
   std::size_t begin, end;
+};
+
+// A reference: where it stands in the text, and the name within.
+struct Reference : Range {
   std::string_view name;
 };
 
-// The next %NAME% at or behind `from`; false when there is none.
+bool IsNameCharacter(char c) {
+  return utl_isLetter(c) || utl_isDigit(c) || c == '_';
+}
+
+using LookUp = char* (*)(const char*);
+
+const char* Value(std::string_view name, LookUp lookUp) {
+  return name.size() > kLongestName ? nullptr : lookUp(std::string(name).c_str());
+}
+
+// The next %NAME% at or after `from`; false when there is none.
 bool NextPercent(std::string_view text, std::size_t from, Reference& found) {
   found.begin = text.find('%', from);
-  if (found.begin == std::string_view::npos) return false;
+  if (found.begin == std::string_view::npos) {
+    return false;
+  }
   const std::size_t close = text.find('%', found.begin + 1);
-  if (close == std::string_view::npos) return false;
+  if (close == std::string_view::npos) {
+    return false;
+  }
   found.end = close + 1;
   found.name = text.substr(found.begin + 1, close - found.begin - 1);
   return true;
 }
 
-// The next $NAME at or behind `from`; false when there is none. A "$" that no letter
-// follows starts no reference.
+// The next $NAME at or after `from`; false when there is none. A "$" that no letter
+// follows has the empty name, which no variable has.
 bool NextDollar(std::string_view text, std::size_t from, Reference& found) {
-  do {
-    found.begin = text.find('$', from);
-    if (found.begin >= text.size() - 1) return false;
-    from = found.begin + 1;
-  } while (!IsLetter(text[from]));
-  found.end = from;
-  while (found.end < text.size() && IsNameCharacter(text[found.end])) ++found.end;
-  found.name = text.substr(from, found.end - from);
+  found.begin = text.find('$', from);
+  if (found.begin >= text.size() - 1) {
+    return false;
+  }
+  const std::size_t name = found.begin + 1;
+  found.end = name;
+  if (utl_isLetter(text[name])) {
+    while (found.end < text.size() && IsNameCharacter(text[found.end])) {
+      ++found.end;
+    }
+  }
+  found.name = text.substr(name, found.end - name);
   return true;
 }
 
 template <class NextReference>
-void Expand(cow_String& text, NextReference next) {
+void Expand(std::string& text, NextReference next, LookUp lookUp) {
+  // References to unset variables, which the search has passed. Where a value follows one
+  // directly it may make another name of it.
+  std::vector<Range> passed;
   std::size_t from = 0;
-  Reference reference;
-  for (int replaced = 0; replaced < kMostReplacements && next(text, from, reference);) {
-    const char* value = Value(reference.name);
-    if (value == nullptr) {
-      from = reference.end;
-      continue;
+  Reference found;
+  for (int replaced = 0; replaced < kMostReplacements && text.size() <= kLongestText &&
+                         next(text, from, found);) {
+    if (const char* const value = Value(found.name, lookUp)) {
+      text.replace(found.begin, found.end - found.begin, value);
+      ++replaced;
+      from = found.begin;
+      if (!passed.empty() && passed.back().end == from) {
+        from = passed.back().begin;
+        passed.pop_back();
+      }
+    } else {
+      from = found.end;
+      if (found.name.size() <= kLongestName) {  // a longer one stays unset
+        passed.push_back(found);
+      }
     }
-    const std::string_view whole = text;
-    cow_String expanded(whole.substr(0, reference.begin));
-    expanded += value;
-    expanded += whole.substr(reference.end);
-    text = expanded;
-    from = 0;
-    ++replaced;
   }
+}
+
+bool Holds(const cow_String& text, char c) {
+  return std::string_view(text).find(c) != std::string_view::npos;
 }
 
 }  // namespace
 
-void utl_expandEnvironment(cow_String& text) {
-  Expand(text, NextPercent);
-  Expand(text, NextDollar);
+void utl_expandEnvironment(cow_String& text, LookUp lookUp) {
+  if (!Holds(text, '%') && !Holds(text, '$')) {
+    return;
+  }
+  std::string expanded{std::string_view(text)};
+  Expand(expanded, NextPercent, lookUp);
+  Expand(expanded, NextDollar, lookUp);
+  text = cow_String(expanded);
 }
