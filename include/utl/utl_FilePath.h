@@ -38,12 +38,21 @@ class KSTUTL_EXPORT utl_FilePath {
   /// References to the environment are not replaced. Throws as utl_fromNativePath does.
   utl_FilePath(const std::filesystem::path& path);
 
+  /// The plain path of these parts, taken as they are: nothing is resolved or checked.
+  /// For many files of one directory, whose paths then share its text. `directory` and
+  /// `subdirectory` end in `\` or are empty; `extension` starts with its dot.
+  ///
+  ///     utl_FilePath::FromParts("", "D:\\x\\", "f", ".txt").PathName();   // D:\x\f.txt
+  static utl_FilePath FromParts(cow_String directory, cow_String subdirectory,
+                                cow_String baseName, cow_String extension);
+
   /// Resolves `fileName` against `directory`:
   /// - Every `/` becomes `\`; then references %NAME% and $NAME to environment variables
   ///   are replaced by their values, over and over, in both arguments. A variable that
   ///   is unset or whose name has 256 characters or more stays as written. So that a
   ///   variable that names itself comes to an end, each form is replaced 1,000 times
-  ///   at the most in one argument.
+  ///   at the most in one argument, and an argument that has grown beyond 1,048,576 bytes
+  ///   is left as it is then.
   /// - An absolute name (`\dir...`, `\\host...`, `C:\...`) ignores the directory. A name
   ///   such as "C:data" is sought in the current directory of drive C.
   /// - Any other name is anchored at the directory if that is absolute, has a drive or
@@ -110,12 +119,9 @@ class KSTUTL_EXPORT utl_FilePath {
   ///       std::ifstream in{std::filesystem::path(file)};
   operator std::filesystem::path() const;
 
+  // The rest is implementation.
+
  private:
-  friend class utl_EntryPaths;  // makes many paths of one directory
-
-  // Whether the name, with `\` as its separator, is absolute.
-  static bool IsAbsoluteName(std::string_view name);
-
   void SetPlainPath(cow_String fileName, cow_String directory);
   bool IsPlain() const { return !isUrl_ && !isNetworkConnector_; }
   cow_String Anchor(std::string_view name, std::string_view directory) const;

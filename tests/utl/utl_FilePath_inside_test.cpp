@@ -270,6 +270,24 @@ TEST(utl_FilePath, VariableThatNamesItselfComesToAnEnd) {
             std::string(1000, 'x') + "$KES_T_B");
 }
 
+// (Values have 32,767 characters at the most on one target.)
+TEST(utl_FilePath, ANameThatHasGrownBeyondAMegabyteIsExpandedNoFurther) {
+  const std::string value(30'000, '-');
+  ScopedEnvironment variable("KES_T_A", ("$KES_T_A" + value).c_str());
+  EXPECT_EQ(utl_FilePath("$KES_T_A", "D:\\").PathName().Length(), 8 + 35 * 30'000);
+  EXPECT_EQ(utl_FilePath("f", "D:\\$KES_T_A").AbsoluteDirectoryPath().Length(),
+            3 + 8 + 35 * 30'000 + 1);
+}
+
+TEST(utl_FilePath, FromPartsTakesThemAsTheyAre) {
+  const utl_FilePath path = utl_FilePath::FromParts("Z:/%A%\\", "s\\", "$B", ".c");
+  EXPECT_EQ(path.AbsoluteDirectoryPath(), "Z:/%A%\\s\\");
+  EXPECT_EQ(path.PathName(), "s\\$B.c");
+  EXPECT_EQ(path.BaseName(), "$B");
+  EXPECT_EQ(path.Extension(), ".c");
+  EXPECT_FALSE(utl_FilePath::FromParts("", "", "kstrdb:", "").Exists()) << "it is plain";
+}
+
 TEST(utl_FilePath, NameOf256CharactersCountsAsUnset) {
   const std::string longest = "K" + std::string(254, 'a'), tooLong = longest + "a";
   ScopedEnvironment last(longest.c_str(), "in");

@@ -1,5 +1,6 @@
 #include "utl/utl_DirPathUtils.h"
 
+#include "utl/impl/text/utl_PathText.h"
 #include "utl/utl_Stat.h"
 
 bool utl_DirPathUtils::CheckDirectory(const cow_String& path) {
@@ -12,11 +13,12 @@ bool utl_DirPathUtils::CheckDirectory(const cow_String& path) {
 }
 
 cow_String utl_DirPathUtils::TrimSeparator(const cow_String& path) {
-  if (!std::string_view(path).ends_with('\\')) return path;
-  return path.Substr(0, path.Length() - 1);
+  return std::string_view(path).ends_with('\\') ? path.Substr(0, path.Length() - 1)
+                                                : path;
 }
 
 cow_String utl_DirPathUtils::AddSeparator(const cow_String& path) {
-  if (std::string_view(path).ends_with('\\')) return path;
-  return path + "\\";
+  cow_String result = path;
+  utl_addSeparator(result);
+  return result;
 }

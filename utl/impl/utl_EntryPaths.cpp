@@ -3,6 +3,8 @@
 #include <string_view>
 #include <utility>
 
+#include "utl/impl/text/utl_PathText.h"
+
 namespace {
 
 // A name that holds none of these is not changed when its path is resolved.
@@ -12,9 +14,13 @@ bool MayChange(char c) {
 
 // A call of memcmp would take longer than most extensions do.
 bool AreEqual(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
+  if (a.size() != b.size()) {
+    return false;
+  }
   for (std::size_t i = 0; i < a.size(); ++i) {
-    if (a[i] != b[i]) return false;
+    if (a[i] != b[i]) {
+      return false;
+    }
   }
   return true;
 }
@@ -23,7 +29,7 @@ bool AreEqual(std::string_view a, std::string_view b) {
 
 utl_EntryPaths::utl_EntryPaths(cow_String prefix) : prefix_(std::move(prefix)) {
   const std::string_view text = prefix_;
-  prefixIsFinal_ = utl_FilePath::IsAbsoluteName(text) && text.ends_with('\\') &&
+  prefixIsFinal_ = utl_isAbsoluteName(text) && text.ends_with('\\') &&
                    text.find_first_of("%$/") == std::string_view::npos;
 }
 
@@ -31,17 +37,24 @@ utl_FilePath utl_EntryPaths::Make(const char* name) {
   const char* end = name;
   const char* dot = nullptr;
   for (; *end != '\0'; ++end) {
-    if (MayChange(*end)) return {prefix_ + name, ""};
-    if (*end == '.') dot = end;
+    if (MayChange(*end)) {
+      return {prefix_ + name, ""};
+    }
+    if (*end == '.') {
+      dot = end;
+    }
   }
-  if (!prefixIsFinal_ || end == name) return {prefix_ + name, ""};
+  if (!prefixIsFinal_ || end == name) {
+    return {prefix_ + name, ""};
+  }
 
-  if (dot == nullptr) dot = end;
+  if (dot == nullptr) {
+    dot = end;
+  }
   const std::string_view extension(dot, static_cast<std::size_t>(end - dot));
-  if (!AreEqual(extension, extension_)) extension_ = cow_String(extension);
-  utl_FilePath path;
-  path.subdirectory_ = prefix_;
-  path.baseName_ = cow_String(name, static_cast<int>(dot - name));
-  path.extension_ = extension_;
-  return path;
+  if (!AreEqual(extension, extension_)) {
+    extension_ = cow_String(extension);
+  }
+  return utl_FilePath::FromParts(
+      "", prefix_, cow_String(name, static_cast<int>(dot - name)), extension_);
 }

@@ -1,15 +1,14 @@
 #pragma once
 
 #include "cow/cow_String.h"
-#include "KSTutl_export.h"
 #include "utl/utl_FilePath.h"
 
 /// Makes the paths of the entries of one directory: for each name the path that
 /// utl_FilePath(prefix + name, "") is. That is several times faster than resolving each
 /// whole path, and the paths share the text that they have in common.
 ///
-/// One object is used by one thread. Internal; exported for the tests.
-class KSTUTL_EXPORT utl_EntryPaths {
+/// One object is used by one thread.
+class utl_EntryPaths {
  public:
   /// `prefix` is the name of the directory and a separator.
   explicit utl_EntryPaths(cow_String prefix);

@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "utl/impl/text/utl_expandEnvironment.h"
+#include "utl/impl/text/utl_PathText.h"
 #include "utl/utl_hostInfo.h"
 #include "utl/utl_NativePath.h"
 #include "utl/utl_UrlParser.h"
@@ -26,42 +27,13 @@ constexpr int kExists = 0;
 constexpr int kMayWrite = 2;
 constexpr int kMayRead = 4;
 
-bool IsAsciiLetter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
-bool HasDrive(std::string_view path) {
-  return path.size() >= 2 && IsAsciiLetter(path[0]) && path[1] == ':';
-}
-
-bool HasDriveAndRoot(std::string_view path) {
-  return path.size() >= 3 && HasDrive(path) && path[2] == '\\';
-}
-
-bool HasHost(std::string_view path) {
-  return path.size() >= 3 && path.starts_with("\\\\") && path[2] != '\\';
-}
-
-// A directory that starts with a single backslash is not absolute, unlike a name.
-bool IsAbsoluteDirectory(std::string_view directory) {
-  return HasHost(directory) || HasDriveAndRoot(directory);
-}
-
 bool StartsWithOneBackslash(std::string_view directory) {
   return directory.starts_with('\\') && (directory.size() == 1 || directory[1] != '\\');
-}
-
-void AddSeparator(cow_String& directory) {
-  if (!std::string_view(directory).ends_with('\\')) directory += '\\';
 }
 
 std::string_view WithoutLeadingBackslashes(std::string_view name) {
   name.remove_prefix(std::min(name.find_first_not_of('\\'), name.size()));
   return name.empty() ? "\\" : name;
-}
-
-std::string_view WithoutTrailingBackslashes(std::string_view text) {
-  return text.substr(0, text.find_last_not_of('\\') + 1);
 }
 
 bool Accessible(const cow_String& path, int mode) {
@@ -80,6 +52,16 @@ utl_FilePath::utl_FilePath(const std::filesystem::path& path) {
 
 utl_FilePath::operator std::filesystem::path() const {
   return utl_nativePath(AbsolutePathName());
+}
+
+utl_FilePath utl_FilePath::FromParts(cow_String directory, cow_String subdirectory,
+                                     cow_String baseName, cow_String extension) {
+  utl_FilePath path;
+  path.directory_ = std::move(directory);
+  path.subdirectory_ = std::move(subdirectory);
+  path.baseName_ = std::move(baseName);
+  path.extension_ = std::move(extension);
+  return path;
 }
 
 void utl_FilePath::SetFilePath(cow_String fileName, cow_String directory) {
@@ -111,65 +93,70 @@ void utl_FilePath::SetPlainPath(cow_String fileName, cow_String directory) {
   std::string_view name = fileName;
   if (name.empty() || name == ".") {
     directory_ = directory.IsEmpty() || directory == "." ? utl_getcwd() : directory;
-    AddSeparator(directory_);
+    utl_addSeparator(directory_);
     return;
   }
-  if (IsAbsoluteName(name)) {
+  if (utl_isAbsoluteName(name)) {
     directory_ = cow_String();
   } else {
-    if (HasDrive(name)) {
+    if (utl_hasDrive(name)) {
       directory_ = CurrentDirectoryOfDrive(name[0]);
       name.remove_prefix(2);
     } else {
       directory_ = Anchor(name, directory);
-      if (name.starts_with('\\')) name = WithoutLeadingBackslashes(name);
+      if (name.starts_with('\\')) {
+        name = WithoutLeadingBackslashes(name);
+      }
     }
-    if (!directory_.IsEmpty()) AddSeparator(directory_);
+    if (!directory_.IsEmpty()) {
+      utl_addSeparator(directory_);
+    }
   }
   SplitName(name);
 }
 
-bool utl_FilePath::IsAbsoluteName(std::string_view name) {
-  const bool hasRoot =
-      name.size() >= 3 && name[0] == '\\' && name[1] != '\\' && name[1] != ':';
-  return hasRoot || HasHost(name) || HasDriveAndRoot(name);
-}
-
 // The directory for a name that has neither drive nor root.
 cow_String utl_FilePath::Anchor(std::string_view name, std::string_view directory) const {
-  if (IsAbsoluteDirectory(directory)) return cow_String(directory);
-  if (HasDrive(directory)) {
+  if (utl_isAbsoluteDirectory(directory)) {
+    return cow_String(directory);
+  }
+  if (utl_hasDrive(directory)) {
     return name.starts_with('\\') ? cow_String(directory.substr(0, 2))
                                   : CurrentDirectoryOfDrive(directory[0]);
   }
   cow_String current = utl_getcwd();
-  if (StartsWithOneBackslash(directory)) return current.Substr(0, 2) + directory;
+  if (StartsWithOneBackslash(directory)) {
+    return current.Substr(0, 2) + directory;
+  }
   return current;
 }
 
 // The directory field as it is when the system does not know the drive.
 cow_String utl_FilePath::CurrentDirectoryOfDrive(char letter) const {
-  const int drive = (letter & ~0x20) - 'A' + 1;
   char path[kPathSize];
-  return _getdcwd(drive, path, sizeof path) != nullptr ? cow_String(path) : directory_;
+  return _getdcwd(utl_driveNumber(letter), path, sizeof path) != nullptr
+             ? cow_String(path)
+             : directory_;
 }
 
 // Sets subdirectory, base name and extension, which are empty before.
 void utl_FilePath::SplitName(std::string_view name) {
-  const bool isDrive = name.size() == 2 && HasDrive(name);
-  const bool isDriveRoot = name.size() == 3 && HasDriveAndRoot(name);
+  const bool isDrive = name.size() == 2 && utl_hasDrive(name);
+  const bool isDriveRoot = name.size() == 3 && utl_hasDriveAndRoot(name);
   const cow_String driveRoot = isDrive ? cow_String(name) + '\\' : cow_String();
   if (isDrive) {
     name = driveRoot;
   } else if (name.size() > 1 && !isDriveRoot) {
-    name = WithoutTrailingBackslashes(name);
+    name = utl_withoutTrailingSeparators(name);
   }
 
   const std::size_t separator = name.rfind('\\');
   if (separator != std::string_view::npos) {
     subdirectory_ = cow_String(name.substr(0, separator + 1));
     name.remove_prefix(separator + 1);
-    if (name.empty()) name = ".";
+    if (name.empty()) {
+      name = ".";
+    }
   }
   const std::size_t dot = std::min(name.rfind('.'), name.size());
   baseName_ = cow_String(name.substr(0, dot));
@@ -178,16 +165,18 @@ void utl_FilePath::SplitName(std::string_view name) {
 
 utl_FilePath& utl_FilePath::Portable() {
   if (IsPlain()) {
-    for (cow_String* part : {&directory_, &subdirectory_, &baseName_})
+    for (cow_String* part : {&directory_, &subdirectory_, &baseName_}) {
       part->Replace('\\', '/');
+    }
   }
   return *this;
 }
 
 utl_FilePath& utl_FilePath::Native() {
   if (IsPlain()) {
-    for (cow_String* part : {&directory_, &subdirectory_, &baseName_})
+    for (cow_String* part : {&directory_, &subdirectory_, &baseName_}) {
       part->Replace('/', '\\');
+    }
   }
   return *this;
 }
@@ -201,13 +190,19 @@ bool utl_FilePath::IsReadable() const {
 }
 
 bool utl_FilePath::IsWriteable() const {
-  if (!IsPlain()) return false;
+  if (!IsPlain()) {
+    return false;
+  }
   const cow_String path = AbsolutePathName();
-  if (Accessible(path, kExists)) return Accessible(path, kMayWrite);
+  if (Accessible(path, kExists)) {
+    return Accessible(path, kMayWrite);
+  }
   const HANDLE file =
       CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                   FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
-  if (file == INVALID_HANDLE_VALUE) return false;
+  if (file == INVALID_HANDLE_VALUE) {
+    return false;
+  }
   CloseHandle(file);
   return true;
 }
@@ -224,7 +219,9 @@ bool utl_FilePath::IsDir() const {
 }
 
 cow_String utl_FilePath::PathName() const {
-  if (!IsPlain()) return baseName_;
+  if (!IsPlain()) {
+    return baseName_;
+  }
   cow_String name = cow_String::Reserved(subdirectory_.Length() + baseName_.Length() +
                                          extension_.Length());
   name += subdirectory_;
@@ -234,21 +231,27 @@ cow_String utl_FilePath::PathName() const {
 }
 
 cow_String utl_FilePath::AbsolutePathName() const {
-  if (!IsPlain()) return baseName_;
+  if (!IsPlain()) {
+    return baseName_;
+  }
   return AbsoluteDirectoryPath() + baseName_ + extension_;
 }
 
 cow_String utl_FilePath::AbsoluteDirectoryPath() const {
-  if (!IsPlain()) return {};
+  if (!IsPlain()) {
+    return {};
+  }
   std::string_view directory = directory_;
   if (directory.ends_with('\\') && subdirectory_[0] == '\\') {
-    directory = WithoutTrailingBackslashes(directory);
+    directory = utl_withoutTrailingSeparators(directory);
   }
   return cow_String(directory) + subdirectory_;
 }
 
 cow_String utl_FilePath::FileName() const {
-  if (!IsPlain()) return baseName_;
+  if (!IsPlain()) {
+    return baseName_;
+  }
   cow_String name = cow_String::Reserved(baseName_.Length() + extension_.Length());
   name += baseName_;
   name += extension_;

@@ -3,13 +3,11 @@
 #include <algorithm>
 #include <string_view>
 
+#include "utl/impl/text/utl_PathText.h"
+
 namespace {
 
-constexpr std::string_view kHostStart = "\\\\";
-
-bool IsAsciiLetter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
+constexpr std::size_t kHostStartLength = 2;
 
 bool IsForbiddenInWindowsName(char c) {
   return (c >= 1 && c <= 31) || c == '<' || c == '>' || c == '"' || c == '/' || c == '|';
@@ -21,34 +19,43 @@ bool IsWindows(std::string_view path) {
 }
 
 char DriveLetter(std::string_view path) {
-  if (path.size() < 2 || path[1] != ':') return '\0';
-  const char letter = static_cast<char>(path[0] & 0x7F);
-  if (!IsAsciiLetter(letter)) return '\0';
-  return static_cast<char>(letter | 0x20);
+  if (path.size() < 2) {
+    return '\0';
+  }
+  const char start[] = {static_cast<char>(path[0] & 0x7F), path[1]};
+  return utl_hasDrive({start, sizeof start}) ? utl_smallLetter(start[0]) : '\0';
 }
 
 // Where the host of a path ends, or npos: only a third backslash ends it.
 std::size_t HostEnd(std::string_view path) {
-  return path.starts_with(kHostStart) ? path.find('\\', kHostStart.size())
-                                      : std::string_view::npos;
+  return utl_hasHostStart(path) ? path.find('\\', kHostStartLength)
+                                : std::string_view::npos;
 }
 
 std::string_view HostName(std::string_view path) {
   const std::size_t end = HostEnd(path);
-  if (end == std::string_view::npos) return {};
-  return path.substr(kHostStart.size(), end - kHostStart.size());
+  if (end == std::string_view::npos) {
+    return {};
+  }
+  return path.substr(kHostStartLength, end - kHostStartLength);
 }
 
 bool IsUnix(std::string_view path) {
-  if (path.find('/') != std::string_view::npos) return true;
-  if (path.find('\\') != std::string_view::npos) return false;
+  if (path.find('/') != std::string_view::npos) {
+    return true;
+  }
+  if (path.find('\\') != std::string_view::npos) {
+    return false;
+  }
   return DriveLetter(path) == '\0';  // no backslash, so no host
 }
 
-// The path behind its drive or host. The drive test does not mask the letter's
+// The path after its drive or host. The drive test does not mask the letter's
 // top bit, unlike DriveLetter.
 std::string_view WithoutRoot(std::string_view path) {
-  if (path.size() >= 2 && path[1] == ':' && IsAsciiLetter(path[0])) return path.substr(2);
+  if (utl_hasDrive(path)) {
+    return path.substr(2);
+  }
   const std::size_t end = HostEnd(path);
   return end == std::string_view::npos ? path : path.substr(end);
 }
@@ -107,12 +114,14 @@ bool utl_FilePathParser::HasDirName(const cow_String& path) {
 
 cow_String utl_FilePathParser::DirName(const cow_String& path) {
   const Read read(path);
-  if (!read.HasSeparator()) return {};
-  return cow_String(read.text.substr(0, read.separator));
+  return read.HasSeparator() ? cow_String(read.text.substr(0, read.separator))
+                             : cow_String();
 }
 
 bool utl_FilePathParser::HasBaseName(const cow_String& path) {
-  if (!HasStyle(path)) return false;
+  if (!HasStyle(path)) {
+    return false;
+  }
   const std::string_view component = Read(path).Component();
   return !component.empty() && component.rfind('.') != 0;
 }

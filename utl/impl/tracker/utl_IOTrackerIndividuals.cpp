@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "utl/impl/tracker/utl_IOTrackerScratch.h"
+#include "utl/impl/text/utl_comparablePath.h"
 
 namespace {
 

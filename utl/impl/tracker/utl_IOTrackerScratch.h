@@ -21,9 +21,3 @@ class utl_IOTrackerScratch {
  private:
   std::string directory_;
 };
-
-/// The path as it is compared: from the current directory if it is relative, with "\" for
-/// "/", small letters for the capitals of ASCII whatever the process's locale, without
-/// "." and ".." and empty components, and with a "\" at the end. "" when the current
-/// directory cannot be told.
-std::string utl_comparablePath(std::string_view path);
