@@ -8,7 +8,14 @@
 
 /// The name of one scratch file, which is removed with the object. The object reads and
 /// writes nothing: take `Name()` and use utl_File or the like; `Create` makes sure that
-/// the file exists and that it is this object's.
+/// the file exists, that it is this object's and, on Linux, that other users may neither
+/// read nor write it.
+///
+/// A file that was created and closed belongs to nobody. Another object of the same name,
+/// in this process or another, may open it with `Open`, and removes it at its own end,
+/// whoever made it; the name is then free for a third one's `Create`. To be safe keep the
+/// file open (`Create` without `Close`) for as long as it is in use: nobody can remove it
+/// meanwhile, and others may still open it for reading and writing.
 ///
 /// The directory is the first of these that is a directory: the command-line option
 /// "tmpdir", the environment variables SCRATCH and TMPDIR. There is no other; the
@@ -17,10 +24,12 @@
 ///
 /// The name is made once, by the first operation, and is then the object's to its end:
 /// DIRECTORY\KstTempFileLNNNNN.SUFFIX, where L is a letter from a to z that makes the
-/// name (without the suffix) a new one, and NNNNN are digits of the process's number. So
-/// a process has at most 26 files without suffix in a directory at a time. With a suffix
-/// a file does not stand in the way of the next name: two objects with one suffix may
-/// have the same name, and the second `Create` fails.
+/// name (without the suffix) a new one, and NNNNN are the last five digits of the
+/// process's number, with zeros before a shorter one. So a process has at most 26 files
+/// without suffix in a directory at a time, and shares them with the processes whose
+/// numbers end in the same five digits: 1234567 and 34567 both make KstTempFilea34567.
+/// With a suffix a file does not stand in the way of the next name: two objects with one
+/// suffix may have the same name, and the second `Create` fails.
 ///
 /// While the name is not made, every operation but `Close` makes it and may throw
 ///   utl_TempFileCantExc         there is no directory, or no letter is left;
@@ -35,8 +44,7 @@
 ///
 ///     utl_TempFile scratch(".scr");
 ///     scratch.Create();
-///     scratch.Close();
-///     utl_File file(scratch.Name(), utl_FileAccessWrite, utl_FileShareDefault);
+///     utl_File file(scratch.Name(), utl_FileAccessUpdate, utl_FileShareReadWrite);
 class KSTUTL_EXPORT utl_TempFile {
  public:
   /// Records the suffix, with or without its ".": "scr" and ".scr" are the same, "" is

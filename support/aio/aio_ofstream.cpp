@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <io.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -12,8 +11,11 @@ namespace {
 constexpr std::size_t kHeld = 65536;
 constexpr std::size_t kMaxWrite = std::size_t{1} << 30;  // _write answers with an int
 
+// Where files have permissions: those of any new file, which the umask narrows.
+constexpr int kForEverybody = 0666;
+
 int Create(const char* path) {
-  return _open(path, _O_WRONLY | _O_CREAT | _O_TRUNC | _O_BINARY, _S_IREAD | _S_IWRITE);
+  return _open(path, _O_WRONLY | _O_CREAT | _O_TRUNC | _O_BINARY, kForEverybody);
 }
 
 }  // namespace

@@ -5,7 +5,10 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <filesystem>
+#include <optional>
 
+#include "common/environment/OtherUser.h"
 #include "common/handle/AsHandle.h"
 #include "platform/PlatformTest.h"
 
@@ -82,6 +85,35 @@ TEST_F(DescriptorTest, CreatedReadOnly) {
   _close(fd);
   EXPECT_EQ(ErrnoOf([&] { return _access(Name("m").c_str(), 2); }), EACCES);
   EXPECT_EQ(ErrnoOf([&] { return _unlink(Name("m").c_str()); }), EACCES);
+}
+
+// The file of another descriptor is the measure, since the umask has its part in it.
+TEST_F(DescriptorTest, PermissionsOfNewFiles) {
+  const auto created = [this](const char* name, int permissions) {
+    _close(_open(Name(name).c_str(), _O_CREAT | _O_EXCL | _O_RDWR, permissions));
+    return OtherUserMayRead(Name(name));
+  };
+  const std::optional<bool> usual = OtherUserMayRead(Name("a"));
+  if (!usual) {
+    GTEST_SKIP() << "no other user than root to be had on this target";
+  }
+  EXPECT_EQ(created("everybody's", 0666), usual);
+  EXPECT_EQ(created("own", _S_IREAD | _S_IWRITE), false);
+  EXPECT_EQ(created("writable", _S_IWRITE), false);
+  EXPECT_EQ(created("read-only", _S_IREAD), false);
+}
+
+// Whoever may write may read, and the owner always may.
+TEST_F(DescriptorTest, NewFilesCanBeReadWhateverTheirPermissions) {
+  for (const int permissions : {_S_IWRITE, _S_IREAD, 0}) {
+    const std::string name = Name(std::to_string(permissions));
+    _close(_open(name.c_str(), _O_CREAT | _O_EXCL | _O_RDWR, permissions));
+    EXPECT_EQ(
+        std::filesystem::status(name).permissions() & std::filesystem::perms::owner_read,
+        std::filesystem::perms::owner_read)
+        << permissions;
+    EXPECT_EQ(OpenCode(name), 0u) << permissions;
+  }
 }
 
 TEST_F(DescriptorTest, ReadsAndWrites) {

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 
 #include "platform/PlatformTest.h"
@@ -56,6 +57,12 @@ TEST_F(TextStreamTest, FlushReachesTheFile) {
   std::fputs("y", stream);
   EXPECT_EQ(std::fclose(stream), 0);
   EXPECT_EQ(ReadWholeFile(Name("new")), "xy");
+}
+
+TEST_F(TextStreamTest, PermissionsAreThoseOfAnyNewFile) {
+  std::fclose(Create("new"));
+  EXPECT_EQ(std::filesystem::status(Name("new")).permissions(),
+            std::filesystem::status(Name("a")).permissions());
 }
 
 TEST_F(TextStreamTest, MoreThanABuffer) {

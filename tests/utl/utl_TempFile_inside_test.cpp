@@ -10,12 +10,14 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
 #include <vector>
 
 #include "common/child/ChildProcess.h"
+#include "common/environment/OtherUser.h"
 #include "common/expect/ExceptionContract.h"
 #include "common/expect/ExpectThrow.h"
 #include "common/failing/FailingCall.h"
@@ -219,6 +221,44 @@ TEST_F(utl_TempFileTest, CreateMakesAnEmptyWritableFile) {
   file.Create();
   EXPECT_EQ(ReadWholeFile(PathOf(file)), "");
   EXPECT_EQ(_access(file.Name().c_str(), 2), 0);
+}
+
+TEST_F(utl_TempFileTest, OtherUsersMayNotReadTheFile) {
+  utl_TempFile file("");
+  file.Create();
+  const std::optional<bool> mayRead = OtherUserMayRead(PathOf(file));
+  if (!mayRead) {
+    GTEST_SKIP() << "no other user than root to be had on this target";
+  }
+  EXPECT_EQ(mayRead, false);
+}
+
+// Nothing tells a file that was created and closed from one that was left over.
+TEST_F(utl_TempFileTest, AFileThatWasClosedBelongsToNobody) {
+  utl_TempFile first("dat");
+  first.Create();
+  first.Close();
+  {
+    utl_TempFile second("dat");
+    EXPECT_EQ(NameOf(second), NameOf(first));
+    EXPECT_THROW_TEXT(second.Create(), utl_TempFileOpenExc,
+                      OpenText(NameOf(first), EEXIST));
+    EXPECT_TRUE(second.OpenIfPresent());
+  }
+  EXPECT_FALSE(FileExists(PathOf(first))) << "the second has taken it away";
+  EXPECT_NO_THROW(first.Create());
+}
+
+TEST_F(utl_TempFileTest, AFileThatIsHeldOpenCanBeUsedAndNotTakenAway) {
+  utl_TempFile file("dat");
+  file.Create();
+  {
+    utl_TempFile other("dat");
+    EXPECT_EQ(NameOf(other), NameOf(file));
+    utl_File content(file.Name(), utl_FileAccessUpdate, utl_FileShareReadWrite);
+    EXPECT_EQ(content.Write("x", 1), 1);
+  }
+  EXPECT_EQ(ReadWholeFile(PathOf(file)), "x");
 }
 
 TEST_F(utl_TempFileTest, TheDescriptorReadsAndWritesInTextMode) {

@@ -2,10 +2,10 @@
 //
 // Not emulated: access rights other than GENERIC_READ, GENERIC_WRITE and DELETE;
 // flags and attributes other than READONLY (at creation), BACKUP_SEMANTICS and
-// DELETE_ON_CLOSE (a killed process leaves the file); security descriptors;
-// overlapped files; share modes of directories between processes. A file deleted
-// while others have it open loses its name at once, not at the last close. Access 0
-// needs permission to read.
+// DELETE_ON_CLOSE (a killed process leaves the file); security descriptors but for a
+// mode_t, the permissions of a file that is made; overlapped files; share modes of
+// directories between processes. A file deleted while others have it open loses its name
+// at once, not at the last close. Access 0 needs permission to read.
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -22,7 +22,7 @@ namespace posix {
 namespace {
 
 constexpr mode_t kNewFile = 0666;
-constexpr mode_t kNewReadOnlyFile = 0444;
+constexpr mode_t kMayWrite = 0222;
 
 // How often a file that comes and goes is looked for before that is an error.
 constexpr int kTries = 8;
@@ -34,6 +34,7 @@ struct Request {
   unsigned share;
   DWORD disposition;
   DWORD flags;
+  mode_t permissions;  // of a file that is made
   bool inherit;
 
   bool MayCreate() const {
@@ -49,6 +50,13 @@ unsigned Rights(DWORD access, DWORD flags) {
          ((access & GENERIC_WRITE) != 0 ? kWrite : 0) |
          ((access & DELETE) != 0 || (flags & FILE_FLAG_DELETE_ON_CLOSE) != 0 ? kDelete
                                                                              : 0);
+}
+
+mode_t Permissions(const SECURITY_ATTRIBUTES* security, DWORD flags) {
+  const bool told = security != nullptr && security->lpSecurityDescriptor != nullptr;
+  const mode_t permissions =
+      told ? *static_cast<const mode_t*>(security->lpSecurityDescriptor) : kNewFile;
+  return (flags & FILE_ATTRIBUTE_READONLY) != 0 ? permissions & ~kMayWrite : permissions;
 }
 
 int OpenRetried(const char* path, int flags, mode_t mode) {
@@ -68,10 +76,9 @@ int OpenExisting(const Request& request) {
 }
 
 int OpenNew(const Request& request) {
-  const bool readOnly = (request.flags & FILE_ATTRIBUTE_READONLY) != 0;
   return OpenRetried(request.name.path.c_str(),
                      O_RDWR | O_CREAT | O_EXCL | (request.inherit ? 0 : O_CLOEXEC),
-                     readOnly ? kNewReadOnlyFile : kNewFile);
+                     request.permissions);
 }
 
 // The descriptor, or -1 with errno; `existed` tells which of the two it was.
@@ -152,7 +159,7 @@ DWORD CheckDeletion(const std::string& path, const struct stat& status) {
   const bool denied = DeletionIsDenied(fd, status.st_dev, status.st_ino);
   if (fd >= 0) close(fd);
   if (denied) return ERROR_SHARING_VIOLATION;
-  const bool readOnly = !S_ISLNK(status.st_mode) && (status.st_mode & 0222) == 0;
+  const bool readOnly = !S_ISLNK(status.st_mode) && (status.st_mode & kMayWrite) == 0;
   return readOnly ? ERROR_ACCESS_DENIED : ERROR_SUCCESS;
 }
 
@@ -168,9 +175,13 @@ HANDLE CreateFileA(LPCSTR name, DWORD access, DWORD share, SECURITY_ATTRIBUTES* 
   DWORD code = ERROR_INVALID_PARAMETER;
   int fd = -1;
   if (disposition >= CREATE_NEW && disposition <= TRUNCATE_EXISTING) {
-    Request request = {{},    Rights(access, flags),
-                       share, disposition,
-                       flags, security != nullptr && security->bInheritHandle};
+    Request request = {{},
+                       Rights(access, flags),
+                       share,
+                       disposition,
+                       flags,
+                       Permissions(security, flags),
+                       security != nullptr && security->bInheritHandle};
     code = Resolve(name, request.name);
     if (code == ERROR_SUCCESS) fd = Open(request, code);
   }

@@ -8,6 +8,7 @@
 #include <io.h>
 
 #include <fcntl.h>
+#include <sys/types.h>
 
 #include <cerrno>
 #include <cstdarg>
@@ -54,6 +55,13 @@ DWORD Disposition(int flags) {
   }
 }
 
+// What a mode of _open gives a file that is made: there is nobody there who may write
+// and not read, and the owner may always read.
+mode_t Permissions(int mode) {
+  const mode_t given = static_cast<mode_t>(mode) & 0777;
+  return given | (given & 0222) << 1 | 0400;
+}
+
 // The result of a read or write: a file that was not opened for it counts as a bad
 // descriptor.
 int Moved(BOOL succeeded, DWORD count) {
@@ -65,14 +73,18 @@ int Moved(BOOL succeeded, DWORD count) {
 
 int _open(const char* path, int flags, ...) {
   DWORD attributes = FILE_ATTRIBUTE_NORMAL;
+  mode_t permissions = 0;
   if ((flags & _O_CREAT) != 0) {
     va_list arguments;
     va_start(arguments, flags);
-    if ((va_arg(arguments, int) & _S_IWRITE) == 0) attributes = FILE_ATTRIBUTE_READONLY;
+    const int mode = va_arg(arguments, int);
     va_end(arguments);
+    permissions = Permissions(mode);
+    if ((mode & _S_IWRITE) == 0) attributes = FILE_ATTRIBUTE_READONLY;
   }
   if ((flags & _O_TEMPORARY) != 0) attributes |= FILE_FLAG_DELETE_ON_CLOSE;
-  SECURITY_ATTRIBUTES security = {sizeof security, nullptr, (flags & _O_NOINHERIT) == 0};
+  SECURITY_ATTRIBUTES security = {sizeof security, &permissions,
+                                  (flags & _O_NOINHERIT) == 0};
   const HANDLE handle =
       CreateFileA(path, Access(flags), FILE_SHARE_READ | FILE_SHARE_WRITE, &security,
                   Disposition(flags), attributes, nullptr);

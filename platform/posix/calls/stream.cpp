@@ -14,6 +14,8 @@
 
 namespace {
 
+constexpr int kForEverybody = 0666;  // less the umask
+
 int DescriptorIn(void* cookie) {
   return static_cast<int>(reinterpret_cast<std::intptr_t>(cookie));
 }
@@ -49,8 +51,7 @@ FILE* _fsopen(const char* path, const char* mode, int share) {
     errno = EINVAL;
     return nullptr;
   }
-  const int fd =
-      _open(path, _O_WRONLY | _O_CREAT | flags | _O_TEXT, _S_IREAD | _S_IWRITE);
+  const int fd = _open(path, _O_WRONLY | _O_CREAT | flags | _O_TEXT, kForEverybody);
   if (fd < 0) return nullptr;
   void* const cookie = reinterpret_cast<void*>(std::intptr_t{fd});
   FILE* const stream =

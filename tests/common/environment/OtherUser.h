@@ -1,6 +1,10 @@
 #pragma once
 
+#include <optional>
 #include <string>
+
+/// Whether another user may read a file. Nothing when no such user can be had.
+std::optional<bool> OtherUserMayRead(const std::string& path);
 
 /// Makes the present process one of a user to whom file permissions apply: at once
 /// true when they do already, false when no such user can be had. In a child

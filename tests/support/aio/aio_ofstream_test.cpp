@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
 #include "common/temp/TempDir.h"
@@ -33,6 +34,13 @@ TEST_F(aio_ofstreamTest, OpeningEmptiesTheFile) {
   WriteWholeFile(path_, "something old");
   { const aio_ofstream stream(path_.c_str()); }
   EXPECT_EQ(ReadWholeFile(path_), "");
+}
+
+TEST_F(aio_ofstreamTest, PermissionsAreThoseOfAnyNewFile) {
+  { const aio_ofstream stream(path_.c_str()); }
+  WriteWholeFile(directory_.File("other"), "");
+  EXPECT_EQ(std::filesystem::status(path_).permissions(),
+            std::filesystem::status(directory_.File("other")).permissions());
 }
 
 TEST_F(aio_ofstreamTest, FlushHandsOnWhatIsHeld) {
