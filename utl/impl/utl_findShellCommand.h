@@ -3,7 +3,6 @@
 #include <initializer_list>
 
 #include "cow/cow_String.h"
-#include "KSTutl_export.h"
 
 /// What to look for where the platform is not Windows, and how to fail.
 struct utl_ShellSearch {
@@ -15,11 +14,11 @@ struct utl_ShellSearch {
   int sourceLine;
 };
 
-/// The command for the platform of this name. Internal; exported for the tests, which
-/// name platforms other than the one that utl_getPlatform always answers.
-KSTUTL_EXPORT cow_String utl_findShellCommand(const cow_String& platform,
-                                              const utl_ShellSearch& search);
+/// The command for the platform of this name. Tests name others than the one that
+/// utl_getPlatform always answers.
+cow_String utl_findShellCommand(const cow_String& platform,
+                                const utl_ShellSearch& search);
 
 /// The searches of remoteShellCommand and secureShellCommand.
-KSTUTL_EXPORT cow_String utl_remoteShellCommandOn(const cow_String& platform);
-KSTUTL_EXPORT cow_String utl_secureShellCommandOn(const cow_String& platform);
+cow_String utl_remoteShellCommandOn(const cow_String& platform);
+cow_String utl_secureShellCommandOn(const cow_String& platform);

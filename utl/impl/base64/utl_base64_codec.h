@@ -1,13 +1,11 @@
 #pragma once
 
-// Internal to the library: what utl_base64Encode and utl_base64Decode are made of.
-// Exported only so that the tests and benchmarks reach every kernel; not for clients.
+// What utl_base64Encode and utl_base64Decode are made of.
 
 #include <cstddef>
 #include <span>
 
 #include "cow/cow_String.h"
-#include "KSTutl_export.h"
 
 /// One way to convert whole groups of 3 bytes and 4 characters. All give the same.
 struct utl_Base64Kernel {
@@ -22,7 +20,7 @@ struct utl_Base64Kernel {
 };
 
 /// Every kernel, the slowest (a group at a time, as the definition has it) first.
-KSTUTL_EXPORT std::span<const utl_Base64Kernel> utl_base64Kernels();
+std::span<const utl_Base64Kernel> utl_base64Kernels();
 
 /// The two functions over a kernel and an allocator of one's choice.
 class utl_Base64Codec {
@@ -31,8 +29,8 @@ class utl_Base64Codec {
   utl_Base64Codec(const utl_Base64Kernel& kernel, void* (*allocate)(std::size_t))
       : kernel_(kernel), allocate_(allocate) {}
 
-  KSTUTL_EXPORT cow_String Encode(const cow_String& data, bool lineBreaks) const;
-  KSTUTL_EXPORT cow_String Decode(cow_String& text, bool strict) const;
+  cow_String Encode(const cow_String& data, bool lineBreaks) const;
+  cow_String Decode(cow_String& text, bool strict) const;
 
  private:
   char* EncodeLine(const unsigned char* bytes, std::size_t count, char* text) const;

@@ -1,13 +1,10 @@
 #pragma once
 
-// Internal to the library: the checksum of the multisection file. Exported only
-// so that the tests and benchmarks reach every kernel; not for clients.
+// The checksum of the multisection file.
 
 #include <cstddef>
 #include <cstdint>
 #include <span>
-
-#include "KSTutl_export.h"
 
 /// The register before the first byte.
 inline constexpr std::uint32_t utl_kCrc32Start = 0xFFFFFFFFu;
@@ -18,14 +15,13 @@ inline constexpr std::uint32_t utl_kCrc32Start = 0xFFFFFFFFu;
 ///
 /// `reg` is utl_kCrc32Start or the result for the bytes before, so a block may be
 /// taken in any pieces. Any thread may call it at any time. Never throws.
-KSTUTL_EXPORT std::uint32_t utl_crc32(std::uint32_t reg, const void* data,
-                                      std::size_t size) noexcept;
+std::uint32_t utl_crc32(std::uint32_t reg, const void* data, std::size_t size) noexcept;
 
 /// Copies `size` bytes and takes the checksum on over them, block by block, so
 /// that the data passes through the processor's cache once.
 /// REQUIRES: the two ranges do not overlap.
-KSTUTL_EXPORT std::uint32_t utl_crc32Copy(std::uint32_t reg, void* to, const void* from,
-                                          std::size_t size) noexcept;
+std::uint32_t utl_crc32Copy(std::uint32_t reg, void* to, const void* from,
+                            std::size_t size) noexcept;
 
 using utl_Crc32Function = std::uint32_t (*)(std::uint32_t reg, const void* data,
                                             std::size_t size) noexcept;
@@ -39,4 +35,4 @@ struct utl_Crc32Kernel {
 
 /// Every kernel, the slowest (a byte at a time from one table) first. utl_crc32
 /// uses the last one available.
-KSTUTL_EXPORT std::span<const utl_Crc32Kernel> utl_crc32Kernels();
+std::span<const utl_Crc32Kernel> utl_crc32Kernels();

@@ -1,12 +1,11 @@
 #pragma once
 
 #include "cow/cow_String.h"
-#include "KSTutl_export.h"
 
-/// Internal to the library; exported for its tests. A lock that is held by the mere
-/// existence of an empty file, made by the run time's exclusive create.
+/// A lock that is held by the mere existence of an empty file, made by the run time's
+/// exclusive create.
 /// Threads: one object is used by one thread at a time.
-class KSTUTL_EXPORT utl_LockFileHolder {
+class utl_LockFileHolder {
  public:
   /// Makes `attempts` attempts at once; 0 only records the path.
   utl_LockFileHolder(const cow_String& path, int attempts, unsigned pauseMilliseconds);

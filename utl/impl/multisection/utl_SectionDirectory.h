@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "cow/cow_String.h"
-#include "KSTutl_export.h"
 
 inline constexpr int utl_kNoSection = -1;
 
@@ -21,7 +20,7 @@ inline constexpr int utl_kNoSection = -1;
 /// what it costs there: twelve bytes and its name. The index of the names comes only
 /// with the first search and holds each name once; places are kept for one section in
 /// many; bytes that were set stand apart.
-class KSTUTL_EXPORT utl_SectionDirectory {
+class utl_SectionDirectory {
  public:
   int Count() const { return static_cast<int>(nameEnds_.size()); }
 
