@@ -15,15 +15,15 @@ target_compile_options(${program} PRIVATE -O1)
 # And as it is shipped: each deck, with an export taken back, and one that is none.
 if(TARGET kst_truss)
   foreach(deck plane_truss space_truss tower)
-    add_test(NAME TrussProgram.Solves_${deck}
+    add_test(NAME TrussProgramTest.Solves_${deck}
       COMMAND kst_truss -job ${deck} -outdir "${CMAKE_CURRENT_BINARY_DIR}"
         -export ${deck}.bin -import ${deck}.bin "${truss}/decks/${deck}.deck")
   endforeach()
-  add_test(NAME TrussProgram.RefusesItsGenerator
+  add_test(NAME TrussProgramTest.RefusesItsGenerator
     COMMAND kst_truss -job bad -outdir "${CMAKE_CURRENT_BINARY_DIR}"
       "${truss}/decks/make_tower.awk")
-  set_tests_properties(TrussProgram.RefusesItsGenerator PROPERTIES WILL_FAIL ON)
+  set_tests_properties(TrussProgramTest.RefusesItsGenerator PROPERTIES WILL_FAIL ON)
   set_tests_properties(
-    TrussProgram.Solves_plane_truss TrussProgram.Solves_space_truss TrussProgram.Solves_tower
-    TrussProgram.RefusesItsGenerator PROPERTIES TIMEOUT 300 LABELS examples)
+    TrussProgramTest.Solves_plane_truss TrussProgramTest.Solves_space_truss TrussProgramTest.Solves_tower
+    TrussProgramTest.RefusesItsGenerator PROPERTIES TIMEOUT 300 LABELS examples)
 endif()

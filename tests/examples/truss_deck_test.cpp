@@ -11,7 +11,7 @@ Deck ReadText(const std::string& text) {
   return ReadDeck(TrussJob(text).DeckPath().c_str());
 }
 
-TEST(TrussDeck, KeepsRowsInTheOrderOfTheDeck) {
+TEST(TrussDeckTest, KeepsRowsInTheOrderOfTheDeck) {
   const Deck deck = ReadText(
       "load 30 1 2 3\nfix 7 xz\n"
       "material 5\nbar 9 30 7 0.5\nmaterial 6e1\nbar 2 7 30 .25\n"
@@ -40,7 +40,7 @@ TEST(TrussDeck, KeepsRowsInTheOrderOfTheDeck) {
 constexpr char kFrame[] =
     "material 1\nnode 1 0 0 0\nnode 2 1 0 0\nbar 1 1 2 1\nfix 1 xyz\n";
 
-TEST(TrussDeck, TakesWindowsLineEndsTabsCommentsAndBlankLines) {
+TEST(TrussDeckTest, TakesWindowsLineEndsTabsCommentsAndBlankLines) {
   const Deck deck = ReadText(
       "# a deck\r\n\r\ntitle\ta b\t# not this\r\nmaterial\t1\r\n"
       " \t node 1\t0 0 0#near\r\nnode 2 1 0 0\r\nbar 1 1 2 1\r\nfix 1 xyz\r\n#end");
@@ -48,19 +48,19 @@ TEST(TrussDeck, TakesWindowsLineEndsTabsCommentsAndBlankLines) {
   EXPECT_EQ(deck.nodes.size(), 2u);
 }
 
-TEST(TrussDeck, NeedsNoTitle) {
+TEST(TrussDeckTest, NeedsNoTitle) {
   EXPECT_EQ(ReadText(kFrame).title, "");
   EXPECT_EQ(ReadText(std::string("title # none\n") + kFrame).title, "");
 }
 
-TEST(TrussDeck, TakesALineOfAnyLength) {
+TEST(TrussDeckTest, TakesALineOfAnyLength) {
   const std::string blanks(1 << 20, ' ');
   const Deck deck = ReadText("#" + std::string(1 << 20, 'x') + "\nnode" + blanks +
                              "5 1 2 3" + blanks + "\n" + kFrame);
   EXPECT_EQ(deck.nodes[0].id, 5);
 }
 
-TEST(TrussDeck, NumbersNodesAndBarsApart) {
+TEST(TrussDeckTest, NumbersNodesAndBarsApart) {
   const Deck deck = ReadText(
       "material 1\nnode 1 0 0 0\nnode 2147483647 1 0 0\n"
       "bar 2147483647 1 2147483647 1\nfix 1 x\n");
@@ -180,9 +180,9 @@ const BadDeck kBadDecks[] = {
      "a mechanism: node 8 is free to move in x"},
 };
 
-class TrussBadDeck : public testing::TestWithParam<BadDeck> {};
+class TrussBadDeckTest : public testing::TestWithParam<BadDeck> {};
 
-TEST_P(TrussBadDeck, GetsOneLineAndTouchesNothing) {
+TEST_P(TrussBadDeckTest, GetsOneLineAndTouchesNothing) {
   const TrussJob job(GetParam().text);
   WriteWholeFile(job.ResultPath(), "results of an earlier run");
   const TrussRun run = job.Run();
@@ -194,22 +194,22 @@ TEST_P(TrussBadDeck, GetsOneLineAndTouchesNothing) {
   EXPECT_FALSE(FileExists(job.ResultPath() + ".lock"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, TrussBadDeck, testing::ValuesIn(kBadDecks),
+INSTANTIATE_TEST_SUITE_P(Rows, TrussBadDeckTest, testing::ValuesIn(kBadDecks),
                          [](const auto& row) { return std::string(row.param.name); });
 
-TEST(TrussBadDeck, MakesNoResultFile) {
+TEST(TrussBadDeckTest, MakesNoResultFile) {
   const TrussJob job("beam\n");
   EXPECT_EQ(job.Run().status, 1);
   EXPECT_FALSE(FileExists(job.ResultPath()));
 }
 
-TEST(TrussBadDeck, IsATextException) {
+TEST(TrussBadDeckTest, IsATextException) {
   const TrussJob job("beam\n");
   EXPECT_THROW_TEXT(ReadDeck(job.DeckPath().c_str()), nex_TextException,
                     job.DeckPath() + ":1: unknown word \"beam\"");
 }
 
-TEST(TrussBadDeck, MayBeAbsentOrADirectory) {
+TEST(TrussBadDeckTest, MayBeAbsentOrADirectory) {
   const TrussJob job("");
   for (const std::string& path : {job.DirPath(), job.DirPath() + "/none.deck"}) {
     const TrussRun run = RunTruss({"-job", "job", "-outdir", job.DirPath(), path});

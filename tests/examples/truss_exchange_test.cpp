@@ -26,7 +26,7 @@ Blocks SampleBlocks() {
   return {{"title", "Two bars"}, {"nodes", cow_String("\0\1\2\3", 4)}, {"forces", ""}};
 }
 
-TEST(TrussExport, IsTheTagAndAStringForEachBlock) {
+TEST(TrussExportTest, IsTheTagAndAStringForEachBlock) {
   const TempDir dir;
   const std::string file = dir.File("x.bin");
   WriteWholeFile(file, std::string(1000, 'x'));
@@ -35,7 +35,7 @@ TEST(TrussExport, IsTheTagAndAStringForEachBlock) {
                                      AsString(std::string("\0\1\2\3", 4)) + AsString(""));
 }
 
-TEST(TrussExport, HoldsNodesBarsAndResults) {
+TEST(TrussExportTest, HoldsNodesBarsAndResults) {
   const TrussJob job(kTwoBarDeck);
   const std::string file = job.File("x.bin");
   const TrussRun run = job.Run({"-export", file});
@@ -54,7 +54,7 @@ TEST(TrussExport, HoldsNodesBarsAndResults) {
   EXPECT_NEAR(tension, -5, 1e-12);
 }
 
-TEST(TrussExport, IsTheSameInEveryRun) {
+TEST(TrussExportTest, IsTheSameInEveryRun) {
   const TrussJob job(kTwoBarDeck);
   for (const char* name : {"a", "b"}) {
     ASSERT_EQ(job.Run({"-export", job.File(name)}).status, 0);
@@ -62,7 +62,7 @@ TEST(TrussExport, IsTheSameInEveryRun) {
   EXPECT_EQ(ReadWholeFile(job.File("a")), ReadWholeFile(job.File("b")));
 }
 
-TEST(TrussExport, FailsWithOneLine) {
+TEST(TrussExportTest, FailsWithOneLine) {
   const TrussJob job(kTwoBarDeck);
   const std::string root = job.DirPath().substr(0, job.DirPath().find("tmp"));
   const std::string full = root + "dev" + root.back() + "full";
@@ -77,7 +77,7 @@ TEST(TrussExport, FailsWithOneLine) {
   }
 }
 
-TEST(TrussImport, TakesTheJobsOwnExport) {
+TEST(TrussImportTest, TakesTheJobsOwnExport) {
   const TrussJob job(kTwoBarDeck);
   const std::string file = job.File("x.bin");
   const TrussRun both = job.Run({"-export", file, "-import", file});
@@ -92,7 +92,7 @@ TEST(TrussImport, TakesTheJobsOwnExport) {
   EXPECT_EQ(ReadWholeFile(file), bytes);
 }
 
-class TrussImportOf : public testing::Test {
+class TrussImportOfTest : public testing::Test {
  protected:
   // What is said of a file of these bytes.
   void ExpectRefusal(const std::string& bytes, const std::string& reason) const {
@@ -107,18 +107,18 @@ class TrussImportOf : public testing::Test {
   const std::string good_ = (Export(name_, kTag, SampleBlocks()), ReadWholeFile(file_));
 };
 
-TEST_F(TrussImportOf, TheBlocks) {
+TEST_F(TrussImportOfTest, TheBlocks) {
   EXPECT_NO_THROW(Import(name_, kTag, SampleBlocks()));
 }
 
-TEST_F(TrussImportOf, AFileCutAnywhere) {
+TEST_F(TrussImportOfTest, AFileCutAnywhere) {
   for (std::size_t size = 0; size < good_.size(); ++size) {
     SCOPED_TRACE(size);
     ExpectRefusal(good_.substr(0, size), kEarlyEnd);
   }
 }
 
-TEST_F(TrussImportOf, AFileWithAnyBitChanged) {
+TEST_F(TrussImportOfTest, AFileWithAnyBitChanged) {
   for (std::size_t bit = 0; bit < 8 * good_.size(); ++bit) {
     SCOPED_TRACE(bit);
     std::string bytes = good_;
@@ -131,11 +131,11 @@ TEST_F(TrussImportOf, AFileWithAnyBitChanged) {
   }
 }
 
-TEST_F(TrussImportOf, AFileWithMoreBehindItsEnd) {
+TEST_F(TrussImportOfTest, AFileWithMoreBehindItsEnd) {
   ExpectRefusal(good_ + '\0', ": longer than an export");
 }
 
-TEST_F(TrussImportOf, ForeignFiles) {
+TEST_F(TrussImportOfTest, ForeignFiles) {
   ExpectRefusal("", kEarlyEnd);
   ExpectRefusal("title Two bars\n", ": no export of this program");
   ExpectRefusal(std::string(1 << 16, '\xff'), ": no export of this program");
@@ -143,14 +143,14 @@ TEST_F(TrussImportOf, ForeignFiles) {
                 ": other title than this job's");
 }
 
-TEST_F(TrussImportOf, AMissingFile) {
+TEST_F(TrussImportOfTest, AMissingFile) {
   std::filesystem::remove(file_);
   EXPECT_THROW_TEXT(Import(name_, kTag, SampleBlocks()), nex_TextException,
                     file_ + ": " + std::strerror(ENOENT));
 }
 
 // Which call refuses it is the system's affair.
-TEST_F(TrussImportOf, ADirectory) {
+TEST_F(TrussImportOfTest, ADirectory) {
   try {
     Import(dir_.Path().c_str(), kTag, SampleBlocks());
     FAIL();
@@ -176,9 +176,9 @@ const OtherJob kOtherJobs[] = {
     {"LoadOnASupport", "load", "load 2 1 0 0\nload", "reactions"},
 };
 
-class TrussImportFrom : public testing::TestWithParam<OtherJob> {};
+class TrussImportFromTest : public testing::TestWithParam<OtherJob> {};
 
-TEST_P(TrussImportFrom, AnotherJobIsRefused) {
+TEST_P(TrussImportFromTest, AnotherJobIsRefused) {
   const TrussJob job(kTwoBarDeck);
   const std::string file = job.File("x.bin");
   ASSERT_EQ(job.Run({"-export", file}).status, 0);
@@ -190,10 +190,10 @@ TEST_P(TrussImportFrom, AnotherJobIsRefused) {
   EXPECT_EQ(run.out.find("The same"), std::string::npos) << run.out;
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, TrussImportFrom, testing::ValuesIn(kOtherJobs),
+INSTANTIATE_TEST_SUITE_P(Rows, TrussImportFromTest, testing::ValuesIn(kOtherJobs),
                          [](const auto& row) { return std::string(row.param.name); });
 
-TEST(TrussImport, ShowsWhatIsWrongInOneLine) {
+TEST(TrussImportTest, ShowsWhatIsWrongInOneLine) {
   const TrussJob job(kTwoBarDeck);
   const std::string file = job.File("x.bin");
   ASSERT_EQ(job.Run({"-export", file}).status, 0);

@@ -91,14 +91,14 @@ std::string SummaryLine(const std::string& path, double written, double read) {
   return path + text;
 }
 
-class TrussLogs : public testing::Test {
+class TrussLogsTest : public testing::Test {
  protected:
   std::string Log(const char* ending) const { return job_.File("job") + ending; }
 
   TrussJob job_{kTwoBarDeck};
 };
 
-TEST_F(TrussLogs, AreNotMadeUnasked) {
+TEST_F(TrussLogsTest, AreNotMadeUnasked) {
   const ScopedEnvironment monitor("KES_RESOURCE_MONITOR", nullptr);
   const ScopedEnvironment tracker("KES_IO_TRACK", nullptr);
   ASSERT_EQ(job_.Run().status, 0);
@@ -107,7 +107,7 @@ TEST_F(TrussLogs, AreNotMadeUnasked) {
   }
 }
 
-TEST_F(TrussLogs, HaveTheResourcesOfEveryPhase) {
+TEST_F(TrussLogsTest, HaveTheResourcesOfEveryPhase) {
   const ScopedEnvironment monitor("KES_RESOURCE_MONITOR", "ON");
   for (int run = 0; run < 2; ++run) {
     ASSERT_EQ(job_.Run().status, 0);
@@ -120,7 +120,7 @@ TEST_F(TrussLogs, HaveTheResourcesOfEveryPhase) {
   }
 }
 
-TEST_F(TrussLogs, EndWithTheLastPhaseThatWasDone) {
+TEST_F(TrussLogsTest, EndWithTheLastPhaseThatWasDone) {
   const ScopedEnvironment monitor("KES_RESOURCE_MONITOR", "ON");
   WriteWholeFile(job_.DeckPath(), "beam\n");
   ASSERT_EQ(job_.Run().status, 1);
@@ -134,7 +134,7 @@ TEST_F(TrussLogs, EndWithTheLastPhaseThatWasDone) {
   EXPECT_THAT(log.timers, ElementsAre("1 read 1", "2 assemble 1", "20 Self 1000"));
 }
 
-TEST_F(TrussLogs, LieInTheCurrentDirectoryWithoutAnother) {
+TEST_F(TrussLogsTest, LieInTheCurrentDirectoryWithoutAnother) {
   const ScopedEnvironment monitor("KES_RESOURCE_MONITOR", "ON");
   const ScopedEnvironment tracker("KES_IO_TRACK", "1");
   const auto earlier = std::filesystem::current_path();
@@ -147,7 +147,7 @@ TEST_F(TrussLogs, LieInTheCurrentDirectoryWithoutAnother) {
   }
 }
 
-TEST_F(TrussLogs, HaveWhatEveryPhaseWroteAndRead) {
+TEST_F(TrussLogsTest, HaveWhatEveryPhaseWroteAndRead) {
   const ScopedEnvironment tracker("KES_IO_TRACK", "1");
   const std::string exported = job_.File("x.bin");
   ASSERT_EQ(job_.Run({"-export", exported, "-import", exported}).status, 0);
@@ -169,7 +169,7 @@ TEST_F(TrussLogs, HaveWhatEveryPhaseWroteAndRead) {
   EXPECT_EQ(totals[3].reads, 1 + 6 + 1) << "deck, sections, export";
 }
 
-TEST_F(TrussLogs, SumUpEveryFile) {
+TEST_F(TrussLogsTest, SumUpEveryFile) {
   const ScopedEnvironment tracker("KES_IO_TRACK", "1");
   const std::string exported = job_.File("x.bin");
   ASSERT_EQ(job_.Run({"-export", exported, "-import", exported}).status, 0);
@@ -188,7 +188,7 @@ TEST_F(TrussLogs, SumUpEveryFile) {
   EXPECT_EQ(lines[8], "SCRATCH DIRECTORY FILES");
 }
 
-TEST_F(TrussLogs, KeepFilesOfTheScratchDirectoryApart) {
+TEST_F(TrussLogsTest, KeepFilesOfTheScratchDirectoryApart) {
   const ScopedEnvironment tracker("KES_IO_TRACK", "1");
   std::filesystem::create_directory(job_.File("scratch"));
   const std::string exported = job_.File("scratch/x.bin");
@@ -199,7 +199,7 @@ TEST_F(TrussLogs, KeepFilesOfTheScratchDirectoryApart) {
   EXPECT_EQ(SummaryLine(lines[8]), SummaryLine(exported, Megabytes(exported), 0));
 }
 
-TEST_F(TrussLogs, OfAFailedImportHaveNoReadOfIt) {
+TEST_F(TrussLogsTest, OfAFailedImportHaveNoReadOfIt) {
   const ScopedEnvironment tracker("KES_IO_TRACK", "1");
   WriteWholeFile(job_.File("x.bin"), "no export");
   ASSERT_EQ(job_.Run({"-import", job_.File("x.bin")}).status, 1);

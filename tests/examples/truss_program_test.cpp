@@ -77,7 +77,7 @@ void ExpectNumbers(const std::string& bytes, const std::vector<double>& expected
   }
 }
 
-TEST(TrussProgram, SavesTheSectionsInTheirLayout) {
+TEST(TrussProgramTest, SavesTheSectionsInTheirLayout) {
   const TrussJob job(kTwoBarDeck);
   ASSERT_EQ(job.Run().status, 0);
   const auto sections = SectionFile(ReadWholeFile(job.ResultPath())).Sections();
@@ -97,7 +97,7 @@ TEST(TrussProgram, SavesTheSectionsInTheirLayout) {
   ExpectNumbers(sections[5].second, {3, 4, 0, -9, 12, 0, 0, 0, 0});
 }
 
-TEST(TrussProgram, PrintsTables) {
+TEST(TrussProgramTest, PrintsTables) {
   const TrussJob job(kTwoBarDeck);
   const TrussRun run = job.Run();
   EXPECT_EQ(run.err, "");
@@ -123,7 +123,7 @@ TEST(TrussProgram, PrintsTables) {
                          job.ShownResultPath() + " and read back.\n");
 }
 
-TEST(TrussProgram, PrintsExponentsOfTwoDigits) {
+TEST(TrussProgramTest, PrintsExponentsOfTwoDigits) {
   const TrussJob job(
       "material 1e12\nnode 1 0 0 0\nnode 2 1 0 0\nbar 1 1 2 1\n"
       "fix 1 xyz\nfix 2 yz\nload 2 1.5e5 0 0\nload 1 1e9 0 0\n");
@@ -136,14 +136,14 @@ TEST(TrussProgram, PrintsExponentsOfTwoDigits) {
       << out;
 }
 
-TEST(TrussProgram, SavesAnEmptyTitle) {
+TEST(TrussProgramTest, SavesAnEmptyTitle) {
   const TrussJob job(std::string(kTwoBarDeck).substr(sizeof "title Two bars\n" - 1));
   ASSERT_EQ(job.Run().status, 0);
   const auto sections = SectionFile(ReadWholeFile(job.ResultPath())).Sections();
   EXPECT_EQ(sections[0], std::pair(std::string("title"), std::string()));
 }
 
-TEST(TrussProgram, ReplacesTheResultsOfAnEarlierRun) {
+TEST(TrussProgramTest, ReplacesTheResultsOfAnEarlierRun) {
   const TrussJob job(kTwoBarDeck);
   ASSERT_EQ(job.Run().status, 0);
   const std::string first = ReadWholeFile(job.ResultPath());
@@ -157,7 +157,7 @@ TEST(TrussProgram, ReplacesTheResultsOfAnEarlierRun) {
   EXPECT_FALSE(FileExists(job.ResultPath() + ".lock"));
 }
 
-TEST(TrussProgram, LeavesOtherSectionsOfTheResultFile) {
+TEST(TrussProgramTest, LeavesOtherSectionsOfTheResultFile) {
   const TrussJob job(kTwoBarDeck);
   {
     utl_MultisectionFile file(job.ResultPath().c_str(), utl_FileAccessWrite);
@@ -171,7 +171,7 @@ TEST(TrussProgram, LeavesOtherSectionsOfTheResultFile) {
   EXPECT_EQ(sections[1].first, "title");
 }
 
-TEST(TrussProgram, TakesOptionsInAnyOrder) {
+TEST(TrussProgramTest, TakesOptionsInAnyOrder) {
   const TrussJob job(kTwoBarDeck);
   const TrussRun run =
       RunTruss({job.DeckPath(), "-outdir", job.DirPath(), "-job", "job"});
@@ -188,7 +188,7 @@ void ExpectRefusal(const std::vector<std::string>& arguments,
   EXPECT_EQ(run.err, message + "\n") << testing::PrintToString(arguments);
 }
 
-TEST(TrussProgram, NeedsADeckThatIsNoOptionsValue) {
+TEST(TrussProgramTest, NeedsADeckThatIsNoOptionsValue) {
   const std::vector<std::vector<std::string>> rows = {
       {"-job", "a"},
       {"-job", "-verbose"},
@@ -202,7 +202,7 @@ TEST(TrussProgram, NeedsADeckThatIsNoOptionsValue) {
   }
 }
 
-TEST(TrussProgram, NeedsAJob) {
+TEST(TrussProgramTest, NeedsAJob) {
   const TrussJob job(kTwoBarDeck);
   const std::string message = "Command line argument job is required.";
   ExpectRefusal({}, message);
@@ -210,7 +210,7 @@ TEST(TrussProgram, NeedsAJob) {
   ExpectRefusal({"-outdir", job.DirPath(), job.DeckPath()}, message);
 }
 
-TEST(TrussProgram, RefusesDigitsThatAreNoNumber) {
+TEST(TrussProgramTest, RefusesDigitsThatAreNoNumber) {
   const TrussJob job(kTwoBarDeck);
   for (const char* digits : {"12x", "+5", "1.5", "many"}) {
     ExpectRefusal(
@@ -220,7 +220,7 @@ TEST(TrussProgram, RefusesDigitsThatAreNoNumber) {
   EXPECT_FALSE(FileExists(job.ResultPath()));
 }
 
-TEST(TrussProgram, PrintsAsManyDigitsAsAskedFor) {
+TEST(TrussProgramTest, PrintsAsManyDigitsAsAskedFor) {
   const TrussJob job(kTwoBarDeck);
   const std::pair<const char*, const char*> rows[] = {
       {"0", "\n         7        0.1       -0.2         0.\n"},
@@ -237,7 +237,7 @@ TEST(TrussProgram, PrintsAsManyDigitsAsAskedFor) {
 }
 
 // A line has 80 columns; every line is broken like the one before it.
-TEST(TrussProgram, BreaksLinesThatAreTooLong) {
+TEST(TrussProgramTest, BreaksLinesThatAreTooLong) {
   const TrussJob job(kTwoBarDeck);
   const std::pair<const char*, const char*> rows[] = {
       {"14",
@@ -258,7 +258,7 @@ TEST(TrussProgram, BreaksLinesThatAreTooLong) {
   }
 }
 
-TEST(TrussProgram, RefusesADirectoryThatThePathRulesWouldDrop) {
+TEST(TrussProgramTest, RefusesADirectoryThatThePathRulesWouldDrop) {
   const TrussJob job(kTwoBarDeck);
   const ScopedEnvironment variable("KST_TRUSS_OUT", "out");
   for (const char* directory :
@@ -270,7 +270,7 @@ TEST(TrussProgram, RefusesADirectoryThatThePathRulesWouldDrop) {
   EXPECT_FALSE(FileExists("job.kdb"));
 }
 
-TEST(TrussProgram, TakesAnAbsoluteDirectoryInEveryForm) {
+TEST(TrussProgramTest, TakesAnAbsoluteDirectoryInEveryForm) {
   const TrussJob job(kTwoBarDeck);
   const std::string shown = job.ShownDirPath();
   std::string portable = shown;
@@ -286,7 +286,7 @@ TEST(TrussProgram, TakesAnAbsoluteDirectoryInEveryForm) {
   }
 }
 
-TEST(TrussProgram, SavesInTheCurrentDirectoryWithoutAnother) {
+TEST(TrussProgramTest, SavesInTheCurrentDirectoryWithoutAnother) {
   const TrussJob job(kTwoBarDeck);
   const auto earlier = std::filesystem::current_path();
   std::filesystem::current_path(job.DirPath());
@@ -299,7 +299,7 @@ TEST(TrussProgram, SavesInTheCurrentDirectoryWithoutAnother) {
   EXPECT_TRUE(FileExists(job.DirPath() + "/second.kdb"));
 }
 
-TEST(TrussProgram, TakesTheJobsNameFromTheEnvironmentFirst) {
+TEST(TrussProgramTest, TakesTheJobsNameFromTheEnvironmentFirst) {
   const TrussJob job(kTwoBarDeck);
   {
     const ScopedEnvironment name("SUPAUXNAME", "other");
@@ -313,7 +313,7 @@ TEST(TrussProgram, TakesTheJobsNameFromTheEnvironmentFirst) {
   EXPECT_TRUE(FileExists(job.ResultPath()));
 }
 
-TEST(TrussProgram, ResolvesTheDecksName) {
+TEST(TrussProgramTest, ResolvesTheDecksName) {
   const TrussJob job(kTwoBarDeck);
   const ScopedEnvironment variable("KST_TRUSS_DECKS", job.ShownDirPath().c_str());
   for (const char* deck :
@@ -323,7 +323,7 @@ TEST(TrussProgram, ResolvesTheDecksName) {
   }
 }
 
-TEST(TrussProgram, TakesTheLastDeckAndTheLastValue) {
+TEST(TrussProgramTest, TakesTheLastDeckAndTheLastValue) {
   const TrussJob job(kTwoBarDeck);
   const TrussRun run = RunTruss({"-job", "other", "none.deck", "-outdir", job.DirPath(),
                                  job.DeckPath(), "-job", "job"});
@@ -331,7 +331,7 @@ TEST(TrussProgram, TakesTheLastDeckAndTheLastValue) {
   EXPECT_TRUE(FileExists(job.ResultPath()));
 }
 
-TEST(TrussProgram, IsTheLearnerEditionWhereTheEnvironmentSaysSo) {
+TEST(TrussProgramTest, IsTheLearnerEditionWhereTheEnvironmentSaysSo) {
   const TrussJob job(kTwoBarDeck);
   const ScopedEnvironment learner("KES_LEARNER", "ON");
   const TrussRun run = job.Run();
@@ -347,7 +347,7 @@ void ExpectMessage(const TrussRun& run, const std::string& start,
   EXPECT_TRUE(run.err.ends_with(end)) << run.err;
 }
 
-TEST(TrussProgram, PrintsTheLibrarysMessageForAnAbsentDirectory) {
+TEST(TrussProgramTest, PrintsTheLibrarysMessageForAnAbsentDirectory) {
   const TrussJob job(kTwoBarDeck);
   const std::string dir = job.DirPath() + "/none";
   ExpectMessage(
@@ -356,7 +356,7 @@ TEST(TrussProgram, PrintsTheLibrarysMessageForAnAbsentDirectory) {
       "\nfile: " + job.ShownDirPath() + "\\none\\job.kdb\n");
 }
 
-TEST(TrussProgram, LeavesALockedResultFileAlone) {
+TEST(TrussProgramTest, LeavesALockedResultFileAlone) {
   const TrussJob job(kTwoBarDeck);
   ASSERT_EQ(job.Run().status, 0);
   const std::string before = ReadWholeFile(job.ResultPath());
@@ -368,7 +368,7 @@ TEST(TrussProgram, LeavesALockedResultFileAlone) {
   EXPECT_TRUE(FileExists(job.ResultPath() + ".lock"));
 }
 
-TEST(TrussProgram, TakesTheEmptyFileOfAJobThatDiedBeforeItsFirstSave) {
+TEST(TrussProgramTest, TakesTheEmptyFileOfAJobThatDiedBeforeItsFirstSave) {
   const TrussJob job(kTwoBarDeck);
   WriteWholeFile(job.ResultPath(), "");
   const TrussRun run = job.Run();
@@ -376,7 +376,7 @@ TEST(TrussProgram, TakesTheEmptyFileOfAJobThatDiedBeforeItsFirstSave) {
   EXPECT_EQ(SectionFile(ReadWholeFile(job.ResultPath())).Sections().size(), 6u);
 }
 
-TEST(TrussProgram, LeavesAFileOfAnotherKindAlone) {
+TEST(TrussProgramTest, LeavesAFileOfAnotherKindAlone) {
   const TrussJob job(kTwoBarDeck);
   WriteWholeFile(job.ResultPath(), "no section file");
   const TrussRun run = job.Run();

@@ -69,7 +69,7 @@ constexpr char kTwoBars[] =
     "fix 1 xyz\nfix 2 xyz\nfix 7 z\n"
     "load 7 6 -16 0\n";
 
-TEST(TrussSolve, TwoBarsAsByHand) {
+TEST(TrussSolveTest, TwoBarsAsByHand) {
   const auto [deck, results] = SolveText(kTwoBars);
   const double cubeOverTwiceStiffness = 125.0 / 800;
   Eigen::VectorXd displacements = Eigen::VectorXd::Zero(9);
@@ -82,7 +82,7 @@ TEST(TrussSolve, TwoBarsAsByHand) {
   EXPECT_TRUE(results.reactions.isApprox(reactions, 1e-14));
 }
 
-TEST(TrussSolve, APulledBarIsInTension) {
+TEST(TrussSolveTest, APulledBarIsInTension) {
   const auto [deck, results] = SolveText(
       "material 10\nnode 1 0 0 0\nnode 2 2 0 0\nbar 5 2 1 3\n"
       "fix 1 xyz\nfix 2 yz\nload 2 6 0 0\n");
@@ -90,7 +90,7 @@ TEST(TrussSolve, APulledBarIsInTension) {
   EXPECT_DOUBLE_EQ(results.displacements[3], 6 * 2.0 / 30);
 }
 
-TEST(TrussSolve, LoadsOnHeldDirectionsGoIntoTheSupports) {
+TEST(TrussSolveTest, LoadsOnHeldDirectionsGoIntoTheSupports) {
   const auto [deck, results] = SolveText(
       "material 10\nnode 1 0 0 0\nnode 2 2 0 0\nbar 5 2 1 3\n"
       "fix 1 xyz\nfix 2 xyz\nload 2 6 7 0\n");
@@ -99,7 +99,7 @@ TEST(TrussSolve, LoadsOnHeldDirectionsGoIntoTheSupports) {
   EXPECT_TRUE(results.reactions.tail<3>().isApprox(Eigen::Vector3d(-6, -7, 0), 1e-15));
 }
 
-TEST(TrussSolve, SlenderFramesAreNoMechanisms) {
+TEST(TrussSolveTest, SlenderFramesAreNoMechanisms) {
   // Crowns so shallow that their stiffness is 2e-8 and 2e-12 of their bars'.
   for (const auto& [rise, load] : {std::pair("1e-4", "-1e-9"), {"1e-6", "-1e-13"}}) {
     const auto [deck, results] = SolveText(
@@ -136,7 +136,7 @@ std::string Ladder(int bays, const std::vector<std::string>& areas) {
   return text;
 }
 
-TEST(TrussSolve, LaddersThatTurnAreMechanismsWhateverTheirBars) {
+TEST(TrussSolveTest, LaddersThatTurnAreMechanismsWhateverTheirBars) {
   const std::vector<std::vector<std::string>> rows = {
       {"1"}, {"1", "1e-4", "1e-2"}, {"1e-6", "1", "1"}, {"1", "1e-6", "1"}};
   for (const auto& areas : rows) {
@@ -157,9 +157,9 @@ TEST(TrussSolve, LaddersThatTurnAreMechanismsWhateverTheirBars) {
   }
 }
 
-class TrussShipped : public testing::TestWithParam<const char*> {};
+class TrussShippedTest : public testing::TestWithParam<const char*> {};
 
-TEST_P(TrussShipped, IsInEquilibrium) {
+TEST_P(TrussShippedTest, IsInEquilibrium) {
   const auto [deck, results] = SolveDeck(ShippedDeck(GetParam()));
   Eigen::Vector3d force = Eigen::Vector3d::Zero();
   Eigen::Vector3d moment = Eigen::Vector3d::Zero();
@@ -177,7 +177,7 @@ TEST_P(TrussShipped, IsInEquilibrium) {
   EXPECT_GT(results.reactions.norm(), 1);
 }
 
-TEST_P(TrussShipped, IsInEquilibriumAtEveryNode) {
+TEST_P(TrussShippedTest, IsInEquilibriumAtEveryNode) {
   const auto [deck, results] = SolveDeck(ShippedDeck(GetParam()));
   Eigen::VectorXd rest = results.reactions;
   for (std::size_t row = 0; row < deck.nodes.size(); ++row) {
@@ -196,7 +196,7 @@ TEST_P(TrussShipped, IsInEquilibriumAtEveryNode) {
             1e-8 * results.forces.lpNorm<Eigen::Infinity>());
 }
 
-TEST_P(TrussShipped, HasNoReactionsWhereFree) {
+TEST_P(TrussShippedTest, HasNoReactionsWhereFree) {
   const auto [deck, results] = SolveDeck(ShippedDeck(GetParam()));
   for (int i = 0; i < results.reactions.size(); ++i) {
     const bool isHeld = deck.nodes[i / 3].held[i % 3];
@@ -205,13 +205,13 @@ TEST_P(TrussShipped, HasNoReactionsWhereFree) {
   }
 }
 
-TEST_P(TrussShipped, AgreesWithADenseSolve) {
+TEST_P(TrussShippedTest, AgreesWithADenseSolve) {
   const auto [deck, results] = SolveDeck(ShippedDeck(GetParam()));
   const Eigen::VectorXd dense = DenseDisplacements(deck);
   EXPECT_LT((results.displacements - dense).norm(), 1e-9 * dense.norm());
 }
 
-INSTANTIATE_TEST_SUITE_P(Decks, TrussShipped,
+INSTANTIATE_TEST_SUITE_P(Decks, TrussShippedTest,
                          testing::Values("plane_truss", "space_truss", "tower"),
                          [](const auto& row) { return std::string(row.param); });
 
@@ -223,7 +223,7 @@ double Weight(const Deck& deck) {
   return weight;
 }
 
-TEST(TrussShippedDecks, ThePlaneTrussHasThePublishedWeightAndLimits) {
+TEST(TrussShippedDecksTest, ThePlaneTrussHasThePublishedWeightAndLimits) {
   const auto [deck, results] = SolveDeck(ShippedDeck("plane_truss"));
   ASSERT_EQ(deck.bars.size(), 10u);
   EXPECT_NEAR(Weight(deck), 5060.85, 0.1);
@@ -233,7 +233,7 @@ TEST(TrussShippedDecks, ThePlaneTrussHasThePublishedWeightAndLimits) {
   EXPECT_NEAR(results.forces[4] / deck.bars[4].area, 25, 1e-2);
 }
 
-TEST(TrussShippedDecks, TheSpaceTrussHasThePublishedWeightAndLimits) {
+TEST(TrussShippedDecksTest, TheSpaceTrussHasThePublishedWeightAndLimits) {
   const auto [deck, results] = SolveDeck(ShippedDeck("space_truss"));
   ASSERT_EQ(deck.bars.size(), 25u);
   EXPECT_NEAR(Weight(deck), 545.22, 0.1);
@@ -241,7 +241,7 @@ TEST(TrussShippedDecks, TheSpaceTrussHasThePublishedWeightAndLimits) {
   EXPECT_NEAR(results.displacements[4], 0.35, 1e-4);
 }
 
-TEST(TrussShippedDecks, TheTowerHasTwoThousandBars) {
+TEST(TrussShippedDecksTest, TheTowerHasTwoThousandBars) {
   const Deck deck = ReadDeck(ShippedDeck("tower").c_str());
   EXPECT_EQ(deck.bars.size(), 2040u);
   EXPECT_EQ(deck.nodes.size(), 484u);

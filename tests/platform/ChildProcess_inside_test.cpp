@@ -16,7 +16,7 @@ TEST_CHILD(echoLines) {
   return 0;
 }
 
-TEST(ChildProcess, ArgumentsArriveUnchanged) {
+TEST(ChildProcessTest, ArgumentsArriveUnchanged) {
   const std::vector<std::string> args = {"plain",  "two words",  "",         "C:\\dir\\",
                                          "a\\\"b", "\"quoted\"", "tail \\\\"};
   ChildProcess child = ChildProcess::Start("echoArguments", args);
@@ -28,7 +28,7 @@ TEST(ChildProcess, ArgumentsArriveUnchanged) {
   EXPECT_FALSE(child.IsRunning());
 }
 
-TEST(ChildProcess, LinesGoBothWays) {
+TEST(ChildProcessTest, LinesGoBothWays) {
   ChildProcess child = ChildProcess::Start("echoLines");
   EXPECT_TRUE(child.WriteLine("one"));
   EXPECT_EQ(child.ReadLine(), "one!");
@@ -40,7 +40,7 @@ TEST(ChildProcess, LinesGoBothWays) {
   EXPECT_EQ(child.Wait(), 0);
 }
 
-TEST(ChildProcess, KillEndsAtOnce) {
+TEST(ChildProcessTest, KillEndsAtOnce) {
   ChildProcess child = ChildProcess::Start("echoLines");
   child.WriteLine("up");
   ASSERT_EQ(child.ReadLine(), "up!");
@@ -49,11 +49,11 @@ TEST(ChildProcess, KillEndsAtOnce) {
   EXPECT_EQ(child.Wait(), 137);
 }
 
-TEST(ChildProcess, UnknownEntryPoint) {
+TEST(ChildProcessTest, UnknownEntryPoint) {
   EXPECT_EQ(ChildProcess::Start("noSuchEntry").Wait(), 125);
 }
 
-TEST(TempDir, RemovesItsContent) {
+TEST(TempDirTest, RemovesItsContent) {
   std::string path;
   {
     TempDir dir;

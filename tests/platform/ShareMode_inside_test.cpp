@@ -45,9 +45,9 @@ std::string Described(const OneOpen& first, const OneOpen& second) {
 
 }  // namespace
 
-class ShareMode : public PlatformTest {};
+class ShareModeTest : public PlatformTest {};
 
-TEST_F(ShareMode, EveryPairInOneProcess) {
+TEST_F(ShareModeTest, EveryPairInOneProcess) {
   for (const OneOpen& first : AllOpens()) {
     const ScopedHandle held(Open(Name("a"), first.access, first.share));
     ASSERT_TRUE(held.IsValid());
@@ -83,7 +83,7 @@ std::string Tell(ChildProcess& child, const OneOpen& open) {
 
 }  // namespace
 
-TEST_F(ShareMode, EveryPairInTwoProcesses) {
+TEST_F(ShareModeTest, EveryPairInTwoProcesses) {
   ChildProcess child = ChildProcess::Start("openAsTold", {Name("a")});
   for (const OneOpen& first : AllOpens()) {
     ASSERT_EQ(Tell(child, first), "0");
@@ -95,7 +95,7 @@ TEST_F(ShareMode, EveryPairInTwoProcesses) {
   }
 }
 
-TEST_F(ShareMode, KilledProcessLetsGo) {
+TEST_F(ShareModeTest, KilledProcessLetsGo) {
   ChildProcess child = ChildProcess::Start("openAsTold", {Name("a")});
   ASSERT_EQ(Tell(child, {GENERIC_READ | GENERIC_WRITE, 0}), "0");
   EXPECT_EQ(OpenCode(Name("a")), DWORD{ERROR_SHARING_VIOLATION});
@@ -103,7 +103,7 @@ TEST_F(ShareMode, KilledProcessLetsGo) {
   EXPECT_EQ(OpenCode(Name("a"), GENERIC_READ, 0), 0u);
 }
 
-TEST_F(ShareMode, RefusedCreationLeavesTheContent) {
+TEST_F(ShareModeTest, RefusedCreationLeavesTheContent) {
   ChildProcess child = ChildProcess::Start("openAsTold", {Name("a")});
   ASSERT_EQ(Tell(child, {GENERIC_READ, FILE_SHARE_READ}), "0");
   EXPECT_EQ(OpenCode(Name("a"), GENERIC_WRITE, kShareAll, CREATE_ALWAYS),
@@ -113,20 +113,20 @@ TEST_F(ShareMode, RefusedCreationLeavesTheContent) {
   EXPECT_EQ(ReadWholeFile(Name("a")), "0123456789");
 }
 
-TEST_F(ShareMode, OpensForNoAccessMeetNobody) {
+TEST_F(ShareModeTest, OpensForNoAccessMeetNobody) {
   const ScopedHandle alone(Open(Name("a"), GENERIC_READ | GENERIC_WRITE, 0));
   const ScopedHandle noAccess(Open(Name("a"), 0, 0));
   EXPECT_TRUE(noAccess.IsValid());
 }
 
-TEST_F(ShareMode, OneFileUnderTwoNames) {
+TEST_F(ShareModeTest, OneFileUnderTwoNames) {
   ASSERT_TRUE(MakeHardLink(Name("a"), Name("other")));
   const ScopedHandle held(Open(Name("a"), GENERIC_READ, FILE_SHARE_READ));
   EXPECT_EQ(OpenCode(Name("other"), GENERIC_WRITE), DWORD{ERROR_SHARING_VIOLATION});
   EXPECT_EQ(OpenCode(Name("d/x"), GENERIC_WRITE), 0u);
 }
 
-TEST_F(ShareMode, DeletionWantsToBeShared) {
+TEST_F(ShareModeTest, DeletionWantsToBeShared) {
   for (const DWORD share : {kShareAll - FILE_SHARE_DELETE, kShareAll}) {
     WriteWholeFile(Name("b"), "b");
     ScopedHandle held(Open(Name("b"), GENERIC_READ, share));
@@ -139,7 +139,7 @@ TEST_F(ShareMode, DeletionWantsToBeShared) {
   }
 }
 
-TEST_F(ShareMode, DeletionIsDeniedByAnotherProcess) {
+TEST_F(ShareModeTest, DeletionIsDeniedByAnotherProcess) {
   ChildProcess child = ChildProcess::Start("openAsTold", {Name("a")});
   ASSERT_EQ(Tell(child, {GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE}), "0");
   EXPECT_EQ(CodeOf([&] { return DeleteFileA(Name("a").c_str()); }),

@@ -45,7 +45,7 @@ Tree TreeOf(std::initializer_list<const char*> keys) {
   return tree;
 }
 
-TEST(RgxDigitalTree, EmptyTree) {
+TEST(RgxDigitalTreeTest, EmptyTree) {
   const Tree tree;
   EXPECT_EQ(tree.Size(), 0);
   EXPECT_EQ(tree.Root(), nullptr);
@@ -54,26 +54,26 @@ TEST(RgxDigitalTree, EmptyTree) {
 }
 
 // The lowest bits: a, c, e, ... are 1, b, d, f, ... are 0.
-TEST(RgxDigitalTree, ShapeByTheLowestBits) {
+TEST(RgxDigitalTreeTest, ShapeByTheLowestBits) {
   EXPECT_EQ(Shape(TreeOf({"b", "d", "a", "c", "f"}).Root()), "b(d(f,-),a(-,c))");
 }
 
-TEST(RgxDigitalTree, InsertionOrderDecidesTheShape) {
+TEST(RgxDigitalTreeTest, InsertionOrderDecidesTheShape) {
   EXPECT_EQ(Shape(TreeOf({"f", "c", "a", "d", "b"}).Root()), "f(d(b,-),c(-,a))");
 }
 
-TEST(RgxDigitalTree, BitsComeFromFrontAndBackInTurn) {
+TEST(RgxDigitalTreeTest, BitsComeFromFrontAndBackInTurn) {
   // "abcd" is led by the characters a, d, b, c, c and then by its end.
   const Tree tree = TreeOf({"b", "a", "ab", "abb", "abbc", "abcd"});
   EXPECT_EQ(Shape(tree.Root()), "b(-,a(ab(abb(-,abcd),-),abbc))");
 }
 
-TEST(RgxDigitalTree, DepthBeyondTheLengthIsZero) {
+TEST(RgxDigitalTreeTest, DepthBeyondTheLengthIsZero) {
   // "" has no bits, "a" is 1 at the depths 0 and 1 only.
   EXPECT_EQ(Shape(TreeOf({"x", "y", "z", "a", "A", ""}).Root()), "x(z(,-),y(-,a(A,-)))");
 }
 
-TEST(RgxDigitalTree, KeysWithHighAndZeroBytes) {
+TEST(RgxDigitalTreeTest, KeysWithHighAndZeroBytes) {
   Tree tree;
   tree.Insert(cow_String("\0a", 2), 1);
   tree.Insert(cow_String("\0b", 2), 2);
@@ -85,14 +85,14 @@ TEST(RgxDigitalTree, KeysWithHighAndZeroBytes) {
   EXPECT_EQ(tree.Root()->child[1]->key, "\xff");
 }
 
-TEST(RgxDigitalTree, EqualKeyReplacesTheValue) {
+TEST(RgxDigitalTreeTest, EqualKeyReplacesTheValue) {
   Tree tree = TreeOf({"b", "a"});
   EXPECT_EQ(tree.Insert("a", 7), 7);
   EXPECT_EQ(*tree.Find("a"), 7);
   EXPECT_EQ(tree.Size(), 2);
 }
 
-TEST(RgxDigitalTree, KeysAreListedNodeFirst) {
+TEST(RgxDigitalTreeTest, KeysAreListedNodeFirst) {
   const Tree tree = TreeOf({"b", "d", "a", "c", "f"});
   std::string listed;
   for (const cow_String& key : tree.Keys()) {
@@ -101,7 +101,7 @@ TEST(RgxDigitalTree, KeysAreListedNodeFirst) {
   EXPECT_EQ(listed, "bdfac");
 }
 
-TEST(RgxDigitalTree, RemovalPrefersSecondChildren) {
+TEST(RgxDigitalTreeTest, RemovalPrefersSecondChildren) {
   Tree tree = TreeOf({"b", "d", "a", "c", "f"});
   tree.Remove("b");
   EXPECT_EQ(Shape(tree.Root()), "a(d(f,-),c)");
@@ -113,7 +113,7 @@ TEST(RgxDigitalTree, RemovalPrefersSecondChildren) {
   EXPECT_EQ(tree.Size(), 2);
 }
 
-TEST(RgxDigitalTree, RemovalOfALeafAndOfAnAbsentKey) {
+TEST(RgxDigitalTreeTest, RemovalOfALeafAndOfAnAbsentKey) {
   Tree tree = TreeOf({"b", "d"});
   tree.Remove("x");
   EXPECT_EQ(tree.Size(), 2);
@@ -124,7 +124,7 @@ TEST(RgxDigitalTree, RemovalOfALeafAndOfAnAbsentKey) {
   EXPECT_EQ(tree.Size(), 0);
 }
 
-TEST(RgxDigitalTree, RandomKeysAgainstTheModel) {
+TEST(RgxDigitalTreeTest, RandomKeysAgainstTheModel) {
   std::mt19937 random(4711);
   Tree tree;
   TreeModel model;

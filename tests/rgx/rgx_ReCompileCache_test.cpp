@@ -23,7 +23,7 @@ int MembersAmong(const rgx_ReCompileCache& cache, int from, int to) {
   return members;
 }
 
-TEST(RgxReCompileCache, StoresWhatItCompiles) {
+TEST(RgxReCompileCacheTest, StoresWhatItCompiles) {
   rgx_ReCompileCache cache;
   EXPECT_EQ(cache.Size(), 0);
   EXPECT_FALSE(cache.IsMember("a"));
@@ -35,7 +35,7 @@ TEST(RgxReCompileCache, StoresWhatItCompiles) {
   EXPECT_EQ(cache.Size(), 1);
 }
 
-TEST(RgxReCompileCache, TheHundredAndFirstPatternEvictsFifty) {
+TEST(RgxReCompileCacheTest, TheHundredAndFirstPatternEvictsFifty) {
   rgx_ReCompileCache cache;
   for (int i = 0; i < 100; ++i) {
     cache.Compiled(Pattern(i));
@@ -56,7 +56,7 @@ TEST(RgxReCompileCache, TheHundredAndFirstPatternEvictsFifty) {
 }
 
 // Keys of one bit form a chain in the order of insertion, so the oldest 50 go.
-TEST(RgxReCompileCache, AChainLosesItsUpperHalf) {
+TEST(RgxReCompileCacheTest, AChainLosesItsUpperHalf) {
   rgx_ReCompileCache cache;
   for (int i = 0; i < 101; ++i) {
     cache.Compiled(cow_String(std::string(static_cast<std::size_t>(i), 'b')));
@@ -68,7 +68,7 @@ TEST(RgxReCompileCache, AChainLosesItsUpperHalf) {
   }
 }
 
-TEST(RgxReCompileCache, WhichFiftyGoAgainstTheModel) {
+TEST(RgxReCompileCacheTest, WhichFiftyGoAgainstTheModel) {
   std::mt19937 random(42);
   rgx_ReCompileCache cache;
   TreeModel model;
@@ -94,7 +94,7 @@ TEST(RgxReCompileCache, WhichFiftyGoAgainstTheModel) {
   }
 }
 
-TEST(RgxReCompileCache, AMalformedPatternChangesNothing) {
+TEST(RgxReCompileCacheTest, AMalformedPatternChangesNothing) {
   rgx_ReCompileCache cache;
   for (int i = 0; i < 100; ++i) {
     cache.Compiled(Pattern(i));
@@ -106,14 +106,14 @@ TEST(RgxReCompileCache, AMalformedPatternChangesNothing) {
   EXPECT_EQ(MembersAmong(cache, 0, 100), 100);
 }
 
-TEST(RgxReCompileCache, APatternWithAZeroByteIsAKeyOfItsOwn) {
+TEST(RgxReCompileCacheTest, APatternWithAZeroByteIsAKeyOfItsOwn) {
   rgx_ReCompileCache cache;
   cache.Compiled(cow_String("a\0(", 3));
   EXPECT_TRUE(cache.IsMember(cow_String("a\0(", 3)));
   EXPECT_FALSE(cache.IsMember("a"));
 }
 
-TEST(RgxReCompileCache, StartMakesTheThreadsCacheAndEndDestroysIt) {
+TEST(RgxReCompileCacheTest, StartMakesTheThreadsCacheAndEndDestroysIt) {
   using Cache = thr_ThreadSingleton<rgx_ReCompileCache>;
   Cache::Destroy();
   int count = 5;

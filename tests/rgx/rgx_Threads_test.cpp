@@ -24,7 +24,7 @@ void OnThreads(int count, Work work) {
   }
 }
 
-TEST(RgxThreads, EachThreadHasItsOwnCache) {
+TEST(RgxThreadsTest, EachThreadHasItsOwnCache) {
   Cache::Destroy();
   rgx_match("main", "");
   OnThreads(8, [](int) {
@@ -39,7 +39,7 @@ TEST(RgxThreads, EachThreadHasItsOwnCache) {
 }
 
 // The slot that all threads share is made and given back again and again.
-TEST(RgxThreads, ThreadsThatComeAndGo) {
+TEST(RgxThreadsTest, ThreadsThatComeAndGo) {
   Cache::Destroy();
   std::atomic<int> right{0};
   for (int round = 0; round < 40; ++round) {
@@ -54,7 +54,7 @@ TEST(RgxThreads, ThreadsThatComeAndGo) {
   EXPECT_EQ(Cache::Look(), nullptr);
 }
 
-TEST(RgxThreads, EvictionsInManyThreadsAtOnce) {
+TEST(RgxThreadsTest, EvictionsInManyThreadsAtOnce) {
   OnThreads(8, [](int number) {
     for (int i = 0; i < 400; ++i) {
       const cow_String text(std::to_string(1000 * number + i));
@@ -65,7 +65,7 @@ TEST(RgxThreads, EvictionsInManyThreadsAtOnce) {
   });
 }
 
-TEST(RgxThreads, ResultsAndPatternsMayBeSharedByCopy) {
+TEST(RgxThreadsTest, ResultsAndPatternsMayBeSharedByCopy) {
   const cow_String pattern("(\\d+)");
   const cow_String subject("run 12 of 40");
   const rgx_ReIterator found = rgx_match(pattern, subject);

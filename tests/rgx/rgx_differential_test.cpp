@@ -257,7 +257,7 @@ void CompareAll(const std::string& pattern, const std::string& subject) {
 }
 
 // Patterns without a special character are found without the engine.
-TEST(RgxDifferential, EveryByteInAPattern) {
+TEST(RgxDifferentialTest, EveryByteInAPattern) {
   for (int byte = 1; byte < 256; ++byte) {
     const std::string c(1, static_cast<char>(byte));
     const std::string subject = "xa" + c + "bab" + c + c + "ax,a{1}b" + c + "a";
@@ -270,7 +270,7 @@ TEST(RgxDifferential, EveryByteInAPattern) {
   }
 }
 
-TEST(RgxDifferential, LongPatternsWithoutSpecialCharacters) {
+TEST(RgxDifferentialTest, LongPatternsWithoutSpecialCharacters) {
   for (const std::size_t length : {1000u, 60000u, 70000u}) {
     const std::string pattern(length, 'a');
     CompareAll(pattern, "b" + pattern + "b" + pattern.substr(1));
@@ -279,10 +279,10 @@ TEST(RgxDifferential, LongPatternsWithoutSpecialCharacters) {
 }
 
 // In four runs, so that they may go side by side: 100,000 comparisons in all.
-class RgxRandomPatterns : public testing::TestWithParam<unsigned> {};
-INSTANTIATE_TEST_SUITE_P(Seeds, RgxRandomPatterns, testing::Range(1U, 5U));
+class RgxRandomPatternsTest : public testing::TestWithParam<unsigned> {};
+INSTANTIATE_TEST_SUITE_P(Seeds, RgxRandomPatternsTest, testing::Range(1U, 5U));
 
-TEST_P(RgxRandomPatterns, AndSubjects) {
+TEST_P(RgxRandomPatternsTest, AndSubjects) {
   Source source(GetParam());
   int compared = 0;
   while (compared < 25000) {

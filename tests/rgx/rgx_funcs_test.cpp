@@ -46,33 +46,33 @@ void ExpectNeverEnds(const cow_String& pattern, const std::string& subject) {
                     "rgx_split: pattern matches the empty string", "rgx/impl/rgx_funcs");
 }
 
-TEST(RgxSplit, FieldsBetweenMatches) {
+TEST(RgxSplitTest, FieldsBetweenMatches) {
   EXPECT_THAT(Split(",", "a,b,c"), ElementsAre("a", "b", "c"));
   EXPECT_THAT(Split(" *, *", "a , b ,c"), ElementsAre("a", "b", "c"));
 }
 
-TEST(RgxSplit, NoEmptyFieldBeforeAMatch) {
+TEST(RgxSplitTest, NoEmptyFieldBeforeAMatch) {
   EXPECT_THAT(Split(",", "a,,b"), ElementsAre("a", "b"));
   EXPECT_THAT(Split(",", ",a"), ElementsAre("a"));
 }
 
-TEST(RgxSplit, AlwaysAFieldBehindTheLastMatch) {
+TEST(RgxSplitTest, AlwaysAFieldBehindTheLastMatch) {
   EXPECT_THAT(Split(",", "a,"), ElementsAre("a", ""));
   EXPECT_THAT(Split(",", ","), ElementsAre(""));
   EXPECT_THAT(Split(",", ",,,"), ElementsAre(""));
 }
 
-TEST(RgxSplit, WithoutAMatchTheWholeSubject) {
+TEST(RgxSplitTest, WithoutAMatchTheWholeSubject) {
   EXPECT_THAT(Split(",", "abc"), ElementsAre("abc"));
   EXPECT_THAT(Split(",", ""), ElementsAre(""));
 }
 
-TEST(RgxSplit, EveryRemainderIsAFreshSubject) {
+TEST(RgxSplitTest, EveryRemainderIsAFreshSubject) {
   EXPECT_THAT(Split("^a", "aaab"), ElementsAre("b"));
   EXPECT_THAT(Split("(?<=,)b|,", "a,bc"), ElementsAre("a", "bc"));
 }
 
-TEST(RgxSplit, APatternThatMatchesNothingAtAll) {
+TEST(RgxSplitTest, APatternThatMatchesNothingAtAll) {
   ExpectNeverEnds("x*", "abc");
   ExpectNeverEnds("", "abc");
   ExpectNeverEnds("", "");
@@ -83,18 +83,18 @@ TEST(RgxSplit, APatternThatMatchesNothingAtAll) {
   ExpectNeverEnds("b*$", "ab");
 }
 
-TEST(RgxSplit, AnEmptyMatchFurtherOnIsNoError) {
+TEST(RgxSplitTest, AnEmptyMatchFurtherOnIsNoError) {
   EXPECT_THAT(Split("(?<=a)", "abc"), ElementsAre("a", "bc"));
   EXPECT_THAT(Split("(?<=a)(?=b)", "xabab"), ElementsAre("xa", "ba", "b"));
 }
 
-TEST(RgxSplit, ZeroBytes) {
+TEST(RgxSplitTest, ZeroBytes) {
   EXPECT_THAT(Split(",", "a\0b,c"s), ElementsAre("a\0b,c"s));
   EXPECT_THAT(Split(",", "a,b\0c,d"s), ElementsAre("a", "b\0c,d"s));
   EXPECT_THAT(Split("b", "ab\0b"s), ElementsAre("a", "\0b"s));
 }
 
-TEST(RgxSplit, TenMegabytes) {
+TEST(RgxSplitTest, TenMegabytes) {
   std::string subject;
   for (int i = 0; i < 1 << 20; ++i) {
     subject += "123456789,";
@@ -105,7 +105,7 @@ TEST(RgxSplit, TenMegabytes) {
   EXPECT_EQ(fields[1 << 20], "");
 }
 
-TEST(RgxJoin, ItemsAndSeparators) {
+TEST(RgxJoinTest, ItemsAndSeparators) {
   EXPECT_EQ(rgx_join(List({}), "-"), "");
   EXPECT_EQ(rgx_join(List({"a"}), "-"), "a");
   EXPECT_EQ(rgx_join(List({"a", "b", "c"}), "--"), "a--b--c");
@@ -114,7 +114,7 @@ TEST(RgxJoin, ItemsAndSeparators) {
   EXPECT_EQ(rgx_join(List({"a", "b"}), cow_String("\0", 1)), cow_String("a\0b", 3));
 }
 
-TEST(RgxJoin, AResultThatIsTooLong) {
+TEST(RgxJoinTest, AResultThatIsTooLong) {
   cow_1DArrayList<cow_String> items;
   const cow_String megabyte(std::string(1 << 20, 'x'));
   for (int i = 0; i < 2048; ++i) {
@@ -128,7 +128,7 @@ TEST(RgxJoin, AResultThatIsTooLong) {
   EXPECT_THROW(rgx_join(blanks, megabyte), std::length_error);
 }
 
-TEST(RgxSubn, ReplacesUpToCount) {
+TEST(RgxSubnTest, ReplacesUpToCount) {
   EXPECT_EQ(Subn("a", "x", "banana", 2), "bxnxna");
   EXPECT_EQ(Subn("a", "x", "banana", 3), "bxnxnx");
   EXPECT_EQ(Subn("a", "x", "banana"), "bxnxnx");
@@ -136,7 +136,7 @@ TEST(RgxSubn, ReplacesUpToCount) {
   EXPECT_EQ(Subn("a", "x", "aa", 1), "xa");
 }
 
-TEST(RgxSubn, UnchangedWithoutMatchOrCount) {
+TEST(RgxSubnTest, UnchangedWithoutMatchOrCount) {
   EXPECT_EQ(Subn("x", "y", "banana"), "banana");
   EXPECT_EQ(Subn("a", "y", "banana", 0), "banana");
   EXPECT_EQ(Subn("a", "y", "banana", -1), "banana");
@@ -144,12 +144,12 @@ TEST(RgxSubn, UnchangedWithoutMatchOrCount) {
   EXPECT_EQ(Subn("x", "y", ""), "");
 }
 
-TEST(RgxSubn, AMalformedPatternThrowsWhateverTheCount) {
+TEST(RgxSubnTest, AMalformedPatternThrowsWhateverTheCount) {
   EXPECT_THROW_TEXT(Subn("(", "y", "banana", 0), nex_TextException,
                     "rgx_match: error in regex at offset 1: missing closing parenthesis");
 }
 
-TEST(RgxSubn, EmptyMatches) {
+TEST(RgxSubnTest, EmptyMatches) {
   EXPECT_EQ(Subn("x*", "-", "abc", 10), "-a-b-c-");
   EXPECT_EQ(Subn("x*", "-", "abc", 3), "-a-b-c");
   EXPECT_EQ(Subn("x*", "-", "abc", 1), "-abc");
@@ -160,12 +160,12 @@ TEST(RgxSubn, EmptyMatches) {
   EXPECT_EQ(Subn("(?=b)", "-", "abab", 10), "a--ba--b");
 }
 
-TEST(RgxSubn, EveryRemainderIsAFreshSubject) {
+TEST(RgxSubnTest, EveryRemainderIsAFreshSubject) {
   EXPECT_EQ(Subn("^a", "x", "aaba"), "xxba");
   EXPECT_EQ(Subn("(?<=a)b", "x", "abb"), "axb");
 }
 
-TEST(RgxSubn, References) {
+TEST(RgxSubnTest, References) {
   const struct {
     const char* replacement;
     const char* result;
@@ -185,23 +185,23 @@ TEST(RgxSubn, References) {
   }
 }
 
-TEST(RgxSubn, ReferenceToATwoDigitGroup) {
+TEST(RgxSubnTest, ReferenceToATwoDigitGroup) {
   EXPECT_EQ(Subn("(.)(.)(.)(.)(.)(.)(.)(.)(.)(.)(.)(.)", "$12$11$1", "abcdefghijkl"),
             "lka");
 }
 
-TEST(RgxSubn, ReferencesNameTheFirstMatch) {
+TEST(RgxSubnTest, ReferencesNameTheFirstMatch) {
   EXPECT_EQ(Subn("(a|b)=", "<$1>", "a=1 b=2"), "<a>1 <a>2");
   EXPECT_EQ(Subn("\\d", "$`", "a1b2"), "aaba");
   EXPECT_EQ(Subn("\\d", "$'", "a1b2"), "ab2bb2");
 }
 
-TEST(RgxSubn, InsertedTextIsNotLookedAtAgain) {
+TEST(RgxSubnTest, InsertedTextIsNotLookedAtAgain) {
   EXPECT_EQ(Subn("(..)x", "$1", "$1x$1x"), "$1$1");
   EXPECT_EQ(Subn("a", "aa", "aba"), "aabaa");
 }
 
-TEST(RgxSubn, ZeroBytes) {
+TEST(RgxSubnTest, ZeroBytes) {
   EXPECT_EQ(Subn("b", "x", "a\0b"s), "a\0b"s);
   EXPECT_EQ(Subn("b", "x", "b\0b"s), "x\0b"s);
   EXPECT_EQ(Subn("b", "$'", "bc\0b"s), "cc\0b"s);
@@ -210,7 +210,7 @@ TEST(RgxSubn, ZeroBytes) {
 }
 
 // The references are searched with a pattern of their own, which is cached as well.
-TEST(RgxSubn, ManyPatternsBetweenTheSearches) {
+TEST(RgxSubnTest, ManyPatternsBetweenTheSearches) {
   using Cache = thr_ThreadSingleton<rgx_ReCompileCache>;
   Cache::Destroy();
   for (int i = 0; i < 300; ++i) {
@@ -223,7 +223,7 @@ TEST(RgxSubn, ManyPatternsBetweenTheSearches) {
   EXPECT_TRUE(Cache::Instance().IsMember("\\$([1-9]+|&|`|')"));
 }
 
-TEST(RgxSubn, TenMegabytes) {
+TEST(RgxSubnTest, TenMegabytes) {
   const std::string subject(10 << 20, 'a');
   EXPECT_EQ(Subn("a", "b", subject), std::string(10 << 20, 'b'));
   EXPECT_EQ(Subn("a{1000}", "b", subject).size(), (10u << 20) / 1000 + (10 << 20) % 1000);

@@ -28,7 +28,7 @@ void ExpectExecError(const cow_String& pattern, const cow_String& subject, int n
                   "rgx/impl/rgx_funcs", 72);
 }
 
-TEST(RgxMatch, FindsTheFirstPlace) {
+TEST(RgxMatchTest, FindsTheFirstPlace) {
   const rgx_ReIterator found = rgx_match("b+", "abbcb");
   EXPECT_TRUE(found.Matched());
   EXPECT_EQ(found.GroupCount(), 1);
@@ -38,7 +38,7 @@ TEST(RgxMatch, FindsTheFirstPlace) {
   EXPECT_EQ(found.NthString(-1), "cb");
 }
 
-TEST(RgxMatch, NoMatchIsNoError) {
+TEST(RgxMatchTest, NoMatchIsNoError) {
   for (rgx_ReIterator none : {rgx_match("x", "abc"), rgx_ReIterator()}) {
     EXPECT_FALSE(none.Matched());
     EXPECT_EQ(none.GroupCount(), 0);
@@ -53,7 +53,7 @@ TEST(RgxMatch, NoMatchIsNoError) {
   }
 }
 
-TEST(RgxMatch, NoOptionIsSet) {
+TEST(RgxMatchTest, NoOptionIsSet) {
   EXPECT_FALSE(rgx_match("A", "a").Matched());
   EXPECT_FALSE(rgx_match("a.b", "a\nb").Matched());
   EXPECT_TRUE(rgx_match("a.b", "a\rb").Matched());
@@ -64,7 +64,7 @@ TEST(RgxMatch, NoOptionIsSet) {
   EXPECT_EQ(rgx_match(".", "\xc3\xa4").String().Length(), 1);
 }
 
-TEST(RgxMatch, GroupsByNumber) {
+TEST(RgxMatchTest, GroupsByNumber) {
   const rgx_ReIterator found = rgx_match("(a)(x)?(c*)(b)(y)?", "-ab-");
   EXPECT_EQ(found.GroupCount(), 5);  // the last group did not take part
   EXPECT_EQ(found.NthString(0), "ab");
@@ -77,7 +77,7 @@ TEST(RgxMatch, GroupsByNumber) {
   }
 }
 
-TEST(RgxMatch, CurrentGroup) {
+TEST(RgxMatchTest, CurrentGroup) {
   rgx_ReIterator found = rgx_match("(\\d+)-(\\d+)", "12-34");
   EXPECT_EQ(found.String(), "12-34");
   EXPECT_EQ(found.StringAsGroupNum(), 12);
@@ -94,7 +94,7 @@ TEST(RgxMatch, CurrentGroup) {
   EXPECT_EQ(found.String(), "12-34");
 }
 
-TEST(RgxMatch, TextAsReference) {
+TEST(RgxMatchTest, TextAsReference) {
   const struct {
     const char* text;
     int number;
@@ -118,7 +118,7 @@ TEST(RgxMatch, TextAsReference) {
   }
 }
 
-TEST(RgxMatch, ACopyKeepsItsSubject) {
+TEST(RgxMatchTest, ACopyKeepsItsSubject) {
   rgx_ReIterator copy;
   {
     std::string subject = "key=value";
@@ -130,7 +130,7 @@ TEST(RgxMatch, ACopyKeepsItsSubject) {
   EXPECT_EQ(copy.NthString(-1), "value");
 }
 
-TEST(RgxMatch, ZeroBytesEndSubjectAndPattern) {
+TEST(RgxMatchTest, ZeroBytesEndSubjectAndPattern) {
   const cow_String subject("ab\0cd", 5);
   EXPECT_FALSE(rgx_match("c", subject).Matched());
   EXPECT_EQ(rgx_match("b$", subject).String(), "b");
@@ -141,7 +141,7 @@ TEST(RgxMatch, ZeroBytesEndSubjectAndPattern) {
   EXPECT_TRUE(rgx_match("", "").Matched());
 }
 
-TEST(RgxMatch, FortyGroups) {
+TEST(RgxMatchTest, FortyGroups) {
   const cow_String subject = Repeated("ab", 20);
   for (const int groups : {14, 15, 16, 31, 32, 40, 200}) {
     const cow_String pattern =
@@ -157,7 +157,7 @@ TEST(RgxMatch, FortyGroups) {
   EXPECT_EQ(rgx_match("(a)", subject).GroupCount(), 2);
 }
 
-TEST(RgxMatch, TenMegabytes) {
+TEST(RgxMatchTest, TenMegabytes) {
   const cow_String subject = Repeated("0123456789", 1 << 20) + "needle";
   const rgx_ReIterator found = rgx_match("(n.*)e$", subject);
   EXPECT_EQ(found.NthString(1), "needl");
@@ -166,7 +166,7 @@ TEST(RgxMatch, TenMegabytes) {
 }
 
 // A match that needs much memory gives it back, and its result is whole.
-TEST(RgxMatch, MuchBacktracking) {
+TEST(RgxMatchTest, MuchBacktracking) {
   const cow_String subject = Repeated("ab", 50000) + "c";
   const rgx_ReIterator found = rgx_match("(?:(a)|(b))*(c)", subject);
   EXPECT_EQ(found.String(), subject);
@@ -175,7 +175,7 @@ TEST(RgxMatch, MuchBacktracking) {
   EXPECT_EQ(found.NthString(3), "c");
 }
 
-TEST(RgxMatch, CompileErrors) {
+TEST(RgxMatchTest, CompileErrors) {
   const struct {
     const char* pattern;
     const char* text;
@@ -195,7 +195,7 @@ TEST(RgxMatch, CompileErrors) {
   }
 }
 
-TEST(RgxMatch, MatchLimit) {
+TEST(RgxMatchTest, MatchLimit) {
   ExpectExecError("(a+)+$", Repeated("a", 40) + "b", PCRE2_ERROR_MATCHLIMIT);
   ExpectExecError("(*LIMIT_MATCH=2)(?:a|b)+c", "aabbbc", PCRE2_ERROR_MATCHLIMIT);
   EXPECT_EQ(rgx_match("(a+)+$", "aaa").String(), "aaa");
@@ -203,7 +203,7 @@ TEST(RgxMatch, MatchLimit) {
 
 // The memory that earlier matches left, little enough to be kept or not, must not lift a
 // pattern's own limit.
-TEST(RgxMatch, HeapLimit) {
+TEST(RgxMatchTest, HeapLimit) {
   for (const int repetitions : {100, 300, 1000, 3000}) {
     const cow_String subject = Repeated("ab", repetitions) + "c";
     for (int i = 0; i < 3; ++i) {
@@ -215,7 +215,7 @@ TEST(RgxMatch, HeapLimit) {
   }
 }
 
-TEST(RgxMatch, MalformedUtf8) {
+TEST(RgxMatchTest, MalformedUtf8) {
   ExpectExecError("(*UTF).", "\xff", PCRE2_ERROR_UTF8_ERR21);
   EXPECT_EQ(rgx_match("(*UTF).", "\xc3\xa4").String().Length(), 2);
 }

@@ -2,5 +2,5 @@
 # a process has one of everything, whichever module asks.
 add_client_library(second_library ${program})
 
-add_unload_test(thr_ThreadExit.OutlivesTheUnloadingOfTheLibrary
+add_unload_test(ThrThreadExitTest.OutlivesTheUnloadingOfTheLibrary
   unload_client ${folder})

@@ -35,7 +35,7 @@ void FinalizeAll(int& count) {
   mem_finalize(count);
 }
 
-TEST(SupportInitialize, CallersCounterIsLeftAloneHoweverOften) {
+TEST(SupportInitializeTest, CallersCounterIsLeftAloneHoweverOften) {
   int count = 5;
   InitializeAll(count);
   InitializeAll(count);
@@ -46,14 +46,14 @@ TEST(SupportInitialize, CallersCounterIsLeftAloneHoweverOften) {
   EXPECT_EQ(count, 5);
 }
 
-TEST(SupportInitialize, ThrFinalizeEndsThePool) {
+TEST(SupportInitializeTest, ThrFinalizeEndsThePool) {
   int count = 0;
   thr_GlobalSingleton<thr_ThreadPool>::Instance().AddThreads(1, 1);
   thr_finalize(count);
   EXPECT_EQ(thr_GlobalSingleton<thr_ThreadPool>::Look(), nullptr);
 }
 
-TEST(SupportInitialize, TypFinalizeClearsTheFlags) {
+TEST(SupportInitializeTest, TypFinalizeClearsTheFlags) {
   int count = 0;
   typ_DebugFlags::SetDebugFlags("utl", 3);
   typ_finalize(count);

@@ -15,7 +15,7 @@
 
 namespace {
 
-TEST(OnePerProcess, GlobalLock) {
+TEST(OnePerProcessTest, GlobalLock) {
   EXPECT_EQ(&thr_GlobalLock::Instance(), second_GlobalLock());
 }
 
@@ -28,32 +28,32 @@ void ExpectThatKSTutlEndsThem() {
   EXPECT_EQ(second_LookAtKSTutlObjects(), KSTutlObjects{});
 }
 
-TEST(OnePerProcess, ObjectsOfKSTutlMadeByThisProgram) {
+TEST(OnePerProcessTest, ObjectsOfKSTutlMadeByThisProgram) {
   const KSTutlObjects made = MakeKSTutlObjects();
   EXPECT_EQ(second_LookAtKSTutlObjects(), made);
   EXPECT_EQ(second_MakeKSTutlObjects(), made);
   ExpectThatKSTutlEndsThem();
 }
 
-TEST(OnePerProcess, ObjectsOfKSTutlMadeByTheSecondLibrary) {
+TEST(OnePerProcessTest, ObjectsOfKSTutlMadeByTheSecondLibrary) {
   const KSTutlObjects made = second_MakeKSTutlObjects();
   EXPECT_EQ(LookAtKSTutlObjects(), made);
   EXPECT_EQ(MakeKSTutlObjects(), made);
   ExpectThatKSTutlEndsThem();
 }
 
-TEST(OnePerProcess, GlobalSingletonOfTheSecondLibrary) {
+TEST(OnePerProcessTest, GlobalSingletonOfTheSecondLibrary) {
   EXPECT_EQ(&thr_GlobalSingleton<second_Global>::Instance(), second_GlobalInstance());
   thr_GlobalSingleton<second_Global>::Destroy();
 }
 
-TEST(OnePerProcess, PlainSingletonOfTheSecondLibrary) {
+TEST(OnePerProcessTest, PlainSingletonOfTheSecondLibrary) {
   EXPECT_EQ(&omi_Singleton<second_Plain>::Instance(), second_PlainInstance());
   omi_SingletonBase<second_Plain>::Finalize();
   EXPECT_EQ(omi_Singleton<second_Plain>::Look(), nullptr);
 }
 
-TEST(OnePerProcess, ThreadSingletonOfTheSecondLibrary) {
+TEST(OnePerProcessTest, ThreadSingletonOfTheSecondLibrary) {
   second_PerThread* const mine = second_PerThreadInstance();
   EXPECT_EQ(&thr_ThreadSingleton<second_PerThread>::Instance(), mine);
   std::thread([mine] {
@@ -66,7 +66,7 @@ TEST(OnePerProcess, ThreadSingletonOfTheSecondLibrary) {
   EXPECT_EQ(second_PerThreadAlive(), 0);
 }
 
-TEST(OnePerProcess, ThreadsThatComeAndGoLeaveNothingInTheSecondLibrary) {
+TEST(OnePerProcessTest, ThreadsThatComeAndGoLeaveNothingInTheSecondLibrary) {
   for (int round = 0; round < 50; ++round) {
     std::vector<std::thread> threads;
     for (int i = 0; i < 8; ++i) {
@@ -88,7 +88,7 @@ void ThrowText() {
 }
 void DoNothing() {}
 
-TEST(OnePerProcess, ExceptionOfKSTutlIsCaughtInTheSecondLibrary) {
+TEST(OnePerProcessTest, ExceptionOfKSTutlIsCaughtInTheSecondLibrary) {
   EXPECT_STREQ(second_CatchByClass(&OutsideAnArray), "nex_AssertException");
   EXPECT_STREQ(second_CatchByGroup(&OutsideAnArray), "nex_TextException");
   EXPECT_STREQ(second_CatchByRoot(&OutsideAnArray), "nex_Exception");
@@ -97,13 +97,13 @@ TEST(OnePerProcess, ExceptionOfKSTutlIsCaughtInTheSecondLibrary) {
   EXPECT_STREQ(second_CatchByClass(&DoNothing), "nothing");
 }
 
-TEST(OnePerProcess, ExceptionOfTheSecondLibraryIsCaughtHere) {
+TEST(OnePerProcessTest, ExceptionOfTheSecondLibraryIsCaughtHere) {
   EXPECT_THROW_TEXT(second_Throw(), nex_AssertException, "from the second library");
   EXPECT_THROW(second_Throw(), nex_TextException);
   EXPECT_THROW(second_Throw(), nex_Exception);
 }
 
-TEST(OnePerProcess, ExceptionCrossesBackAndForthAsItsOwnClass) {
+TEST(OnePerProcessTest, ExceptionCrossesBackAndForthAsItsOwnClass) {
   const auto rethrow = [] {
     try {
       second_Throw();

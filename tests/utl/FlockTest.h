@@ -80,7 +80,7 @@ class LockingProcess {
 };
 
 /// A file to be locked, and two descriptors of it.
-class utl_flockTest : public testing::Test {
+class FlockTest : public testing::Test {
  protected:
   static std::string MadeFile(const TempDir& dir) {
     WriteWholeFile(dir.File("f"), "0123456789");

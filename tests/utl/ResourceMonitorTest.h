@@ -22,9 +22,9 @@ inline std::string ReadText(const std::string& path) {
 
 /// A test with a monitor of its own, in a current directory of its own; the environment
 /// says nothing of the monitor.
-class utl_ResourceMonitorTest : public testing::Test {
+class ResourceMonitorTest : public testing::Test {
  protected:
-  ~utl_ResourceMonitorTest() override { Finalize(); }
+  ~ResourceMonitorTest() override { Finalize(); }
 
   static utl_ResourceMonitor& Monitor() {
     return omi_Singleton<utl_ResourceMonitor>::Instance();
@@ -96,7 +96,7 @@ class utl_ResourceMonitorTest : public testing::Test {
 };
 
 /// The same with the monitor asked for.
-class utl_ResourceMonitorOnTest : public utl_ResourceMonitorTest {
+class ResourceMonitorOnTest : public ResourceMonitorTest {
  protected:
   ScopedEnvironment on_{"KES_RESOURCE_MONITOR", "ON"};
 };

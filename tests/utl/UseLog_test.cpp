@@ -28,7 +28,7 @@ UseLog Read(const std::string& text) {
   return ReadUseLog(text, "beam", false);
 }
 
-TEST(UseLogReader, TakesALog) {
+TEST(UseLogReaderTest, TakesALog) {
   const UseLog log = Read(kLog);
   EXPECT_EQ(log.snapshot, "?");
   EXPECT_EQ(log.version, "6.6");
@@ -48,13 +48,13 @@ TEST(UseLogReader, TakesALog) {
   EXPECT_EQ(log.timers[0].elapsed, -2.8);
 }
 
-TEST(UseLogReader, TakesALogThatIsNotEnded) {
+TEST(UseLogReaderTest, TakesALogThatIsNotEnded) {
   const UseLog log = Read(kLog.substr(0, kLog.find("!Phase")));
   EXPECT_FALSE(log.finished);
   EXPECT_EQ(log.marks.size(), 2U);
 }
 
-TEST(UseLogReader, RefusesEveryOtherLog) {
+TEST(UseLogReaderTest, RefusesEveryOtherLog) {
   const struct {
     const char* part;
     const char* instead;

@@ -13,5 +13,5 @@ set_source_files_properties(utl/EncoderHeaders_test.cpp PROPERTIES
 # A client of the library that ends it late.
 add_client_library(late_end ${program})
 
-add_unload_test(utl_IOTrackerProcessTest.TaskOutlivesTheUnloadingOfTheLibrary
+add_unload_test(IOTrackerProcessTest.TaskOutlivesTheUnloadingOfTheLibrary
   unload_tracker ${folder})

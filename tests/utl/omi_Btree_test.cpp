@@ -202,26 +202,26 @@ int ByNaturalOrder(const cow_String& a, const cow_String& b) {
   return strnatcmp(a.c_str(), b.c_str());
 }
 
-TEST(omi_Btree, IntsKeepContentsAndShape) {
+TEST(OmiBtreeTest, IntsKeepContentsAndShape) {
   ExpectContentsAndShape<int, int>(SomeInts(), {-1, 0, 5, INT_MAX},
                                    [](int a, int b) { return a < b ? -1 : a > b; });
 }
 
-TEST(omi_Btree, StringsToIntsKeepContentsAndShape) {
+TEST(OmiBtreeTest, StringsToIntsKeepContentsAndShape) {
   ExpectContentsAndShape<cow_String, int>(SomeNames(), {1, 2, 3}, ByBytes);
 }
 
-TEST(omi_Btree, StringsToIntsInNaturalOrderKeepContentsAndShape) {
+TEST(OmiBtreeTest, StringsToIntsInNaturalOrderKeepContentsAndShape) {
   NaturalOrder on;
   ExpectContentsAndShape<cow_String, int>(SomeNames(), {1, 2, 3}, ByNaturalOrder);
 }
 
-TEST(omi_Btree, StringsToPointersKeepContentsAndShape) {
+TEST(OmiBtreeTest, StringsToPointersKeepContentsAndShape) {
   int a, b;
   ExpectContentsAndShape<cow_String, void*>(SomeNames(), {&a, &b}, ByBytes);
 }
 
-TEST(omi_Btree, StringsToPointersInNaturalOrderKeepContentsAndShape) {
+TEST(OmiBtreeTest, StringsToPointersInNaturalOrderKeepContentsAndShape) {
   NaturalOrder on;
   int a, b;
   ExpectContentsAndShape<cow_String, void*>(SomeNames(), {&a, &b}, ByNaturalOrder);
@@ -241,7 +241,7 @@ void ExpectShape(const std::vector<int>& keys, Model<int, int>::Order order) {
   }
 }
 
-TEST(omi_Btree, SortedKeysKeepTheShape) {
+TEST(OmiBtreeTest, SortedKeysKeepTheShape) {
   std::vector<int> up, down, inwards;
   for (int i = 0; i < 1000; ++i) {
     up.push_back(i);
@@ -255,7 +255,7 @@ TEST(omi_Btree, SortedKeysKeepTheShape) {
 
 // Their comparison wraps, so that the order contradicts itself; what has been inserted
 // may then not be found. The shape is what the rules make of it all the same.
-TEST(omi_Btree, KeysOfTheWholeRangeKeepTheShape) {
+TEST(OmiBtreeTest, KeysOfTheWholeRangeKeepTheShape) {
   std::mt19937 random(6);
   std::vector<int> keys = {INT_MIN, INT_MAX, 0, -1, 1};
   for (int i = 0; i < 2000; ++i) keys.push_back(static_cast<int>(random()));
@@ -265,7 +265,7 @@ TEST(omi_Btree, KeysOfTheWholeRangeKeepTheShape) {
   });
 }
 
-TEST(omi_Btree, InsertOfAnExistingKeyKeepsTheFirstValue) {
+TEST(OmiBtreeTest, InsertOfAnExistingKeyKeepsTheFirstValue) {
   omi_Btree<int, int> tree;
   EXPECT_TRUE(tree.Insert(1, 10));
   EXPECT_FALSE(tree.Insert(1, 20));
@@ -273,7 +273,7 @@ TEST(omi_Btree, InsertOfAnExistingKeyKeepsTheFirstValue) {
   EXPECT_EQ(tree.Size(), 1);
 }
 
-TEST(omi_Btree, ThreeInOrderStayAChainAndTheFourthRotates) {
+TEST(OmiBtreeTest, ThreeInOrderStayAChainAndTheFourthRotates) {
   omi_Btree<int, int> tree;
   for (int key : {1, 2, 3}) tree.Insert(key, key);
   EXPECT_EQ(tree.Root()->Key(), 1);
@@ -287,7 +287,7 @@ TEST(omi_Btree, ThreeInOrderStayAChainAndTheFourthRotates) {
   EXPECT_EQ(tree.Root()->Right()->Right()->Key(), 4);
 }
 
-TEST(omi_Btree, RemovingTheOnlyEntryLeavesAnEmptyMap) {
+TEST(OmiBtreeTest, RemovingTheOnlyEntryLeavesAnEmptyMap) {
   omi_Btree<cow_String, int> tree;
   EXPECT_FALSE(tree.Remove("a"));
   tree.Insert("a", 1);
@@ -302,7 +302,7 @@ TEST(omi_Btree, RemovingTheOnlyEntryLeavesAnEmptyMap) {
   EXPECT_TRUE(i.AtEnd());
 }
 
-TEST(omi_Btree, NodeWithTwoChildrenIsReplacedByTheNextLargerKey) {
+TEST(OmiBtreeTest, NodeWithTwoChildrenIsReplacedByTheNextLargerKey) {
   omi_Btree<int, int> tree;
   for (int key : {50, 30, 80, 20, 40, 70, 90, 60}) tree.Insert(key, key);
   ASSERT_EQ(tree.Root()->Key(), 50);
@@ -310,7 +310,7 @@ TEST(omi_Btree, NodeWithTwoChildrenIsReplacedByTheNextLargerKey) {
   EXPECT_EQ(tree.Root()->Key(), 60);
 }
 
-TEST(omi_Btree, NullValueStandsForAnAbsentKey) {
+TEST(OmiBtreeTest, NullValueStandsForAnAbsentKey) {
   omi_Btree<int, int> ints;
   omi_Btree<cow_String, int> names;
   omi_Btree<cow_String, void*> pointers;
@@ -322,7 +322,7 @@ TEST(omi_Btree, NullValueStandsForAnAbsentKey) {
   EXPECT_EQ(pointers.Find("a"), nullptr);
 }
 
-TEST(omi_Btree, NaturalOrderPutsFile9BeforeFile10) {
+TEST(OmiBtreeTest, NaturalOrderPutsFile9BeforeFile10) {
   const auto first = [] {
     omi_Btree<cow_String, int> tree;
     tree.Insert("file10", 10);
@@ -336,7 +336,7 @@ TEST(omi_Btree, NaturalOrderPutsFile9BeforeFile10) {
   EXPECT_EQ(first(), "file9");
 }
 
-TEST(omi_Btree, StringKeysCountUpToTheirFirstZeroByte) {
+TEST(OmiBtreeTest, StringKeysCountUpToTheirFirstZeroByte) {
   const auto check = [] {
     omi_Btree<cow_String, int> tree;
     EXPECT_TRUE(tree.Insert(cow_String("a\0x", 3), 1));
@@ -351,7 +351,7 @@ TEST(omi_Btree, StringKeysCountUpToTheirFirstZeroByte) {
   check();
 }
 
-TEST(omi_Btree, NodesAnswerForTheirSubtrees) {
+TEST(OmiBtreeTest, NodesAnswerForTheirSubtrees) {
   omi_BtreeNode<int, int> node(5, 50), parent(0, 0);
   EXPECT_EQ(node.Height(), 0);
   EXPECT_TRUE(node.Insert(3, 30));
@@ -371,7 +371,7 @@ TEST(omi_Btree, NodesAnswerForTheirSubtrees) {
   EXPECT_EQ(node.Height(), 0);
 }
 
-TEST(omi_Btree, ANodeDoesNotRebalanceItself) {
+TEST(OmiBtreeTest, ANodeDoesNotRebalanceItself) {
   omi_BtreeNode<int, int> node(1, 1);
   for (int key : {2, 3, 4}) node.Insert(key, key);
   EXPECT_EQ(node.Height(), 3);
@@ -381,7 +381,7 @@ TEST(omi_Btree, ANodeDoesNotRebalanceItself) {
   EXPECT_EQ(node.Height(), 3);
 }
 
-TEST(omi_Btree, AKeyOfTheMapItselfMayBeRemoved) {
+TEST(OmiBtreeTest, AKeyOfTheMapItselfMayBeRemoved) {
   omi_Btree<cow_String, int> tree;
   for (const char* key : {"a", "b", "c", "d"}) tree.Insert(key, 1);
   while (!tree.IsEmpty()) {
@@ -391,7 +391,7 @@ TEST(omi_Btree, AKeyOfTheMapItselfMayBeRemoved) {
   EXPECT_EQ(tree.Root(), nullptr);
 }
 
-TEST(omi_Btree, IntComparisonWraps) {
+TEST(OmiBtreeTest, IntComparisonWraps) {
   omi_Btree<int, int> tree;
   tree.Insert(INT_MIN, 1);
   tree.Insert(INT_MAX, 2);  // the difference wraps to -1: to the left
@@ -400,7 +400,7 @@ TEST(omi_Btree, IntComparisonWraps) {
   EXPECT_EQ(tree.Root()->Right(), nullptr);
 }
 
-TEST(omi_Btree, CopiesAreDeepAndKeepTheShape) {
+TEST(OmiBtreeTest, CopiesAreDeepAndKeepTheShape) {
   omi_Btree<cow_String, int> tree;
   for (const cow_String& key : SomeNames()) tree.Insert(key, key.Length());
   omi_Btree<cow_String, int> copy(tree), assigned;
@@ -428,7 +428,7 @@ TEST(omi_Btree, CopiesAreDeepAndKeepTheShape) {
   EXPECT_TRUE(assigned.IsEmpty());
 }
 
-TEST(omi_Btree, IteratorTurnsAndStaysAtTheEnd) {
+TEST(OmiBtreeTest, IteratorTurnsAndStaysAtTheEnd) {
   omi_Btree<int, int> tree;
   for (int key = 0; key < 10; ++key) tree.Insert(key, key);
   omi_BtreeIterator<int, int> i(tree);
@@ -451,7 +451,7 @@ TEST(omi_Btree, IteratorTurnsAndStaysAtTheEnd) {
   EXPECT_TRUE(i.AtEnd());
 }
 
-TEST(omi_Btree, MillionSortedInsertions) {
+TEST(OmiBtreeTest, MillionSortedInsertions) {
   omi_Btree<int, int> tree;
   for (int key = 0; key < 1000000; ++key) ASSERT_TRUE(tree.Insert(key, -key));
   EXPECT_LT(tree.Root()->Height(), 40);
@@ -461,7 +461,7 @@ TEST(omi_Btree, MillionSortedInsertions) {
   EXPECT_EQ(expected, 1000000);
 }
 
-TEST(omi_Btree, OrderThatUnbalancesTheTreeDoesNotExhaustTheStack) {
+TEST(OmiBtreeTest, OrderThatUnbalancesTheTreeDoesNotExhaustTheStack) {
   omi_Btree<int, int> tree;
   for (int key = 0; key < 20000; ++key) {
     tree.Insert(key, key);

@@ -43,7 +43,7 @@ std::pair<std::string, int> StringC(const char* name, std::string variable) {
 
 using Filled = std::pair<std::string, int>;
 
-class CommandLineForeign : public testing::Test {
+class CommandLineForeignTest : public testing::Test {
  protected:
   void SetUp() override {
     cow_1DArrayList<cow_String> list;
@@ -57,7 +57,7 @@ class CommandLineForeign : public testing::Test {
   void TearDown() override { thr_GlobalSingleton<utl_CommandLine>::Destroy(); }
 };
 
-TEST_F(CommandLineForeign, Integer) {
+TEST_F(CommandLineForeignTest, Integer) {
   EXPECT_EQ(Integer("cpus"), 4);
   EXPECT_EQ(Integer("  cpus        "), 4);
   EXPECT_EQ(Integer("absent"), 0);
@@ -66,7 +66,7 @@ TEST_F(CommandLineForeign, Integer) {
                     "Command line argument bad must have type integer");
 }
 
-TEST_F(CommandLineForeign, IsMemberIsZeroForPresent) {
+TEST_F(CommandLineForeignTest, IsMemberIsZeroForPresent) {
   EXPECT_EQ(Status("job"), 0);
   EXPECT_EQ(Status("job                             "), 0);
   EXPECT_EQ(Status(" job"), 0);
@@ -77,7 +77,7 @@ TEST_F(CommandLineForeign, IsMemberIsZeroForPresent) {
   EXPECT_EQ(Status("\tjob"), 1);
 }
 
-TEST_F(CommandLineForeign, OnlyTheHiddenLengthCounts) {
+TEST_F(CommandLineForeignTest, OnlyTheHiddenLengthCounts) {
   int status = -99;
   UTL_COMMANDLINEISMEMBER("jobs", &status, 3);
   EXPECT_EQ(status, 0);
@@ -89,7 +89,7 @@ TEST_F(CommandLineForeign, OnlyTheHiddenLengthCounts) {
   EXPECT_EQ(Status("     "), 0);
 }
 
-TEST_F(CommandLineForeign, ValuesFillAVariableOrLeaveIt) {
+TEST_F(CommandLineForeignTest, ValuesFillAVariableOrLeaveIt) {
   const struct {
     const char* name;
     const char* variable;
@@ -109,14 +109,14 @@ TEST_F(CommandLineForeign, ValuesFillAVariableOrLeaveIt) {
   }
 }
 
-TEST_F(CommandLineForeign, StringStripsItsNameAndStringCDoesNot) {
+TEST_F(CommandLineForeignTest, StringStripsItsNameAndStringCDoesNot) {
   for (const char* name : {"job ", " job", "job                             "}) {
     EXPECT_EQ(String(name, "????????"), Filled("beam    ", 4));
     EXPECT_EQ(StringC(name, "????????"), Filled("????????", 0));
   }
 }
 
-TEST_F(CommandLineForeign, StringWithANegativeLengthOfTheVariable) {
+TEST_F(CommandLineForeignTest, StringWithANegativeLengthOfTheVariable) {
   char variable[] = "????";
   int status = -99;
   UTL_COMMANDLINESTRING("empty", variable, &status, 5, -1);
@@ -124,7 +124,7 @@ TEST_F(CommandLineForeign, StringWithANegativeLengthOfTheVariable) {
   EXPECT_STREQ(variable, "????");
 }
 
-TEST_F(CommandLineForeign, GetArgs) {
+TEST_F(CommandLineForeignTest, GetArgs) {
   char buffer[] = "????????";
   EXPECT_EQ(utl_getArgs("absent", buffer), 0);
   EXPECT_EQ(utl_getArgs("job ", buffer), 0);
@@ -135,7 +135,7 @@ TEST_F(CommandLineForeign, GetArgs) {
   EXPECT_EQ(std::string(buffer, 9), "\0eam\0???\0"s);
 }
 
-TEST_F(CommandLineForeign, NothingLoaded) {
+TEST_F(CommandLineForeignTest, NothingLoaded) {
   thr_GlobalSingleton<utl_CommandLine>::Destroy();
   EXPECT_EQ(Integer("job"), 0);
   EXPECT_EQ(Status("job"), 1);

@@ -53,7 +53,7 @@ void ExpectMalformed(const std::function<void()>& query, const std::string& name
                     "utl/impl/utl_CommandLine");
 }
 
-class CommandLine : public testing::Test {
+class CommandLineTest : public testing::Test {
  protected:
   void SetUp() override { Clear(); }
   void TearDown() override { Clear(); }
@@ -75,7 +75,7 @@ concept TakesArgsList = requires(Line& line) {
 };
 static_assert(!TakesArgs<utl_CommandLine> && !TakesArgsList<utl_CommandLine>);
 
-TEST_F(CommandLine, EmptyBeforeItIsLoaded) {
+TEST_F(CommandLineTest, EmptyBeforeItIsLoaded) {
   EXPECT_EQ(Singleton::Look(), nullptr);
   EXPECT_EQ(Line().Size(), 0);
   EXPECT_FALSE(Line().IsMember("job"));
@@ -85,7 +85,7 @@ TEST_F(CommandLine, EmptyBeforeItIsLoaded) {
   EXPECT_EQ(Line().ConstGetValueAsSizeT("memory", 8), 8u);
 }
 
-TEST_F(CommandLine, WorkedExamples) {
+TEST_F(CommandLineTest, WorkedExamples) {
   struct Option {
     const char* name;
     const char* value;
@@ -129,7 +129,7 @@ TEST_F(CommandLine, WorkedExamples) {
   }
 }
 
-TEST_F(CommandLine, SetArgsNeverLooksAtTheProgramsName) {
+TEST_F(CommandLineTest, SetArgsNeverLooksAtTheProgramsName) {
   char program[] = "-x";
   char value[] = "1";
   char* argv[] = {program, value};
@@ -138,7 +138,7 @@ TEST_F(CommandLine, SetArgsNeverLooksAtTheProgramsName) {
   EXPECT_EQ(Line().ConstGet(0), "-x");
 }
 
-TEST_F(CommandLine, SetArgsListLooksAtTheFirstElement) {
+TEST_F(CommandLineTest, SetArgsListLooksAtTheFirstElement) {
   utl_CommandLineLoader::SetArgsList(List({"-x", "1", "-y", "-z"}));
   EXPECT_EQ(Line().Size(), 4);
   EXPECT_EQ(Line().ConstGet(0), "-x");
@@ -150,7 +150,7 @@ TEST_F(CommandLine, SetArgsListLooksAtTheFirstElement) {
   EXPECT_EQ(Line().Size(), 0);
 }
 
-TEST_F(CommandLine, SetArgsAppendsAndSetArgsListReplaces) {
+TEST_F(CommandLineTest, SetArgsAppendsAndSetArgsListReplaces) {
   Load({"-a", "1", "-b", "2"});
   Load({"-a", "3"});
   EXPECT_EQ(Line().Size(), 8);
@@ -165,13 +165,13 @@ TEST_F(CommandLine, SetArgsAppendsAndSetArgsListReplaces) {
 }
 
 // The option that ends one load is complete: the next load's first argument is no value.
-TEST_F(CommandLine, NoOptionIsPendingBetweenLoads) {
+TEST_F(CommandLineTest, NoOptionIsPendingBetweenLoads) {
   utl_CommandLineLoader::SetArgsList(List({"-a"}));
   utl_CommandLineLoader::SetArgsList(List({"x"}));
   EXPECT_EQ(Line().ConstGetValue("a"), "");
 }
 
-TEST_F(CommandLine, MissingOptions) {
+TEST_F(CommandLineTest, MissingOptions) {
   Load({"job", "-other", "x"});
   ExpectMissing([] { Line().ConstGetValue("job"); }, "job");
   ExpectMissing([] { Line().ConstGetValueAsInt("job"); }, "job");
@@ -181,7 +181,7 @@ TEST_F(CommandLine, MissingOptions) {
   ExpectMissing([] { Line().ConstGetValue("%1$s"); }, "%1$s");
 }
 
-TEST_F(CommandLine, Numbers) {
+TEST_F(CommandLineTest, Numbers) {
   Load({"-n", "12", "-zero", "007", "-empty", "-big", "4294967296", "-max",
         "18446744073709551615"});
   EXPECT_EQ(Line().ConstGetValueAsInt("n"), 12);
@@ -200,7 +200,7 @@ TEST_F(CommandLine, Numbers) {
 }
 
 // The same on both targets, whose atoi differ beyond 64 bits.
-TEST_F(CommandLine, OfAnOverlongNumberTheLowest32BitsCount) {
+TEST_F(CommandLineTest, OfAnOverlongNumberTheLowest32BitsCount) {
   const struct {
     const char* text;
     int number;
@@ -225,7 +225,7 @@ TEST_F(CommandLine, OfAnOverlongNumberTheLowest32BitsCount) {
   }
 }
 
-TEST_F(CommandLine, MalformedNumbers) {
+TEST_F(CommandLineTest, MalformedNumbers) {
   for (const char* value : {"12x", "x", "+5", " 5", "5 ", "1.5", "0x10", "\xb2"}) {
     SCOPED_TRACE(value);
     Clear();
@@ -238,7 +238,7 @@ TEST_F(CommandLine, MalformedNumbers) {
   }
 }
 
-TEST_F(CommandLine, AZeroByteIsNoDigit) {
+TEST_F(CommandLineTest, AZeroByteIsNoDigit) {
   cow_1DArrayList<cow_String> list = List({"-n"});
   list.Append(cow_String("1\0", 2));
   utl_CommandLineLoader::SetArgsList(list);
@@ -246,7 +246,7 @@ TEST_F(CommandLine, AZeroByteIsNoDigit) {
   EXPECT_EQ(Line().ConstGetValue("n").Length(), 2);
 }
 
-TEST_F(CommandLine, ArgumentsOutsideTheList) {
+TEST_F(CommandLineTest, ArgumentsOutsideTheList) {
   Load({"a"});
   EXPECT_THROW_TEXT(Line().ConstGet(2), nex_AssertException,
                     "index 2 is outside an array of 2 elements");
@@ -255,7 +255,7 @@ TEST_F(CommandLine, ArgumentsOutsideTheList) {
 }
 
 // A lock that a failing query kept would stop the next one.
-TEST_F(CommandLine, AnExceptionLeavesTheLockFree) {
+TEST_F(CommandLineTest, AnExceptionLeavesTheLockFree) {
   Load({"-n", "x"});
   EXPECT_THROW(Line().ConstGet(9), nex_AssertException);
   EXPECT_THROW(Line().ConstGetValue("m"), utl_MissingCmdLineArgException);
@@ -263,7 +263,7 @@ TEST_F(CommandLine, AnExceptionLeavesTheLockFree) {
   EXPECT_TRUE(Line().IsMember("n"));
 }
 
-TEST_F(CommandLine, Dictionaries) {
+TEST_F(CommandLineTest, Dictionaries) {
   const struct {
     const char* value;
     std::vector<std::pair<std::string, std::string>> pairs;
@@ -291,7 +291,7 @@ TEST_F(CommandLine, Dictionaries) {
   }
 }
 
-TEST_F(CommandLine, ErrorOptionSetsDebugFlags) {
+TEST_F(CommandLineTest, ErrorOptionSetsDebugFlags) {
   Load({"-error", "a=0,b=2,c,d=,e=-3,f=4x,g=x,h= +5,i=4294967299,j=2147483648"});
   EXPECT_EQ(typ_DebugFlags::Level("a"), 0);
   EXPECT_EQ(typ_DebugFlags::Level("b"), 2);
@@ -305,19 +305,19 @@ TEST_F(CommandLine, ErrorOptionSetsDebugFlags) {
   EXPECT_EQ(typ_DebugFlags::Level("j"), 0) << "a negative one after the wrap";
 }
 
-TEST_F(CommandLine, ErrorOptionLeavesFlagsOfLevelZeroAlone) {
+TEST_F(CommandLineTest, ErrorOptionLeavesFlagsOfLevelZeroAlone) {
   typ_DebugFlags::SetDebugFlags("a", 5);
   utl_CommandLineLoader::SetArgsList(List({"-error", "a=0,utl=3"}));
   EXPECT_EQ(typ_DebugFlags::Level("a"), 5);
   EXPECT_EQ(typ_DebugFlags::Level(3), 3);
 }
 
-TEST_F(CommandLine, ErrorOptionWithoutValue) {
+TEST_F(CommandLineTest, ErrorOptionWithoutValue) {
   Load({"-error"});
   EXPECT_EQ(typ_DebugFlags::Level("utl"), 0);
 }
 
-TEST_F(CommandLine, CopiesShareNothing) {
+TEST_F(CommandLineTest, CopiesShareNothing) {
   const cow_1DArrayList<cow_String> list = List({"-job", "beam"});
   utl_CommandLineLoader::SetArgsList(list);
   const cow_String first = Line().ConstGetValue("job");
@@ -347,7 +347,7 @@ void ExpectException(const Exception& sample, const char* text, const char* hand
   EXPECT_THROW_AT(copy->Propagate(), nex_TextException, handedIn, "some/source", 7);
 }
 
-TEST_F(CommandLine, ExceptionsBuildTheirTextWhenAsked) {
+TEST_F(CommandLineTest, ExceptionsBuildTheirTextWhenAsked) {
   ExpectException(utl_MissingCmdLineArgException("job"),
                   "Command line argument job is required.", "job");
   ExpectException(utl_CmdLineArgFormatException("%2$s", "real"),

@@ -28,7 +28,7 @@ void Load(std::initializer_list<const char*> arguments) {
   utl_CommandLineLoader::SetArgsList(list);
 }
 
-class CommandLineThreads : public testing::Test {
+class CommandLineThreadsTest : public testing::Test {
  protected:
   void SetUp() override { Clear(); }
   void TearDown() override { Clear(); }
@@ -41,7 +41,7 @@ class CommandLineThreads : public testing::Test {
 };
 
 // Eight threads make the object at once, and ask it.
-TEST_F(CommandLineThreads, CreateIt) {
+TEST_F(CommandLineThreadsTest, CreateIt) {
   for (int round = 0; round < 50; ++round) {
     Singleton::Destroy();
     std::atomic<const utl_CommandLine*> made{nullptr};
@@ -63,7 +63,7 @@ TEST_F(CommandLineThreads, CreateIt) {
   }
 }
 
-TEST_F(CommandLineThreads, QueriesFromEight) {
+TEST_F(CommandLineThreadsTest, QueriesFromEight) {
   Load({"prog", "-job", "beam", "-cpus", "4", "-error", "a=1,b", "-bad", "x"});
   std::vector<std::thread> threads;
   for (int i = 0; i < 8; ++i) {
@@ -88,7 +88,7 @@ TEST_F(CommandLineThreads, QueriesFromEight) {
 }
 
 // A query that does not wait for the lock ends while it is held.
-TEST_F(CommandLineThreads, EveryQueryLocks) {
+TEST_F(CommandLineThreadsTest, EveryQueryLocks) {
   Load({"prog", "-n", "1"});
   const std::function<void()> queries[] = {
       [] { Line().ConstGetValue("n"); },

@@ -9,7 +9,7 @@
 
 namespace {
 
-TEST(utl_DirPathUtils, TrimsAndAddsOneBackslash) {
+TEST(DirPathUtilsTest, TrimsAndAddsOneBackslash) {
   const struct {
     const char *path, *trimmed, *added;
   } cases[] = {
@@ -27,7 +27,7 @@ TEST(utl_DirPathUtils, TrimsAndAddsOneBackslash) {
   }
 }
 
-TEST(utl_DirPathUtils, ChecksThatADirectoryExists) {
+TEST(DirPathUtilsTest, ChecksThatADirectoryExists) {
   TempDir dir;
   const auto check = [&](const std::string& name) {
     return utl_DirPathUtils::CheckDirectory(dir.File(name).c_str());
@@ -41,7 +41,7 @@ TEST(utl_DirPathUtils, ChecksThatADirectoryExists) {
   EXPECT_FALSE(utl_DirPathUtils::CheckDirectory(""));
 }
 
-TEST(utl_DirPathUtils, DirectoryThatCannotBeExaminedIsNone) {
+TEST(DirPathUtilsTest, DirectoryThatCannotBeExaminedIsNone) {
   TempDir dir;
   const cow_String path(dir.Path().c_str());
   ASSERT_TRUE(utl_DirPathUtils::CheckDirectory(path));

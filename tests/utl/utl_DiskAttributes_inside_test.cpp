@@ -57,7 +57,7 @@ std::string Lines(const std::string& onDrive, const std::string& toCaller) {
 
 }  // namespace
 
-TEST(utl_DiskAttributes, PathThatIsAskedAbout) {
+TEST(DiskAttributesTest, PathThatIsAskedAbout) {
   const FakeDiskSpace space(1, 2);
   const ScopedEnvironment variable("KST_DISK_TEST", "Q:\\sub");
   const struct {
@@ -93,14 +93,14 @@ TEST(utl_DiskAttributes, PathThatIsAskedAbout) {
   }
 }
 
-TEST(utl_DiskAttributes, ZeroByteEndsTheAskedPath) {
+TEST(DiskAttributesTest, ZeroByteEndsTheAskedPath) {
   const FakeDiskSpace space(1, 2);
   EXPECT_EQ(utl_DiskAttributes(cow_String("\\a\\b\0c", 6)).GetFreeDiskSpace(), 1U);
   EXPECT_EQ(space.Asked(), "\\a\\b");
 }
 
 // Without a current directory the absolute form may begin with the colon.
-TEST(utl_DiskAttributes, ColonAtTheVeryStartIsNoDrive) {
+TEST(DiskAttributesTest, ColonAtTheVeryStartIsNoDrive) {
   const TempDir directory;
   std::filesystem::create_directory(directory.File("gone"));
   const CurrentDirectory current(directory.File("gone"));
@@ -112,7 +112,7 @@ TEST(utl_DiskAttributes, ColonAtTheVeryStartIsNoDrive) {
   EXPECT_EQ(space.Asked(), ":\\x");
 }
 
-TEST(utl_DiskAttributes, LongPath) {
+TEST(DiskAttributesTest, LongPath) {
   const FakeDiskSpace space(1, 2);
   const std::string name(100'000, 'x');
   EXPECT_EQ(utl_DiskAttributes(("Z:\\" + name).c_str()).GetFreeDiskSpace(), 1U);
@@ -121,12 +121,12 @@ TEST(utl_DiskAttributes, LongPath) {
   EXPECT_EQ(space.Asked(), "\\" + name);
 }
 
-TEST(utl_DiskAttributes, BytesFreeToTheCaller) {
+TEST(DiskAttributesTest, BytesFreeToTheCaller) {
   const FakeDiskSpace space(0xFFFF'FFFF'FFFF'FFFE, 0xFFFF'FFFF'FFFF'FFFF);
   EXPECT_EQ(utl_DiskAttributes("Z:\\dir").GetFreeDiskSpace(), 0xFFFF'FFFF'FFFF'FFFE);
 }
 
-TEST(utl_DiskAttributes, EachQueryAsksTheSystemAgain) {
+TEST(DiskAttributesTest, EachQueryAsksTheSystemAgain) {
   const utl_DiskAttributes disk("Z:\\dir");
   {
     const FakeDiskSpace space(7, 9);
@@ -136,7 +136,7 @@ TEST(utl_DiskAttributes, EachQueryAsksTheSystemAgain) {
   EXPECT_EQ(disk.GetFreeDiskSpace(), 8U);
 }
 
-TEST(utl_DiskAttributes, CopiesAskAboutTheSamePath) {
+TEST(DiskAttributesTest, CopiesAskAboutTheSamePath) {
   const FakeDiskSpace space(1, 2);
   const utl_DiskAttributes disk("D:\\data");
   utl_DiskAttributes other("C:\\");
@@ -145,7 +145,7 @@ TEST(utl_DiskAttributes, CopiesAskAboutTheSamePath) {
   EXPECT_EQ(space.Asked(), "D:\\");
 }
 
-TEST(utl_DiskAttributes, RealDiskHasSpace) {
+TEST(DiskAttributesTest, RealDiskHasSpace) {
   const TempDir directory;
   ULARGE_INTEGER total = {};
   ASSERT_TRUE(GetDiskFreeSpaceExA("Z:\\", nullptr, &total, nullptr));
@@ -155,11 +155,11 @@ TEST(utl_DiskAttributes, RealDiskHasSpace) {
   EXPECT_LT(space, total.QuadPart);
 }
 
-TEST(utl_DiskAttributes, AbsentDrive) {
+TEST(DiskAttributesTest, AbsentDrive) {
   EXPECT_FAILURE(utl_DiskAttributes("Q:\\data"), ERROR_PATH_NOT_FOUND, "Q:\\");
 }
 
-TEST(utl_DiskAttributes, CutRelativePath) {
+TEST(DiskAttributesTest, CutRelativePath) {
   const TempDir directory;
   const CurrentDirectory current(directory.Path());
   EXPECT_FAILURE(utl_DiskAttributes("data"), ERROR_FILE_NOT_FOUND, "da\\");
@@ -167,12 +167,12 @@ TEST(utl_DiskAttributes, CutRelativePath) {
   EXPECT_GT(utl_DiskAttributes("data").GetFreeDiskSpace(), 0U);
 }
 
-TEST(utl_DiskAttributes, EmptyPathIsTheRootOfTheCurrentDrive) {
+TEST(DiskAttributesTest, EmptyPathIsTheRootOfTheCurrentDrive) {
   EXPECT_GT(utl_DiskAttributes("").GetFreeDiskSpace(), 0U);
   EXPECT_GT(utl_DiskAttributes(nullptr).GetFreeDiskSpace(), 0U);
 }
 
-TEST(utl_DiskAttributes, FailureTellsCodePathAndSource) {
+TEST(DiskAttributesTest, FailureTellsCodePathAndSource) {
   const utl_DiskAttributes disk("D:\\data");
   const FailingCall failing(SystemCall::kGetDiskFreeSpaceEx, 1117);
   EXPECT_THROW_FROM(disk.GetFreeDiskSpace(), nex_TextException,
@@ -180,26 +180,26 @@ TEST(utl_DiskAttributes, FailureTellsCodePathAndSource) {
                     "utl/impl/utl_DiskAttributes");
 }
 
-TEST(utl_DiskAttributes, FailureWithTheHighestCode) {
+TEST(DiskAttributesTest, FailureWithTheHighestCode) {
   const utl_DiskAttributes disk("D:\\data");
   const FailingCall failing(SystemCall::kGetDiskFreeSpaceEx, 0xFFFFFFFF);
   EXPECT_FAILURE(disk, 4294967295U, "D:\\");
 }
 
-TEST(utl_DiskAttributes, FailureDoesNotScanThePathForPlaceholders) {
+TEST(DiskAttributesTest, FailureDoesNotScanThePathForPlaceholders) {
   const utl_DiskAttributes disk("\\\\host\\%s\\%u");
   const FailingCall failing(SystemCall::kGetDiskFreeSpaceEx, 5);
   EXPECT_FAILURE(disk, 5, "\\\\host\\%s\\%u");
 }
 
-TEST(utl_DiskAttributes, FailurePrintsNothing) {
+TEST(DiskAttributesTest, FailurePrintsNothing) {
   const DebugLevel level(3);
   testing::internal::CaptureStdout();
   EXPECT_FAILURE(utl_DiskAttributes("Q:\\"), ERROR_PATH_NOT_FOUND, "Q:\\");
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
-TEST(utl_DiskAttributes, PrintsFromLevelThreeOn) {
+TEST(DiskAttributesTest, PrintsFromLevelThreeOn) {
   for (const int level : {0, 2, -1}) {
     const DebugLevel debug(level);
     EXPECT_EQ(Printed(1, 1), "") << level;
@@ -210,7 +210,7 @@ TEST(utl_DiskAttributes, PrintsFromLevelThreeOn) {
   }
 }
 
-TEST(utl_DiskAttributes, UnitIsChosenByWhatIsFreeOnTheDrive) {
+TEST(DiskAttributesTest, UnitIsChosenByWhatIsFreeOnTheDrive) {
   const DebugLevel level(3);
   const struct {
     ULONGLONG onDrive;
@@ -238,7 +238,7 @@ TEST(utl_DiskAttributes, UnitIsChosenByWhatIsFreeOnTheDrive) {
   }
 }
 
-TEST(utl_DiskAttributes, PrintsBetweenTheMarksOfDebugPrinting) {
+TEST(DiskAttributesTest, PrintsBetweenTheMarksOfDebugPrinting) {
   const DebugLevel level(3);
   const FakeDiskSpace space(1, 2);
   testing::internal::CaptureStdout();
@@ -253,7 +253,7 @@ TEST(utl_DiskAttributes, PrintsBetweenTheMarksOfDebugPrinting) {
             "others first" + Lines("2 bytes", "1 bytes"));
 }
 
-TEST(utl_DiskAttributes, PrintedPathIsNoFormat) {
+TEST(DiskAttributesTest, PrintedPathIsNoFormat) {
   const DebugLevel level(3);
   const FakeDiskSpace space(1, 2);
   testing::internal::CaptureStdout();

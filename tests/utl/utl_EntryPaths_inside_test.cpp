@@ -90,7 +90,7 @@ void ExpectSame(const utl_FilePath& path, const utl_FilePath& expected) {
 
 }  // namespace
 
-TEST(utl_EntryPaths, SameAsResolvingThePath) {
+TEST(EntryPathsTest, SameAsResolvingThePath) {
   const ScopedEnvironment variable("KST_ENTRY_TEST", "\\value");
   for (const char* prefix : kPrefixes) {
     utl_EntryPaths paths(prefix);
@@ -101,7 +101,7 @@ TEST(utl_EntryPaths, SameAsResolvingThePath) {
   }
 }
 
-TEST(utl_EntryPaths, EveryByteInAName) {
+TEST(EntryPathsTest, EveryByteInAName) {
   utl_EntryPaths paths("Z:\\missing\\");
   for (int byte = 1; byte < 256; ++byte) {
     const std::string name = std::string("a") + static_cast<char>(byte) + "b.c";
@@ -111,7 +111,7 @@ TEST(utl_EntryPaths, EveryByteInAName) {
   }
 }
 
-TEST(utl_EntryPaths, EarlierPathsStay) {
+TEST(EntryPathsTest, EarlierPathsStay) {
   utl_EntryPaths paths("Z:\\d\\");
   const utl_FilePath one = paths.Make("one.x");
   const utl_FilePath two = paths.Make("two.yy");

@@ -17,7 +17,7 @@ void ExpectFailedCall(const std::string& head) {
                           CallText(head, "SomeCall", kCode, kPath));
 }
 
-TEST(utl_FileExceptions, OfFailedCalls) {
+TEST(FileExceptionsTest, OfFailedCalls) {
   ExpectFailedCall<utl_FileExceptionOpen>("*** Error: File open failed");
   ExpectFailedCall<utl_FileExceptionClose>("***ERROR: File close failed");
   ExpectFailedCall<utl_FileExceptionSeek>("*** Error: Seek failed");
@@ -35,26 +35,26 @@ void ExpectReason(const std::string& head) {
                           head + " (utl_File: a reason)\nfile name: " + kPath);
 }
 
-TEST(utl_FileExceptions, WithAReason) {
+TEST(FileExceptionsTest, WithAReason) {
   ExpectReason<utl_FileExceptionNoFile>("*** Error: No such file");
   ExpectReason<utl_FileExceptionFlush>("*** Error: Flush failed");
   ExpectReason<utl_FileExceptionWrite>("*** Error: Write failed");
 }
 
-TEST(utl_FileExceptions, FullDoesNotShowThePath) {
+TEST(FileExceptionsTest, FullDoesNotShowThePath) {
   ExpectExceptionContract(utl_FileExceptionFull(kPath.c_str()),
                           "*** Error: Free disk space depleted\nfile name: %2$s");
 }
 
 // Every code that comes with a text shows it as the system gives it; what has none shows
 // nothing in its place.
-TEST(utl_FileExceptions, ACodeWithoutTextIsEmpty) {
+TEST(FileExceptionsTest, ACodeWithoutTextIsEmpty) {
   EXPECT_STREQ(
       utl_FileExceptionRead(0x2FFFFFFF, "job.dat", "SomeCall").AsString().c_str(),
       "*** Error: Read failed (utl_File: SomeCall)\nerror: \nfile: job.dat");
 }
 
-TEST(utl_FileExceptions, ArgumentsAreNotSearchedForPlaceholders) {
+TEST(FileExceptionsTest, ArgumentsAreNotSearchedForPlaceholders) {
   EXPECT_STREQ(utl_FileExceptionNoFile("%1$s", "in %2$s").AsString().c_str(),
                "*** Error: No such file (utl_File: in %2$s)\nfile name: %1$s");
 }

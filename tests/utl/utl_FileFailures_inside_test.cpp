@@ -20,9 +20,9 @@ namespace {
 
 constexpr DWORD kCode = ERROR_DISK_FULL;  // of the calls that are made to fail
 
-class utl_FileFailures : public testing::Test {
+class FileFailuresTest : public testing::Test {
  protected:
-  utl_FileFailures() { WriteWholeFile(path_, "0123456789"); }
+  FileFailuresTest() { WriteWholeFile(path_, "0123456789"); }
 
   std::string Text(const std::string& head, const std::string& operation,
                    int code = kCode) const {
@@ -35,7 +35,7 @@ class utl_FileFailures : public testing::Test {
   cow_String name_ = path_.c_str();
 };
 
-TEST_F(utl_FileFailures, AMissingFileIsReportedByEachOperationAnew) {
+TEST_F(FileFailuresTest, AMissingFileIsReportedByEachOperationAnew) {
   const std::string where[] = {"in OpenRead", "in OpenUpdate"};
   for (const utl_FileAccess access : {utl_FileAccessRead, utl_FileAccessUpdate}) {
     const std::string path = dir_.File("missing" + std::to_string(access));
@@ -60,7 +60,7 @@ const OpenFailure kOpenFailures[] = {
     {utl_FileAccessWrite, "CreateFile in OpenWrite"},
 };
 
-TEST_F(utl_FileFailures, AMissingDirectoryIsAnOpenFailure) {
+TEST_F(FileFailuresTest, AMissingDirectoryIsAnOpenFailure) {
   const std::string path = dir_.File("none") + "/x";
   for (const OpenFailure& failure : kOpenFailures) {
     utl_File file;
@@ -71,7 +71,7 @@ TEST_F(utl_FileFailures, AMissingDirectoryIsAnOpenFailure) {
   }
 }
 
-TEST_F(utl_FileFailures, ADirectoryIsAnOpenFailure) {
+TEST_F(FileFailuresTest, ADirectoryIsAnOpenFailure) {
   for (const OpenFailure& failure : kOpenFailures) {
     utl_File file(dir_.Path().c_str(), failure.access, utl_FileShareDefault);
     EXPECT_FILE_ERROR(
@@ -80,7 +80,7 @@ TEST_F(utl_FileFailures, ADirectoryIsAnOpenFailure) {
   }
 }
 
-TEST_F(utl_FileFailures, TheErrorOfAnOpenIsThatOfTheCall) {
+TEST_F(FileFailuresTest, TheErrorOfAnOpenIsThatOfTheCall) {
   for (const OpenFailure& failure : kOpenFailures) {
     thr_GlobalSingleton<utl_IOTracker_Container>::Destroy();  // made again in between
     const FailingCall failing(SystemCall::kCreateFile, kCode);
@@ -93,14 +93,14 @@ TEST_F(utl_FileFailures, TheErrorOfAnOpenIsThatOfTheCall) {
 }
 
 // For writing there is no such case: any error number is an open failure.
-TEST_F(utl_FileFailures, FileNotFoundForWritingIsAnOpenFailure) {
+TEST_F(FileFailuresTest, FileNotFoundForWritingIsAnOpenFailure) {
   const FailingCall failing(SystemCall::kCreateFile, ERROR_FILE_NOT_FOUND);
   utl_File file(name_, utl_FileAccessWrite, utl_FileShareDefault);
   EXPECT_FILE_ERROR(file.Init(), utl_FileExceptionOpen,
                     Text("File open failed", "CreateFile in OpenWrite", 2));
 }
 
-TEST_F(utl_FileFailures, AFileForReadingRefusesChangesBeforeItIsOpened) {
+TEST_F(FileFailuresTest, AFileForReadingRefusesChangesBeforeItIsOpened) {
   utl_File file(Missing(), utl_FileAccessRead, utl_FileShareDefault);
   const std::string name = dir_.File("missing");
   const std::string write =
@@ -118,7 +118,7 @@ TEST_F(utl_FileFailures, AFileForReadingRefusesChangesBeforeItIsOpened) {
                     "utl_File::Extend - attempt to extend a read-only file.");
 }
 
-TEST_F(utl_FileFailures, NegativeCountsAreRefusedWithoutACall) {
+TEST_F(FileFailuresTest, NegativeCountsAreRefusedWithoutACall) {
   char buffer[1] = {};
   for (const int count : {-1, -2147483647 - 1}) {
     utl_File file(name_, utl_FileAccessUpdate, utl_FileShareDefault);
@@ -133,7 +133,7 @@ TEST_F(utl_FileFailures, NegativeCountsAreRefusedWithoutACall) {
   }
 }
 
-TEST_F(utl_FileFailures, PositionsBelowZero) {
+TEST_F(FileFailuresTest, PositionsBelowZero) {
   utl_File file(name_, utl_FileAccessUpdate, utl_FileShareDefault);
   EXPECT_FILE_ERROR(file.Seek(-1), utl_FileExceptionSeek,
                     Text("Seek failed", "SetFilePointer", 131));
@@ -144,7 +144,7 @@ TEST_F(utl_FileFailures, PositionsBelowZero) {
 
 // An access that is none of the three opens nothing, and counts as open: there is no
 // handle to work with or to close.
-TEST_F(utl_FileFailures, AnUnknownAccessOpensNothing) {
+TEST_F(FileFailuresTest, AnUnknownAccessOpensNothing) {
   char buffer[1] = {};
   const auto useUnopened = [&] {
     utl_File file(name_, static_cast<utl_FileAccess>(7), utl_FileShareDefault);
@@ -168,7 +168,7 @@ TEST_F(utl_FileFailures, AnUnknownAccessOpensNothing) {
                     CallText("***ERROR: File close failed", "CloseHandle", 6, path_));
 }
 
-TEST_F(utl_FileFailures, FailingCallsOfTheOperations) {
+TEST_F(FileFailuresTest, FailingCallsOfTheOperations) {
   utl_File file(name_, utl_FileAccessUpdate, utl_FileShareDefault);
   file.Init();
   char buffer[1] = {};
@@ -216,7 +216,7 @@ struct ExtendStep {
   const char* operation;
 };
 
-TEST_F(utl_FileFailures, EachStepOfExtend) {
+TEST_F(FileFailuresTest, EachStepOfExtend) {
   const ExtendStep steps[] = {
       {SystemCall::kSetFilePointer, 1, "SetFilePointer 1"},
       {SystemCall::kSetFilePointer, 2, "SetFilePointer 2"},
@@ -239,7 +239,7 @@ TEST_F(utl_FileFailures, EachStepOfExtend) {
   }
 }
 
-TEST_F(utl_FileFailures, AShortWriteIsAFullDisk) {
+TEST_F(FileFailuresTest, AShortWriteIsAFullDisk) {
   utl_File file(name_, utl_FileAccessWrite, utl_FileShareReadWrite);
   file.Init();
   const ShortWrites few(3);
@@ -251,7 +251,7 @@ TEST_F(utl_FileFailures, AShortWriteIsAFullDisk) {
 }
 
 // The system takes what still fits. That is a count, and no error.
-TEST_F(utl_FileFailures, SpaceThatEndsInTheMiddleOfAWriteIsAFullDisk) {
+TEST_F(FileFailuresTest, SpaceThatEndsInTheMiddleOfAWriteIsAFullDisk) {
   if (!FileSizeLimit::IsAvailable()) GTEST_SKIP() << "this system limits no file's size";
   utl_File file(name_, utl_FileAccessWrite, utl_FileShareReadWrite);
   {
@@ -270,21 +270,21 @@ TEST_F(utl_FileFailures, SpaceThatEndsInTheMiddleOfAWriteIsAFullDisk) {
 }
 
 // How many bytes Extend reads and writes back is not checked.
-TEST_F(utl_FileFailures, ExtendIgnoresShortWrites) {
+TEST_F(FileFailuresTest, ExtendIgnoresShortWrites) {
   utl_File file(name_, utl_FileAccessUpdate, utl_FileShareReadWrite);
   const ShortWrites few(1);
   file.Extend(20);
   EXPECT_EQ(ReadWholeFile(path_), "0123456789" + std::string(10, '\0'));
 }
 
-TEST_F(utl_FileFailures, ADeviceWithoutSpace) {
+TEST_F(FileFailuresTest, ADeviceWithoutSpace) {
   const std::string device = "Z:\\dev\\full";
   utl_File file(device.c_str(), utl_FileAccessUpdate, utl_FileShareReadWrite);
   EXPECT_FILE_ERROR(file.Write("x", 1), utl_FileExceptionWrite,
                     CallText("*** Error: Write failed", "WriteFile", 112, device));
 }
 
-TEST_F(utl_FileFailures, TheDestructorThrowsWhenTheCloseFails) {
+TEST_F(FileFailuresTest, TheDestructorThrowsWhenTheCloseFails) {
   std::optional<FailingCall> failing;
   EXPECT_FILE_ERROR(
       {
@@ -296,7 +296,7 @@ TEST_F(utl_FileFailures, TheDestructorThrowsWhenTheCloseFails) {
       CallText("***ERROR: File close failed", "CloseHandle", kCode, path_));
 }
 
-TEST_F(utl_FileFailures, TheDestructorIsSilentWhileAnotherExceptionUnwinds) {
+TEST_F(FileFailuresTest, TheDestructorIsSilentWhileAnotherExceptionUnwinds) {
   std::optional<FailingCall> failing;
   try {
     utl_File file(name_, utl_FileAccessRead, utl_FileShareDefault);
@@ -309,7 +309,7 @@ TEST_F(utl_FileFailures, TheDestructorIsSilentWhileAnotherExceptionUnwinds) {
   EXPECT_TRUE(failing->Happened());
 }
 
-TEST_F(utl_FileFailures, AFileThatWasNeverOpenedIsNotClosed) {
+TEST_F(FileFailuresTest, AFileThatWasNeverOpenedIsNotClosed) {
   const FailingCall failing(SystemCall::kCloseHandle, kCode);
   { const utl_File file(name_, utl_FileAccessRead, utl_FileShareDefault); }
   EXPECT_FALSE(failing.Happened());

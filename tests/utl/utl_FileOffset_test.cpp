@@ -9,12 +9,12 @@
 
 namespace {
 
-TEST(utl_FileOffset, IsEightBytesAndStartsAtZero) {
+TEST(FileOffsetTest, IsEightBytesAndStartsAtZero) {
   static_assert(sizeof(utl_FileOffset) == 8);
   EXPECT_EQ(utl_FileOffset(), 0);
 }
 
-TEST(utl_FileOffset, ConvertsFromAndToIntegersAndDoubles) {
+TEST(FileOffsetTest, ConvertsFromAndToIntegersAndDoubles) {
   const utl_FileOffset offset = std::int64_t{5'000'000'000};
   const std::int64_t bytes = offset;
   EXPECT_EQ(bytes, 5'000'000'000);
@@ -22,7 +22,7 @@ TEST(utl_FileOffset, ConvertsFromAndToIntegersAndDoubles) {
   EXPECT_EQ(utl_FileOffset(static_cast<std::int64_t>(5e9 - 4.0)), 4'999'999'996);
 }
 
-TEST(utl_FileOffset, CalculatesAndCompares) {
+TEST(FileOffsetTest, CalculatesAndCompares) {
   utl_FileOffset offset = 10;
   offset += 5;
   EXPECT_EQ(offset, 15);
@@ -39,7 +39,7 @@ struct Difference {
   int expected;
 };
 
-TEST(utl_FileOffset, DifferenceIn32Bits) {
+TEST(FileOffsetTest, DifferenceIn32Bits) {
   const Difference accepted[] = {
       {0, 0, 0},
       {5'000'000'010, 5'000'000'000, 10},
@@ -56,7 +56,7 @@ TEST(utl_FileOffset, DifferenceIn32Bits) {
   }
 }
 
-TEST(utl_FileOffset, DifferenceThatDoesNotFit) {
+TEST(FileOffsetTest, DifferenceThatDoesNotFit) {
   const Difference rejected[] = {
       {2'147'483'648, 0, 0}, {-2'147'483'649, 0, 0},    {0, 2'147'483'649, 0},
       {4'294'967'296, 0, 0}, {INT64_MAX, INT64_MIN, 0}, {INT64_MIN, INT64_MAX, 0},

@@ -57,7 +57,7 @@ void ExpectAll(const std::vector<Case>& cases) {
     EXPECT_EQ(Parsed(c.path), c.parts) << "path '" << c.path << "'";
 }
 
-TEST(utl_FilePathParser, SplitsPathsOfBothStyles) {
+TEST(FilePathParserTest, SplitsPathsOfBothStyles) {
   ExpectAll({
       {R"(C:\dir\sub\file.tar.gz)",
        {true, false, true, 'c', false, "", true, R"(\dir\sub)", true, "file.tar", true,
@@ -91,18 +91,18 @@ TEST(utl_FilePathParser, SplitsPathsOfBothStyles) {
   });
 }
 
-TEST(utl_FilePathParser, EmptyStringIsBothStylesAndHasNoPart) {
+TEST(FilePathParserTest, EmptyStringIsBothStylesAndHasNoPart) {
   ExpectAll(
       {{"", {true, true, false, '\0', false, "", false, "", false, "", false, ""}}});
 }
 
-TEST(utl_FilePathParser, NeitherStyleHasNoPartsAndFallsBackToUnixRules) {
+TEST(FilePathParserTest, NeitherStyleHasNoPartsAndFallsBackToUnixRules) {
   ExpectAll({{R"(a\b|c)",
               {false, false, false, '\0', false, "", false, "", false, R"(a\b|c)", false,
                ""}}});
 }
 
-TEST(utl_FilePathParser, ControlCharacterMakesAPathNotWindowsStyle) {
+TEST(FilePathParserTest, ControlCharacterMakesAPathNotWindowsStyle) {
   for (int code = 1; code <= 255; ++code) {
     const char c = static_cast<char>(code);
     const bool forbidden =
@@ -115,20 +115,20 @@ TEST(utl_FilePathParser, ControlCharacterMakesAPathNotWindowsStyle) {
   }
 }
 
-TEST(utl_FilePathParser, StyleTestStopsAtTheFirstZeroByte) {
+TEST(FilePathParserTest, StyleTestStopsAtTheFirstZeroByte) {
   using namespace std::string_view_literals;
   EXPECT_TRUE(Parser::IsWindowsStyle(cow_String("a\0|"sv)));
   EXPECT_FALSE(Parser::IsWindowsStyle(cow_String("|\0a"sv)));
 }
 
-TEST(utl_FilePathParser, DriveIgnoresTheLettersTopBitOnlyWhereItIsAskedFor) {
+TEST(FilePathParserTest, DriveIgnoresTheLettersTopBitOnlyWhereItIsAskedFor) {
   EXPECT_EQ(Parser::Drive("\xC3:"), 'c');
   EXPECT_EQ(Parser::Drive("\xE3:"), 'c');
   EXPECT_TRUE(Parser::HasDrive("\xC3:\\x"));
   EXPECT_EQ(Parser::DirName("\xC3:\\x"), "\xC3:");
 }
 
-TEST(utl_FilePathParser, DriveAnswersWhateverTheStyle) {
+TEST(FilePathParserTest, DriveAnswersWhateverTheStyle) {
   EXPECT_EQ(Parser::Drive("C:/dir"), 'c');
   EXPECT_FALSE(Parser::HasDrive("C:/dir"));
 }
@@ -214,7 +214,7 @@ class Model {
   std::string path_;
 };
 
-TEST(utl_FilePathParser, AgreesWithAModelOnEveryShortString) {
+TEST(FilePathParserTest, AgreesWithAModelOnEveryShortString) {
   const std::string alphabet = "aC:\\/.|\xC3";
   std::vector<std::string> paths = {""};
   for (std::size_t begin = 0, length = 1; length <= 5; ++length) {

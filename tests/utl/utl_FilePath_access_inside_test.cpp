@@ -13,14 +13,14 @@
 
 namespace {
 
-TEST(utl_FilePathAccess, IsWriteableTriesAFileThatGoesWithItsHandle) {
+TEST(FilePathAccessTest, IsWriteableTriesAFileThatGoesWithItsHandle) {
   TempDir dir;
   EXPECT_TRUE(utl_FilePath("new.dat", cow_String(dir.ShownPath())).IsWriteable());
   EXPECT_EQ(LastCreateFile(),
             (CreateFileArguments{0x40000000, 0, 1, 0x4000100, false, false}));
 }
 
-TEST(utl_FilePathAccess, NothingIsTriedWhereTheFileExists) {
+TEST(FilePathAccessTest, NothingIsTriedWhereTheFileExists) {
   TempDir dir;
   WriteWholeFile(dir.File("f"), "kept");
   const FailingCall create(SystemCall::kCreateFile, ERROR_ACCESS_DENIED);
@@ -30,7 +30,7 @@ TEST(utl_FilePathAccess, NothingIsTriedWhereTheFileExists) {
 }
 
 // Not even root makes files there.
-TEST(utl_FilePathAccess, DirectoryWhereNobodyWritesIsNotWriteable) {
+TEST(FilePathAccessTest, DirectoryWhereNobodyWritesIsNotWriteable) {
   EXPECT_FALSE(utl_FilePath("new.dat", "Z:\\sys\\kernel").IsWriteable());
 }
 
@@ -39,7 +39,7 @@ TEST_CHILD(tryReadOnlyDirectory) {
   return utl_FilePath("new.dat", argv[1]).IsWriteable() ? 1 : 0;
 }
 
-TEST(utl_FilePathAccess, ReadOnlyDirectoryIsNotWriteableAndGetsNoFile) {
+TEST(FilePathAccessTest, ReadOnlyDirectoryIsNotWriteableAndGetsNoFile) {
   TempDir dir;
   ForbidCreation(dir.Path());
   const int result =
@@ -50,7 +50,7 @@ TEST(utl_FilePathAccess, ReadOnlyDirectoryIsNotWriteableAndGetsNoFile) {
   EXPECT_EQ(result, 0);
 }
 
-TEST(utl_FilePathAccess, RefusedQuestionsAreAnsweredByFalse) {
+TEST(FilePathAccessTest, RefusedQuestionsAreAnsweredByFalse) {
   TempDir dir;
   WriteWholeFile(dir.File("run.exe"), "");
   const utl_FilePath path("run.exe", cow_String(dir.ShownPath()));

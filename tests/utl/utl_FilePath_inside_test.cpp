@@ -97,18 +97,18 @@ void ExpectRowsFrom(const std::string& current) {
   }
 }
 
-TEST(utl_FilePath, ResolvesNamesAndDirectories) {
+TEST(FilePathTest, ResolvesNamesAndDirectories) {
   TempDir dir;
   CurrentDirectory current(dir.Path());
   ExpectRowsFrom(dir.ShownPath() + "\\");
 }
 
-TEST(utl_FilePath, ResolvesNamesAndDirectoriesFromTheRoot) {
+TEST(FilePathTest, ResolvesNamesAndDirectoriesFromTheRoot) {
   CurrentDirectory current("/");
   ExpectRowsFrom("Z:\\");
 }
 
-TEST(utl_FilePath, EmptyPathHasNoText) {
+TEST(FilePathTest, EmptyPathHasNoText) {
   const utl_FilePath path;
   EXPECT_EQ(path.AbsolutePathName(), "");
   EXPECT_EQ(path.AbsoluteDirectoryPath(), "");
@@ -116,7 +116,7 @@ TEST(utl_FilePath, EmptyPathHasNoText) {
   EXPECT_EQ(path.FileName(), "");
 }
 
-TEST(utl_FilePath, NameThatStandsForTheDirectoryForgetsTheEarlierName) {
+TEST(FilePathTest, NameThatStandsForTheDirectoryForgetsTheEarlierName) {
   for (const char* name : {"", "."}) {
     utl_FilePath path("sub\\f.txt", "D:\\x");
     path.SetFilePath(name, "E:\\y");
@@ -125,7 +125,7 @@ TEST(utl_FilePath, NameThatStandsForTheDirectoryForgetsTheEarlierName) {
   }
 }
 
-TEST(utl_FilePath, AbsentDriveLeavesTheDirectoryAsItWas) {
+TEST(FilePathTest, AbsentDriveLeavesTheDirectoryAsItWas) {
   utl_FilePath path("f", "D:\\x");
   path.SetFilePath("Q:g", "");
   EXPECT_EQ(path.AbsolutePathName(), "D:\\x\\g");
@@ -144,7 +144,7 @@ void ExpectAnswersWithoutTheSystem(const utl_FilePath& path) {
   }
 }
 
-TEST(utl_FilePath, UrlIsKeptWholeAndNeverSoughtInTheFileSystem) {
+TEST(FilePathTest, UrlIsKeptWholeAndNeverSoughtInTheFileSystem) {
   utl_FilePath path("kstrdb://server/db?x=1", "D:\\x");
   EXPECT_EQ(path.AbsolutePathName(), "kstrdb://server/db?x=1");
   EXPECT_EQ(path.PathName(), "kstrdb://server/db?x=1");
@@ -156,13 +156,13 @@ TEST(utl_FilePath, UrlIsKeptWholeAndNeverSoughtInTheFileSystem) {
   ExpectAnswersWithoutTheSystem(path);
 }
 
-TEST(utl_FilePath, UrlDirectoryKeepsTheNameWhole) {
+TEST(FilePathTest, UrlDirectoryKeepsTheNameWhole) {
   const utl_FilePath path("sub/f.txt", "kstrdb://server/db");
   EXPECT_EQ(path.AbsolutePathName(), "sub/f.txt");
   ExpectAnswersWithoutTheSystem(path);
 }
 
-TEST(utl_FilePath, UrlLeavesTheOtherPartsAsTheyWere) {
+TEST(FilePathTest, UrlLeavesTheOtherPartsAsTheyWere) {
   utl_FilePath path("f.txt", "D:\\x");
   path.SetFilePath("kstrdb://server/db", "");
   EXPECT_EQ(path.BaseName(), "kstrdb://server/db");
@@ -171,7 +171,7 @@ TEST(utl_FilePath, UrlLeavesTheOtherPartsAsTheyWere) {
   EXPECT_EQ(path.AbsolutePathName(), "D:\\y\\g.dat");
 }
 
-TEST(utl_FilePath, NetworkConnectorIsKeptWhole) {
+TEST(FilePathTest, NetworkConnectorIsKeptWhole) {
   const struct {
     const char *name, *directory, *stored;
   } cases[] = {
@@ -194,7 +194,7 @@ TEST(utl_FilePath, NetworkConnectorIsKeptWhole) {
             "D:\\network connectors\\a");
 }
 
-TEST(utl_FilePath, FlagsAreSetAnewEachTime) {
+TEST(FilePathTest, FlagsAreSetAnewEachTime) {
   utl_FilePath path("Network connectors/a", "");
   path.SetFilePath("f", "D:\\x");
   EXPECT_EQ(path.AbsolutePathName(), "D:\\x\\f");
@@ -203,7 +203,7 @@ TEST(utl_FilePath, FlagsAreSetAnewEachTime) {
   EXPECT_EQ(path.AbsolutePathName(), "Network connectors/a");
 }
 
-TEST(utl_FilePath, PortableAndNativeTurnTheSeparators) {
+TEST(FilePathTest, PortableAndNativeTurnTheSeparators) {
   utl_FilePath path("sub\\f.txt", "D:\\x");
   EXPECT_EQ(path.Portable().AbsolutePathName(), "D:/x/sub/f.txt");
   EXPECT_EQ(path.PathName(), "sub/f.txt");
@@ -211,7 +211,7 @@ TEST(utl_FilePath, PortableAndNativeTurnTheSeparators) {
   EXPECT_EQ(path.Native().AbsolutePathName(), "D:\\x\\sub\\f.txt");
 }
 
-TEST(utl_FilePath, ExpandsEnvironmentReferences) {
+TEST(FilePathTest, ExpandsEnvironmentReferences) {
   ScopedEnvironment a("KES_T_A", "alpha");
   ScopedEnvironment b("KES_T_B", "x\\y");
   ScopedEnvironment c("KES_T_C", "%KES_T_A%$KES_T_A");
@@ -251,7 +251,7 @@ TEST(utl_FilePath, ExpandsEnvironmentReferences) {
   EXPECT_EQ(utl_FilePath("$KES_T_D\\f", "E:\\").AbsolutePathName(), "D:\\root\\f");
 }
 
-TEST(utl_FilePath, SeparatorsInValuesAreNotUnified) {
+TEST(FilePathTest, SeparatorsInValuesAreNotUnified) {
   ScopedEnvironment value("KES_T_A", "x/y");
   const utl_FilePath path("%KES_T_A%", "D:\\");
   EXPECT_EQ(path.PathName(), "x/y");
@@ -261,7 +261,7 @@ TEST(utl_FilePath, SeparatorsInValuesAreNotUnified) {
   EXPECT_EQ(utl_FilePath("f", "$KES_T_B").AbsolutePathName(), "f");
 }
 
-TEST(utl_FilePath, VariableThatNamesItselfComesToAnEnd) {
+TEST(FilePathTest, VariableThatNamesItselfComesToAnEnd) {
   ScopedEnvironment percent("KES_T_A", "%KES_T_A%x");
   ScopedEnvironment dollar("KES_T_B", "x$KES_T_B");
   EXPECT_EQ(utl_FilePath("%KES_T_A%", "D:\\").PathName(),
@@ -271,7 +271,7 @@ TEST(utl_FilePath, VariableThatNamesItselfComesToAnEnd) {
 }
 
 // (Values have 32,767 characters at the most on one target.)
-TEST(utl_FilePath, ANameThatHasGrownBeyondAMegabyteIsExpandedNoFurther) {
+TEST(FilePathTest, ANameThatHasGrownBeyondAMegabyteIsExpandedNoFurther) {
   const std::string value(30'000, '-');
   ScopedEnvironment variable("KES_T_A", ("$KES_T_A" + value).c_str());
   EXPECT_EQ(utl_FilePath("$KES_T_A", "D:\\").PathName().Length(), 8 + 35 * 30'000);
@@ -279,7 +279,7 @@ TEST(utl_FilePath, ANameThatHasGrownBeyondAMegabyteIsExpandedNoFurther) {
             3 + 8 + 35 * 30'000 + 1);
 }
 
-TEST(utl_FilePath, FromPartsTakesThemAsTheyAre) {
+TEST(FilePathTest, FromPartsTakesThemAsTheyAre) {
   const utl_FilePath path = utl_FilePath::FromParts("Z:/%A%\\", "s\\", "$B", ".c");
   EXPECT_EQ(path.AbsoluteDirectoryPath(), "Z:/%A%\\s\\");
   EXPECT_EQ(path.PathName(), "s\\$B.c");
@@ -288,7 +288,7 @@ TEST(utl_FilePath, FromPartsTakesThemAsTheyAre) {
   EXPECT_FALSE(utl_FilePath::FromParts("", "", "kstrdb:", "").Exists()) << "it is plain";
 }
 
-TEST(utl_FilePath, NameOf256CharactersCountsAsUnset) {
+TEST(FilePathTest, NameOf256CharactersCountsAsUnset) {
   const std::string longest = "K" + std::string(254, 'a'), tooLong = longest + "a";
   ScopedEnvironment last(longest.c_str(), "in");
   ScopedEnvironment first(tooLong.c_str(), "out");
@@ -299,7 +299,7 @@ TEST(utl_FilePath, NameOf256CharactersCountsAsUnset) {
             "%" + tooLong + "%");
 }
 
-TEST(utl_FilePath, LaterChangeOfDirectoryDoesNotMoveAPath) {
+TEST(FilePathTest, LaterChangeOfDirectoryDoesNotMoveAPath) {
   TempDir dir;
   CurrentDirectory current(dir.Path());
   const utl_FilePath path("f", "");
@@ -307,7 +307,7 @@ TEST(utl_FilePath, LaterChangeOfDirectoryDoesNotMoveAPath) {
   EXPECT_EQ(path.AbsolutePathName(), dir.ShownPath() + "\\f");
 }
 
-TEST(utl_FilePath, AnswersAboutTheFileSystem) {
+TEST(FilePathTest, AnswersAboutTheFileSystem) {
   TempDir dir;
   const cow_String directory(dir.ShownPath());
   WriteWholeFile(dir.File("run.exe"), "");
@@ -336,7 +336,7 @@ TEST(utl_FilePath, AnswersAboutTheFileSystem) {
   EXPECT_TRUE(utl_FilePath("sub", directory).Portable().IsDir());
 }
 
-TEST(utl_FilePath, IsWriteableLeavesNoFileBehind) {
+TEST(FilePathTest, IsWriteableLeavesNoFileBehind) {
   TempDir dir;
   const utl_FilePath path("new.dat", cow_String(dir.ShownPath()));
   EXPECT_TRUE(path.IsWriteable());
@@ -345,7 +345,7 @@ TEST(utl_FilePath, IsWriteableLeavesNoFileBehind) {
   EXPECT_FALSE(utl_FilePath("none\\new.dat", cow_String(dir.ShownPath())).IsWriteable());
 }
 
-TEST(utl_FilePath, FileWithoutWritePermissionIsNotWriteable) {
+TEST(FilePathTest, FileWithoutWritePermissionIsNotWriteable) {
   TempDir dir;
   WriteWholeFile(dir.File("f"), "x");
   std::filesystem::permissions(dir.File("f"), std::filesystem::perms::owner_read);
@@ -354,7 +354,7 @@ TEST(utl_FilePath, FileWithoutWritePermissionIsNotWriteable) {
   EXPECT_TRUE(path.IsReadable());
 }
 
-TEST(utl_FilePath, ContainersHoldPaths) {
+TEST(FilePathTest, ContainersHoldPaths) {
   cow_List<utl_FilePath> list;
   list.Prepend(utl_FilePath("b", "D:\\"));
   list.Prepend(utl_FilePath("a", "D:\\"));

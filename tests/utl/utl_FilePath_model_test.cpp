@@ -142,7 +142,7 @@ void ExpectModel(const string& name, const string& directory, const string& curr
                       << joined + component;
 }
 
-TEST(utl_FilePathModel, AgreesOnEveryShortNameInEveryShortDirectory) {
+TEST(FilePathModelTest, AgreesOnEveryShortNameInEveryShortDirectory) {
   TempDir dir;
   const CurrentDirectory current(dir.Path());
   for (const string& name : EveryStringUpTo(3, "ZQ:\\/.")) {

@@ -25,7 +25,7 @@ static_assert(utl_FileAccessRead == 0 && utl_FileAccessUpdate == 1 &&
 static_assert(utl_FileShareDefault == 0 && utl_FileShareRead == 1 &&
               utl_FileShareReadWrite == 2);
 
-class utl_FileTest : public testing::Test {
+class FileTest : public testing::Test {
  protected:
   std::string Contents() const { return ReadWholeFile(path_); }
   void SetContents(const std::string& bytes) { WriteWholeFile(path_, bytes); }
@@ -41,7 +41,7 @@ std::string ReadAll(utl_File& file, int count) {
   return bytes;
 }
 
-TEST_F(utl_FileTest, TheFirstOperationOpensTheFileAndTheConstructorDoesNot) {
+TEST_F(FileTest, TheFirstOperationOpensTheFileAndTheConstructorDoesNot) {
   { const utl_File unused(name_, utl_FileAccessWrite, utl_FileShareDefault); }
   EXPECT_FALSE(FileExists(path_));
   const utl_File file(name_, utl_FileAccessWrite, utl_FileShareDefault);
@@ -49,7 +49,7 @@ TEST_F(utl_FileTest, TheFirstOperationOpensTheFileAndTheConstructorDoesNot) {
   EXPECT_TRUE(FileExists(path_));
 }
 
-TEST_F(utl_FileTest, EveryOperationOpensTheFile) {
+TEST_F(FileTest, EveryOperationOpensTheFile) {
   const auto opened = [&](auto operation) {
     SetContents("0123456789");
     utl_File file(name_, utl_FileAccessUpdate, utl_FileShareReadWrite);
@@ -78,7 +78,7 @@ struct OpenCase {
   DWORD expectedCreation;
 };
 
-TEST_F(utl_FileTest, WhatTheSystemIsAskedForByAccessAndSharing) {
+TEST_F(FileTest, WhatTheSystemIsAskedForByAccessAndSharing) {
   const OpenCase cases[] = {
       {utl_FileAccessRead, utl_FileShareDefault, 0x80000000, 3, 3},
       {utl_FileAccessRead, utl_FileShareRead, 0x80000000, 1, 3},
@@ -101,7 +101,7 @@ TEST_F(utl_FileTest, WhatTheSystemIsAskedForByAccessAndSharing) {
   }
 }
 
-TEST_F(utl_FileTest, WithoutArgumentsItIsForReadingWithWritersAtTheSideAndHasNoName) {
+TEST_F(FileTest, WithoutArgumentsItIsForReadingWithWritersAtTheSideAndHasNoName) {
   utl_File file;
   EXPECT_FILE_ERROR(
       file.Init(), utl_FileExceptionOpen,
@@ -110,7 +110,7 @@ TEST_F(utl_FileTest, WithoutArgumentsItIsForReadingWithWritersAtTheSideAndHasNoN
             (CreateFileArguments{0x80000000, 3, 3, 0x10000080, false, false}));
 }
 
-TEST_F(utl_FileTest, SharingIsAsymmetric) {
+TEST_F(FileTest, SharingIsAsymmetric) {
   SetContents("0123456789");
   const auto refused =
       CallText("*** Error: File open failed", "CreateFile in OpenUpdate", 32, path_);
@@ -138,7 +138,7 @@ TEST_F(utl_FileTest, SharingIsAsymmetric) {
   }
 }
 
-TEST_F(utl_FileTest, OpeningForWritingCreatesAndTruncates) {
+TEST_F(FileTest, OpeningForWritingCreatesAndTruncates) {
   for (const char* bytes : {"first", "2nd"}) {
     utl_File file(name_, utl_FileAccessWrite, utl_FileShareDefault);
     EXPECT_EQ(file.FileSize(), 0);
@@ -150,7 +150,7 @@ TEST_F(utl_FileTest, OpeningForWritingCreatesAndTruncates) {
   EXPECT_EQ(Contents(), "2nd");
 }
 
-TEST_F(utl_FileTest, UpdatingKeepsTheContents) {
+TEST_F(FileTest, UpdatingKeepsTheContents) {
   SetContents("0123456789");
   {
     utl_File file(name_, utl_FileAccessUpdate, utl_FileShareDefault);
@@ -163,7 +163,7 @@ TEST_F(utl_FileTest, UpdatingKeepsTheContents) {
   EXPECT_EQ(Contents(), "012abcde89");
 }
 
-TEST_F(utl_FileTest, BytesAreKeptAsTheyAre) {
+TEST_F(FileTest, BytesAreKeptAsTheyAre) {
   std::string bytes;
   for (int value = 0; value < 256; ++value) {
     bytes += static_cast<char>(value);
@@ -177,7 +177,7 @@ TEST_F(utl_FileTest, BytesAreKeptAsTheyAre) {
   EXPECT_EQ(ReadAll(file, count + 1), bytes);
 }
 
-TEST_F(utl_FileTest, ReadingGivesWhatIsThereAndNothingAtTheEnd) {
+TEST_F(FileTest, ReadingGivesWhatIsThereAndNothingAtTheEnd) {
   SetContents("0123456789");
   utl_File file(name_, utl_FileAccessRead, utl_FileShareDefault);
   EXPECT_EQ(ReadAll(file, 0), "");
@@ -188,14 +188,14 @@ TEST_F(utl_FileTest, ReadingGivesWhatIsThereAndNothingAtTheEnd) {
   EXPECT_EQ(ReadAll(file, 100), "");
 }
 
-TEST_F(utl_FileTest, WritingNothingSucceeds) {
+TEST_F(FileTest, WritingNothingSucceeds) {
   utl_File file(name_, utl_FileAccessWrite, utl_FileShareDefault);
   EXPECT_EQ(file.Write("", 0), 0);
   EXPECT_EQ(file.WriteShortAllowed("", 0), 0);
   EXPECT_EQ(file.FileSize(), 0);
 }
 
-TEST_F(utl_FileTest, SeekingBehindTheEndChangesNothingUntilAWrite) {
+TEST_F(FileTest, SeekingBehindTheEndChangesNothingUntilAWrite) {
   SetContents("0123456789");
   utl_File file(name_, utl_FileAccessUpdate, utl_FileShareDefault);
   file.Seek(20);
@@ -206,7 +206,7 @@ TEST_F(utl_FileTest, SeekingBehindTheEndChangesNothingUntilAWrite) {
   EXPECT_EQ(Contents(), "0123456789" + std::string(10, '\0') + "x");
 }
 
-TEST_F(utl_FileTest, OffsetsAbove4GiB) {
+TEST_F(FileTest, OffsetsAbove4GiB) {
   utl_File file(name_, utl_FileAccessWrite, utl_FileShareDefault);
   file.Seek(5 * kGiB + 7);
   EXPECT_EQ(file.Location(), 5 * kGiB + 7);
@@ -230,7 +230,7 @@ TEST_F(utl_FileTest, OffsetsAbove4GiB) {
 
 // A low half of all ones is how the system shows a failure; an error that an earlier call
 // left behind must not make it one.
-TEST_F(utl_FileTest, OffsetsWhoseLowHalfIsAllOnes) {
+TEST_F(FileTest, OffsetsWhoseLowHalfIsAllOnes) {
   constexpr std::int64_t kAllOnes = 0xFFFFFFFF;
   utl_File file(name_, utl_FileAccessWrite, utl_FileShareDefault);
   file.Init();
@@ -248,7 +248,7 @@ TEST_F(utl_FileTest, OffsetsWhoseLowHalfIsAllOnes) {
   }
 }
 
-TEST_F(utl_FileTest, ExtendToTheSameSizeChangesNothing) {
+TEST_F(FileTest, ExtendToTheSameSizeChangesNothing) {
   SetContents("0123456789");
   utl_File file(name_, utl_FileAccessUpdate, utl_FileShareReadWrite);
   file.Seek(3);
@@ -258,7 +258,7 @@ TEST_F(utl_FileTest, ExtendToTheSameSizeChangesNothing) {
   EXPECT_EQ(Contents(), "0123456789");
 }
 
-TEST_F(utl_FileTest, ExtendMakesLongerAndShorter) {
+TEST_F(FileTest, ExtendMakesLongerAndShorter) {
   SetContents("0123456789");
   utl_File file(name_, utl_FileAccessUpdate, utl_FileShareReadWrite);
   file.Seek(9);
@@ -271,7 +271,7 @@ TEST_F(utl_FileTest, ExtendMakesLongerAndShorter) {
   EXPECT_EQ(file.Location(), 9);
 }
 
-TEST_F(utl_FileTest, ExtendBelowFourFailsAfterTheSizeWasSet) {
+TEST_F(FileTest, ExtendBelowFourFailsAfterTheSizeWasSet) {
   for (int size = 3; size >= 0; --size) {
     SCOPED_TRACE(size);
     SetContents("0123456789");
@@ -284,7 +284,7 @@ TEST_F(utl_FileTest, ExtendBelowFourFailsAfterTheSizeWasSet) {
 }
 
 // A second Open of an open object renames it for checks and messages, but keeps its file.
-TEST_F(utl_FileTest, OpeningAgainKeepsTheHandle) {
+TEST_F(FileTest, OpeningAgainKeepsTheHandle) {
   SetContents("0123456789");
   utl_File file(name_, utl_FileAccessRead, utl_FileShareDefault);
   EXPECT_EQ(file.FileSize(), 10);
@@ -299,7 +299,7 @@ TEST_F(utl_FileTest, OpeningAgainKeepsTheHandle) {
   EXPECT_EQ(Contents(), "0123456789");
 }
 
-TEST_F(utl_FileTest, TheDestructorClosesTheFile) {
+TEST_F(FileTest, TheDestructorClosesTheFile) {
   {
     utl_File writer(name_, utl_FileAccessWrite, utl_FileShareDefault);
     writer.Init();
@@ -308,7 +308,7 @@ TEST_F(utl_FileTest, TheDestructorClosesTheFile) {
   EXPECT_EQ(alone.FileSize(), 0);
 }
 
-TEST_F(utl_FileTest, OpeningForWritingMakesTheHolderOfTheTracker) {
+TEST_F(FileTest, OpeningForWritingMakesTheHolderOfTheTracker) {
   using Holder = thr_GlobalSingleton<utl_IOTracker_Container>;
   Holder::Destroy();
   SetContents("");

@@ -15,9 +15,9 @@
 
 namespace {
 
-class utl_JobFileNameTest : public testing::Test {
+class JobFileNameTest : public testing::Test {
  protected:
-  ~utl_JobFileNameTest() override { thr_GlobalSingleton<utl_CommandLine>::Destroy(); }
+  ~JobFileNameTest() override { thr_GlobalSingleton<utl_CommandLine>::Destroy(); }
 
   static void Load(std::vector<std::string> arguments) {
     thr_GlobalSingleton<utl_CommandLine>::Destroy();
@@ -34,14 +34,14 @@ class utl_JobFileNameTest : public testing::Test {
   ScopedEnvironment auxiliary_{"SUPAUXNAME", nullptr};
 };
 
-TEST_F(utl_JobFileNameTest, IsTheJobInTheCurrentDirectory) {
+TEST_F(JobFileNameTest, IsTheJobInTheCurrentDirectory) {
   Load({"prog", "-job", "beam"});
   EXPECT_EQ(Name(".dat"), dir_.ShownPath() + "\\beam.dat");
   EXPECT_EQ(Name("_2"), dir_.ShownPath() + "\\beam_2");
   EXPECT_EQ(Name(""), dir_.ShownPath() + "\\beam");
 }
 
-TEST_F(utl_JobFileNameTest, IsInTheOutputDirectory) {
+TEST_F(JobFileNameTest, IsInTheOutputDirectory) {
   Load({"prog", "-job", "beam", "-outdir", "D:\\out"});
   EXPECT_EQ(Name(".dat"), "D:\\out\\beam.dat");
   Load({"prog", "-job", "E:\\jobs\\beam", "-outdir", "D:\\out"});
@@ -52,7 +52,7 @@ TEST_F(utl_JobFileNameTest, IsInTheOutputDirectory) {
   EXPECT_EQ(Name(".dat"), dir_.ShownPath() + "\\beam.dat");
 }
 
-TEST_F(utl_JobFileNameTest, AuxiliaryNameGoesBeforeTheJob) {
+TEST_F(JobFileNameTest, AuxiliaryNameGoesBeforeTheJob) {
   Load({"prog", "-job", "beam"});
   ScopedEnvironment aux("SUPAUXNAME", "aux");
   EXPECT_EQ(Name(".msg"), dir_.ShownPath() + "\\aux.msg");
@@ -66,21 +66,21 @@ TEST_CHILD(printJobFileName) {
   return 0;
 }
 
-TEST_F(utl_JobFileNameTest, AnEmptyAuxiliaryNameIsUsed) {
+TEST_F(JobFileNameTest, AnEmptyAuxiliaryNameIsUsed) {
   SetEmptyForChildren("SUPAUXNAME");
   ChildProcess child = ChildProcess::Start("printJobFileName", {"-job", "beam"});
   EXPECT_EQ(child.ReadLine(), dir_.ShownPath() + "\\.msg");
   EXPECT_EQ(child.Wait(), 0);
 }
 
-TEST_F(utl_JobFileNameTest, EnvironmentReferencesAreExpanded) {
+TEST_F(JobFileNameTest, EnvironmentReferencesAreExpanded) {
   ScopedEnvironment out("KES_T_OUT", "D:\\out");
   ScopedEnvironment name("KES_T_NAME", "beam");
   Load({"prog", "-job", "%KES_T_NAME%", "-outdir", "$KES_T_OUT"});
   EXPECT_EQ(Name(".dat"), "D:\\out\\beam.dat");
 }
 
-TEST_F(utl_JobFileNameTest, WithoutAnyNameThrows) {
+TEST_F(JobFileNameTest, WithoutAnyNameThrows) {
   Load({"prog"});
   EXPECT_THROW_TEXT(utl_JobFileName(".dat"), utl_MissingCmdLineArgException,
                     "Command line argument job is required.");

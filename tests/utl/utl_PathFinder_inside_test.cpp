@@ -14,9 +14,9 @@ namespace {
 
 constexpr char kVariable[] = "KES_T_PATHS";
 
-class utl_PathFinderTest : public testing::Test {
+class PathFinderTest : public testing::Test {
  protected:
-  utl_PathFinderTest() {
+  PathFinderTest() {
     for (const char* directory : {"a", "b", "b/bin"}) {
       std::filesystem::create_directory(dir_.File(directory));
     }
@@ -38,7 +38,7 @@ class utl_PathFinderTest : public testing::Test {
   TempDir dir_;
 };
 
-TEST_F(utl_PathFinderTest, FindsTheFirstInTheOrderOfTheList) {
+TEST_F(PathFinderTest, FindsTheFirstInTheOrderOfTheList) {
   ScopedEnvironment list(kVariable, (In("a") + ";" + In("b")).c_str());
   EXPECT_EQ(Found("", "tool"), In("b") + "/tool");
   EXPECT_EQ(Found("", "both"), In("a") + "/both");
@@ -46,7 +46,7 @@ TEST_F(utl_PathFinderTest, FindsTheFirstInTheOrderOfTheList) {
   EXPECT_EQ(Found("", "none"), "");
 }
 
-TEST_F(utl_PathFinderTest, EmptyEntriesOfTheListAreSkipped) {
+TEST_F(PathFinderTest, EmptyEntriesOfTheListAreSkipped) {
   const CurrentDirectory current(dir_.File("b"));  // an empty entry is not this one
   ScopedEnvironment list(kVariable, (";;" + In("a") + ";;;" + In("b") + ";").c_str());
   EXPECT_EQ(Found("", "tool"), In("b") + "/tool");
@@ -55,7 +55,7 @@ TEST_F(utl_PathFinderTest, EmptyEntriesOfTheListAreSkipped) {
   EXPECT_EQ(Found("", "tool"), "");
 }
 
-TEST_F(utl_PathFinderTest, UnsetOrEmptyVariableOrEmptyNameFindsNothing) {
+TEST_F(PathFinderTest, UnsetOrEmptyVariableOrEmptyNameFindsNothing) {
   ScopedEnvironment unset(kVariable, nullptr);
   EXPECT_EQ(Found("", "tool"), "");
   ScopedEnvironment empty(kVariable, "");
@@ -65,7 +65,7 @@ TEST_F(utl_PathFinderTest, UnsetOrEmptyVariableOrEmptyNameFindsNothing) {
   EXPECT_EQ(Found("bin", ""), "");
 }
 
-TEST_F(utl_PathFinderTest, JoinsWithSlashesWhateverTheDirectoryEndsIn) {
+TEST_F(PathFinderTest, JoinsWithSlashesWhateverTheDirectoryEndsIn) {
   ScopedEnvironment list(kVariable, (In("b") + "/").c_str());
   EXPECT_EQ(Found("", "tool"), In("b") + "//tool");
   EXPECT_EQ(Found("", "/tool"), In("b") + "//tool");
@@ -79,7 +79,7 @@ TEST_F(utl_PathFinderTest, JoinsWithSlashesWhateverTheDirectoryEndsIn) {
 
 // The system reports no existing file as unreadable of its own accord: every second
 // question, the one for reading, is made to fail.
-TEST_F(utl_PathFinderTest, AnUnreadableHitEndsTheSearch) {
+TEST_F(PathFinderTest, AnUnreadableHitEndsTheSearch) {
   ScopedEnvironment list(kVariable, (In("a") + ";" + In("b")).c_str());
   {
     const FailingCall unreadable(SystemCall::kAccess, ERROR_ACCESS_DENIED, 2);
@@ -98,7 +98,7 @@ TEST_F(utl_PathFinderTest, AnUnreadableHitEndsTheSearch) {
   EXPECT_FALSE(notAsked.Happened());
 }
 
-TEST_F(utl_PathFinderTest, TriesTheNameWithExe) {
+TEST_F(PathFinderTest, TriesTheNameWithExe) {
   ScopedEnvironment list(kVariable, (In("a") + ";" + In("b")).c_str());
   EXPECT_EQ(Found("", "prog"), "");
   EXPECT_EQ(Found("", "prog", true, true), In("b") + "/prog.exe");
@@ -107,7 +107,7 @@ TEST_F(utl_PathFinderTest, TriesTheNameWithExe) {
   EXPECT_EQ(Found("", "prog.exe", true, true, true), In("b") + "/prog.exe");
 }
 
-TEST_F(utl_PathFinderTest, GetPathIgnoresItsLastFlag) {
+TEST_F(PathFinderTest, GetPathIgnoresItsLastFlag) {
   ScopedEnvironment list(kVariable, In("b").c_str());
   for (bool extra : {false, true}) {
     EXPECT_EQ(utl_PathFinder::getPath(kVariable, "prog", true, true, extra),

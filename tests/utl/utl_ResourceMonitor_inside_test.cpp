@@ -12,7 +12,7 @@
 
 namespace {
 
-TEST_F(utl_ResourceMonitorTest, WithoutTheVariableNothingIsDoneOrAsked) {
+TEST_F(ResourceMonitorTest, WithoutTheVariableNothingIsDoneOrAsked) {
   FakeProcess process;
   Monitor().Initialize("beam");
   EXPECT_FALSE(Monitor().IsEnabled());
@@ -23,7 +23,7 @@ TEST_F(utl_ResourceMonitorTest, WithoutTheVariableNothingIsDoneOrAsked) {
   EXPECT_EQ(process.openProcessId, 0u);
 }
 
-TEST_F(utl_ResourceMonitorOnTest, BeforeInitializeNothingIsDoneOrAsked) {
+TEST_F(ResourceMonitorOnTest, BeforeInitializeNothingIsDoneOrAsked) {
   FakeProcess process;
   EXPECT_FALSE(Monitor().IsEnabled());
   MarkAndTime();
@@ -32,7 +32,7 @@ TEST_F(utl_ResourceMonitorOnTest, BeforeInitializeNothingIsDoneOrAsked) {
   EXPECT_EQ(process.Calls(), 0);
 }
 
-TEST_F(utl_ResourceMonitorTest, TheVariablesValueChoosesExactly) {
+TEST_F(ResourceMonitorTest, TheVariablesValueChoosesExactly) {
   const struct {
     const char* value;
     bool full, method, mallinfo;
@@ -66,7 +66,7 @@ TEST_F(utl_ResourceMonitorTest, TheVariablesValueChoosesExactly) {
 }
 
 // The calls behind a stream are redirected where the run time's calls are the library's.
-TEST_F(utl_ResourceMonitorOnTest, LogIsWholeWhenCallsWriteAPart) {
+TEST_F(ResourceMonitorOnTest, LogIsWholeWhenCallsWriteAPart) {
   const ShortWrites three(3);
   Monitor().Initialize("beam");
   Monitor().Mark("one");
@@ -87,7 +87,7 @@ TEST_CHILD(monitorAndTell) {
 
 // A process can inherit an empty variable on both targets, but set one for itself
 // only on one of them.
-TEST_F(utl_ResourceMonitorTest, AnEmptyValueTurnsItOnPlainly) {
+TEST_F(ResourceMonitorTest, AnEmptyValueTurnsItOnPlainly) {
   SetEmptyForChildren("KES_RESOURCE_MONITOR");
   ChildProcess child = ChildProcess::Start("monitorAndTell", {"beam"});
   EXPECT_EQ(child.ReadLine(), "on");
@@ -97,7 +97,7 @@ TEST_F(utl_ResourceMonitorTest, AnEmptyValueTurnsItOnPlainly) {
   EXPECT_EQ(log.marks[0].Label(), In40("beam-Start"));
 }
 
-TEST_F(utl_ResourceMonitorOnTest, EmptyHeadVariablesAreNotUnsetOnes) {
+TEST_F(ResourceMonitorOnTest, EmptyHeadVariablesAreNotUnsetOnes) {
   for (const char* name :
        {"KESTRA_SEQ", "KESTRA_VERSION", "COMPUTERNAME", "PROCESSOR_IDENTIFIER"}) {
     SetEmptyForChildren(name);
@@ -108,13 +108,13 @@ TEST_F(utl_ResourceMonitorOnTest, EmptyHeadVariablesAreNotUnsetOnes) {
       << LogText();
 }
 
-TEST_F(utl_ResourceMonitorOnTest, HeadOfUnsetVariables) {
+TEST_F(ResourceMonitorOnTest, HeadOfUnsetVariables) {
   Monitor().Initialize("beam");
   EXPECT_TRUE(LogText().starts_with("!Snapshot = ?\n!Version = ?\n!Host = ? ?\nbeam.1 "))
       << LogText();
 }
 
-TEST_F(utl_ResourceMonitorOnTest, HeadFromTheEnvironment) {
+TEST_F(ResourceMonitorOnTest, HeadFromTheEnvironment) {
   const std::string longText(5000, 's');
   const ScopedEnvironment sequence("KESTRA_SEQ", longText.c_str());
   const ScopedEnvironment version("KESTRA_VERSION", "6.6-7 %s%n");
@@ -126,7 +126,7 @@ TEST_F(utl_ResourceMonitorOnTest, HeadFromTheEnvironment) {
                                     "!Host = HOST 1 Family 6, Model 85\nbeam.1 "));
 }
 
-TEST_F(utl_ResourceMonitorOnTest, EachUnsetHeadVariableIsAQuestionMark) {
+TEST_F(ResourceMonitorOnTest, EachUnsetHeadVariableIsAQuestionMark) {
   const char* names[] = {"KESTRA_SEQ", "KESTRA_VERSION", "COMPUTERNAME",
                          "PROCESSOR_IDENTIFIER"};
   const char* heads[] = {"!Snapshot = ?\n!Version = x\n!Host = x x\n",
@@ -143,7 +143,7 @@ TEST_F(utl_ResourceMonitorOnTest, EachUnsetHeadVariableIsAQuestionMark) {
 }
 
 // Every byte of a log, with numbers chosen by the test.
-TEST_F(utl_ResourceMonitorOnTest, WholeLog) {
+TEST_F(ResourceMonitorOnTest, WholeLog) {
   const ScopedEnvironment sequence("KESTRA_SEQ", "snap_12Mar nightly");
   const ScopedEnvironment version("KESTRA_VERSION", "6.6-7");
   const ScopedEnvironment computer("COMPUTERNAME", "NODE7");
@@ -190,7 +190,7 @@ TEST_F(utl_ResourceMonitorOnTest, WholeLog) {
 }
 
 // The page of the format begins its log, indented, with this line.
-TEST(ResourceLogPage, ShowsALogThatItsReaderReads) {
+TEST(ResourceLogPageTest, ShowsALogThatItsReaderReads) {
   std::string page = ReadText(KST_RESOURCE_LOG_PAGE);
   page.erase(0, page.find("    !Snapshot = snap"));
   page.erase(page.find("\n\n") + 1);
@@ -210,7 +210,7 @@ TEST(ResourceLogPage, ShowsALogThatItsReaderReads) {
   EXPECT_EQ(log.timers[2].elapsed, 1.1);
 }
 
-TEST_F(utl_ResourceMonitorOnTest, LinesEndAsTheTargetsTextFilesDo) {
+TEST_F(ResourceMonitorOnTest, LinesEndAsTheTargetsTextFilesDo) {
   std::ofstream("text") << "\n";
   const std::string end = ReadWholeFile("text");
   Monitor().Initialize("beam");
@@ -220,7 +220,7 @@ TEST_F(utl_ResourceMonitorOnTest, LinesEndAsTheTargetsTextFilesDo) {
   EXPECT_TRUE(bytes.ends_with(" " + end));
 }
 
-TEST_F(utl_ResourceMonitorOnTest, TheLogIsNamedAfterTheJob) {
+TEST_F(ResourceMonitorOnTest, TheLogIsNamedAfterTheJob) {
   std::filesystem::create_directory("sub");
   const ScopedEnvironment variable("UTL_JOB_DIR", "sub");
   const struct {
@@ -248,7 +248,7 @@ TEST_F(utl_ResourceMonitorOnTest, TheLogIsNamedAfterTheJob) {
   }
 }
 
-TEST_F(utl_ResourceMonitorOnTest, NoJobNameIsAnEmptyOne) {
+TEST_F(ResourceMonitorOnTest, NoJobNameIsAnEmptyOne) {
   Monitor().Initialize(nullptr);
   EXPECT_TRUE(Monitor().IsEnabled());
   Finalize();
@@ -258,7 +258,7 @@ TEST_F(utl_ResourceMonitorOnTest, NoJobNameIsAnEmptyOne) {
   EXPECT_EQ(log.marks[1].Label(), In40("-End"));
 }
 
-TEST_F(utl_ResourceMonitorOnTest, ALongJobNameIsWrittenWholeInPhases) {
+TEST_F(ResourceMonitorOnTest, ALongJobNameIsWrittenWholeInPhases) {
   const std::string job(120, 'j');
   Monitor().Initialize(job.c_str());
   Finalize();
@@ -268,13 +268,13 @@ TEST_F(utl_ResourceMonitorOnTest, ALongJobNameIsWrittenWholeInPhases) {
             std::string(19, 'j') + "_" + std::string(14, 'j') + "-Start");
 }
 
-TEST_F(utl_ResourceMonitorOnTest, AnOldLogIsEmptied) {
+TEST_F(ResourceMonitorOnTest, AnOldLogIsEmptied) {
   WriteWholeFile("beam.use", std::string(100000, 'x'));
   Monitor().Initialize("beam");
   EXPECT_EQ(Log().marks.size(), 1u);
 }
 
-TEST_F(utl_ResourceMonitorOnTest, ALogThatCannotBeOpenedLeavesItOff) {
+TEST_F(ResourceMonitorOnTest, ALogThatCannotBeOpenedLeavesItOff) {
   std::filesystem::create_directory("taken.use");
   const std::string jobs[] = {"missing/beam",          "taken",
                               std::string(300, 'j'),   std::string(100000, 'j'),
@@ -296,7 +296,7 @@ TEST_F(utl_ResourceMonitorOnTest, ALogThatCannotBeOpenedLeavesItOff) {
   EXPECT_TRUE(std::filesystem::is_empty(dir_.Path()));
 }
 
-TEST_F(utl_ResourceMonitorOnTest, EveryModeIsOffWithoutALog) {
+TEST_F(ResourceMonitorOnTest, EveryModeIsOffWithoutALog) {
   for (const char* value : {"FULL", "METHOD", "FULLMETHOD", "MALLINFO"}) {
     const ScopedEnvironment mode("KES_RESOURCE_MONITOR", value);
     Monitor().Initialize("missing/beam");
@@ -305,14 +305,14 @@ TEST_F(utl_ResourceMonitorOnTest, EveryModeIsOffWithoutALog) {
   }
 }
 
-TEST_F(utl_ResourceMonitorOnTest, AfterALogThatCannotBeOpenedAnotherCan) {
+TEST_F(ResourceMonitorOnTest, AfterALogThatCannotBeOpenedAnotherCan) {
   Monitor().Initialize("missing/beam");
   Monitor().Initialize("beam");
   EXPECT_TRUE(Monitor().IsEnabled());
   EXPECT_EQ(FinishedLog().marks.size(), 2u);
 }
 
-TEST_F(utl_ResourceMonitorOnTest, WhatCannotBeWrittenIsLostInSilence) {
+TEST_F(ResourceMonitorOnTest, WhatCannotBeWrittenIsLostInSilence) {
   std::error_code error;
   std::filesystem::create_symlink("/dev/full", "beam.use", error);
   if (error) GTEST_SKIP() << "no way to a full disk here: " << error.message();
@@ -326,7 +326,7 @@ TEST_F(utl_ResourceMonitorOnTest, WhatCannotBeWrittenIsLostInSilence) {
   EXPECT_EQ(Log("plate").marks.size(), 2u);
 }
 
-TEST_F(utl_ResourceMonitorOnTest, TheProcessIsOpenedForItsNumbersAlone) {
+TEST_F(ResourceMonitorOnTest, TheProcessIsOpenedForItsNumbersAlone) {
   FakeProcess process;
   Monitor().Initialize("beam");
   EXPECT_EQ(process.openAccess, 0x410u);
@@ -337,14 +337,14 @@ TEST_F(utl_ResourceMonitorOnTest, TheProcessIsOpenedForItsNumbersAlone) {
   EXPECT_EQ(process.memorySize, 72u);
 }
 
-TEST_F(utl_ResourceMonitorOnTest, KnowsTheExecutablesBaseName) {
+TEST_F(ResourceMonitorOnTest, KnowsTheExecutablesBaseName) {
   EXPECT_EQ(std::wstring(Monitor().ModuleName()), L"");
   Monitor().Initialize("beam");
   const std::wstring name = Monitor().ModuleName();
   EXPECT_EQ(name.substr(0, name.find(L'.')), L"utl_inside_tests");
 }
 
-TEST_F(utl_ResourceMonitorOnTest, TheEndClosesLogAndProcess) {
+TEST_F(ResourceMonitorOnTest, TheEndClosesLogAndProcess) {
   FakeProcess process;
   Monitor().Initialize("beam");
   const HANDLE handle = process.memoryProcess;
@@ -361,7 +361,7 @@ TEST_F(utl_ResourceMonitorOnTest, TheEndClosesLogAndProcess) {
   CloseHandle(alone);
 }
 
-TEST_F(utl_ResourceMonitorOnTest, ASecondInitializeEndsTheFirstLog) {
+TEST_F(ResourceMonitorOnTest, ASecondInitializeEndsTheFirstLog) {
   Monitor().Initialize("first");
   Monitor().StartTimer(0, "timer");
   Monitor().StopTimer(0);
@@ -378,14 +378,14 @@ TEST_F(utl_ResourceMonitorOnTest, ASecondInitializeEndsTheFirstLog) {
   EXPECT_EQ(second.timers[0].calls, 1000);
 }
 
-TEST_F(utl_ResourceMonitorOnTest, ASecondInitializeOfTheSameJobStartsItsLogAnew) {
+TEST_F(ResourceMonitorOnTest, ASecondInitializeOfTheSameJobStartsItsLogAnew) {
   Monitor().Initialize("beam");
   Monitor().Mark("one");
   Monitor().Initialize("beam");
   EXPECT_EQ(FinishedLog().marks.size(), 2u);
 }
 
-TEST_F(utl_ResourceMonitorTest, ASecondInitializeReadsTheEnvironmentAnew) {
+TEST_F(ResourceMonitorTest, ASecondInitializeReadsTheEnvironmentAnew) {
   {
     const ScopedEnvironment mode("KES_RESOURCE_MONITOR", "FULLMETHOD");
     Monitor().Initialize("first");
@@ -404,7 +404,7 @@ TEST_F(utl_ResourceMonitorTest, ASecondInitializeReadsTheEnvironmentAnew) {
   EXPECT_FALSE(FileExists("third.use"));
 }
 
-TEST_F(utl_ResourceMonitorOnTest, TheEndWithoutMonitorDoesNothing) {
+TEST_F(ResourceMonitorOnTest, TheEndWithoutMonitorDoesNothing) {
   Finalize();
   EXPECT_EQ(omi_Singleton<utl_ResourceMonitor>::Look(), nullptr);
   Monitor().Initialize("beam");
@@ -414,7 +414,7 @@ TEST_F(utl_ResourceMonitorOnTest, TheEndWithoutMonitorDoesNothing) {
   EXPECT_TRUE(Log().finished);
 }
 
-TEST_F(utl_ResourceMonitorOnTest, OutlivesTheLibrarysEnd) {
+TEST_F(ResourceMonitorOnTest, OutlivesTheLibrarysEnd) {
   int count = 0;
   utl_initialize(count);
   Monitor().Initialize("beam");
@@ -439,7 +439,7 @@ TEST_CHILD(markUntilKilled) {
   return 0;
 }
 
-TEST_F(utl_ResourceMonitorOnTest, TheLogOfAKilledProcessHasEveryMark) {
+TEST_F(ResourceMonitorOnTest, TheLogOfAKilledProcessHasEveryMark) {
   for (int marks : {0, 1, 500}) {
     ChildProcess child = ChildProcess::Start("markUntilKilled", {std::to_string(marks)});
     ASSERT_EQ(child.ReadLine(), "marked");

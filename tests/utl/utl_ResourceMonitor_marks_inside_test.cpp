@@ -7,7 +7,7 @@
 
 namespace {
 
-TEST_F(utl_ResourceMonitorOnTest, MarksAreNumberedAndReachTheFileAtOnce) {
+TEST_F(ResourceMonitorOnTest, MarksAreNumberedAndReachTheFileAtOnce) {
   Monitor().Initialize("beam");
   for (std::size_t marks = 1; marks < 30; ++marks) {
     const UseLog log = Log();
@@ -18,7 +18,7 @@ TEST_F(utl_ResourceMonitorOnTest, MarksAreNumberedAndReachTheFileAtOnce) {
   }
 }
 
-TEST_F(utl_ResourceMonitorOnTest, LabelsTakeFortyColumns) {
+TEST_F(ResourceMonitorOnTest, LabelsTakeFortyColumns) {
   const std::string fifty = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWX";
   const struct {
     std::string label, field;
@@ -52,7 +52,7 @@ TEST_F(utl_ResourceMonitorOnTest, LabelsTakeFortyColumns) {
   }
 }
 
-TEST_F(utl_ResourceMonitorTest, WholeLabels) {
+TEST_F(ResourceMonitorTest, WholeLabels) {
   const ScopedEnvironment mode("KES_RESOURCE_MONITOR", "FULL");
   Monitor().Initialize("beam");
   const std::size_t lengths[] = {0, 1, 39, 40, 41, 200, 100000};
@@ -69,7 +69,7 @@ TEST_F(utl_ResourceMonitorTest, WholeLabels) {
   EXPECT_EQ(log.marks.back().Label(), "beam-End");
 }
 
-TEST_F(utl_ResourceMonitorOnTest, ALabelEndsAtItsFirstZeroByte) {
+TEST_F(ResourceMonitorOnTest, ALabelEndsAtItsFirstZeroByte) {
   // The length of what is in front of it decides whether it is shortened.
   const std::string bytes = "front" + std::string(1, '\0') + std::string(60, 'b');
   const std::string late = std::string(50, 'f') + std::string(1, '\0') + "bb";
@@ -81,14 +81,14 @@ TEST_F(utl_ResourceMonitorOnTest, ALabelEndsAtItsFirstZeroByte) {
   EXPECT_EQ(log.marks.at(2).Label(), std::string(19, 'f') + "_" + std::string(20, 'f'));
 }
 
-TEST_F(utl_ResourceMonitorOnTest, NoLabelIsTheEmptyOne) {
+TEST_F(ResourceMonitorOnTest, NoLabelIsTheEmptyOne) {
   const char* none = nullptr;
   Monitor().Initialize("beam");
   Monitor().Mark(none);
   EXPECT_EQ(FinishedLog().marks.at(1).Label(), std::string(40, ' '));
 }
 
-TEST_F(utl_ResourceMonitorOnTest, ALineFeedInALabelBreaksItsLineAndNoOther) {
+TEST_F(ResourceMonitorOnTest, ALineFeedInALabelBreaksItsLineAndNoOther) {
   Monitor().Initialize("beam");
   Monitor().Mark("a\nb");
   Monitor().Mark("next");
@@ -98,7 +98,7 @@ TEST_F(utl_ResourceMonitorOnTest, ALineFeedInALabelBreaksItsLineAndNoOther) {
   EXPECT_NE(text.find("\nbeam.3 "), std::string::npos);
 }
 
-TEST_F(utl_ResourceMonitorOnTest, TheColumnsOfARealRun) {
+TEST_F(ResourceMonitorOnTest, TheColumnsOfARealRun) {
   Monitor().Initialize("beam");
   SpendProcessorTime();
   Monitor().Mark("busy");
@@ -126,7 +126,7 @@ TEST_F(utl_ResourceMonitorOnTest, TheColumnsOfARealRun) {
   EXPECT_GE(log.Number(log.marks[1], "CPU"), log.Number(log.marks[0], "CPU") + 0.1);
 }
 
-TEST_F(utl_ResourceMonitorOnTest, EveryCounterHasItsColumn) {
+TEST_F(ResourceMonitorOnTest, EveryCounterHasItsColumn) {
   FakeProcess process;
   SetMemory(process, 101, 1);
   process.user = 30'000'000;
@@ -152,7 +152,7 @@ TEST_F(utl_ResourceMonitorOnTest, EveryCounterHasItsColumn) {
   }
 }
 
-TEST_F(utl_ResourceMonitorOnTest, CountersAreCutToThirtyTwoBits) {
+TEST_F(ResourceMonitorOnTest, CountersAreCutToThirtyTwoBits) {
   constexpr SIZE_T kGiB = SIZE_T{1} << 30;
   const struct {
     SIZE_T bytes;
@@ -182,7 +182,7 @@ TEST_F(utl_ResourceMonitorOnTest, CountersAreCutToThirtyTwoBits) {
   }
 }
 
-TEST_F(utl_ResourceMonitorOnTest, ProcessorTimesAreRoundedToTenths) {
+TEST_F(ResourceMonitorOnTest, ProcessorTimesAreRoundedToTenths) {
   const struct {
     ULONGLONG user, kernel;
     const char *userField, *kernelField, *sumField;
@@ -211,7 +211,7 @@ TEST_F(utl_ResourceMonitorOnTest, ProcessorTimesAreRoundedToTenths) {
   }
 }
 
-TEST_F(utl_ResourceMonitorOnTest, WallIsWholeSecondsSinceTheStartOfDayTowardsZero) {
+TEST_F(ResourceMonitorOnTest, WallIsWholeSecondsSinceTheStartOfDayTowardsZero) {
   const struct {
     int hour, minute, second, millisecond, wall;
   } cases[] = {
@@ -237,7 +237,7 @@ TEST_F(utl_ResourceMonitorOnTest, WallIsWholeSecondsSinceTheStartOfDayTowardsZer
   }
 }
 
-TEST_F(utl_ResourceMonitorOnTest, MemoryThatCannotBeReadIsZeroInThatMarkAlone) {
+TEST_F(ResourceMonitorOnTest, MemoryThatCannotBeReadIsZeroInThatMarkAlone) {
   Monitor().Initialize("beam");
   {
     const FailingCall failing(SystemCall::kGetProcessMemoryInfo, ERROR_ACCESS_DENIED);
@@ -254,7 +254,7 @@ TEST_F(utl_ResourceMonitorOnTest, MemoryThatCannotBeReadIsZeroInThatMarkAlone) {
   EXPECT_GT(log.Number(log.marks.at(2), "WS"), 0);
 }
 
-TEST_F(utl_ResourceMonitorOnTest, WithoutProcessHandleMemoryIsZeroAndTimesAreKnown) {
+TEST_F(ResourceMonitorOnTest, WithoutProcessHandleMemoryIsZeroAndTimesAreKnown) {
   FakeProcess process;
   process.memory.WorkingSetSize = 4711;
   process.user = 30'000'000;
@@ -276,7 +276,7 @@ TEST_F(utl_ResourceMonitorOnTest, WithoutProcessHandleMemoryIsZeroAndTimesAreKno
   }
 }
 
-TEST_F(utl_ResourceMonitorOnTest, WithoutModulesOnlyTheNameIsMissing) {
+TEST_F(ResourceMonitorOnTest, WithoutModulesOnlyTheNameIsMissing) {
   const FailingCall failing(SystemCall::kEnumProcessModules, ERROR_ACCESS_DENIED);
   Monitor().Initialize("beam");
   EXPECT_TRUE(failing.Happened());
@@ -285,7 +285,7 @@ TEST_F(utl_ResourceMonitorOnTest, WithoutModulesOnlyTheNameIsMissing) {
   EXPECT_GT(log.Number(log.marks[0], "WS"), 0);
 }
 
-TEST_F(utl_ResourceMonitorOnTest, ProcessorTimesThatCannotBeReadAreZero) {
+TEST_F(ResourceMonitorOnTest, ProcessorTimesThatCannotBeReadAreZero) {
   FakeProcess process;
   process.user = 30'000'000;
   Monitor().Initialize("beam");
@@ -301,7 +301,7 @@ TEST_F(utl_ResourceMonitorOnTest, ProcessorTimesThatCannotBeReadAreZero) {
   EXPECT_EQ(log.marks.at(2).fields[3], "3.0");
 }
 
-TEST_F(utl_ResourceMonitorOnTest, NumbersDoNotDependOnTheLocale) {
+TEST_F(ResourceMonitorOnTest, NumbersDoNotDependOnTheLocale) {
   FakeProcess process;
   process.user = 123'456'000'000;
   process.memory.WorkingSetSize = 1'234'567;

@@ -9,9 +9,9 @@
 namespace {
 
 /// Times chosen by the test: none has passed unless `Pass` says so.
-class utl_ResourceMonitorTimerTest : public utl_ResourceMonitorOnTest {
+class ResourceMonitorTimerTest : public ResourceMonitorOnTest {
  protected:
-  utl_ResourceMonitorTimerTest() {
+  ResourceMonitorTimerTest() {
     process_.SetTime(12, 0, 0, 0);
     Monitor().Initialize("beam");
   }
@@ -36,7 +36,7 @@ class utl_ResourceMonitorTimerTest : public utl_ResourceMonitorOnTest {
   int wall_ = 0;
 };
 
-TEST_F(utl_ResourceMonitorTimerTest, AddsUpItsIntervals) {
+TEST_F(ResourceMonitorTimerTest, AddsUpItsIntervals) {
   Pass(7000, 7000, 7000);
   Monitor().StartTimer(4, "solve");
   Pass(1000, 250, 2000);
@@ -55,7 +55,7 @@ TEST_F(utl_ResourceMonitorTimerTest, AddsUpItsIntervals) {
   EXPECT_DOUBLE_EQ(timers[0].elapsed, 3.1);
 }
 
-TEST_F(utl_ResourceMonitorTimerTest, AddsUpMilliseconds) {
+TEST_F(ResourceMonitorTimerTest, AddsUpMilliseconds) {
   for (int i = 0; i < 1000; ++i) {
     Monitor().StartTimer(0, "short");
     Pass(1, 1, 1);
@@ -69,7 +69,7 @@ TEST_F(utl_ResourceMonitorTimerTest, AddsUpMilliseconds) {
   EXPECT_EQ(timers[0].elapsed, 1);
 }
 
-TEST_F(utl_ResourceMonitorTimerTest, WallTimeHasMilliseconds) {
+TEST_F(ResourceMonitorTimerTest, WallTimeHasMilliseconds) {
   for (int i = 0; i < 100; ++i) {
     process_.SetTime(13, 0, 0, 0);
     Monitor().StartTimer(0, "timer");
@@ -81,7 +81,7 @@ TEST_F(utl_ResourceMonitorTimerTest, WallTimeHasMilliseconds) {
   EXPECT_EQ(timers[0].elapsed, 99.9);
 }
 
-TEST_F(utl_ResourceMonitorTimerTest, TheFirstStartNamesIt) {
+TEST_F(ResourceMonitorTimerTest, TheFirstStartNamesIt) {
   Monitor().StartTimer(0, "first");
   Monitor().StopTimer(0);
   Monitor().StartTimer(0, "second");
@@ -92,7 +92,7 @@ TEST_F(utl_ResourceMonitorTimerTest, TheFirstStartNamesIt) {
   EXPECT_EQ(timers[0].calls, 2);
 }
 
-TEST_F(utl_ResourceMonitorTimerTest, StartedAgainItMeasuresFromTheLastStart) {
+TEST_F(ResourceMonitorTimerTest, StartedAgainItMeasuresFromTheLastStart) {
   Monitor().StartTimer(0, "timer");
   Pass(1000, 0, 1000);
   Monitor().StartTimer(0, "timer");
@@ -107,7 +107,7 @@ TEST_F(utl_ResourceMonitorTimerTest, StartedAgainItMeasuresFromTheLastStart) {
   EXPECT_EQ(timers[0].elapsed, 4);
 }
 
-TEST_F(utl_ResourceMonitorTimerTest, StoppedAgainItMeasuresFromTheSameStart) {
+TEST_F(ResourceMonitorTimerTest, StoppedAgainItMeasuresFromTheSameStart) {
   Monitor().StartTimer(0, "timer");
   Pass(1000, 0, 1000);
   Monitor().StopTimer(0);
@@ -120,12 +120,12 @@ TEST_F(utl_ResourceMonitorTimerTest, StoppedAgainItMeasuresFromTheSameStart) {
   EXPECT_EQ(timers[0].elapsed, 4);
 }
 
-TEST_F(utl_ResourceMonitorTimerTest, StoppedButNeverStartedItIsNotListed) {
+TEST_F(ResourceMonitorTimerTest, StoppedButNeverStartedItIsNotListed) {
   Monitor().StopTimer(5);
   EXPECT_TRUE(Timers().empty());
 }
 
-TEST_F(utl_ResourceMonitorTimerTest, TheFirstStartForgetsEarlierStops) {
+TEST_F(ResourceMonitorTimerTest, TheFirstStartForgetsEarlierStops) {
   Pass(9000, 9000, 9000);
   Monitor().StopTimer(5);
   Monitor().StopTimer(5);
@@ -139,12 +139,12 @@ TEST_F(utl_ResourceMonitorTimerTest, TheFirstStartForgetsEarlierStops) {
   EXPECT_EQ(timers[0].elapsed, 1);
 }
 
-TEST_F(utl_ResourceMonitorTimerTest, StartedButNeverStoppedItIsNotListed) {
+TEST_F(ResourceMonitorTimerTest, StartedButNeverStoppedItIsNotListed) {
   Monitor().StartTimer(5, "open");
   EXPECT_TRUE(Timers().empty());
 }
 
-TEST_F(utl_ResourceMonitorTimerTest, NumbersOutsideTheTimersAreIgnored) {
+TEST_F(ResourceMonitorTimerTest, NumbersOutsideTheTimersAreIgnored) {
   for (int id : {-1, -20, 21, 22, 1000, 0x10000, INT_MAX, INT_MIN}) {
     const int asked = process_.Calls();
     Monitor().StartTimer(id, "none");
@@ -154,7 +154,7 @@ TEST_F(utl_ResourceMonitorTimerTest, NumbersOutsideTheTimersAreIgnored) {
   EXPECT_TRUE(Timers().empty());
 }
 
-TEST_F(utl_ResourceMonitorTimerTest, AllTimersAreListedInTheOrderOfTheirNumbers) {
+TEST_F(ResourceMonitorTimerTest, AllTimersAreListedInTheOrderOfTheirNumbers) {
   for (int id = 19; id >= 0; --id) {
     Monitor().StartTimer(id, ("timer " + std::to_string(id)).c_str());
     Pass(1000, 0, 1000);
@@ -170,7 +170,7 @@ TEST_F(utl_ResourceMonitorTimerTest, AllTimersAreListedInTheOrderOfTheirNumbers)
   }
 }
 
-TEST_F(utl_ResourceMonitorTimerTest, TimersRunSideBySide) {
+TEST_F(ResourceMonitorTimerTest, TimersRunSideBySide) {
   Monitor().StartTimer(0, "outer");
   Pass(1000, 0, 1000);
   Monitor().StartTimer(1, "inner");
@@ -184,7 +184,7 @@ TEST_F(utl_ResourceMonitorTimerTest, TimersRunSideBySide) {
   EXPECT_EQ(timers[1].processor, 2);
 }
 
-TEST_F(utl_ResourceMonitorTimerTest, NamesTakeTwentyColumnsAndMore) {
+TEST_F(ResourceMonitorTimerTest, NamesTakeTwentyColumnsAndMore) {
   const struct {
     std::string name, line;
   } cases[] = {
@@ -209,7 +209,7 @@ TEST_F(utl_ResourceMonitorTimerTest, NamesTakeTwentyColumnsAndMore) {
   }
 }
 
-TEST_F(utl_ResourceMonitorTimerTest, ANameEndsAtItsFirstZeroByte) {
+TEST_F(ResourceMonitorTimerTest, ANameEndsAtItsFirstZeroByte) {
   const char* none = nullptr;
   Monitor().StartTimer(0, cow_String("ab\0cd", 5));
   Monitor().StopTimer(0);
@@ -221,7 +221,7 @@ TEST_F(utl_ResourceMonitorTimerTest, ANameEndsAtItsFirstZeroByte) {
   EXPECT_EQ(timers[1].name, "");
 }
 
-TEST_F(utl_ResourceMonitorTimerTest, AnIntervalAcrossMidnightIsNegative) {
+TEST_F(ResourceMonitorTimerTest, AnIntervalAcrossMidnightIsNegative) {
   process_.SetTime(23, 59, 59, 500);
   Monitor().StartTimer(0, "night");
   process_.SetTime(0, 0, 1, 0);
@@ -231,7 +231,7 @@ TEST_F(utl_ResourceMonitorTimerTest, AnIntervalAcrossMidnightIsNegative) {
   EXPECT_DOUBLE_EQ(timers[0].elapsed, -86398.5);
 }
 
-TEST_F(utl_ResourceMonitorTimerTest, TimerTwentyMeasuresTheTimer) {
+TEST_F(ResourceMonitorTimerTest, TimerTwentyMeasuresTheTimer) {
   const std::vector<UseTimer> timers = FinishedLog().timers;
   ASSERT_EQ(timers.size(), 1u);
   EXPECT_EQ(timers[0].id, 20);
@@ -239,7 +239,7 @@ TEST_F(utl_ResourceMonitorTimerTest, TimerTwentyMeasuresTheTimer) {
   EXPECT_EQ(timers[0].calls, 1000);
 }
 
-TEST_F(utl_ResourceMonitorTimerTest, TimerTwentyKeepsItsNameWhenOthersUseIt) {
+TEST_F(ResourceMonitorTimerTest, TimerTwentyKeepsItsNameWhenOthersUseIt) {
   Monitor().StartTimer(20, "mine");
   Pass(3000, 0, 3000);
   Monitor().StopTimer(20);
@@ -250,7 +250,7 @@ TEST_F(utl_ResourceMonitorTimerTest, TimerTwentyKeepsItsNameWhenOthersUseIt) {
   EXPECT_EQ(timers[0].processor, 3);
 }
 
-TEST_F(utl_ResourceMonitorTimerTest, ATimerAsksForTimesAloneAndWritesNothing) {
+TEST_F(ResourceMonitorTimerTest, ATimerAsksForTimesAloneAndWritesNothing) {
   const std::string before = LogText();
   const int memoryCalls = process_.memoryCalls;
   const int calls = process_.Calls();
@@ -262,7 +262,7 @@ TEST_F(utl_ResourceMonitorTimerTest, ATimerAsksForTimesAloneAndWritesNothing) {
   EXPECT_EQ(LogText(), before);
 }
 
-TEST_F(utl_ResourceMonitorTimerTest, ProcessorTimesThatCannotBeReadCountAsZero) {
+TEST_F(ResourceMonitorTimerTest, ProcessorTimesThatCannotBeReadCountAsZero) {
   Pass(3000, 0, 3000);
   Monitor().StartTimer(0, "timer");
   {
@@ -275,7 +275,7 @@ TEST_F(utl_ResourceMonitorTimerTest, ProcessorTimesThatCannotBeReadCountAsZero) 
   EXPECT_EQ(timers[0].processor, -3);
 }
 
-TEST_F(utl_ResourceMonitorOnTest, TimersOfARealRun) {
+TEST_F(ResourceMonitorOnTest, TimersOfARealRun) {
   Monitor().Initialize("beam");
   Monitor().StartTimer(0, "busy");
   SpendProcessorTime();

@@ -27,9 +27,9 @@ namespace {
 constexpr int kSystem = omi_SystemErrorCode::kSystem;
 constexpr int kRunTime = omi_SystemErrorCode::kRunTime;
 
-class utl_StatTest : public testing::Test {
+class StatTest : public testing::Test {
  protected:
-  utl_StatTest() { WriteWholeFile(path_, "0123456789"); }
+  StatTest() { WriteWholeFile(path_, "0123456789"); }
 
   cow_String Name(const std::string& name) const { return dir_.File(name).c_str(); }
 
@@ -57,7 +57,7 @@ HANDLE OpenRaw(const std::string& path, DWORD access) {
                      OPEN_EXISTING, 0, nullptr);
 }
 
-TEST_F(utl_StatTest, MembersStandInTheirOrder) {
+TEST_F(StatTest, MembersStandInTheirOrder) {
   utl_Stat status(name_);
   const void* const members[] = {
       &status.flag,       &status.size,      &status.fileIndex,    &status.linkCount,
@@ -72,7 +72,7 @@ TEST_F(utl_StatTest, MembersStandInTheirOrder) {
                 sizeof status.writeTime == 4 && sizeof status.creationTime == 4);
 }
 
-TEST_F(utl_StatTest, AFileByName) {
+TEST_F(StatTest, AFileByName) {
   const std::time_t before = std::time(nullptr) - 2;
   WriteWholeFile(path_, "0123456789");
   const utl_Stat status(name_);
@@ -93,18 +93,18 @@ TEST_F(utl_StatTest, AFileByName) {
   EXPECT_NO_THROW(status.ThrowIfFileNotFound());
 }
 
-TEST_F(utl_StatTest, ADirectoryByName) {
+TEST_F(StatTest, ADirectoryByName) {
   const utl_Stat status(dir_.Path().c_str());
   EXPECT_EQ(status.record, &status.size);
   EXPECT_TRUE(status.isDirectory);
   EXPECT_FALSE(status.isNormal);
 }
 
-TEST_F(utl_StatTest, AFileWithTheArchiveAttributeIsNotNormal) {
+TEST_F(StatTest, AFileWithTheArchiveAttributeIsNotNormal) {
   EXPECT_FALSE(utl_Stat(name_).isNormal);
 }
 
-TEST_F(utl_StatTest, AMissingFileIsAnAnswer) {
+TEST_F(StatTest, AMissingFileIsAnAnswer) {
   const utl_Stat status(Name("missing"));
   EXPECT_EQ(status.record, nullptr);
   EXPECT_EQ(status.error.Kind(), kSystem);
@@ -119,7 +119,7 @@ TEST_F(utl_StatTest, AMissingFileIsAnAnswer) {
   ExpectSystemError([&] { status.ThrowIfFileNotFound(); }, kSystem, 2);
 }
 
-TEST_F(utl_StatTest, EveryOtherFailureOfANameThrows) {
+TEST_F(StatTest, EveryOtherFailureOfANameThrows) {
   ExpectSystemError([&] { const utl_Stat status(Name("none/x")); }, kSystem, 3);
   ExpectSystemError([&] { const utl_Stat status(""); }, kSystem, 3);
   ExpectSystemError(
@@ -133,7 +133,7 @@ TEST_F(utl_StatTest, EveryOtherFailureOfANameThrows) {
   EXPECT_NO_THROW(utl_Stat{name_}) << "the status lets writers be";
 }
 
-TEST_F(utl_StatTest, AFailingStatusOfAnOpenedNameThrowsAndClosesTheFile) {
+TEST_F(StatTest, AFailingStatusOfAnOpenedNameThrowsAndClosesTheFile) {
   ExpectSystemError(
       [&] {
         const FailingCall failing(SystemCall::kGetFileInformationByHandle,
@@ -145,13 +145,13 @@ TEST_F(utl_StatTest, AFailingStatusOfAnOpenedNameThrowsAndClosesTheFile) {
   EXPECT_EQ(alone.FileSize(), 10) << "no handle that shares nothing is left";
 }
 
-TEST_F(utl_StatTest, WhatANameIsOpenedWith) {
+TEST_F(StatTest, WhatANameIsOpenedWith) {
   const utl_Stat status(name_);
   EXPECT_EQ(LastCreateFile(),
             (CreateFileArguments{0x80000000, 3, 3, 0x2000000, false, false}));
 }
 
-TEST_F(utl_StatTest, ADescriptorStaysOpen) {
+TEST_F(StatTest, ADescriptorStaysOpen) {
   const int descriptor = _open(path_.c_str(), _O_RDONLY | _O_BINARY);
   ASSERT_GE(descriptor, 0);
   const utl_Stat status(descriptor);
@@ -163,12 +163,12 @@ TEST_F(utl_StatTest, ADescriptorStaysOpen) {
   EXPECT_EQ(_close(descriptor), 0);
 }
 
-TEST_F(utl_StatTest, ABadDescriptorIsAnErrorOfTheRunTime) {
+TEST_F(StatTest, ABadDescriptorIsAnErrorOfTheRunTime) {
   ExpectSystemError([] { const utl_Stat status(-1); }, kRunTime, EBADF);
   ExpectSystemError([] { const utl_Stat status(1000); }, kRunTime, EBADF);
 }
 
-TEST_F(utl_StatTest, AHandleStaysOpen) {
+TEST_F(StatTest, AHandleStaysOpen) {
   const HANDLE handle = OpenRaw(path_, GENERIC_READ);
   ASSERT_NE(handle, INVALID_HANDLE_VALUE);
   const utl_Stat status(handle);
@@ -178,17 +178,17 @@ TEST_F(utl_StatTest, AHandleStaysOpen) {
   EXPECT_TRUE(CloseHandle(handle));
 }
 
-TEST_F(utl_StatTest, ABadHandleThrows) {
+TEST_F(StatTest, ABadHandleThrows) {
   void* const none = nullptr;
   ExpectSystemError([&] { const utl_Stat status(none); }, kSystem, 6);
 }
 
-TEST_F(utl_StatTest, ATextIsANameAndNotAHandle) {
+TEST_F(StatTest, ATextIsANameAndNotAHandle) {
   EXPECT_EQ(utl_Stat(path_.c_str()).size, 10);
   EXPECT_EQ(utl_Stat(path_.data()).size, 10);
 }
 
-TEST_F(utl_StatTest, ACopyIsAValueOfItsOwn) {
+TEST_F(StatTest, ACopyIsAValueOfItsOwn) {
   utl_Stat file(name_);
   file.flag = file.isDirectory = file.isNormal = true;
   file.linkCount = 3;
@@ -221,14 +221,14 @@ TEST_F(utl_StatTest, ACopyIsAValueOfItsOwn) {
   expectAsFile(copy);
 }
 
-TEST_F(utl_StatTest, SizesAbove4GiB) {
+TEST_F(StatTest, SizesAbove4GiB) {
   constexpr std::int64_t kSize = (std::int64_t{5} << 30) + 7;
   utl_File file(name_, utl_FileAccessUpdate, utl_FileShareReadWrite);
   file.Extend(kSize);
   EXPECT_EQ(utl_Stat(name_).size, kSize);
 }
 
-TEST_F(utl_StatTest, LinksAreCountedAndShareTheFileIndex) {
+TEST_F(StatTest, LinksAreCountedAndShareTheFileIndex) {
   std::filesystem::create_hard_link(path_, dir_.File("link"));
   const utl_Stat status(name_);
   EXPECT_EQ(status.linkCount, 2);
@@ -242,7 +242,7 @@ struct TimeCase {
   std::int32_t expected;
 };
 
-TEST_F(utl_StatTest, TimesAreRoundedToTheNearestSecond) {
+TEST_F(StatTest, TimesAreRoundedToTheNearestSecond) {
   const TimeCase cases[] = {
       {1'000'000'000'000, 1'000'000'000},
       {1'000'000'000'499, 1'000'000'000},
@@ -260,7 +260,7 @@ TEST_F(utl_StatTest, TimesAreRoundedToTheNearestSecond) {
 
 // A half is added and the rest cut off towards zero, so times before 1970 lie a second
 // late.
-TEST_F(utl_StatTest, TimesBefore1970AreCutTowardsZero) {
+TEST_F(StatTest, TimesBefore1970AreCutTowardsZero) {
   const TimeCase cases[] = {{-1'000, 0}, {-10'000, -9}, {-10'500, -10}};
   for (const TimeCase& time : cases) {
     SetWriteTime(path_, time.milliseconds);
@@ -268,7 +268,7 @@ TEST_F(utl_StatTest, TimesBefore1970AreCutTowardsZero) {
   }
 }
 
-TEST(utl_StatExceptions, GroupAndClasses) {
+TEST(StatExceptionsTest, GroupAndClasses) {
   ExpectExceptionContract(utl_StatException("a message"), "a message");
   ExpectExceptionContract<utl_StatException>(utl_StatCantAccessFile("a message"),
                                              "a message");

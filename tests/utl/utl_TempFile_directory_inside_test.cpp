@@ -14,13 +14,13 @@
 #include "common/failing/FailingCall.h"
 #include "common/failing/FakeDiskSpace.h"
 #include "nex/nex_SystemErrorException.h"
-#include "utl/TempFileTest.h"
+#include "utl/TempFileFixture.h"
 
 namespace {
 
-class utl_TempFileDirectoryTest : public TempFileTest {
+class TempFileDirectoryTest : public TempFileFixture {
  protected:
-  utl_TempFileDirectoryTest() {
+  TempFileDirectoryTest() {
     for (const char* directory : {"o", "s", "t"}) {
       std::filesystem::create_directory(dir_.File(directory));
     }
@@ -41,36 +41,36 @@ void ExpectStatusError(const std::string& candidate, int code) {
   }
 }
 
-TEST_F(utl_TempFileDirectoryTest, TheOptionComesFirst) {
+TEST_F(TempFileDirectoryTest, TheOptionComesFirst) {
   LoadOptions({"-tmpdir", Shown("o")});
   const ScopedEnvironment scratch("SCRATCH", Shown("s").c_str());
   const ScopedEnvironment tmpdir("TMPDIR", Shown("t").c_str());
   EXPECT_EQ(DirectoryOf(utl_TempFile("")), Shown("o"));
 }
 
-TEST_F(utl_TempFileDirectoryTest, ScratchComesSecond) {
+TEST_F(TempFileDirectoryTest, ScratchComesSecond) {
   const ScopedEnvironment scratch("SCRATCH", Shown("s").c_str());
   const ScopedEnvironment tmpdir("TMPDIR", Shown("t").c_str());
   EXPECT_EQ(DirectoryOf(utl_TempFile("")), Shown("s"));
 }
 
-TEST_F(utl_TempFileDirectoryTest, TmpdirComesThird) {
+TEST_F(TempFileDirectoryTest, TmpdirComesThird) {
   const ScopedEnvironment tmpdir("TMPDIR", Shown("t").c_str());
   EXPECT_EQ(DirectoryOf(utl_TempFile("")), Shown("t"));
 }
 
-TEST_F(utl_TempFileDirectoryTest, WithoutADirectoryThereIsNoName) {
+TEST_F(TempFileDirectoryTest, WithoutADirectoryThereIsNoName) {
   std::filesystem::current_path(dir_.Path());
   EXPECT_THROW_TEXT(utl_TempFile("").Name(), utl_TempFileCantExc, kCantMakeName);
 }
 
-TEST_F(utl_TempFileDirectoryTest, AMissingOptionDirectoryIsPassedOver) {
+TEST_F(TempFileDirectoryTest, AMissingOptionDirectoryIsPassedOver) {
   LoadOptions({"-tmpdir", Shown("missing")});
   const ScopedEnvironment scratch("SCRATCH", Shown("s").c_str());
   EXPECT_EQ(DirectoryOf(utl_TempFile("")), Shown("s"));
 }
 
-TEST_F(utl_TempFileDirectoryTest, AFileIsPassedOver) {
+TEST_F(TempFileDirectoryTest, AFileIsPassedOver) {
   const ScopedEnvironment scratch("SCRATCH", Shown("file").c_str());
   const ScopedEnvironment tmpdir("TMPDIR", Shown("t").c_str());
   utl_TempFile file("");
@@ -80,7 +80,7 @@ TEST_F(utl_TempFileDirectoryTest, AFileIsPassedOver) {
 }
 
 // Every candidate is absent, names nothing, names a file, names a directory.
-TEST_F(utl_TempFileDirectoryTest, TheFirstDirectoryIsTakenWhateverTheOthersAre) {
+TEST_F(TempFileDirectoryTest, TheFirstDirectoryIsTakenWhateverTheOthersAre) {
   const char* const kinds[] = {nullptr, "missing", "file", ""};
   const auto candidate = [&](const char* kind, const char* directory) {
     return kind == nullptr ? "" : Shown(*kind != '\0' ? kind : directory);
@@ -111,7 +111,7 @@ TEST_F(utl_TempFileDirectoryTest, TheFirstDirectoryIsTakenWhateverTheOthersAre) 
   }
 }
 
-TEST_F(utl_TempFileDirectoryTest, ASeparatorIsAddedUnlessThereIsOne) {
+TEST_F(TempFileDirectoryTest, ASeparatorIsAddedUnlessThereIsOne) {
   const std::pair<std::string, std::string> cases[] = {
       {Shown("s"), Shown("s\\")},
       {Shown("s\\"), Shown("s\\")},
@@ -127,11 +127,11 @@ TEST_F(utl_TempFileDirectoryTest, ASeparatorIsAddedUnlessThereIsOne) {
   }
 }
 
-TEST_F(utl_TempFileDirectoryTest, AMissingParentIsAnError) {
+TEST_F(TempFileDirectoryTest, AMissingParentIsAnError) {
   ExpectStatusError(Shown("missing\\sub"), 3);
 }
 
-TEST_F(utl_TempFileDirectoryTest, AnUnreadableStatusIsAnError) {
+TEST_F(TempFileDirectoryTest, AnUnreadableStatusIsAnError) {
   const ScopedEnvironment scratch("SCRATCH", Shown("s").c_str());
   const ScopedEnvironment tmpdir("TMPDIR", Shown("t").c_str());
   const utl_TempFile file("");
@@ -144,13 +144,13 @@ TEST_F(utl_TempFileDirectoryTest, AnUnreadableStatusIsAnError) {
   EXPECT_EQ(DirectoryOf(file), Shown("s"));
 }
 
-TEST_F(utl_TempFileDirectoryTest, AnErrorOfALaterCandidateDoesNotShow) {
+TEST_F(TempFileDirectoryTest, AnErrorOfALaterCandidateDoesNotShow) {
   LoadOptions({"-tmpdir", Shown("o")});
   const ScopedEnvironment scratch("SCRATCH", Shown("missing\\sub").c_str());
   EXPECT_EQ(DirectoryOf(utl_TempFile("")), Shown("o"));
 }
 
-TEST_F(utl_TempFileDirectoryTest, AnOptionWithoutValueIsAnError) {
+TEST_F(TempFileDirectoryTest, AnOptionWithoutValueIsAnError) {
   LoadOptions({"-tmpdir"});
   const ScopedEnvironment scratch("SCRATCH", Shown("s").c_str());
   EXPECT_THROW_TEXT(utl_TempFile("").Name(), nex_SystemErrorException,
@@ -167,7 +167,7 @@ TEST_CHILD(nameTempFile) {
   return 0;
 }
 
-TEST_F(utl_TempFileDirectoryTest, AVariableSetToNothingIsAnError) {
+TEST_F(TempFileDirectoryTest, AVariableSetToNothingIsAnError) {
   for (const char* variable : {"SCRATCH", "TMPDIR"}) {
     SetEmptyForChildren(variable);
     ChildProcess child = ChildProcess::Start("nameTempFile");
@@ -178,7 +178,7 @@ TEST_F(utl_TempFileDirectoryTest, AVariableSetToNothingIsAnError) {
 }
 
 // The directory is found; but its space is asked for under the first two characters.
-TEST_F(utl_TempFileDirectoryTest, ARelativeDirectoryHasNoFreeSpace) {
+TEST_F(TempFileDirectoryTest, ARelativeDirectoryHasNoFreeSpace) {
   std::filesystem::current_path(dir_.Path());
   std::filesystem::create_directory("sub");
   const ScopedEnvironment scratch("SCRATCH", "sub");
@@ -196,7 +196,7 @@ TEST_F(utl_TempFileDirectoryTest, ARelativeDirectoryHasNoFreeSpace) {
   EXPECT_TRUE(NameOf(file).ends_with(".dat")) << "the suffix was kept";
 }
 
-TEST_F(utl_TempFileDirectoryTest, AnAbsoluteDirectoryNeedsNoDrive) {
+TEST_F(TempFileDirectoryTest, AnAbsoluteDirectoryNeedsNoDrive) {
   const std::string backslashes = Shown("s").substr(2);
   std::string slashes = backslashes;
   std::replace(slashes.begin(), slashes.end(), '\\', '/');
@@ -209,7 +209,7 @@ TEST_F(utl_TempFileDirectoryTest, AnAbsoluteDirectoryNeedsNoDrive) {
   }
 }
 
-TEST_F(utl_TempFileDirectoryTest, TheSpaceAskedForIsThatOfTheDrive) {
+TEST_F(TempFileDirectoryTest, TheSpaceAskedForIsThatOfTheDrive) {
   for (const char* candidate : {"s", "s\\"}) {
     const ScopedEnvironment scratch("SCRATCH", Shown(candidate).c_str());
     const FakeDiskSpace disk(1000, 2000);
@@ -218,7 +218,7 @@ TEST_F(utl_TempFileDirectoryTest, TheSpaceAskedForIsThatOfTheDrive) {
   }
 }
 
-TEST_F(utl_TempFileDirectoryTest, UnknownFreeSpaceLeavesTheObjectUnnamed) {
+TEST_F(TempFileDirectoryTest, UnknownFreeSpaceLeavesTheObjectUnnamed) {
   const ScopedEnvironment scratch("SCRATCH", Shown("s").c_str());
   const utl_TempFile file("");
   {
@@ -229,7 +229,7 @@ TEST_F(utl_TempFileDirectoryTest, UnknownFreeSpaceLeavesTheObjectUnnamed) {
   EXPECT_EQ(DirectoryOf(file), Shown("s"));
 }
 
-TEST_F(utl_TempFileDirectoryTest, TheDirectoryIsChosenOnce) {
+TEST_F(TempFileDirectoryTest, TheDirectoryIsChosenOnce) {
   const utl_TempFile file("");
   EXPECT_THROW_TEXT(file.Name(), utl_TempFileCantExc, kCantMakeName);
   const ScopedEnvironment scratch("SCRATCH", Shown("s").c_str());

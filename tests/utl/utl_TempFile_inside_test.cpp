@@ -22,12 +22,12 @@
 #include "common/expect/ExpectThrow.h"
 #include "common/failing/FailingCall.h"
 #include "common/failing/FakeDiskSpace.h"
-#include "utl/TempFileTest.h"
+#include "utl/TempFileFixture.h"
 #include "utl/utl_File.h"
 
 namespace {
 
-class utl_TempFileTest : public TempFileTest {
+class TempFileTest : public TempFileFixture {
  protected:
   bool DirectoryIsEmpty() const { return std::filesystem::is_empty(dir_.Path()); }
 
@@ -75,11 +75,11 @@ class Exclusive {
 
 // Names.
 
-TEST_F(utl_TempFileTest, TheNameIsALetterAndTheProcessNumber) {
+TEST_F(TempFileTest, TheNameIsALetterAndTheProcessNumber) {
   EXPECT_EQ(NameOf(utl_TempFile("")), Expected('a'));
 }
 
-TEST_F(utl_TempFileTest, TheSuffixIsSeparatedByOneDot) {
+TEST_F(TempFileTest, TheSuffixIsSeparatedByOneDot) {
   const struct {
     const char* suffix;
     const char* ending;
@@ -91,7 +91,7 @@ TEST_F(utl_TempFileTest, TheSuffixIsSeparatedByOneDot) {
   }
 }
 
-TEST_F(utl_TempFileTest, TheNameStaysTheSame) {
+TEST_F(TempFileTest, TheNameStaysTheSame) {
   utl_TempFile file("dat");
   const cow_String& name = file.Name();
   const std::string first = NameOf(file);
@@ -101,7 +101,7 @@ TEST_F(utl_TempFileTest, TheNameStaysTheSame) {
   EXPECT_EQ(NameOf(file), first);
 }
 
-TEST_F(utl_TempFileTest, ALetterThatIsInUseIsSkipped) {
+TEST_F(TempFileTest, ALetterThatIsInUseIsSkipped) {
   const std::string file = PathOf(utl_TempFile(""));
   WriteWholeFile(file, "");
   const std::string directory = PathOf(utl_TempFile(""));
@@ -109,7 +109,7 @@ TEST_F(utl_TempFileTest, ALetterThatIsInUseIsSkipped) {
   EXPECT_EQ(NameOf(utl_TempFile("")), Expected('c'));
 }
 
-TEST_F(utl_TempFileTest, ThereAre26Names) {
+TEST_F(TempFileTest, ThereAre26Names) {
   std::vector<std::unique_ptr<utl_TempFile>> files;
   for (char letter = 'a'; letter <= 'z'; ++letter) {
     files.push_back(std::make_unique<utl_TempFile>(""));
@@ -123,19 +123,19 @@ TEST_F(utl_TempFileTest, ThereAre26Names) {
   EXPECT_EQ(NameOf(last), Expected('m')) << "a name has become free";
 }
 
-TEST_F(utl_TempFileTest, SuffixesDoNotCountForTheNextName) {
+TEST_F(TempFileTest, SuffixesDoNotCountForTheNextName) {
   const utl_TempFile first("dat");
   WriteWholeFile(PathOf(first), "");
   EXPECT_EQ(NameOf(utl_TempFile("dat")), NameOf(first));
 }
 
-TEST_F(utl_TempFileTest, FilesWithoutSuffixStandInTheWayOfAllNames) {
+TEST_F(TempFileTest, FilesWithoutSuffixStandInTheWayOfAllNames) {
   utl_TempFile first("");
   first.Create();
   EXPECT_EQ(NameOf(utl_TempFile("dat")), Expected('b') + ".dat");
 }
 
-TEST_F(utl_TempFileTest, TwoObjectsMayGetOneNameAndTheSecondCreateFails) {
+TEST_F(TempFileTest, TwoObjectsMayGetOneNameAndTheSecondCreateFails) {
   for (const char* suffix : {"", "dat"}) {
     utl_TempFile first(suffix);
     utl_TempFile second(suffix);
@@ -155,7 +155,7 @@ TEST_CHILD(holdTempFile) {
   return 0;
 }
 
-TEST_F(utl_TempFileTest, ProcessesHaveNamesOfTheirOwn) {
+TEST_F(TempFileTest, ProcessesHaveNamesOfTheirOwn) {
   ChildProcess child = ChildProcess::Start("holdTempFile");
   const std::string name = child.ReadLine();
   EXPECT_NE(name, Expected('a'));
@@ -167,7 +167,7 @@ TEST_F(utl_TempFileTest, ProcessesHaveNamesOfTheirOwn) {
   EXPECT_TRUE(DirectoryIsEmpty());
 }
 
-TEST_F(utl_TempFileTest, EveryOperationButCloseMakesTheName) {
+TEST_F(TempFileTest, EveryOperationButCloseMakesTheName) {
   const std::function<void(utl_TempFile&)> operations[] = {
       [](utl_TempFile& file) { file.Create(); },
       [](utl_TempFile& file) { file.Open(); },
@@ -184,7 +184,7 @@ TEST_F(utl_TempFileTest, EveryOperationButCloseMakesTheName) {
   EXPECT_NO_THROW(file.Close());
 }
 
-TEST_F(utl_TempFileTest, AFailedNameShowsItsSource) {
+TEST_F(TempFileTest, AFailedNameShowsItsSource) {
   const ScopedEnvironment none("SCRATCH", nullptr);
   EXPECT_THROW_FROM(utl_TempFile("").Name(), utl_TempFileCantExc, kCantMakeName,
                     "utl/impl/utl_TempFile");
@@ -192,7 +192,7 @@ TEST_F(utl_TempFileTest, AFailedNameShowsItsSource) {
 
 // The free space.
 
-TEST_F(utl_TempFileTest, TheSpaceIsThatOfTheMomentOfNaming) {
+TEST_F(TempFileTest, TheSpaceIsThatOfTheMomentOfNaming) {
   utl_TempFile file("");
   {
     const FakeDiskSpace disk(1ULL << 40, 1ULL << 41);
@@ -202,7 +202,7 @@ TEST_F(utl_TempFileTest, TheSpaceIsThatOfTheMomentOfNaming) {
   EXPECT_EQ(file.AvailableSpace(), 1ULL << 40);
 }
 
-TEST_F(utl_TempFileTest, TheSpaceStaysWhenTheFileGrows) {
+TEST_F(TempFileTest, TheSpaceStaysWhenTheFileGrows) {
   utl_TempFile file("");
   file.Create();
   file.Close();
@@ -216,14 +216,14 @@ TEST_F(utl_TempFileTest, TheSpaceStaysWhenTheFileGrows) {
 
 // Create, Open, OpenIfPresent, Close.
 
-TEST_F(utl_TempFileTest, CreateMakesAnEmptyWritableFile) {
+TEST_F(TempFileTest, CreateMakesAnEmptyWritableFile) {
   utl_TempFile file("dat");
   file.Create();
   EXPECT_EQ(ReadWholeFile(PathOf(file)), "");
   EXPECT_EQ(_access(file.Name().c_str(), 2), 0);
 }
 
-TEST_F(utl_TempFileTest, OtherUsersMayNotReadTheFile) {
+TEST_F(TempFileTest, OtherUsersMayNotReadTheFile) {
   utl_TempFile file("");
   file.Create();
   const std::optional<bool> mayRead = OtherUserMayRead(PathOf(file));
@@ -234,7 +234,7 @@ TEST_F(utl_TempFileTest, OtherUsersMayNotReadTheFile) {
 }
 
 // Nothing tells a file that was created and closed from one that was left over.
-TEST_F(utl_TempFileTest, AFileThatWasClosedBelongsToNobody) {
+TEST_F(TempFileTest, AFileThatWasClosedBelongsToNobody) {
   utl_TempFile first("dat");
   first.Create();
   first.Close();
@@ -249,7 +249,7 @@ TEST_F(utl_TempFileTest, AFileThatWasClosedBelongsToNobody) {
   EXPECT_NO_THROW(first.Create());
 }
 
-TEST_F(utl_TempFileTest, AFileThatIsHeldOpenCanBeUsedAndNotTakenAway) {
+TEST_F(TempFileTest, AFileThatIsHeldOpenCanBeUsedAndNotTakenAway) {
   utl_TempFile file("dat");
   file.Create();
   {
@@ -261,7 +261,7 @@ TEST_F(utl_TempFileTest, AFileThatIsHeldOpenCanBeUsedAndNotTakenAway) {
   EXPECT_EQ(ReadWholeFile(PathOf(file)), "x");
 }
 
-TEST_F(utl_TempFileTest, TheDescriptorReadsAndWritesInTextMode) {
+TEST_F(TempFileTest, TheDescriptorReadsAndWritesInTextMode) {
   const int descriptor = NextDescriptor();
   const auto expectAll = [&] {
     EXPECT_EQ(_write(descriptor, "x", 1), 1);
@@ -279,7 +279,7 @@ TEST_F(utl_TempFileTest, TheDescriptorReadsAndWritesInTextMode) {
   expectAll();
 }
 
-TEST_F(utl_TempFileTest, CreateTwiceFailsAndTheFirstDescriptorStays) {
+TEST_F(TempFileTest, CreateTwiceFailsAndTheFirstDescriptorStays) {
   const int descriptor = NextDescriptor();
   utl_TempFile file("");
   file.Create();
@@ -291,7 +291,7 @@ TEST_F(utl_TempFileTest, CreateTwiceFailsAndTheFirstDescriptorStays) {
   EXPECT_TRUE(FileExists(PathOf(file)));
 }
 
-TEST_F(utl_TempFileTest, CreateFailsWhereTheDirectoryHasGone) {
+TEST_F(TempFileTest, CreateFailsWhereTheDirectoryHasGone) {
   std::filesystem::create_directory(dir_.File("sub"));
   const ScopedEnvironment scratch("SCRATCH", Shown("sub").c_str());
   utl_TempFile file("");
@@ -301,14 +301,14 @@ TEST_F(utl_TempFileTest, CreateFailsWhereTheDirectoryHasGone) {
   EXPECT_FALSE(file.OpenIfPresent());
 }
 
-TEST_F(utl_TempFileTest, OpenBeforeCreate) {
+TEST_F(TempFileTest, OpenBeforeCreate) {
   utl_TempFile file("");
   EXPECT_FALSE(file.OpenIfPresent());
   EXPECT_THROW_TEXT(file.Open(), utl_TempFileOpenExc, OpenText(NameOf(file), ENOENT));
   EXPECT_TRUE(DirectoryIsEmpty());
 }
 
-TEST_F(utl_TempFileTest, OpenIsOfTheExistingFile) {
+TEST_F(TempFileTest, OpenIsOfTheExistingFile) {
   const int descriptor = NextDescriptor();
   utl_TempFile file("");
   WriteWholeFile(PathOf(file), "content");
@@ -321,7 +321,7 @@ TEST_F(utl_TempFileTest, OpenIsOfTheExistingFile) {
   EXPECT_EQ(ReadWholeFile(PathOf(file)), "content");
 }
 
-TEST_F(utl_TempFileTest, OpenFailsOnAFileThatIsLocked) {
+TEST_F(TempFileTest, OpenFailsOnAFileThatIsLocked) {
   utl_TempFile file("");
   WriteWholeFile(PathOf(file), "");
   {
@@ -333,7 +333,7 @@ TEST_F(utl_TempFileTest, OpenFailsOnAFileThatIsLocked) {
   EXPECT_TRUE(file.OpenIfPresent());
 }
 
-TEST_F(utl_TempFileTest, ASecondOpenClosesWhatItReplaces) {
+TEST_F(TempFileTest, ASecondOpenClosesWhatItReplaces) {
   const int first = NextDescriptor();
   utl_TempFile file("");
   file.Create();
@@ -348,7 +348,7 @@ TEST_F(utl_TempFileTest, ASecondOpenClosesWhatItReplaces) {
 
 // A relative name, which is another file's from another current directory: "su" is there
 // for the free space, which is asked for under the first two characters.
-TEST_F(utl_TempFileTest, CreateClosesWhatItReplaces) {
+TEST_F(TempFileTest, CreateClosesWhatItReplaces) {
   for (const char* directory : {"1/su", "1/sub", "2/sub"}) {
     std::filesystem::create_directories(dir_.File(directory));
   }
@@ -365,7 +365,7 @@ TEST_F(utl_TempFileTest, CreateClosesWhatItReplaces) {
   EXPECT_TRUE(IsOpen(first + 1));
 }
 
-TEST_F(utl_TempFileTest, CloseMayBeRepeated) {
+TEST_F(TempFileTest, CloseMayBeRepeated) {
   const int descriptor = NextDescriptor();
   utl_TempFile file("");
   file.Close();
@@ -380,7 +380,7 @@ TEST_F(utl_TempFileTest, CloseMayBeRepeated) {
 
 // The end.
 
-TEST_F(utl_TempFileTest, TheFileGoesWithTheObject) {
+TEST_F(TempFileTest, TheFileGoesWithTheObject) {
   {
     utl_TempFile file("dat");
     file.Create();
@@ -389,7 +389,7 @@ TEST_F(utl_TempFileTest, TheFileGoesWithTheObject) {
   EXPECT_TRUE(DirectoryIsEmpty());
 }
 
-TEST_F(utl_TempFileTest, AnUnusedObjectTouchesNothing) {
+TEST_F(TempFileTest, AnUnusedObjectTouchesNothing) {
   WriteWholeFile(dir_.File("dat"), "");
   const FailingCall untouched(SystemCall::kCreateFile, ERROR_ACCESS_DENIED);
   std::filesystem::current_path(dir_.Path());
@@ -398,7 +398,7 @@ TEST_F(utl_TempFileTest, AnUnusedObjectTouchesNothing) {
   EXPECT_TRUE(FileExists(dir_.File("dat"))) << "the suffix is no name";
 }
 
-TEST_F(utl_TempFileTest, AnObjectWhoseNamingFailedTouchesNothing) {
+TEST_F(TempFileTest, AnObjectWhoseNamingFailedTouchesNothing) {
   const ScopedEnvironment none("SCRATCH", nullptr);
   WriteWholeFile(dir_.File("dat"), "");
   std::filesystem::current_path(dir_.Path());
@@ -409,12 +409,12 @@ TEST_F(utl_TempFileTest, AnObjectWhoseNamingFailedTouchesNothing) {
   EXPECT_TRUE(FileExists(dir_.File("dat")));
 }
 
-TEST_F(utl_TempFileTest, AFileThatWasNamedAndNotMadeMayBeAbsent) {
+TEST_F(TempFileTest, AFileThatWasNamedAndNotMadeMayBeAbsent) {
   { EXPECT_EQ(NameOf(utl_TempFile("")), Expected('a')); }
   EXPECT_TRUE(DirectoryIsEmpty());
 }
 
-TEST_F(utl_TempFileTest, AFileThatOthersMadeUnderTheNameGoes) {
+TEST_F(TempFileTest, AFileThatOthersMadeUnderTheNameGoes) {
   {
     const utl_TempFile file("");
     WriteWholeFile(PathOf(file), "");
@@ -422,7 +422,7 @@ TEST_F(utl_TempFileTest, AFileThatOthersMadeUnderTheNameGoes) {
   EXPECT_TRUE(DirectoryIsEmpty());
 }
 
-TEST_F(utl_TempFileTest, AFileThatCannotBeRemovedStays) {
+TEST_F(TempFileTest, AFileThatCannotBeRemovedStays) {
   auto file = std::make_unique<utl_TempFile>("");
   file->Create();
   file->Close();
@@ -431,7 +431,7 @@ TEST_F(utl_TempFileTest, AFileThatCannotBeRemovedStays) {
   EXPECT_FALSE(DirectoryIsEmpty());
 }
 
-TEST_F(utl_TempFileTest, AnObjectDestroyedDuringAnExceptionRemovesItsFile) {
+TEST_F(TempFileTest, AnObjectDestroyedDuringAnExceptionRemovesItsFile) {
   try {
     utl_TempFile file("");
     file.Create();
@@ -443,7 +443,7 @@ TEST_F(utl_TempFileTest, AnObjectDestroyedDuringAnExceptionRemovesItsFile) {
   EXPECT_TRUE(DirectoryIsEmpty());
 }
 
-TEST_F(utl_TempFileTest, AnObjectThatCannotRemoveItsFileDuringAnExceptionIsSilent) {
+TEST_F(TempFileTest, AnObjectThatCannotRemoveItsFileDuringAnExceptionIsSilent) {
   std::unique_ptr<Exclusive> other;
   try {
     utl_TempFile file("");
@@ -457,14 +457,14 @@ TEST_F(utl_TempFileTest, AnObjectThatCannotRemoveItsFileDuringAnExceptionIsSilen
   EXPECT_FALSE(DirectoryIsEmpty());
 }
 
-TEST(utl_TempFileClass, HasOneOwnerAndAQuietEnd) {
+TEST(TempFileClassTest, HasOneOwnerAndAQuietEnd) {
   static_assert(!std::is_copy_constructible_v<utl_TempFile>);
   static_assert(!std::is_copy_assignable_v<utl_TempFile>);
   static_assert(!std::is_move_constructible_v<utl_TempFile>);
   static_assert(std::is_nothrow_destructible_v<utl_TempFile>);
 }
 
-TEST(utl_TempFileExceptions, GroupAndClasses) {
+TEST(TempFileExceptionsTest, GroupAndClasses) {
   ExpectExceptionContract(utl_TempFileException("a message"), "a message");
   ExpectExceptionContract<utl_TempFileException>(
       utl_TempFileOpenExc("name", "reason"),
@@ -478,7 +478,7 @@ TEST(utl_TempFileExceptions, GroupAndClasses) {
       "*** ERROR: Can't find directory in which to place temporary file.");
 }
 
-TEST(utl_TempFileExceptions, InsertedTextIsNotScannedAgain) {
+TEST(TempFileExceptionsTest, InsertedTextIsNotScannedAgain) {
   EXPECT_EQ(utl_TempFileOpenExc("%2$s", "%1$s").AsString(),
             "*** ERROR: Can't create temporary file: %2$s, system error: %1$s");
   EXPECT_EQ(utl_TempFileDirExc("%s").AsString(), "*** ERROR: Not a directory: %s");

@@ -32,7 +32,7 @@ void ExpectAll(std::initializer_list<UrlCase> cases) {
   }
 }
 
-TEST(UrlParser, Table) {
+TEST(UrlParserTest, Table) {
   ExpectAll({
       {"kstrdb://user@node-7:4000/db/file?x=1", true, "kstrdb", "node-7", "4000",
        "db/file"},
@@ -46,7 +46,7 @@ TEST(UrlParser, Table) {
   });
 }
 
-TEST(UrlParser, Consequences) {
+TEST(UrlParserTest, Consequences) {
   ExpectAll({
       {"kstrdb://host:1234", true, "kstrdb", "host", "", ""},
       {"kstrdb://host:1234/", true, "kstrdb", "host", "1234", ""},
@@ -76,7 +76,7 @@ TEST(UrlParser, Consequences) {
   });
 }
 
-TEST(UrlParser, ATextEndsAtAZeroByte) {
+TEST(UrlParserTest, ATextEndsAtAZeroByte) {
   const cow_String text("kstrdb\0://h/p", 13);
   EXPECT_FALSE(utl_UrlParser::IsUrl(text));
   EXPECT_EQ(utl_UrlParser::GetScheme(text), "");
@@ -85,13 +85,13 @@ TEST(UrlParser, ATextEndsAtAZeroByte) {
 }
 
 // The pattern that is made of it ends there, before the ":".
-TEST(UrlParser, ASchemeEndsAtAZeroByte) {
+TEST(UrlParserTest, ASchemeEndsAtAZeroByte) {
   const cow_String scheme("kst\0_", 5);
   EXPECT_TRUE(utl_UrlParser::IsScheme("kstrdb", scheme));
   EXPECT_FALSE(utl_UrlParser::IsScheme("rdb:", scheme));
 }
 
-TEST(UrlParser, IsScheme) {
+TEST(UrlParserTest, IsScheme) {
   const struct {
     const char* text;
     const char* scheme;
@@ -125,7 +125,7 @@ TEST(UrlParser, IsScheme) {
   }
 }
 
-TEST(UrlParser, ASchemeThatIsNoPattern) {
+TEST(UrlParserTest, ASchemeThatIsNoPattern) {
   EXPECT_THROW_TEXT(utl_UrlParser::IsScheme("a:", "+"), nex_TextException,
                     "rgx_match: error in regex at offset 1: quantifier does not follow a "
                     "repeatable item");

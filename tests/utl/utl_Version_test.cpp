@@ -8,9 +8,9 @@
 namespace {
 
 // Every test has a version object of its own.
-class utl_VersionTest : public testing::Test {
+class VersionTest : public testing::Test {
  protected:
-  ~utl_VersionTest() override { omi_SingletonBase<utl_Version>::Finalize(); }
+  ~VersionTest() override { omi_SingletonBase<utl_Version>::Finalize(); }
 
   static utl_Version& Version() { return omi_Singleton<utl_Version>::Instance(); }
 
@@ -20,7 +20,7 @@ class utl_VersionTest : public testing::Test {
   ScopedEnvironment learner_{"KES_LEARNER", nullptr};
 };
 
-TEST_F(utl_VersionTest, KnowsTheBuildsNumbers) {
+TEST_F(VersionTest, KnowsTheBuildsNumbers) {
   EXPECT_EQ(Version().MajorVersion(), 6);
   EXPECT_EQ(Version().MinorVersion(), 6);
   EXPECT_EQ(Version().UpdateVersion(), 7);
@@ -30,7 +30,7 @@ TEST_F(utl_VersionTest, KnowsTheBuildsNumbers) {
   EXPECT_EQ(Version().FoxVersion(), "1.0");
 }
 
-TEST_F(utl_VersionTest, IsAGeneralMaintenanceRelease) {
+TEST_F(VersionTest, IsAGeneralMaintenanceRelease) {
   EXPECT_TRUE(Version().GenMaintRelease());
   EXPECT_FALSE(Version().CustomRelease());
   EXPECT_FALSE(Version().DevelopmentRelease());
@@ -41,7 +41,7 @@ TEST_F(utl_VersionTest, IsAGeneralMaintenanceRelease) {
   EXPECT_FALSE(Version().GetDebugInfoEnabledForVersionType());
 }
 
-TEST_F(utl_VersionTest, NumbersByTypeOfRelease) {
+TEST_F(VersionTest, NumbersByTypeOfRelease) {
   const struct {
     utl_VersionTypeEnum type;
     const char* number;
@@ -59,7 +59,7 @@ TEST_F(utl_VersionTest, NumbersByTypeOfRelease) {
             "10.0-PR12");
 }
 
-TEST_F(utl_VersionTest, ProductIsWhatItsNameSays) {
+TEST_F(VersionTest, ProductIsWhatItsNameSays) {
   EXPECT_EQ(Version().ProductName(), "KESTRA");
   EXPECT_FALSE(Version().IsProductStudio());
   EXPECT_FALSE(Version().IsProductLens());
@@ -83,7 +83,7 @@ TEST_F(utl_VersionTest, ProductIsWhatItsNameSays) {
   EXPECT_FALSE(Version().IsProductStudio());
 }
 
-TEST_F(utl_VersionTest, TitlesOfTheProducts) {
+TEST_F(VersionTest, TitlesOfTheProducts) {
   EXPECT_EQ(Version().Title(false), "KESTRA Version 6.6-7");
   Version().SetProductStudio();
   EXPECT_EQ(Version().Title(false), "KESTRA/Studio Version 6.6-7");
@@ -91,7 +91,7 @@ TEST_F(utl_VersionTest, TitlesOfTheProducts) {
   EXPECT_EQ(Version().Title(false), "KESTRA/Studio Version 6.6-7") << "it shows nowhere";
 }
 
-TEST_F(utl_VersionTest, LearnerEditionIsNoReleaseAndShowsInTheTitle) {
+TEST_F(VersionTest, LearnerEditionIsNoReleaseAndShowsInTheTitle) {
   Version().SetLearnerEdition();
   EXPECT_TRUE(Version().IsLearnerEdition());
   EXPECT_FALSE(Version().CustomRelease() || Version().DevelopmentRelease() ||
@@ -101,7 +101,7 @@ TEST_F(utl_VersionTest, LearnerEditionIsNoReleaseAndShowsInTheTitle) {
   EXPECT_FALSE(Version().GetDebugInfoEnabledForVersionType());
 }
 
-TEST_F(utl_VersionTest, StartUpSwitchesToTheLearnerEditionOnlyForExactlyOn) {
+TEST_F(VersionTest, StartUpSwitchesToTheLearnerEditionOnlyForExactlyOn) {
   for (const char* value : {"ON", "on", "ON ", "1"}) {
     ScopedEnvironment learner("KES_LEARNER", value);
     int count = 0;
@@ -114,7 +114,7 @@ TEST_F(utl_VersionTest, StartUpSwitchesToTheLearnerEditionOnlyForExactlyOn) {
   }
 }
 
-TEST_F(utl_VersionTest, SequenceIsReadAtEveryCall) {
+TEST_F(VersionTest, SequenceIsReadAtEveryCall) {
   EXPECT_EQ(Version().Sequence(), "");
   ScopedEnvironment first("KESTRA_SEQ", "one");
   EXPECT_EQ(Version().Sequence(), "one");
@@ -122,7 +122,7 @@ TEST_F(utl_VersionTest, SequenceIsReadAtEveryCall) {
   EXPECT_EQ(Version().Sequence(), "two");
 }
 
-TEST_F(utl_VersionTest, DevelopmentInformationNeedsExactlyTrueAtCreation) {
+TEST_F(VersionTest, DevelopmentInformationNeedsExactlyTrueAtCreation) {
   ScopedEnvironment work("WORK", "D:\\views\\solver.main");
   for (const char* value : {"true", "TRUE ", "1"}) {
     ScopedEnvironment mode("KESTRA_DEVL_MODE", value);
@@ -137,7 +137,7 @@ TEST_F(utl_VersionTest, DevelopmentInformationNeedsExactlyTrueAtCreation) {
   EXPECT_EQ(Version().Title(false), "KESTRA Version 6.6-7");
 }
 
-TEST_F(utl_VersionTest, DevelopmentInformationFromWorkAndSequence) {
+TEST_F(VersionTest, DevelopmentInformationFromWorkAndSequence) {
   ScopedEnvironment mode("KESTRA_DEVL_MODE", "TRUE");
   const struct {
     const char *work, *sequence, *info;

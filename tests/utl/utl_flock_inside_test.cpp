@@ -36,7 +36,7 @@ constexpr Pair kPairs[] = {{kShared, kTryShared, 0},
 
 }  // namespace
 
-TEST_F(utl_flockTest, BetweenDescriptorsOfOneProcess) {
+TEST_F(FlockTest, BetweenDescriptorsOfOneProcess) {
   for (const Pair& pair : kPairs) {
     SCOPED_TRACE(Names(pair.held, pair.asked));
     const LockedDescriptor one(path_);
@@ -50,7 +50,7 @@ TEST_F(utl_flockTest, BetweenDescriptorsOfOneProcess) {
   }
 }
 
-TEST_F(utl_flockTest, BetweenProcesses) {
+TEST_F(FlockTest, BetweenProcesses) {
   LockingProcess other(path_);
   for (const Pair& pair : kPairs) {
     SCOPED_TRACE(Names(pair.held, pair.asked));
@@ -66,7 +66,7 @@ TEST_F(utl_flockTest, BetweenProcesses) {
   other.End();
 }
 
-TEST_F(utl_flockTest, FreshFileIsHadInEveryMode) {
+TEST_F(FlockTest, FreshFileIsHadInEveryMode) {
   for (const int mode : {kShared, kExclusive, kTryShared, kTryExclusive}) {
     const LockedDescriptor one(path_);
     EXPECT_EQ(ErrorOf(one, mode), 0);
@@ -74,7 +74,7 @@ TEST_F(utl_flockTest, FreshFileIsHadInEveryMode) {
   }
 }
 
-TEST_F(utl_flockTest, OtherModesAreInvalid) {
+TEST_F(FlockTest, OtherModesAreInvalid) {
   for (const int mode : {0, 3, 4, 7, 9, 10, 12, 13, 14, 15, 16, -1, -2, 1 << 30, 0x105}) {
     EXPECT_EQ(ErrorOf(one_, mode), kInvalidArgument) << mode;
     EXPECT_EQ(ErrorOf(-1, mode), kInvalidArgument) << mode;
@@ -82,7 +82,7 @@ TEST_F(utl_flockTest, OtherModesAreInvalid) {
   EXPECT_EQ(ErrorOf(other_, kTryExclusive), 0);
 }
 
-TEST_F(utl_flockTest, BadDescriptors) {
+TEST_F(FlockTest, BadDescriptors) {
   LockedDescriptor one(path_);
   const int closed = one;
   one.Close();
@@ -93,7 +93,7 @@ TEST_F(utl_flockTest, BadDescriptors) {
   }
 }
 
-TEST_F(utl_flockTest, UnlockOfWhatIsNotLocked) {
+TEST_F(FlockTest, UnlockOfWhatIsNotLocked) {
   EXPECT_NE(ErrorOf(one_, kUnlock), 0);
   EXPECT_EQ(ErrorOf(one_, kTryExclusive), 0);
   SetLastError(0);
@@ -105,13 +105,13 @@ TEST_F(utl_flockTest, UnlockOfWhatIsNotLocked) {
   EXPECT_NE(ErrorOf(one_, kUnlock), 0);
 }
 
-TEST_F(utl_flockTest, FailureIsTheSystemsOwnNumber) {
+TEST_F(FlockTest, FailureIsTheSystemsOwnNumber) {
   ASSERT_EQ(ErrorOf(one_, kExclusive), 0);
   EXPECT_EQ(ErrorOf(other_, kTryShared), static_cast<int>(ERROR_LOCK_VIOLATION));
   EXPECT_EQ(GetLastError(), DWORD{ERROR_LOCK_VIOLATION});
 }
 
-TEST_F(utl_flockTest, ExclusiveOnOneDescriptorExcludesASecond) {
+TEST_F(FlockTest, ExclusiveOnOneDescriptorExcludesASecond) {
   EXPECT_EQ(ErrorOf(one_, kTryExclusive), 0);
   EXPECT_EQ(ErrorOf(one_, kTryExclusive), kLocked);
   EXPECT_EQ(ErrorOf(one_, kUnlock), 0);
@@ -119,7 +119,7 @@ TEST_F(utl_flockTest, ExclusiveOnOneDescriptorExcludesASecond) {
   EXPECT_EQ(ErrorOf(one_, kTryExclusive), kLocked);
 }
 
-TEST_F(utl_flockTest, SharedTwiceIsUnlockedTwice) {
+TEST_F(FlockTest, SharedTwiceIsUnlockedTwice) {
   EXPECT_EQ(ErrorOf(one_, kTryShared), 0);
   EXPECT_EQ(ErrorOf(one_, kTryShared), 0);
   EXPECT_EQ(ErrorOf(one_, kUnlock), 0);
@@ -128,7 +128,7 @@ TEST_F(utl_flockTest, SharedTwiceIsUnlockedTwice) {
   EXPECT_EQ(ErrorOf(other_, kTryExclusive), 0);
 }
 
-TEST_F(utl_flockTest, SharedBesideTheOwnExclusiveOutlivesIt) {
+TEST_F(FlockTest, SharedBesideTheOwnExclusiveOutlivesIt) {
   EXPECT_EQ(ErrorOf(one_, kTryExclusive), 0);
   EXPECT_EQ(ErrorOf(one_, kTryShared), 0);
   EXPECT_EQ(ErrorOf(other_, kTryShared), kLocked);
@@ -140,7 +140,7 @@ TEST_F(utl_flockTest, SharedBesideTheOwnExclusiveOutlivesIt) {
   EXPECT_EQ(ErrorOf(other_, kTryExclusive), 0);
 }
 
-TEST_F(utl_flockTest, ReadersAndWritersMayLockAsTheyLike) {
+TEST_F(FlockTest, ReadersAndWritersMayLockAsTheyLike) {
   const int accesses[] = {_O_RDONLY, _O_WRONLY, _O_RDWR};
   for (const int first : accesses) {
     for (const int second : accesses) {
@@ -156,7 +156,7 @@ TEST_F(utl_flockTest, ReadersAndWritersMayLockAsTheyLike) {
 }
 
 // Whatever the descriptor may do with the file.
-TEST_F(utl_flockTest, SuccessLeavesErrnoAlone) {
+TEST_F(FlockTest, SuccessLeavesErrnoAlone) {
   for (const int access : {_O_RDONLY, _O_WRONLY, _O_RDWR}) {
     const LockedDescriptor descriptor(path_, access);
     for (const int mode : {kShared, kTryShared, kUnlock, kUnlock, kExclusive, kTryShared,
@@ -166,19 +166,19 @@ TEST_F(utl_flockTest, SuccessLeavesErrnoAlone) {
   }
 }
 
-TEST_F(utl_flockTest, ClosingUnlocks) {
+TEST_F(FlockTest, ClosingUnlocks) {
   EXPECT_EQ(ErrorOf(one_, kExclusive), 0);
   one_.Close();
   EXPECT_EQ(ErrorOf(other_, kTryExclusive), 0);
 }
 
-TEST_F(utl_flockTest, ClosingAnotherDescriptorUnlocksNothing) {
+TEST_F(FlockTest, ClosingAnotherDescriptorUnlocksNothing) {
   EXPECT_EQ(ErrorOf(one_, kExclusive), 0);
   LockedDescriptor(path_).Close();
   EXPECT_EQ(ErrorOf(other_, kTryShared), kLocked);
 }
 
-TEST_F(utl_flockTest, EndOfTheProcessUnlocks) {
+TEST_F(FlockTest, EndOfTheProcessUnlocks) {
   for (const bool killed : {false, true}) {
     LockingProcess other(path_);
     ASSERT_EQ(other.ErrorOf(kTryExclusive), 0);
@@ -190,7 +190,7 @@ TEST_F(utl_flockTest, EndOfTheProcessUnlocks) {
 }
 
 // 4 GiB less 64 KiB from the start, whatever the file's size.
-TEST_F(utl_flockTest, LockedRange) {
+TEST_F(FlockTest, LockedRange) {
   const HANDLE handle = AsHandle(_get_osfhandle(other_));
   ASSERT_EQ(ErrorOf(one_, kExclusive), 0);
   const auto isFree = [handle](DWORD low, DWORD high) {
@@ -207,7 +207,7 @@ TEST_F(utl_flockTest, LockedRange) {
   EXPECT_TRUE(isFree(0, 1));
 }
 
-TEST_F(utl_flockTest, PositionDoesNotMatter) {
+TEST_F(FlockTest, PositionDoesNotMatter) {
   _lseeki64(one_, 7, SEEK_SET);
   ASSERT_EQ(ErrorOf(one_, kExclusive), 0);
   EXPECT_EQ(_lseeki64(one_, 0, SEEK_CUR), 7);
@@ -215,7 +215,7 @@ TEST_F(utl_flockTest, PositionDoesNotMatter) {
 }
 
 // What is no file has nothing to lock.
-TEST_F(utl_flockTest, Pipes) {
+TEST_F(FlockTest, Pipes) {
   const Pipe pipe;
   for (const int mode : kModes) {
     EXPECT_EQ(ErrorOf(pipe.Reader(), mode), kInvalidHandle);

@@ -48,7 +48,7 @@ class WaitingLock {
 
 }  // namespace
 
-TEST_F(utl_flockTest, WaitsForAnotherDescriptor) {
+TEST_F(FlockTest, WaitsForAnotherDescriptor) {
   const struct {
     int held;
     int asked;
@@ -66,7 +66,7 @@ TEST_F(utl_flockTest, WaitsForAnotherDescriptor) {
   }
 }
 
-TEST_F(utl_flockTest, WaitsForTheOwnDescriptorToBeUnlocked) {
+TEST_F(FlockTest, WaitsForTheOwnDescriptorToBeUnlocked) {
   const struct {
     int held;
     int asked;
@@ -86,7 +86,7 @@ TEST_F(utl_flockTest, WaitsForTheOwnDescriptorToBeUnlocked) {
   }
 }
 
-TEST_F(utl_flockTest, WaiterOnTheSameDescriptorIsNotGivenWhatAnotherHolds) {
+TEST_F(FlockTest, WaiterOnTheSameDescriptorIsNotGivenWhatAnotherHolds) {
   const LockedDescriptor holder(path_);
   const LockedDescriptor both(path_);
   ASSERT_EQ(ErrorOf(holder, kExclusive), 0);
@@ -101,7 +101,7 @@ TEST_F(utl_flockTest, WaiterOnTheSameDescriptorIsNotGivenWhatAnotherHolds) {
   EXPECT_EQ(ErrorOf(holder, kTryShared), kLocked);
 }
 
-TEST_F(utl_flockTest, SharedGoesAheadOfAWaitingExclusive) {
+TEST_F(FlockTest, SharedGoesAheadOfAWaitingExclusive) {
   const LockedDescriptor holder(path_);
   const LockedDescriptor both(path_);
   ASSERT_EQ(ErrorOf(holder, kShared), 0);
@@ -117,7 +117,7 @@ TEST_F(utl_flockTest, SharedGoesAheadOfAWaitingExclusive) {
   EXPECT_EQ(ErrorOf(holder, kTryShared), kLocked);
 }
 
-TEST_F(utl_flockTest, WaitsForAnotherProcess) {
+TEST_F(FlockTest, WaitsForAnotherProcess) {
   LockingProcess other(path_);
   const LockedDescriptor one(path_);
   for (const int mode : {kShared, kExclusive}) {
@@ -137,7 +137,7 @@ TEST_F(utl_flockTest, WaitsForAnotherProcess) {
   other.End();
 }
 
-TEST_F(utl_flockTest, WaitEndsWhenTheHolderIsKilled) {
+TEST_F(FlockTest, WaitEndsWhenTheHolderIsKilled) {
   LockingProcess other(path_);
   const LockedDescriptor one(path_);
   ASSERT_EQ(other.ErrorOf(kTryExclusive), 0);
@@ -147,7 +147,7 @@ TEST_F(utl_flockTest, WaitEndsWhenTheHolderIsKilled) {
   EXPECT_EQ(waiting.Result(), 0);
 }
 
-TEST_F(utl_flockTest, WaitIsNotInterrupted) {
+TEST_F(FlockTest, WaitIsNotInterrupted) {
   const LockedDescriptor holder(path_);
   const LockedDescriptor waiter(path_);
   ASSERT_EQ(ErrorOf(holder, kExclusive), 0);
@@ -159,7 +159,7 @@ TEST_F(utl_flockTest, WaitIsNotInterrupted) {
 }
 
 // Each adds to a counter; without a lock, additions would be lost.
-TEST_F(utl_flockTest, ThreadsTakeTurns) {
+TEST_F(FlockTest, ThreadsTakeTurns) {
   constexpr int kThreads = 4;
   constexpr int kRounds = 50;
   for (const bool onOneDescriptor : {false, true}) {
@@ -186,7 +186,7 @@ TEST_F(utl_flockTest, ThreadsTakeTurns) {
 }
 
 // Nobody is beside one who has the file exclusively.
-TEST_F(utl_flockTest, ThreadsShareAndExclude) {
+TEST_F(FlockTest, ThreadsShareAndExclude) {
   constexpr int kRounds = 100;
   std::atomic<int> readers = 0;
   std::atomic<int> writers = 0;

@@ -29,7 +29,7 @@ std::string Now(const char* format) {
   return text;
 }
 
-TEST(utl_hostInfo, DateAndTimeAreTheLocalOnes) {
+TEST(HostInfoTest, DateAndTimeAreTheLocalOnes) {
   // The clock may tick between the calls: the answer lies between two readings.
   const std::string before = Now("%d-%b-%Y");
   const cow_String date = utl_getDate();
@@ -43,7 +43,7 @@ TEST(utl_hostInfo, DateAndTimeAreTheLocalOnes) {
   EXPECT_EQ(time, first);
 }
 
-TEST(utl_hostInfo, DateAndTimeHaveTwoDigitsAndEnglishMonths) {
+TEST(HostInfoTest, DateAndTimeHaveTwoDigitsAndEnglishMonths) {
   const char* months[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                           "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
   std::tm when = {};
@@ -58,7 +58,7 @@ TEST(utl_hostInfo, DateAndTimeHaveTwoDigitsAndEnglishMonths) {
   EXPECT_EQ(utl_timeText(when), "04:03:09");
 }
 
-TEST(utl_hostInfo, HostOrUserThatCannotBeHadIsEmpty) {
+TEST(HostInfoTest, HostOrUserThatCannotBeHadIsEmpty) {
   for (SystemCall call : {SystemCall::kSocketStart, SystemCall::kGetHostName}) {
     const FailingCall failing(call, ERROR_ACCESS_DENIED);
     EXPECT_EQ(utl_getHostName(), "");
@@ -69,18 +69,18 @@ TEST(utl_hostInfo, HostOrUserThatCannotBeHadIsEmpty) {
   EXPECT_TRUE(failing.Happened());
 }
 
-TEST(utl_hostInfo, HostAndUserAreKnown) {
+TEST(HostInfoTest, HostAndUserAreKnown) {
   EXPECT_NE(utl_getHostName(), "");
   EXPECT_NE(utl_getUserName(), "");
 }
 
-TEST(utl_hostInfo, CurrentDirectoryHasItsDrive) {
+TEST(HostInfoTest, CurrentDirectoryHasItsDrive) {
   const TempDir dir;
   const CurrentDirectory current(dir.Path());
   EXPECT_EQ(utl_getcwd(), dir.ShownPath());
 }
 
-TEST(utl_hostInfo, CurrentDirectoryTooLongForTheSystemCallIsEmpty) {
+TEST(HostInfoTest, CurrentDirectoryTooLongForTheSystemCallIsEmpty) {
   const TempDir dir;
   const CurrentDirectory current(dir.Path());
   // Step by step, there and back: no call gets a long path, which Windows would refuse.
@@ -97,21 +97,21 @@ TEST(utl_hostInfo, CurrentDirectoryTooLongForTheSystemCallIsEmpty) {
   EXPECT_EQ(shown, "");
 }
 
-TEST(utl_hostInfo, PlatformIsAlwaysTheSame) {
+TEST(HostInfoTest, PlatformIsAlwaysTheSame) {
   EXPECT_EQ(utl_getPlatform(), "win86_64");
 }
 
-TEST(utl_hostInfo, CountsProcessors) {
+TEST(HostInfoTest, CountsProcessors) {
   EXPECT_EQ(utl_getNumberCpus(), static_cast<int>(std::thread::hardware_concurrency()));
 }
 
-TEST(utl_hostInfo, ClockRateIsPlausible) {
+TEST(HostInfoTest, ClockRateIsPlausible) {
   const int rate = utl_getCpusClockSpeed();
   EXPECT_GT(rate, 100);
   EXPECT_LT(rate, 20000);
 }
 
-TEST(utl_hostInfo, ClockRateIsFoundUnderEachSpelling) {
+TEST(HostInfoTest, ClockRateIsFoundUnderEachSpelling) {
   const char* key = "HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0";
   for (const char* spelling : {"~MHz", "~Mhz", "~mhz"}) {
     EXPECT_GT(utl_registryNumber(key, {spelling}), 100) << spelling;
@@ -119,7 +119,7 @@ TEST(utl_hostInfo, ClockRateIsFoundUnderEachSpelling) {
   }
 }
 
-TEST(utl_hostInfo, ClockRateWithoutKeyOrValueIsMinusOne) {
+TEST(HostInfoTest, ClockRateWithoutKeyOrValueIsMinusOne) {
   EXPECT_EQ(utl_registryNumber("HARDWARE\\DESCRIPTION\\System\\NoProcessor\\0", {"~MHz"}),
             -1);
   EXPECT_EQ(utl_registryNumber("HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0",
@@ -127,7 +127,7 @@ TEST(utl_hostInfo, ClockRateWithoutKeyOrValueIsMinusOne) {
             -1);
 }
 
-TEST(utl_hostInfo, DriverNameComesFromTheCommand) {
+TEST(HostInfoTest, DriverNameComesFromTheCommand) {
   const struct {
     const char *command, *name;
   } cases[] = {
@@ -149,7 +149,7 @@ TEST_CHILD(printDriverName) {
   return 0;
 }
 
-TEST(utl_hostInfo, DriverNameOfAnEmptyCommandIsEmpty) {
+TEST(HostInfoTest, DriverNameOfAnEmptyCommandIsEmpty) {
   const ScopedEnvironment restored("KES_COMMAND", nullptr);
   SetEmptyForChildren("KES_COMMAND");
   ChildProcess child = ChildProcess::Start("printDriverName");
@@ -157,13 +157,13 @@ TEST(utl_hostInfo, DriverNameOfAnEmptyCommandIsEmpty) {
   EXPECT_EQ(child.Wait(), 0);
 }
 
-TEST(utl_hostInfo, DriverNameWithoutCommandThrows) {
+TEST(HostInfoTest, DriverNameWithoutCommandThrows) {
   ScopedEnvironment command("KES_COMMAND", nullptr);
   EXPECT_THROW_FROM(utl_getDriverName(), nex_TextException,
                     "Failed to determine driver name", "utl/impl/utl_getDriverName");
 }
 
-TEST(utl_hostInfo, SleepsAndAnswersOne) {
+TEST(HostInfoTest, SleepsAndAnswersOne) {
   EXPECT_EQ(utl_sleep(0), 1);
   EXPECT_EQ(utl_sleep(1), 1);
   std::vector<DWORD> pauses;
@@ -174,7 +174,7 @@ TEST(utl_hostInfo, SleepsAndAnswersOne) {
   EXPECT_EQ(pauses, (std::vector<DWORD>{0, 30, 4294967295}));
 }
 
-TEST(utl_hostInfo, SocketLayerStartsWithVersionTwo) {
+TEST(HostInfoTest, SocketLayerStartsWithVersionTwo) {
   const WatchedSockets sockets;
   utl_InitializeWinsock();
   utl_InitializeWinsock();
@@ -182,7 +182,7 @@ TEST(utl_hostInfo, SocketLayerStartsWithVersionTwo) {
   EXPECT_EQ(sockets.Ends(), 0);
 }
 
-TEST(utl_hostInfo, SocketLayerOfAnotherVersionIsLeftDown) {
+TEST(HostInfoTest, SocketLayerOfAnotherVersionIsLeftDown) {
   for (WORD granted : std::vector<WORD>{0x0102, 0x0001, 0x0202}) {
     const WatchedSockets sockets({}, granted);
     utl_InitializeWinsock();
@@ -190,7 +190,7 @@ TEST(utl_hostInfo, SocketLayerOfAnotherVersionIsLeftDown) {
   }
 }
 
-TEST(utl_hostInfo, SocketLayerThatDoesNotStartIsNotEnded) {
+TEST(HostInfoTest, SocketLayerThatDoesNotStartIsNotEnded) {
   const WatchedSockets sockets;
   const FailingCall failing(SystemCall::kSocketStart, ERROR_ACCESS_DENIED);
   utl_InitializeWinsock();
@@ -198,7 +198,7 @@ TEST(utl_hostInfo, SocketLayerThatDoesNotStartIsNotEnded) {
   EXPECT_EQ(sockets.Ends(), 0);
 }
 
-TEST(utl_hostInfo, HostNameStartsTheSocketLayerForItselfAndNeverEndsIt) {
+TEST(HostInfoTest, HostNameStartsTheSocketLayerForItselfAndNeverEndsIt) {
   const WatchedSockets sockets;
   EXPECT_NE(utl_getHostName(), "");
   EXPECT_NE(utl_getHostName(), "");

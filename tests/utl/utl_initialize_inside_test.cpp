@@ -15,7 +15,7 @@ namespace {
 
 using Holder = thr_GlobalSingleton<utl_IOTracker_Container>;
 
-TEST(utl_initialize, MovesTheCallersCountByOneAtTheRealStartAndEnd) {
+TEST(InitializeTest, MovesTheCallersCountByOneAtTheRealStartAndEnd) {
   int first = 10;
   int second = 20;
   utl_initialize(first);
@@ -33,7 +33,7 @@ TEST(utl_initialize, MovesTheCallersCountByOneAtTheRealStartAndEnd) {
   EXPECT_EQ(second, 19);
 }
 
-TEST(utl_initialize, TheLastEndTakesTheLibraryDown) {
+TEST(InitializeTest, TheLastEndTakesTheLibraryDown) {
   int count = 0;
   utl_initialize(count);
   utl_initialize(count);
@@ -44,7 +44,7 @@ TEST(utl_initialize, TheLastEndTakesTheLibraryDown) {
   EXPECT_EQ(Holder::Look(), nullptr);
 }
 
-TEST(utl_initialize, TheEndReachesEveryObjectAndLibrary) {
+TEST(InitializeTest, TheEndReachesEveryObjectAndLibrary) {
   int count = 0;
   utl_initialize(count);
   omi_Singleton<utl_Version>::Instance();
@@ -60,7 +60,7 @@ TEST(utl_initialize, TheEndReachesEveryObjectAndLibrary) {
   EXPECT_EQ(typ_DebugFlags::Level("utl"), 0);
 }
 
-TEST(utl_initialize, ObjectsThatWereNeverMadeAreSkipped) {
+TEST(InitializeTest, ObjectsThatWereNeverMadeAreSkipped) {
   const ScopedEnvironment learner("KES_LEARNER", nullptr);
   const auto expectNone = [] {
     EXPECT_EQ(omi_Singleton<utl_Version>::Look(), nullptr);
@@ -77,7 +77,7 @@ TEST(utl_initialize, ObjectsThatWereNeverMadeAreSkipped) {
   expectNone();
 }
 
-TEST(utl_initialize, StartsAnewAfterTheEnd) {
+TEST(InitializeTest, StartsAnewAfterTheEnd) {
   int count = 0;
   for (int round = 0; round < 3; ++round) {
     utl_initialize(count);
@@ -89,7 +89,7 @@ TEST(utl_initialize, StartsAnewAfterTheEnd) {
   }
 }
 
-TEST(utl_initialize, SocketsEndBetweenTheCommandLineAndTheTracker) {
+TEST(InitializeTest, SocketsEndBetweenTheCommandLineAndTheTracker) {
   using CommandLine = thr_GlobalSingleton<utl_CommandLine>;
   using Version = omi_Singleton<utl_Version>;
   const WatchedSockets sockets([] {
@@ -109,7 +109,7 @@ TEST(utl_initialize, SocketsEndBetweenTheCommandLineAndTheTracker) {
 }
 
 // One end too many: the nesting goes below zero, and the next start only makes up for it.
-TEST(utl_initialize, AnEndWithoutAStartIsMadeUpForByTheNextStart) {
+TEST(InitializeTest, AnEndWithoutAStartIsMadeUpForByTheNextStart) {
   int count = 0;
   Holder::Instance();
   utl_finalize(count);

@@ -78,7 +78,7 @@ std::string SeenByAChild(const BoundSocket& socket) {
 
 }  // namespace
 
-TEST(utl_noInheritFile, ChildDoesNotHaveTheFile) {
+TEST(NoInheritFileTest, ChildDoesNotHaveTheFile) {
   const TempDir dir;
   const InheritedFile file(dir.File("f"));
   ASSERT_EQ(SeenByAChild(file), "inherited");
@@ -86,7 +86,7 @@ TEST(utl_noInheritFile, ChildDoesNotHaveTheFile) {
   EXPECT_EQ(SeenByAChild(file), "not there");
 }
 
-TEST(utl_noInheritFile, OtherFilesAreStillInherited) {
+TEST(NoInheritFileTest, OtherFilesAreStillInherited) {
   const TempDir dir;
   const InheritedFile file(dir.File("f"));
   const InheritedFile other(dir.File("other"));
@@ -94,14 +94,14 @@ TEST(utl_noInheritFile, OtherFilesAreStillInherited) {
   EXPECT_EQ(SeenByAChild(other), "inherited");
 }
 
-TEST(utl_noInheritFile, FileStaysOpenHere) {
+TEST(NoInheritFileTest, FileStaysOpenHere) {
   const TempDir dir;
   const InheritedFile file(dir.File("f"));
   EXPECT_TRUE(utl_noInheritFile(file.Descriptor()));
   EXPECT_EQ(_write(file.Descriptor(), "x", 1), 1);
 }
 
-TEST(utl_noInheritFile, TwiceIsNoError) {
+TEST(NoInheritFileTest, TwiceIsNoError) {
   const TempDir dir;
   const InheritedFile file(dir.File("f"));
   EXPECT_TRUE(utl_noInheritFile(file.Descriptor()));
@@ -109,7 +109,7 @@ TEST(utl_noInheritFile, TwiceIsNoError) {
   EXPECT_EQ(SeenByAChild(file), "not there");
 }
 
-TEST(utl_noInheritFile, BadDescriptors) {
+TEST(NoInheritFileTest, BadDescriptors) {
   const TempDir dir;
   InheritedFile file(dir.File("f"));
   const int closed = file.Descriptor();
@@ -119,13 +119,13 @@ TEST(utl_noInheritFile, BadDescriptors) {
   }
 }
 
-TEST(utl_noInheritFile, BadDescriptorIsNoSystemCall) {
+TEST(NoInheritFileTest, BadDescriptorIsNoSystemCall) {
   const WatchedInheritance watched;
   EXPECT_FALSE(utl_noInheritFile(-1));
   EXPECT_EQ(watched.Calls(), 0);
 }
 
-TEST(utl_noInheritFile, AsksTheSystemToClearTheFlag) {
+TEST(NoInheritFileTest, AsksTheSystemToClearTheFlag) {
   const Pipe pipe;
   const WatchedInheritance watched;
   EXPECT_TRUE(utl_noInheritFile(pipe.Reader()));
@@ -135,21 +135,21 @@ TEST(utl_noInheritFile, AsksTheSystemToClearTheFlag) {
   EXPECT_EQ(watched.Flags(), 0U);
 }
 
-TEST(utl_noInheritFile, RefusalIsFalse) {
+TEST(NoInheritFileTest, RefusalIsFalse) {
   const Pipe pipe;
   const FailingCall failing(SystemCall::kSetHandleInformation, ERROR_ACCESS_DENIED);
   EXPECT_FALSE(utl_noInheritFile(pipe.Reader()));
   EXPECT_TRUE(failing.Happened());
 }
 
-TEST(utl_noInheritSocket, ChildDoesNotHaveTheSocket) {
+TEST(NoInheritSocketTest, ChildDoesNotHaveTheSocket) {
   const BoundSocket socket;
   ASSERT_EQ(SeenByAChild(socket), "inherited");
   EXPECT_TRUE(utl_noInheritSocket(socket.Number()));
   EXPECT_EQ(SeenByAChild(socket), "not there");
 }
 
-TEST(utl_noInheritSocket, SocketStaysOpenHere) {
+TEST(NoInheritSocketTest, SocketStaysOpenHere) {
   const BoundSocket socket;
   const int port = socket.Port();
   EXPECT_GT(port, 0);
@@ -157,13 +157,13 @@ TEST(utl_noInheritSocket, SocketStaysOpenHere) {
   EXPECT_EQ(socket.Port(), port);
 }
 
-TEST(utl_noInheritSocket, MinusOneIsNoSystemCall) {
+TEST(NoInheritSocketTest, MinusOneIsNoSystemCall) {
   const WatchedInheritance watched;
   EXPECT_FALSE(utl_noInheritSocket(-1));
   EXPECT_EQ(watched.Calls(), 0);
 }
 
-TEST(utl_noInheritSocket, NumbersThatAreNoSocket) {
+TEST(NoInheritSocketTest, NumbersThatAreNoSocket) {
   BoundSocket socket;
   const int closed = socket.Number();
   socket.Close();
@@ -173,7 +173,7 @@ TEST(utl_noInheritSocket, NumbersThatAreNoSocket) {
 }
 
 // Negative numbers widen with their sign.
-TEST(utl_noInheritSocket, NumberWidensWithItsSign) {
+TEST(NoInheritSocketTest, NumberWidensWithItsSign) {
   const WatchedInheritance watched;
   EXPECT_FALSE(utl_noInheritSocket(-1000));
   EXPECT_EQ(watched.Handle(), AsHandle(-1000));
@@ -181,7 +181,7 @@ TEST(utl_noInheritSocket, NumberWidensWithItsSign) {
   EXPECT_EQ(watched.Flags(), 0U);
 }
 
-TEST(utl_noInheritSocket, RefusalIsFalse) {
+TEST(NoInheritSocketTest, RefusalIsFalse) {
   const BoundSocket socket;
   const FailingCall failing(SystemCall::kSetHandleInformation, ERROR_ACCESS_DENIED);
   EXPECT_FALSE(utl_noInheritSocket(socket.Number()));

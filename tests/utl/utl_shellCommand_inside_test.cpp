@@ -12,7 +12,7 @@
 
 namespace {
 
-TEST(utl_shellCommand, WindowsPlatformsHaveFixedNamesThatNobodyLooksFor) {
+TEST(ShellCommandTest, WindowsPlatformsHaveFixedNamesThatNobodyLooksFor) {
   const FailingCall asked(SystemCall::kAccess, ERROR_ACCESS_DENIED);
   EXPECT_EQ(remoteShellCommand(), "rsh");
   EXPECT_EQ(secureShellCommand(), "ssh");
@@ -23,7 +23,7 @@ TEST(utl_shellCommand, WindowsPlatformsHaveFixedNamesThatNobodyLooksFor) {
   EXPECT_FALSE(asked.Happened());
 }
 
-TEST(utl_shellCommand, OtherPlatformsSearchAndEndInTheException) {
+TEST(ShellCommandTest, OtherPlatformsSearchAndEndInTheException) {
   EXPECT_THROW_AT(utl_remoteShellCommandOn("linux"), nex_TextException,
                   "Cannot find remote shell command", "utl/impl/utl_remoteShellCommand",
                   44);
@@ -42,12 +42,12 @@ int Questions(Search search) {
   }
 }
 
-TEST(utl_shellCommand, EveryCommandIsSoughtInEveryDirectory) {
+TEST(ShellCommandTest, EveryCommandIsSoughtInEveryDirectory) {
   EXPECT_EQ(Questions([] { utl_remoteShellCommandOn("linux"); }), 2 * 4);
   EXPECT_EQ(Questions([] { utl_secureShellCommandOn("linux"); }), 1);
 }
 
-TEST(utl_shellCommand, SearchTakesCommandsThenDirectoriesInOrder) {
+TEST(ShellCommandTest, SearchTakesCommandsThenDirectoriesInOrder) {
   TempDir dir;
   std::filesystem::create_directories(dir.File("one"));
   std::filesystem::create_directories(dir.File("two"));

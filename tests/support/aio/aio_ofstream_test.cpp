@@ -13,13 +13,13 @@ void Write(aio_ofstream& stream, const std::string& text) {
   stream.write(text.data(), static_cast<int>(text.size()));
 }
 
-class aio_ofstreamTest : public testing::Test {
+class AioOfstreamTest : public testing::Test {
  protected:
   const TempDir directory_;
   const std::string path_ = directory_.File("out.txt");
 };
 
-TEST_F(aio_ofstreamTest, BytesGetIntoTheFileAsGiven) {
+TEST_F(AioOfstreamTest, BytesGetIntoTheFileAsGiven) {
   const std::string bytes("line\nline\r\n\0\x1a\xff", 14);
   aio_ofstream stream(path_.c_str());
   EXPECT_TRUE(stream.is_open());
@@ -30,20 +30,20 @@ TEST_F(aio_ofstreamTest, BytesGetIntoTheFileAsGiven) {
   EXPECT_EQ(ReadWholeFile(path_), bytes);
 }
 
-TEST_F(aio_ofstreamTest, OpeningEmptiesTheFile) {
+TEST_F(AioOfstreamTest, OpeningEmptiesTheFile) {
   WriteWholeFile(path_, "something old");
   { const aio_ofstream stream(path_.c_str()); }
   EXPECT_EQ(ReadWholeFile(path_), "");
 }
 
-TEST_F(aio_ofstreamTest, PermissionsAreThoseOfAnyNewFile) {
+TEST_F(AioOfstreamTest, PermissionsAreThoseOfAnyNewFile) {
   { const aio_ofstream stream(path_.c_str()); }
   WriteWholeFile(directory_.File("other"), "");
   EXPECT_EQ(std::filesystem::status(path_).permissions(),
             std::filesystem::status(directory_.File("other")).permissions());
 }
 
-TEST_F(aio_ofstreamTest, FlushHandsOnWhatIsHeld) {
+TEST_F(AioOfstreamTest, FlushHandsOnWhatIsHeld) {
   aio_ofstream stream(path_.c_str());
   Write(stream, "abc");
   EXPECT_EQ(ReadWholeFile(path_), "");
@@ -51,7 +51,7 @@ TEST_F(aio_ofstreamTest, FlushHandsOnWhatIsHeld) {
   EXPECT_EQ(ReadWholeFile(path_), "abc");
 }
 
-TEST_F(aio_ofstreamTest, DestructorWritesWhatIsHeld) {
+TEST_F(AioOfstreamTest, DestructorWritesWhatIsHeld) {
   {
     aio_ofstream stream(path_.c_str());
     Write(stream, "abc");
@@ -59,7 +59,7 @@ TEST_F(aio_ofstreamTest, DestructorWritesWhatIsHeld) {
   EXPECT_EQ(ReadWholeFile(path_), "abc");
 }
 
-TEST_F(aio_ofstreamTest, LongTextInManyPieces) {
+TEST_F(AioOfstreamTest, LongTextInManyPieces) {
   std::string expected;
   aio_ofstream stream(path_.c_str());
   for (int i = 0; i < 30000; ++i) {
@@ -71,7 +71,7 @@ TEST_F(aio_ofstreamTest, LongTextInManyPieces) {
   EXPECT_EQ(ReadWholeFile(path_), expected);
 }
 
-TEST_F(aio_ofstreamTest, LengthOfZeroOrLessWritesNothing) {
+TEST_F(AioOfstreamTest, LengthOfZeroOrLessWritesNothing) {
   aio_ofstream stream(path_.c_str());
   stream.write("abc", 0);
   stream.write("abc", -1);
@@ -80,7 +80,7 @@ TEST_F(aio_ofstreamTest, LengthOfZeroOrLessWritesNothing) {
   EXPECT_EQ(ReadWholeFile(path_), "");
 }
 
-TEST_F(aio_ofstreamTest, FileThatCannotBeMadeIsNotOpenAndNotGood) {
+TEST_F(AioOfstreamTest, FileThatCannotBeMadeIsNotOpenAndNotGood) {
   aio_ofstream stream(directory_.File("missing/out.txt").c_str());
   EXPECT_FALSE(stream.is_open());
   EXPECT_FALSE(stream.good());
@@ -90,7 +90,7 @@ TEST_F(aio_ofstreamTest, FileThatCannotBeMadeIsNotOpenAndNotGood) {
   EXPECT_FALSE(stream.good());
 }
 
-TEST_F(aio_ofstreamTest, ClosedStreamFailsAndWritesNothing) {
+TEST_F(AioOfstreamTest, ClosedStreamFailsAndWritesNothing) {
   aio_ofstream stream(path_.c_str());
   Write(stream, "abc");
   stream.close();
@@ -102,7 +102,7 @@ TEST_F(aio_ofstreamTest, ClosedStreamFailsAndWritesNothing) {
 }
 
 // The device that is always full; both targets reach it under this name.
-TEST(aio_ofstream, FullDiskShowsInGood) {
+TEST_F(AioOfstreamTest, FullDiskShowsInGood) {
   aio_ofstream stream("/dev/full");
   ASSERT_TRUE(stream.is_open());
   Write(stream, "abc");

@@ -34,7 +34,7 @@ std::string Letters(std::size_t count) {
   return text;
 }
 
-TEST(aio_ostrstream, IsEmptyOpenAndGoodAtFirst) {
+TEST(AioOstrstreamTest, IsEmptyOpenAndGoodAtFirst) {
   const aio_ostrstream stream;
   EXPECT_EQ(Text(stream), "");
   EXPECT_EQ(stream.length(), 0);
@@ -42,7 +42,7 @@ TEST(aio_ostrstream, IsEmptyOpenAndGoodAtFirst) {
   EXPECT_TRUE(stream.good());
 }
 
-TEST(aio_ostrstream, KeepsEveryByteInOrder) {
+TEST(AioOstrstreamTest, KeepsEveryByteInOrder) {
   aio_ostrstream stream;
   Write(stream, "one ");
   Write(stream, std::string("t\0o", 3));
@@ -51,7 +51,7 @@ TEST(aio_ostrstream, KeepsEveryByteInOrder) {
   EXPECT_EQ(Text(stream), std::string("one t\0o three", 13));
 }
 
-TEST(aio_ostrstream, LengthOfZeroOrLessWritesNothing) {
+TEST(AioOstrstreamTest, LengthOfZeroOrLessWritesNothing) {
   aio_ostrstream stream;
   stream.write("abc", 0);
   stream.write("abc", -1);
@@ -60,7 +60,7 @@ TEST(aio_ostrstream, LengthOfZeroOrLessWritesNothing) {
   EXPECT_TRUE(stream.good());
 }
 
-TEST(aio_ostrstream, PiecesAroundTheChunkSize) {
+TEST(AioOstrstreamTest, PiecesAroundTheChunkSize) {
   for (const int size : {kChunk - 1, kChunk, kChunk + 1, 3 * kChunk, 1000000}) {
     SCOPED_TRACE(size);
     const std::string text = Letters(static_cast<std::size_t>(size));
@@ -72,7 +72,7 @@ TEST(aio_ostrstream, PiecesAroundTheChunkSize) {
   }
 }
 
-TEST(aio_ostrstream, ManySmallPieces) {
+TEST(AioOstrstreamTest, ManySmallPieces) {
   std::string expected;
   aio_ostrstream stream;
   for (std::size_t i = 0; i < 20000; ++i) {
@@ -83,7 +83,7 @@ TEST(aio_ostrstream, ManySmallPieces) {
   EXPECT_EQ(Text(stream), expected);
 }
 
-TEST(aio_ostrstream, AdoptStringKeepsTheText) {
+TEST(AioOstrstreamTest, AdoptStringKeepsTheText) {
   aio_ostrstream stream;
   Write(stream, "abc");
   EXPECT_EQ(Text(stream), "abc");
@@ -91,7 +91,7 @@ TEST(aio_ostrstream, AdoptStringKeepsTheText) {
   EXPECT_EQ(Text(stream), "abcdef");
 }
 
-TEST(aio_ostrstream, AdoptStringAsksForTheTextAndItsZeroByte) {
+TEST(AioOstrstreamTest, AdoptStringAsksForTheTextAndItsZeroByte) {
   static std::size_t asked = 0;
   aio_ostrstream stream;
   Write(stream, "abc");
@@ -103,7 +103,7 @@ TEST(aio_ostrstream, AdoptStringAsksForTheTextAndItsZeroByte) {
   EXPECT_STREQ(text.get(), "abc");
 }
 
-TEST(aio_ostrstream, AdoptStringWithoutMemory) {
+TEST(AioOstrstreamTest, AdoptStringWithoutMemory) {
   aio_ostrstream stream;
   Write(stream, "abc");
   EXPECT_EQ(stream.adoptString([](std::size_t) -> void* { return nullptr; }), nullptr);
@@ -112,7 +112,7 @@ TEST(aio_ostrstream, AdoptStringWithoutMemory) {
   EXPECT_EQ(Text(stream), "abc");
 }
 
-TEST(aio_ostrstream, SeekForgetsTheTextBehind) {
+TEST(AioOstrstreamTest, SeekForgetsTheTextBehind) {
   const std::string text = Letters(std::size_t{3} * kChunk);
   aio_ostrstream stream;
   Write(stream, text);
@@ -127,7 +127,7 @@ TEST(aio_ostrstream, SeekForgetsTheTextBehind) {
   EXPECT_TRUE(stream.good());
 }
 
-TEST(aio_ostrstream, WritingGoesOnBehindASeek) {
+TEST(AioOstrstreamTest, WritingGoesOnBehindASeek) {
   const std::string text = Letters(std::size_t{2} * kChunk);
   for (const int offset : {kChunk, kChunk + 1, 3}) {
     aio_ostrstream stream;
@@ -138,7 +138,7 @@ TEST(aio_ostrstream, WritingGoesOnBehindASeek) {
   }
 }
 
-TEST(aio_ostrstream, SeekOutsideTheTextFailsAndChangesNothing) {
+TEST(AioOstrstreamTest, SeekOutsideTheTextFailsAndChangesNothing) {
   for (const std::int64_t offset : {std::int64_t{-1}, std::int64_t{4}, INT64_MAX}) {
     aio_ostrstream stream;
     Write(stream, "abc");
@@ -148,7 +148,7 @@ TEST(aio_ostrstream, SeekOutsideTheTextFailsAndChangesNothing) {
   }
 }
 
-TEST(aio_ostrstream, ClosedStreamKeepsItsTextAndTakesNoMore) {
+TEST(AioOstrstreamTest, ClosedStreamKeepsItsTextAndTakesNoMore) {
   aio_ostrstream stream;
   Write(stream, "abc");
   stream.close();
@@ -159,7 +159,7 @@ TEST(aio_ostrstream, ClosedStreamKeepsItsTextAndTakesNoMore) {
   EXPECT_EQ(Text(stream), "abc");
 }
 
-TEST(aio_ostrstream, SeekOfAClosedStreamFails) {
+TEST(AioOstrstreamTest, SeekOfAClosedStreamFails) {
   aio_ostrstream stream;
   Write(stream, "abc");
   stream.close();

@@ -10,7 +10,7 @@
 
 namespace {
 
-TEST(AtrString, EmptyTexts) {
+TEST(AtrStringTest, EmptyTexts) {
   for (const atr_String& text : {atr_String(), atr_String(""), atr_String(nullptr),
                                  atr_String(cow_String()), atr_String(std::string())}) {
     EXPECT_EQ(text.Length(), 0);
@@ -19,7 +19,7 @@ TEST(AtrString, EmptyTexts) {
   }
 }
 
-TEST(AtrString, TakesEveryTextType) {
+TEST(AtrStringTest, TakesEveryTextType) {
   EXPECT_STREQ(atr_String("abc").c_str(), "abc");
   EXPECT_STREQ(atr_String(cow_String("abc")).c_str(), "abc");
   EXPECT_STREQ(atr_String(std::string("abc")).c_str(), "abc");
@@ -28,21 +28,21 @@ TEST(AtrString, TakesEveryTextType) {
   EXPECT_STREQ(atr_String(writable).c_str(), "abc");
 }
 
-TEST(AtrString, ConvertsWithoutBeingNamed) {
+TEST(AtrStringTest, ConvertsWithoutBeingNamed) {
   static_assert(std::is_convertible_v<const char*, atr_String>);
   static_assert(std::is_convertible_v<cow_String, atr_String>);
   static_assert(std::is_convertible_v<std::string_view, atr_String>);
   static_assert(!std::is_convertible_v<int, atr_String>);
 }
 
-TEST(AtrString, Compares) {
+TEST(AtrStringTest, Compares) {
   const atr_String text("abc");
   EXPECT_TRUE(text == "abc" && "abc" == text && text != "abd" && text != "ab");
   EXPECT_TRUE(text == cow_String("abc") && cow_String("ab") != text);
   EXPECT_TRUE(text == std::string("abc"));
 }
 
-TEST(AtrString, CopiesShareTheTextAndNeverFail) {
+TEST(AtrStringTest, CopiesShareTheTextAndNeverFail) {
   static_assert(std::is_nothrow_copy_constructible_v<atr_String>);
   static_assert(std::is_nothrow_copy_assignable_v<atr_String>);
   atr_String copy;
@@ -55,7 +55,7 @@ TEST(AtrString, CopiesShareTheTextAndNeverFail) {
   EXPECT_EQ(copy.Length(), 3);
 }
 
-TEST(AtrString, WritesToStreams) {
+TEST(AtrStringTest, WritesToStreams) {
   std::ostringstream out;
   out << atr_String("abc") << atr_String() << '.';
   EXPECT_EQ(out.str(), "abc.");

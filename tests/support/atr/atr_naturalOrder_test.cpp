@@ -8,7 +8,7 @@
 namespace {
 
 // Ascending; every text is compared with every other, in both directions.
-TEST(AtrNaturalOrder, TableOfAscendingTexts) {
+TEST(AtrNaturalOrderTest, TableOfAscendingTexts) {
   const std::string zeros(1000, '0');
   const std::string nines(1000, '9');
   const std::vector<std::string> ascending = {
@@ -68,7 +68,7 @@ TEST(AtrNaturalOrder, TableOfAscendingTexts) {
   }
 }
 
-TEST(AtrNaturalOrder, LeadingZerosDecideOnlyBetweenEqualValues) {
+TEST(AtrNaturalOrderTest, LeadingZerosDecideOnlyBetweenEqualValues) {
   EXPECT_LT(strnatcmp("a01", "a1"), 0);
   EXPECT_LT(strnatcmp("a001", "a01"), 0);
   EXPECT_LT(strnatcmp("a01b", "a1c"), 0);
@@ -77,18 +77,18 @@ TEST(AtrNaturalOrder, LeadingZerosDecideOnlyBetweenEqualValues) {
   EXPECT_GT(strnatcmp("a0010", "a9"), 0);
 }
 
-TEST(AtrNaturalOrder, OnlyIdenticalTextsAreEqual) {
+TEST(AtrNaturalOrderTest, OnlyIdenticalTextsAreEqual) {
   EXPECT_EQ(strnatcmp("", ""), 0);
   EXPECT_EQ(strnatcmp("file007", "file007"), 0);
   EXPECT_NE(strnatcmp("file007", "file7"), 0);
   EXPECT_NE(strnatcmp("0", "00"), 0);
 }
 
-TEST(AtrNaturalOrder, SwitchIsOffAtStart) {
+TEST(AtrNaturalOrderTest, SwitchIsOffAtStart) {
   EXPECT_FALSE(atr_getNaturalOrder());
 }
 
-TEST(AtrNaturalOrder, SwitchKeepsWhatIsSet) {
+TEST(AtrNaturalOrderTest, SwitchKeepsWhatIsSet) {
   atr_setNaturalOrder(true);
   EXPECT_TRUE(atr_getNaturalOrder());
   atr_setNaturalOrder(false);

@@ -17,7 +17,7 @@ struct Row {
 
 const char* const kArguments[] = {"<1>", "%s", "%1$s"};
 
-TEST(AtrTranslate, SubstitutionTable) {
+TEST(AtrTranslateTest, SubstitutionTable) {
   const Row rows[] = {
       {"", 0, ""},
       {"plain", 0, "plain"},
@@ -68,11 +68,11 @@ TEST(AtrTranslate, SubstitutionTable) {
   }
 }
 
-TEST(AtrTranslate, NullTemplateIsEmpty) {
+TEST(AtrTranslateTest, NullTemplateIsEmpty) {
   EXPECT_EQ(atr_translate(nullptr).Result(), "");
 }
 
-TEST(AtrTranslate, ArgumentTypes) {
+TEST(AtrTranslateTest, ArgumentTypes) {
   atr_translate text("%1$s %2$s %3$s %4$s %5$s %6$s %7$s");
   atr_SubstituteFormat(text, 1, "chars");
   atr_SubstituteFormat(text, 2, cow_String("cow"));
@@ -84,21 +84,21 @@ TEST(AtrTranslate, ArgumentTypes) {
   EXPECT_EQ(text.Result(), "chars cow atr -2147483648 4294967295 0 std");
 }
 
-TEST(AtrTranslate, NullAndEmptyArgumentsAreArguments) {
+TEST(AtrTranslateTest, NullAndEmptyArgumentsAreArguments) {
   atr_translate text("[%1$s][%2$s]");
   atr_SubstituteFormat(text, 1, static_cast<const char*>(nullptr));
   atr_SubstituteFormat(text, 2, cow_String());
   EXPECT_EQ(text.Result(), "[][]");
 }
 
-TEST(AtrTranslate, LaterArgumentReplacesEarlier) {
+TEST(AtrTranslateTest, LaterArgumentReplacesEarlier) {
   atr_translate text("%1$s");
   atr_SubstituteFormat(text, 1, "a");
   atr_SubstituteFormat(text, 1, "b");
   EXPECT_EQ(text.Result(), "b");
 }
 
-TEST(AtrTranslate, PositionsOfAnySizeAreKept) {
+TEST(AtrTranslateTest, PositionsOfAnySizeAreKept) {
   atr_translate text("%2147483647$s %s");
   atr_SubstituteFormat(text, INT_MAX, "last");
   atr_SubstituteFormat(text, 0, "none");
@@ -107,19 +107,19 @@ TEST(AtrTranslate, PositionsOfAnySizeAreKept) {
 }
 
 // A literal percent sign is looked up under the number 0, which no argument may take.
-TEST(AtrTranslate, ArgumentAtPositionZeroIsDropped) {
+TEST(AtrTranslateTest, ArgumentAtPositionZeroIsDropped) {
   atr_translate text("100% %0$s %s");
   atr_SubstituteFormat(text, 0, "none");
   EXPECT_EQ(text.Result(), "100% %0$s %s");
 }
 
-TEST(AtrTranslate, ArgumentsEndAtAZeroByte) {
+TEST(AtrTranslateTest, ArgumentsEndAtAZeroByte) {
   atr_translate text("%1$s.");
   atr_SubstituteFormat(text, 1, cow_String("a\0b", 3));
   EXPECT_EQ(text.Result(), "a.");
 }
 
-TEST(AtrTranslate, ResultCanBeReadAgainAsArgumentsArrive) {
+TEST(AtrTranslateTest, ResultCanBeReadAgainAsArgumentsArrive) {
   atr_translate text("%1$s %2$s");
   EXPECT_EQ(text.Result(), "%1$s %2$s");
   atr_SubstituteFormat(text, 2, "b");

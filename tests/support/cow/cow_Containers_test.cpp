@@ -19,14 +19,14 @@ namespace {
 using testing::ElementsAre;
 using testing::Pair;
 
-TEST(CowList, IsEmptyAtFirst) {
+TEST(CowListTest, IsEmptyAtFirst) {
   const cow_List<int> list;
   EXPECT_EQ(list.Length(), 0);
   EXPECT_TRUE(list.IsEmpty());
   EXPECT_THAT(list, ElementsAre());
 }
 
-TEST(CowList, GrowsAtBothEndsAndIteratesFromTheHead) {
+TEST(CowListTest, GrowsAtBothEndsAndIteratesFromTheHead) {
   cow_List<cow_String> list;
   list.Append("b");
   list.Prepend("a");
@@ -36,7 +36,7 @@ TEST(CowList, GrowsAtBothEndsAndIteratesFromTheHead) {
   EXPECT_THAT(list, ElementsAre("a", "b", "c"));
 }
 
-TEST(CowList, CopiesShareUntilOneChanges) {
+TEST(CowListTest, CopiesShareUntilOneChanges) {
   cow_List<int> a;
   a.Append(1);
   cow_List<int> b = a;
@@ -47,7 +47,7 @@ TEST(CowList, CopiesShareUntilOneChanges) {
   EXPECT_THAT(b, ElementsAre(1, 2));
 }
 
-TEST(CowList, TakesItsOwnElements) {
+TEST(CowListTest, TakesItsOwnElements) {
   cow_List<cow_String> list;
   list.Append("a");
   for (int i = 0; i < 100; ++i) {
@@ -60,7 +60,7 @@ TEST(CowList, TakesItsOwnElements) {
   }
 }
 
-TEST(CowList, KeepsTheOrderOfManyElements) {
+TEST(CowListTest, KeepsTheOrderOfManyElements) {
   cow_List<int> list;
   for (int i = 1; i <= 10'000; ++i) {
     list.Append(i);
@@ -74,7 +74,7 @@ TEST(CowList, KeepsTheOrderOfManyElements) {
   EXPECT_EQ(expected, 10'001);
 }
 
-TEST(CowList, MoveLeavesTheEmptyList) {
+TEST(CowListTest, MoveLeavesTheEmptyList) {
   cow_List<int> a;
   a.Append(1);
   const cow_List<int> b = std::move(a);
@@ -82,7 +82,7 @@ TEST(CowList, MoveLeavesTheEmptyList) {
   EXPECT_THAT(b, ElementsAre(1));
 }
 
-TEST(Cow1DArray, AppendsAndReads) {
+TEST(Cow1DArrayTest, AppendsAndReads) {
   cow_1DArray<cow_String> array;
   EXPECT_TRUE(array.IsEmpty());
   array.Append("a");
@@ -94,7 +94,7 @@ TEST(Cow1DArray, AppendsAndReads) {
   EXPECT_THAT(array, ElementsAre("a", "b"));
 }
 
-TEST(Cow1DArray, WritingAnElementDetaches) {
+TEST(Cow1DArrayTest, WritingAnElementDetaches) {
   cow_1DArray<int> a;
   a.Append(1);
   a.Append(2);
@@ -104,14 +104,14 @@ TEST(Cow1DArray, WritingAnElementDetaches) {
   EXPECT_THAT(b, ElementsAre(1, 3));
 }
 
-TEST(Cow1DArray, ReadingAConstantArrayKeepsSharing) {
+TEST(Cow1DArrayTest, ReadingAConstantArrayKeepsSharing) {
   cow_1DArray<int> a;
   a.Append(1);
   const cow_1DArray<int> b = a;
   EXPECT_EQ(&b[0], &*a.begin());
 }
 
-TEST(Cow1DArray, TakesItsOwnElements) {
+TEST(Cow1DArrayTest, TakesItsOwnElements) {
   cow_1DArray<cow_String> array;
   array.Append("a");
   for (int i = 0; i < 100; ++i) {
@@ -120,7 +120,7 @@ TEST(Cow1DArray, TakesItsOwnElements) {
   EXPECT_EQ(array[100], "a");
 }
 
-TEST(Cow1DArray, IndexOutsideThrows) {
+TEST(Cow1DArrayTest, IndexOutsideThrows) {
   cow_1DArray<int> array;
   const cow_1DArray<int> none;
   EXPECT_THROW_TEXT(none[0], nex_AssertException,
@@ -135,7 +135,7 @@ TEST(Cow1DArray, IndexOutsideThrows) {
                     "index 2 is outside an array of 2 elements");
 }
 
-TEST(Cow1DArray, FailedWriteKeepsSharing) {
+TEST(Cow1DArrayTest, FailedWriteKeepsSharing) {
   cow_1DArray<int> a;
   a.Append(1);
   cow_1DArray<int> b = a;
@@ -143,7 +143,7 @@ TEST(Cow1DArray, FailedWriteKeepsSharing) {
   EXPECT_EQ(&*a.begin(), &*b.begin());
 }
 
-TEST(Cow1DArrayList, IsTheArray) {
+TEST(Cow1DArrayListTest, IsTheArray) {
   cow_1DArrayList<cow_String> list;
   list.Append("program");
   list.Append("-job");
@@ -153,7 +153,7 @@ TEST(Cow1DArrayList, IsTheArray) {
                     "index 2 is outside an array of 2 elements");
 }
 
-TEST(CowMap, IsEmptyAtFirst) {
+TEST(CowMapTest, IsEmptyAtFirst) {
   const cow_Map<cow_String, int> map;
   EXPECT_EQ(map.Length(), 0);
   EXPECT_FALSE(map.IsMember("a"));
@@ -161,7 +161,7 @@ TEST(CowMap, IsEmptyAtFirst) {
   EXPECT_THAT(map, ElementsAre());
 }
 
-TEST(CowMap, InsertReplacesTheValueOfAnExistingKey) {
+TEST(CowMapTest, InsertReplacesTheValueOfAnExistingKey) {
   cow_Map<cow_String, cow_String> map;
   map.Insert("job", "a");
   map.Insert("job", "b");
@@ -170,7 +170,7 @@ TEST(CowMap, InsertReplacesTheValueOfAnExistingKey) {
   EXPECT_EQ(*map.Find("job"), "b");
 }
 
-TEST(CowMap, IteratesInByteOrderOfTheKeys) {
+TEST(CowMapTest, IteratesInByteOrderOfTheKeys) {
   cow_Map<cow_String, int> map;
   map.Insert("\x80", 5);
   map.Insert("b", 3);
@@ -184,7 +184,7 @@ TEST(CowMap, IteratesInByteOrderOfTheKeys) {
   EXPECT_EQ(map.begin()->second, 0);
 }
 
-TEST(CowMap, KeysWithZeroBytesDiffer) {
+TEST(CowMapTest, KeysWithZeroBytesDiffer) {
   cow_Map<cow_String, int> map;
   map.Insert(cow_String("a\0b", 3), 1);
   map.Insert("a", 2);
@@ -192,7 +192,7 @@ TEST(CowMap, KeysWithZeroBytesDiffer) {
   EXPECT_EQ(*map.Find("a"), 2);
 }
 
-TEST(CowMap, CopiesShareUntilOneChanges) {
+TEST(CowMapTest, CopiesShareUntilOneChanges) {
   cow_Map<int, int> a;
   a.Insert(1, 1);
   cow_Map<int, int> b = a;
@@ -205,7 +205,7 @@ TEST(CowMap, CopiesShareUntilOneChanges) {
   EXPECT_THAT(c, ElementsAre());
 }
 
-TEST(CowMap, RemovesAKey) {
+TEST(CowMapTest, RemovesAKey) {
   cow_Map<cow_String, int> map;
   map.Insert("a", 1);
   map.Insert("b", 2);
@@ -215,14 +215,14 @@ TEST(CowMap, RemovesAKey) {
   EXPECT_EQ(map.Length(), 1);
 }
 
-TEST(CowMap, RemovesAKeyGivenByItsOwnPair) {
+TEST(CowMapTest, RemovesAKeyGivenByItsOwnPair) {
   cow_Map<cow_String, int> map;
   map.Insert("a", 1);
   map.Remove(map.begin()->first);
   EXPECT_TRUE(map.IsEmpty());
 }
 
-TEST(CowMap, RemovingAnAbsentKeyKeepsSharing) {
+TEST(CowMapTest, RemovingAnAbsentKeyKeepsSharing) {
   cow_Map<int, int> a;
   a.Remove(1);
   a.Insert(1, 1);
@@ -231,7 +231,7 @@ TEST(CowMap, RemovingAnAbsentKeyKeepsSharing) {
   EXPECT_EQ(a.Find(1), b.Find(1));
 }
 
-TEST(CowContainers, ThreadsChangeCopiesOfOne) {
+TEST(CowContainersTest, ThreadsChangeCopiesOfOne) {
   constexpr int kThreads = 4;
   cow_Map<cow_String, cow_List<int>> shared;
   shared.Insert("list", {});

@@ -22,20 +22,20 @@ struct Counted : cow_Shared {
 
 using Handle = cow_Handle<Counted>;
 
-TEST(CowHandle, IsNullAndNotUniqueAtFirst) {
+TEST(CowHandleTest, IsNullAndNotUniqueAtFirst) {
   const Handle handle;
   EXPECT_EQ(handle.Get(), nullptr);
   EXPECT_FALSE(handle.IsUnique());
 }
 
-TEST(CowHandle, FirstWriteMakesTheObject) {
+TEST(CowHandleTest, FirstWriteMakesTheObject) {
   Handle handle;
   handle.Write().value = 7;
   EXPECT_TRUE(handle.IsUnique());
   EXPECT_EQ(handle.Get()->value, 7);
 }
 
-TEST(CowHandle, CopiesShareUntilOneWrites) {
+TEST(CowHandleTest, CopiesShareUntilOneWrites) {
   Handle a;
   a.Write().value = 1;
   Handle b = a;
@@ -51,7 +51,7 @@ TEST(CowHandle, CopiesShareUntilOneWrites) {
   EXPECT_EQ(b.Get()->value, 2);
 }
 
-TEST(CowHandle, OnlyHolderWritesInPlace) {
+TEST(CowHandleTest, OnlyHolderWritesInPlace) {
   Handle handle;
   const Counted* const object = &handle.Write();
   EXPECT_EQ(&handle.Write(), object);
@@ -62,7 +62,7 @@ TEST(CowHandle, OnlyHolderWritesInPlace) {
   EXPECT_EQ(&handle.Write(), object);
 }
 
-TEST(CowHandle, MoveLeavesNull) {
+TEST(CowHandleTest, MoveLeavesNull) {
   Handle a;
   a.Write().value = 1;
   Handle b = std::move(a);
@@ -70,7 +70,7 @@ TEST(CowHandle, MoveLeavesNull) {
   EXPECT_TRUE(b.IsUnique());
 }
 
-TEST(CowHandle, AssignmentReleasesAndSelfAssignmentKeeps) {
+TEST(CowHandleTest, AssignmentReleasesAndSelfAssignmentKeeps) {
   Handle a(new Counted);
   Handle b(new Counted);
   EXPECT_EQ(Counted::alive, 2);
@@ -82,7 +82,7 @@ TEST(CowHandle, AssignmentReleasesAndSelfAssignmentKeeps) {
   EXPECT_EQ(a.Get(), b.Get());
 }
 
-TEST(CowHandle, LastHolderDeletes) {
+TEST(CowHandleTest, LastHolderDeletes) {
   {
     const Handle a(new Counted);
     const Handle b = a;
@@ -92,7 +92,7 @@ TEST(CowHandle, LastHolderDeletes) {
   EXPECT_EQ(Counted::alive, 0);
 }
 
-TEST(CowHandle, ThreadsCopyWriteAndReleaseSharedObjects) {
+TEST(CowHandleTest, ThreadsCopyWriteAndReleaseSharedObjects) {
   constexpr int kThreads = 4;
   constexpr int kRounds = 2000;
   {
@@ -125,7 +125,7 @@ TEST(CowHandle, ThreadsCopyWriteAndReleaseSharedObjects) {
 
 // Every thread reads what all share and writes: whichever comes last is the only holder
 // and writes in place, after the others' reads.
-TEST(CowHandle, LastHolderWritesInPlaceBehindTheReadsOfOthers) {
+TEST(CowHandleTest, LastHolderWritesInPlaceBehindTheReadsOfOthers) {
   for (int round = 0; round < 500; ++round) {
     Handle first;
     first.Write().value = 5;

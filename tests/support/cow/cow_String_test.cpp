@@ -32,7 +32,7 @@ char* NewBlock(std::string_view text) {
   return block;
 }
 
-TEST(CowString, EmptyStringsReadAsEmptyText) {
+TEST(CowStringTest, EmptyStringsReadAsEmptyText) {
   const cow_String null(static_cast<const char*>(nullptr));
   for (const cow_String& text :
        {cow_String(), null, cow_String(""), cow_String("abc", 0), cow_String("abc", -1),
@@ -46,11 +46,11 @@ TEST(CowString, EmptyStringsReadAsEmptyText) {
   }
 }
 
-TEST(CowString, EmptyStringsNeedNoStorage) {
+TEST(CowStringTest, EmptyStringsNeedNoStorage) {
   EXPECT_EQ(cow_String().c_str(), cow_String("").c_str());
 }
 
-TEST(CowString, TakesTextToTheTerminatorOrByLength) {
+TEST(CowStringTest, TakesTextToTheTerminatorOrByLength) {
   EXPECT_EQ(cow_String("abc").Length(), 3);
   EXPECT_EQ(cow_String("abcdef", 4), "abcd"sv);
   const cow_String zero("a\0b", 3);
@@ -61,14 +61,14 @@ TEST(CowString, TakesTextToTheTerminatorOrByLength) {
   EXPECT_EQ(zero.c_str()[3], '\0');
 }
 
-TEST(CowString, IndexReadsBytesAndTheTerminator) {
+TEST(CowStringTest, IndexReadsBytesAndTheTerminator) {
   const cow_String text("a\xff");
   EXPECT_EQ(text[0], 'a');
   EXPECT_EQ(text[1], '\xff');
   EXPECT_EQ(text[2], '\0');
 }
 
-TEST(CowString, CopiesShareStorageUntilOneChanges) {
+TEST(CowStringTest, CopiesShareStorageUntilOneChanges) {
   const cow_String original("abc");
   cow_String copy = original;
   EXPECT_EQ(copy.c_str(), original.c_str());
@@ -77,7 +77,7 @@ TEST(CowString, CopiesShareStorageUntilOneChanges) {
   EXPECT_EQ(copy, "abcd");
 }
 
-TEST(CowString, EveryChangeDetaches) {
+TEST(CowStringTest, EveryChangeDetaches) {
   using Change = void (*)(cow_String&);
   const std::pair<Change, const char*> changes[] = {
       {[](cow_String& s) { s.Append("x", 1); }, " a/bx"},
@@ -99,7 +99,7 @@ TEST(CowString, EveryChangeDetaches) {
   }
 }
 
-TEST(CowString, ChangesThatChangeNothingKeepSharing) {
+TEST(CowStringTest, ChangesThatChangeNothingKeepSharing) {
   const cow_String original("abc");
   cow_String copy = original;
   copy.Append("x", 0).Append("x", -1).Remove(1, 0).Remove(3, 5).Trim(" ").Replace('x',
@@ -111,14 +111,14 @@ TEST(CowString, ChangesThatChangeNothingKeepSharing) {
   EXPECT_EQ(copy, "abc");
 }
 
-TEST(CowString, MoveLeavesTheEmptyString) {
+TEST(CowStringTest, MoveLeavesTheEmptyString) {
   cow_String a("abc");
   const cow_String b = std::move(a);
   EXPECT_EQ(a, "");  // NOLINT: that is the promise
   EXPECT_EQ(b, "abc");
 }
 
-TEST(CowString, AdoptTakesTheBlockWithoutACopy) {
+TEST(CowStringTest, AdoptTakesTheBlockWithoutACopy) {
   char* const block = NewBlock("a\0c"sv);
   const cow_String text = cow_String::Adopt(block, 3);
   EXPECT_EQ(text.c_str(), block);
@@ -127,13 +127,13 @@ TEST(CowString, AdoptTakesTheBlockWithoutACopy) {
   EXPECT_EQ(copy.c_str(), block);
 }
 
-TEST(CowString, AdoptedTextGrowsIntoStorageOfItsOwn) {
+TEST(CowStringTest, AdoptedTextGrowsIntoStorageOfItsOwn) {
   cow_String text = cow_String::Adopt(NewBlock("abc"), 3);
   text += "d";
   EXPECT_EQ(text, "abcd");
 }
 
-TEST(CowString, AdoptedTextIsChangedInItsBlock) {
+TEST(CowStringTest, AdoptedTextIsChangedInItsBlock) {
   char* const block = NewBlock("xabcx");
   cow_String text = cow_String::Adopt(block, 5);
   text.Trim("x");
@@ -141,12 +141,12 @@ TEST(CowString, AdoptedTextIsChangedInItsBlock) {
   EXPECT_STREQ(text.c_str(), "abc");
 }
 
-TEST(CowString, AdoptsABlockOfLengthZero) {
+TEST(CowStringTest, AdoptsABlockOfLengthZero) {
   const cow_String text = cow_String::Adopt(NewBlock(""), 0);
   EXPECT_EQ(text, "");
 }
 
-TEST(CowString, ReservedStorageIsFilledInPlace) {
+TEST(CowStringTest, ReservedStorageIsFilledInPlace) {
   cow_String text = cow_String::Reserved(992);
   EXPECT_TRUE(text.IsEmpty());
   const char* const storage = text.c_str();
@@ -157,7 +157,7 @@ TEST(CowString, ReservedStorageIsFilledInPlace) {
   EXPECT_EQ(text.Length(), 992);
 }
 
-TEST(CowString, ReserveKeepsTextAndNeverShrinks) {
+TEST(CowStringTest, ReserveKeepsTextAndNeverShrinks) {
   cow_String text("abc");
   text.Reserve(100);
   const char* const storage = text.c_str();
@@ -166,14 +166,14 @@ TEST(CowString, ReserveKeepsTextAndNeverShrinks) {
   EXPECT_EQ(text, "abc");
 }
 
-TEST(CowString, ReserveOfSharedTextKeepsAllOfIt) {
+TEST(CowStringTest, ReserveOfSharedTextKeepsAllOfIt) {
   cow_String text("abc");
   const cow_String copy = text;
   text.Reserve(1);
   EXPECT_EQ(text, "abc");
 }
 
-TEST(CowString, ClearKeepsStorage) {
+TEST(CowStringTest, ClearKeepsStorage) {
   cow_String text = cow_String::Reserved(100);
   text += "abc";
   const char* const storage = text.c_str();
@@ -183,7 +183,7 @@ TEST(CowString, ClearKeepsStorage) {
   EXPECT_STREQ(text.c_str(), "");
 }
 
-TEST(CowString, AppendingReallocatesSeldom) {
+TEST(CowStringTest, AppendingReallocatesSeldom) {
   cow_String text;
   int moves = 0;
   const char* storage = text.c_str();
@@ -195,7 +195,7 @@ TEST(CowString, AppendingReallocatesSeldom) {
   EXPECT_LE(moves, 20);
 }
 
-TEST(CowString, FindTable) {
+TEST(CowStringTest, FindTable) {
   const struct {
     const char* text;
     const char* wanted;
@@ -216,7 +216,7 @@ TEST(CowString, FindTable) {
   EXPECT_EQ(cow_String("abc").Find(cow_String("c")), 2);
 }
 
-TEST(CowString, FindLast) {
+TEST(CowStringTest, FindLast) {
   EXPECT_EQ(cow_String("a.b.c").FindLast('.'), 3);
   EXPECT_EQ(cow_String(".").FindLast('.'), 0);
   EXPECT_EQ(cow_String("abc").FindLast('.'), 3);
@@ -224,7 +224,7 @@ TEST(CowString, FindLast) {
   EXPECT_EQ(cow_String("abc").FindLast('\0'), 3);
 }
 
-TEST(CowString, SubstrIsClamped) {
+TEST(CowStringTest, SubstrIsClamped) {
   const struct {
     int from;
     int length;
@@ -252,7 +252,7 @@ TEST(CowString, SubstrIsClamped) {
   EXPECT_EQ(cow_String().Substr(0, 1), "");
 }
 
-TEST(CowString, AppendTakesAllForms) {
+TEST(CowStringTest, AppendTakesAllForms) {
   cow_String text;
   text.Append("ab\0x", 3);
   text += cow_String("c");
@@ -264,7 +264,7 @@ TEST(CowString, AppendTakesAllForms) {
   EXPECT_EQ(text.c_str()[text.Length()], '\0');
 }
 
-TEST(CowString, AppendsPartsOfItself) {
+TEST(CowStringTest, AppendsPartsOfItself) {
   cow_String text("abc");
   text += text;
   EXPECT_EQ(text, "abcabc");
@@ -277,7 +277,7 @@ TEST(CowString, AppendsPartsOfItself) {
   EXPECT_EQ(text, "abcabcbcababcabcbcabab");
 }
 
-TEST(CowString, InsertTable) {
+TEST(CowStringTest, InsertTable) {
   const struct {
     int at;
     const char* expected;
@@ -289,7 +289,7 @@ TEST(CowString, InsertTable) {
   EXPECT_EQ(cow_String("abc").Insert(1, ""), "abc");
 }
 
-TEST(CowString, InsertsPartsOfItself) {
+TEST(CowStringTest, InsertsPartsOfItself) {
   cow_String text("abc");
   text.Reserve(100);
   text.Insert(1, text);
@@ -298,7 +298,7 @@ TEST(CowString, InsertsPartsOfItself) {
   EXPECT_EQ(text, "bcaabcbc");
 }
 
-TEST(CowString, RemoveTable) {
+TEST(CowStringTest, RemoveTable) {
   const struct {
     int from;
     int length;
@@ -323,7 +323,7 @@ TEST(CowString, RemoveTable) {
   EXPECT_EQ(cow_String().Remove(0, 1), "");
 }
 
-TEST(CowString, TrimTable) {
+TEST(CowStringTest, TrimTable) {
   const struct {
     const char* text;
     const char* set;
@@ -340,13 +340,13 @@ TEST(CowString, TrimTable) {
   EXPECT_EQ(cow_String("\0a\0"sv).Trim(" "), "\0a\0"sv);
 }
 
-TEST(CowString, ReplaceChangesEveryOccurrence) {
+TEST(CowStringTest, ReplaceChangesEveryOccurrence) {
   EXPECT_EQ(cow_String("a\\b\\").Replace('\\', '/'), "a/b/");
   EXPECT_EQ(cow_String("a\0b"sv).Replace('\0', 'x'), "axb");
   EXPECT_EQ(cow_String().Replace('a', 'b'), "");
 }
 
-TEST(CowString, JoinsWithAllForms) {
+TEST(CowStringTest, JoinsWithAllForms) {
   const cow_String text("b");
   EXPECT_EQ(text + text, "bb");
   EXPECT_EQ(text + "c", "bc");
@@ -361,7 +361,7 @@ TEST(CowString, JoinsWithAllForms) {
   EXPECT_EQ(text, "b");
 }
 
-TEST(CowString, ComparesUnsignedBytes) {
+TEST(CowStringTest, ComparesUnsignedBytes) {
   EXPECT_LT(cow_String("a"), cow_String("b"));
   EXPECT_LT(cow_String("a"), cow_String("ab"));
   EXPECT_LT(cow_String(), cow_String("a"));
@@ -372,7 +372,7 @@ TEST(CowString, ComparesUnsignedBytes) {
   EXPECT_GT(cow_String("file9"), cow_String("file10"));
 }
 
-TEST(CowString, ComparesWithOtherTexts) {
+TEST(CowStringTest, ComparesWithOtherTexts) {
   const cow_String text("ab");
   EXPECT_TRUE(text == "ab" && "ab" == text && text != "a" && "b" != text);
   EXPECT_TRUE(text == "ab"sv && "ab"sv == text && text != "a"sv);
@@ -381,25 +381,25 @@ TEST(CowString, ComparesWithOtherTexts) {
   EXPECT_TRUE(cow_String() == static_cast<const char*>(nullptr));
 }
 
-TEST(CowString, HashesByContent) {
+TEST(CowStringTest, HashesByContent) {
   std::unordered_set<cow_String> set = {cow_String("a"), cow_String("b"),
                                         cow_String("a")};
   EXPECT_EQ(set.size(), 2u);
   EXPECT_TRUE(set.contains(cow_String::Adopt(NewBlock("b"), 1)));
 }
 
-TEST(CowString, WritesToStreams) {
+TEST(CowStringTest, WritesToStreams) {
   std::ostringstream out;
   out << cow_String("a\0b"sv) << cow_String() << std::setw(4) << cow_String("c");
   EXPECT_EQ(out.str(), "a\0b   c"sv);
 }
 
-TEST(CowString, MeetsTheStandardLibrary) {
+TEST(CowStringTest, MeetsTheStandardLibrary) {
   const std::string_view view = cow_String("abc").Length() == 3 ? "abc"sv : ""sv;
   EXPECT_EQ(std::string(cow_String(view)), "abc");
 }
 
-TEST(CowString, LengthsBeyondIntThrowAndChangeNothing) {
+TEST(CowStringTest, LengthsBeyondIntThrowAndChangeNothing) {
   EXPECT_THROW(cow_String{kTooLong}, std::length_error);
   const cow_String original("abc");
   cow_String text = original;
@@ -411,7 +411,7 @@ TEST(CowString, LengthsBeyondIntThrowAndChangeNothing) {
   EXPECT_EQ(text, "abc");
 }
 
-TEST(CowString, ThreadsCopyChangeAndReleaseSharedText) {
+TEST(CowStringTest, ThreadsCopyChangeAndReleaseSharedText) {
   constexpr int kThreads = 4;
   const cow_String shared("shared text");
   StartLine start(kThreads);
@@ -437,7 +437,7 @@ TEST(CowString, ThreadsCopyChangeAndReleaseSharedText) {
 
 // The same random operations on a cow_String and a std::string; copies taken on the way
 // must keep the text that they were taken with.
-TEST(CowString, AgreesWithAPlainStringUnderRandomOperations) {
+TEST(CowStringTest, AgreesWithAPlainStringUnderRandomOperations) {
   std::mt19937 random(20070305);
   const auto below = [&random](int bound) {
     return static_cast<int>(random() % static_cast<unsigned>(bound));

@@ -9,34 +9,34 @@
 
 namespace {
 
-TEST(mem_Malloc, BlockMayBeReleasedByOperatorDelete) {
+TEST(MemMallocTest, BlockMayBeReleasedByOperatorDelete) {
   void* const block = mem_Malloc(100);
   std::memset(block, 7, 100);
   ::operator delete(block);
 }
 
-TEST(mem_Free, ReleasesABlockOfOperatorNew) {
+TEST(MemFreeTest, ReleasesABlockOfOperatorNew) {
   mem_Free(::operator new(100));
 }
 
-TEST(mem_Free, NullIsAllowed) {
+TEST(MemFreeTest, NullIsAllowed) {
   mem_Free(nullptr);
 }
 
-TEST(mem_Malloc, SizeZeroGivesABlock) {
+TEST(MemMallocTest, SizeZeroGivesABlock) {
   void* const block = mem_Malloc(0);
   EXPECT_NE(block, nullptr);
   mem_Free(block);
 }
 
-TEST(mem_Realloc, NullIsAnEmptyBlock) {
+TEST(MemReallocTest, NullIsAnEmptyBlock) {
   void* const block = mem_Realloc(nullptr, 10);
   ASSERT_NE(block, nullptr);
   std::memset(block, 7, 10);
   mem_Free(block);
 }
 
-TEST(mem_Realloc, ContentsMoveToTheSmallerOfTheSizes) {
+TEST(MemReallocTest, ContentsMoveToTheSmallerOfTheSizes) {
   const std::string text = "0123456789abcdefghijklmnopqrstuvwxyz";
   constexpr std::size_t kSizes[] = {1, 2, 36, 37, 64, 1000, 1 << 20, 5000, 36};
   for (const std::size_t size : kSizes) {
@@ -50,7 +50,7 @@ TEST(mem_Realloc, ContentsMoveToTheSmallerOfTheSizes) {
   }
 }
 
-TEST(mem_Realloc, TakesABlockOfOperatorNew) {
+TEST(MemReallocTest, TakesABlockOfOperatorNew) {
   auto* const block = static_cast<char*>(::operator new(4));
   std::memcpy(block, "abc", 4);
   auto* const moved = static_cast<char*>(mem_Realloc(block, 100000));
@@ -58,7 +58,7 @@ TEST(mem_Realloc, TakesABlockOfOperatorNew) {
   ::operator delete(moved);
 }
 
-TEST(mem_Realloc, SizeZeroGivesABlock) {
+TEST(MemReallocTest, SizeZeroGivesABlock) {
   void* const moved = mem_Realloc(mem_Malloc(10), 0);
   EXPECT_NE(moved, nullptr);
   mem_Free(moved);

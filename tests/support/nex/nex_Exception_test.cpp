@@ -45,21 +45,21 @@ testing::AssertionResult IsCaughtAs(Thrown exception) {
   }
 }
 
-TEST(NexException, TextExceptionIsCaughtByClassAndBase) {
+TEST(NexExceptionTest, TextExceptionIsCaughtByClassAndBase) {
   EXPECT_TRUE(IsCaughtAs<nex_TextException>(nex_TextException("t")));
   EXPECT_TRUE(IsCaughtAs<nex_Exception>(nex_TextException("t")));
   EXPECT_FALSE(IsCaughtAs<nex_AssertException>(nex_TextException("t")));
   EXPECT_FALSE(IsCaughtAs<GroupException>(nex_TextException("t")));
 }
 
-TEST(NexException, AssertExceptionIsCaughtByClassAndBase) {
+TEST(NexExceptionTest, AssertExceptionIsCaughtByClassAndBase) {
   EXPECT_TRUE(IsCaughtAs<nex_AssertException>(nex_AssertException("t")));
   EXPECT_TRUE(IsCaughtAs<nex_TextException>(nex_AssertException("t")));
   EXPECT_TRUE(IsCaughtAs<nex_Exception>(nex_AssertException("t")));
   EXPECT_FALSE(IsCaughtAs<GroupException>(nex_AssertException("t")));
 }
 
-TEST(NexException, ClientClassesAreCaughtByClassGroupAndBase) {
+TEST(NexExceptionTest, ClientClassesAreCaughtByClassGroupAndBase) {
   EXPECT_TRUE(IsCaughtAs<MemberException>(MemberException("t")));
   EXPECT_TRUE(IsCaughtAs<GroupException>(MemberException("t")));
   EXPECT_TRUE(IsCaughtAs<nex_TextException>(MemberException("t")));
@@ -69,7 +69,7 @@ TEST(NexException, ClientClassesAreCaughtByClassGroupAndBase) {
 }
 
 // Thrown by code of the library, not only through it.
-TEST(NexException, LibraryCodeThrowsAcrossItsBoundary) {
+TEST(NexExceptionTest, LibraryCodeThrowsAcrossItsBoundary) {
   const cow_1DArray<int> none;
   EXPECT_THROW_TEXT(none[3], nex_AssertException,
                     "index 3 is outside an array of 0 elements");
@@ -77,7 +77,7 @@ TEST(NexException, LibraryCodeThrowsAcrossItsBoundary) {
   EXPECT_THROW(none[3], nex_Exception);
 }
 
-TEST(NexException, TextAndPositionSurvivePropagate) {
+TEST(NexExceptionTest, TextAndPositionSurvivePropagate) {
   EXPECT_THROW_AT(nex_TextException("text").Throw(kSource, 11), nex_TextException, "text",
                   kSource, 11);
   EXPECT_THROW_AT(nex_AssertException("a >= b").Throw(kSource, 12), nex_AssertException,
@@ -86,7 +86,7 @@ TEST(NexException, TextAndPositionSurvivePropagate) {
                   kSource, 13);
 }
 
-TEST(NexException, PropagateThrowsAgainWithTheSamePosition) {
+TEST(NexExceptionTest, PropagateThrowsAgainWithTheSamePosition) {
   EXPECT_THROW_AT(
       {
         try {
@@ -98,13 +98,13 @@ TEST(NexException, PropagateThrowsAgainWithTheSamePosition) {
       MemberException, "again", kSource, 21);
 }
 
-TEST(NexException, HasNoPositionBeforeItIsRaised) {
+TEST(NexExceptionTest, HasNoPositionBeforeItIsRaised) {
   const nex_TextException exception("text");
   EXPECT_STREQ(exception.SourceFile(), "");
   EXPECT_EQ(exception.SourceLine(), 0);
 }
 
-TEST(NexException, PassesThreadsAsExceptionPointer) {
+TEST(NexExceptionTest, PassesThreadsAsExceptionPointer) {
   std::exception_ptr passed;
   std::thread([&passed] {
     try {
@@ -116,7 +116,7 @@ TEST(NexException, PassesThreadsAsExceptionPointer) {
   EXPECT_THROW_AT(std::rethrow_exception(passed), MemberException, "passed", kSource, 31);
 }
 
-TEST(NexException, UnwindsTheThrowingScope) {
+TEST(NexExceptionTest, UnwindsTheThrowingScope) {
   bool destroyed = false;
   struct Guard {
     bool& flag;
@@ -144,7 +144,7 @@ const std::type_info& ClassOf(const nex_Exception& exception) {
   return typeid(exception);
 }
 
-TEST(NexException, CopyOfAClientClassIsAPlainTextException) {
+TEST(NexExceptionTest, CopyOfAClientClassIsAPlainTextException) {
   const std::unique_ptr<nex_Exception> copy = RaisedCopy(MemberException("text"), 41);
   EXPECT_EQ(ClassOf(*copy), typeid(nex_TextException));
   EXPECT_EQ(copy->AsString(), "text");
@@ -153,19 +153,19 @@ TEST(NexException, CopyOfAClientClassIsAPlainTextException) {
   EXPECT_THROW_TEXT(copy->Propagate(), nex_TextException, "text");
 }
 
-TEST(NexException, CopyOfTheLibrarysOwnClassKeepsTheClass) {
+TEST(NexExceptionTest, CopyOfTheLibrarysOwnClassKeepsTheClass) {
   EXPECT_EQ(ClassOf(*RaisedCopy(nex_TextException("t"), 1)), typeid(nex_TextException));
   EXPECT_EQ(ClassOf(*RaisedCopy(nex_AssertException("t"), 1)),
             typeid(nex_AssertException));
 }
 
-TEST(NexException, TypeNumbers) {
+TEST(NexExceptionTest, TypeNumbers) {
   EXPECT_EQ(nex_TextException("t").DynTypeId(), 1u);
   EXPECT_EQ(nex_AssertException("t").DynTypeId(), 3u);
   EXPECT_EQ(MemberException("t").DynTypeId(), 1u);
 }
 
-TEST(NexException, Reports) {
+TEST(NexExceptionTest, Reports) {
   nex_TextException exception("Seek failed: %1$s");
   EXPECT_EQ(exception.UserReport(), "Seek failed: %1$s");
   EXPECT_EQ(exception.DeveloperReport(), ", line 0: Seek failed: %1$s");
@@ -179,13 +179,13 @@ TEST(NexException, Reports) {
 }
 
 // A class that is thrown must be copied without failing.
-TEST(NexException, CopyingNeverFails) {
+TEST(NexExceptionTest, CopyingNeverFails) {
   static_assert(std::is_nothrow_copy_constructible_v<nex_TextException>);
   static_assert(std::is_nothrow_copy_constructible_v<nex_AssertException>);
   static_assert(std::is_nothrow_copy_constructible_v<MemberException>);
 }
 
-TEST(NexException, VirtualFunctionsHaveTheirSlots) {
+TEST(NexExceptionTest, VirtualFunctionsHaveTheirSlots) {
   exception_contract::ExpectSlots<nex_Exception>();
 }
 

@@ -20,7 +20,7 @@ void Raise() {
   nex_SystemErrorException(kSystemError).Throw(kSource, 7);
 }
 
-TEST(NexSystemErrorException, KeepsCodeAndText) {
+TEST(NexSystemErrorExceptionTest, KeepsCodeAndText) {
   for (const omi_SystemErrorCode& code : {kRunTimeError, kSystemError}) {
     const nex_SystemErrorException exception(code);
     EXPECT_EQ(exception.ErrorCode().Kind(), code.Kind());
@@ -30,11 +30,11 @@ TEST(NexSystemErrorException, KeepsCodeAndText) {
   }
 }
 
-TEST(NexSystemErrorException, UnknownCodeHasAnEmptyText) {
+TEST(NexSystemErrorExceptionTest, UnknownCodeHasAnEmptyText) {
   EXPECT_EQ(nex_SystemErrorException(omi_SystemErrorCode(1, 0x1FFFFFFF)).AsString(), "");
 }
 
-TEST(NexSystemErrorException, IsCaughtByClassAndBase) {
+TEST(NexSystemErrorExceptionTest, IsCaughtByClassAndBase) {
   EXPECT_THROW(Raise(), nex_SystemErrorException);
   EXPECT_THROW(Raise(), nex_TextException);
   EXPECT_THROW(Raise(), nex_Exception);
@@ -51,7 +51,7 @@ TEST(NexSystemErrorException, IsCaughtByClassAndBase) {
   EXPECT_TRUE(passed);
 }
 
-TEST(NexSystemErrorException, CodeTextAndPositionSurvivePropagate) {
+TEST(NexSystemErrorExceptionTest, CodeTextAndPositionSurvivePropagate) {
   EXPECT_THROW_AT(Raise(), nex_SystemErrorException, kSystemError.Text(), kSource, 7);
   try {
     Raise();
@@ -61,7 +61,7 @@ TEST(NexSystemErrorException, CodeTextAndPositionSurvivePropagate) {
   }
 }
 
-TEST(NexSystemErrorException, CopyKeepsTheClassAndTheCode) {
+TEST(NexSystemErrorExceptionTest, CopyKeepsTheClassAndTheCode) {
   const std::unique_ptr<nex_Exception> copy(
       nex_SystemErrorException(kRunTimeError).Copy());
   const auto* const error = dynamic_cast<const nex_SystemErrorException*>(copy.get());
@@ -72,7 +72,7 @@ TEST(NexSystemErrorException, CopyKeepsTheClassAndTheCode) {
   EXPECT_THROW_TEXT(copy->Propagate(), nex_SystemErrorException, kRunTimeError.Text());
 }
 
-TEST(NexSystemErrorException, CopyingNeverFails) {
+TEST(NexSystemErrorExceptionTest, CopyingNeverFails) {
   static_assert(std::is_nothrow_copy_constructible_v<nex_SystemErrorException>);
 }
 

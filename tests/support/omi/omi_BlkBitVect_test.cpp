@@ -17,7 +17,7 @@ std::int64_t Last(const omi_BlkBitVect& vector) {
   return omi_BlkBitVectTrav(vector).Last();
 }
 
-TEST(omi_BlkBitVect, EmptyVectorReadsAsZeros) {
+TEST(OmiBlkBitVectTest, EmptyVectorReadsAsZeros) {
   const omi_BlkBitVect vector;
   for (const std::uint32_t bit : kBits) {
     EXPECT_FALSE(vector.IsSet(bit)) << bit;
@@ -26,7 +26,7 @@ TEST(omi_BlkBitVect, EmptyVectorReadsAsZeros) {
   EXPECT_EQ(vector.Count(), 0U);
 }
 
-TEST(omi_BlkBitVect, SetSetsOneBit) {
+TEST(OmiBlkBitVectTest, SetSetsOneBit) {
   for (const std::uint32_t bit : kBits) {
     SCOPED_TRACE(bit);
     omi_BlkBitVect vector;
@@ -40,14 +40,14 @@ TEST(omi_BlkBitVect, SetSetsOneBit) {
   }
 }
 
-TEST(omi_BlkBitVect, BitSetTwiceCountsOnce) {
+TEST(OmiBlkBitVectTest, BitSetTwiceCountsOnce) {
   omi_BlkBitVect vector;
   vector.Set(40);
   vector.Set(40);
   EXPECT_EQ(vector.Count(), 1U);
 }
 
-TEST(omi_BlkBitVect, SetCellReplacesTheCellAndKeepsTheCount) {
+TEST(OmiBlkBitVectTest, SetCellReplacesTheCellAndKeepsTheCount) {
   omi_BlkBitVect vector;
   vector.Set(0);
   vector.SetCell(3, 0xFF);
@@ -63,7 +63,7 @@ TEST(omi_BlkBitVect, SetCellReplacesTheCellAndKeepsTheCount) {
   EXPECT_EQ(vector.Count(), 1U);
 }
 
-TEST(omi_BlkBitVect, LastCellIsTheLimit) {
+TEST(OmiBlkBitVectTest, LastCellIsTheLimit) {
   omi_BlkBitVect vector;
   vector.SetCell(omi_BlkBitVect::kCells - 1, 0xFFFFFFFF);
   EXPECT_TRUE(vector.IsSet(kLastBit));
@@ -75,7 +75,7 @@ TEST(omi_BlkBitVect, LastCellIsTheLimit) {
   EXPECT_EQ(vector.Count(), 32U);
 }
 
-TEST(omi_BlkBitVect, RunsOfEqualCells) {
+TEST(OmiBlkBitVectTest, RunsOfEqualCells) {
   constexpr std::uint64_t kBlockCells = kBlockBits / 32;
   constexpr std::uint64_t kEnd = omi_BlkBitVect::kCells;
   EXPECT_EQ(omi_BlkBitVect().RunEnd(0), kEnd);
@@ -108,7 +108,7 @@ TEST(omi_BlkBitVect, RunsOfEqualCells) {
   }
 }
 
-TEST(omi_BlkBitVect, CopyIsIndependent) {
+TEST(OmiBlkBitVectTest, CopyIsIndependent) {
   omi_BlkBitVect vector;
   vector.Set(40);
   omi_BlkBitVect copy = vector;
@@ -118,11 +118,11 @@ TEST(omi_BlkBitVect, CopyIsIndependent) {
   EXPECT_EQ(vector.Count(), 1U);
 }
 
-TEST(omi_BlkBitVectTrav, LastOfAnEmptyVectorIsMinusOne) {
+TEST(OmiBlkBitVectTravTest, LastOfAnEmptyVectorIsMinusOne) {
   EXPECT_EQ(Last(omi_BlkBitVect()), -1);
 }
 
-TEST(omi_BlkBitVectTrav, LastIsTheHighestSetBit) {
+TEST(OmiBlkBitVectTravTest, LastIsTheHighestSetBit) {
   omi_BlkBitVect vector;
   for (const std::uint32_t bit : kBits) {
     vector.Set(bit);
@@ -130,7 +130,7 @@ TEST(omi_BlkBitVectTrav, LastIsTheHighestSetBit) {
   }
 }
 
-TEST(omi_BlkBitVectTrav, LastPassesOverClearedCells) {
+TEST(OmiBlkBitVectTravTest, LastPassesOverClearedCells) {
   omi_BlkBitVect vector;
   vector.Set(40);
   vector.SetCell(100000, 5);

@@ -16,26 +16,26 @@ struct Counted {
 
 using Singleton = omi_Singleton<Counted>;
 
-class omi_SingletonTest : public testing::Test {
+class OmiSingletonTest : public testing::Test {
  protected:
-  ~omi_SingletonTest() override { Singleton::Finalize(); }
+  ~OmiSingletonTest() override { Singleton::Finalize(); }
   const int madeBefore_ = made;
   const int destroyedBefore_ = destroyed;
 };
 
-TEST_F(omi_SingletonTest, LookCreatesNothing) {
+TEST_F(OmiSingletonTest, LookCreatesNothing) {
   EXPECT_EQ(Singleton::Look(), nullptr);
   EXPECT_EQ(made, madeBefore_);
 }
 
-TEST_F(omi_SingletonTest, InstanceIsMadeOnceAndStays) {
+TEST_F(OmiSingletonTest, InstanceIsMadeOnceAndStays) {
   Counted& first = Singleton::Instance();
   EXPECT_EQ(&Singleton::Instance(), &first);
   EXPECT_EQ(Singleton::Look(), &first);
   EXPECT_EQ(made, madeBefore_ + 1);
 }
 
-TEST_F(omi_SingletonTest, FinalizeDestroysOnce) {
+TEST_F(OmiSingletonTest, FinalizeDestroysOnce) {
   Singleton::Instance();
   omi_SingletonBase<Counted>::Finalize();
   omi_SingletonBase<Counted>::Finalize();
@@ -43,12 +43,12 @@ TEST_F(omi_SingletonTest, FinalizeDestroysOnce) {
   EXPECT_EQ(Singleton::Look(), nullptr);
 }
 
-TEST_F(omi_SingletonTest, FinalizeWithoutObjectDoesNothing) {
+TEST_F(OmiSingletonTest, FinalizeWithoutObjectDoesNothing) {
   omi_SingletonBase<Counted>::Finalize();
   EXPECT_EQ(destroyed, destroyedBefore_);
 }
 
-TEST_F(omi_SingletonTest, IsMadeAnewAfterFinalize) {
+TEST_F(OmiSingletonTest, IsMadeAnewAfterFinalize) {
   Singleton::Instance();
   omi_SingletonBase<Counted>::Finalize();
   Singleton::Instance();

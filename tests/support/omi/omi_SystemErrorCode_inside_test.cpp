@@ -24,19 +24,19 @@ std::string LiveText(int code) {
   return text;
 }
 
-TEST(omi_SystemErrorCode, IsRunTimeZeroAtFirst) {
+TEST(OmiSystemErrorCodeTest, IsRunTimeZeroAtFirst) {
   const omi_SystemErrorCode code;
   EXPECT_EQ(code.Kind(), 0);
   EXPECT_EQ(code.Code(), 0);
 }
 
-TEST(omi_SystemErrorCode, KeepsKindAndCode) {
+TEST(OmiSystemErrorCodeTest, KeepsKindAndCode) {
   const omi_SystemErrorCode code(omi_SystemErrorCode::kSystem, 32);
   EXPECT_EQ(code.Kind(), 1);
   EXPECT_EQ(code.Code(), 32);
 }
 
-TEST(omi_SystemErrorCode, FromErrnoTakesTheRunTimeNumber) {
+TEST(OmiSystemErrorCodeTest, FromErrnoTakesTheRunTimeNumber) {
   SetLastError(5);
   errno = ENOENT;
   const omi_SystemErrorCode code = omi_SystemErrorCode::FromErrno();
@@ -44,7 +44,7 @@ TEST(omi_SystemErrorCode, FromErrnoTakesTheRunTimeNumber) {
   EXPECT_EQ(code.Code(), ENOENT);
 }
 
-TEST(omi_SystemErrorCode, FromLastErrorTakesTheSystemNumber) {
+TEST(OmiSystemErrorCodeTest, FromLastErrorTakesTheSystemNumber) {
   errno = ENOENT;
   SetLastError(5);
   const omi_SystemErrorCode code = omi_SystemErrorCode::FromLastError();
@@ -53,7 +53,7 @@ TEST(omi_SystemErrorCode, FromLastErrorTakesTheSystemNumber) {
 }
 
 // Plain spinning: a call that waits might set the number.
-TEST(omi_SystemErrorCode, FromLastErrorIsPerThread) {
+TEST(OmiSystemErrorCodeTest, FromLastErrorIsPerThread) {
   std::atomic<bool> otherIsSet{false};
   std::atomic<bool> mineIsSet{false};
   int other = 0;
@@ -74,7 +74,7 @@ TEST(omi_SystemErrorCode, FromLastErrorIsPerThread) {
   EXPECT_EQ(other, 6);
 }
 
-TEST(omi_SystemErrorCode, SystemTextIsTheSystemsOwnLineEndIncluded) {
+TEST(OmiSystemErrorCodeTest, SystemTextIsTheSystemsOwnLineEndIncluded) {
   for (const int code : {2, 3, 5, 32, 112}) {
     const std::string text = omi_SystemErrorCode(1, code).Text();
     EXPECT_EQ(text, LiveText(code)) << code;
@@ -83,17 +83,17 @@ TEST(omi_SystemErrorCode, SystemTextIsTheSystemsOwnLineEndIncluded) {
   }
 }
 
-TEST(omi_SystemErrorCode, SystemCodeWithoutTextIsEmpty) {
+TEST(OmiSystemErrorCodeTest, SystemCodeWithoutTextIsEmpty) {
   EXPECT_EQ(omi_SystemErrorCode(1, kNoSuchCode).Text(), "");
   EXPECT_EQ(omi_SystemErrorCode(1, -1).Text(), "");
 }
 
-TEST(omi_SystemErrorCode, RunTimeTextIsThatOfTheRunTime) {
+TEST(OmiSystemErrorCodeTest, RunTimeTextIsThatOfTheRunTime) {
   EXPECT_EQ(omi_SystemErrorCode(0, ENOENT).Text(), "No such file or directory");
   EXPECT_EQ(omi_SystemErrorCode(0, EACCES).Text(), std::strerror(EACCES));
 }
 
-TEST(omi_SystemErrorCode, TextLeavesBothNumbersAlone) {
+TEST(OmiSystemErrorCodeTest, TextLeavesBothNumbersAlone) {
   const std::string unknown = std::strerror(kNoSuchCode);
   errno = EACCES;
   SetLastError(6);

@@ -11,12 +11,12 @@ void RunUntilItShowsTime(const omi_Timer& timer) {
   }
 }
 
-TEST(omi_Timer, StandsAtZeroAtFirst) {
+TEST(OmiTimerTest, StandsAtZeroAtFirst) {
   const omi_Timer timer;
   EXPECT_EQ(timer.Elapsed(), 0.0);
 }
 
-TEST(omi_Timer, NeverGoesBackWhileItRuns) {
+TEST(OmiTimerTest, NeverGoesBackWhileItRuns) {
   omi_Timer timer;
   timer.Start();
   double last = 0;
@@ -27,7 +27,7 @@ TEST(omi_Timer, NeverGoesBackWhileItRuns) {
   }
 }
 
-TEST(omi_Timer, StopKeepsTheTime) {
+TEST(OmiTimerTest, StopKeepsTheTime) {
   omi_Timer timer;
   timer.Start();
   RunUntilItShowsTime(timer);
@@ -39,7 +39,7 @@ TEST(omi_Timer, StopKeepsTheTime) {
   EXPECT_EQ(timer.Elapsed(), stopped);
 }
 
-TEST(omi_Timer, StartAfterStopRunsOn) {
+TEST(OmiTimerTest, StartAfterStopRunsOn) {
   omi_Timer timer;
   timer.Start();
   RunUntilItShowsTime(timer);
@@ -50,7 +50,7 @@ TEST(omi_Timer, StartAfterStopRunsOn) {
   EXPECT_GT(timer.Elapsed(), stopped);
 }
 
-TEST(omi_Timer, StartOfARunningTimerChangesNothing) {
+TEST(OmiTimerTest, StartOfARunningTimerChangesNothing) {
   omi_Timer timer;
   timer.Start();
   RunUntilItShowsTime(timer);
@@ -59,7 +59,7 @@ TEST(omi_Timer, StartOfARunningTimerChangesNothing) {
   EXPECT_GE(timer.Elapsed(), before);
 }
 
-TEST(omi_Timer, ResetStopsAtZero) {
+TEST(OmiTimerTest, ResetStopsAtZero) {
   omi_Timer timer;
   timer.Start();
   RunUntilItShowsTime(timer);
@@ -68,7 +68,7 @@ TEST(omi_Timer, ResetStopsAtZero) {
 }
 
 // A unit other than seconds would be off by a factor of a thousand or more.
-TEST(omi_Timer, CountsSeconds) {
+TEST(OmiTimerTest, CountsSeconds) {
   using Clock = std::chrono::steady_clock;
   omi_Timer timer;
   const Clock::time_point outerStart = Clock::now();

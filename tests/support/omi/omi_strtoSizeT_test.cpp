@@ -30,7 +30,7 @@ constexpr Case kCases[] = {
     {"0x10", 0},
 };
 
-TEST(omi_strtoSizeT, Table) {
+TEST(OmiStrtoSizeTTest, Table) {
   for (const Case& test : kCases) {
     EXPECT_EQ(omi_strtoSizeT(test.text), test.number) << test.text;
   }

@@ -9,7 +9,7 @@
 
 namespace {
 
-TEST(pnt_Debug, OutputOfThreadsIsNotMixed) {
+TEST(PntDebugTest, OutputOfThreadsIsNotMixed) {
   constexpr int kLetters = 200;
   testing::internal::CaptureStdout();
   std::vector<std::thread> threads;
@@ -33,7 +33,7 @@ TEST(pnt_Debug, OutputOfThreadsIsNotMixed) {
   }
 }
 
-TEST(pnt_Debug, EndFlushesStandardOutput) {
+TEST(PntDebugTest, EndFlushesStandardOutput) {
   testing::internal::CaptureStdout();
   pnt_StartDebug();
   std::printf("Free space");
@@ -41,7 +41,7 @@ TEST(pnt_Debug, EndFlushesStandardOutput) {
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "Free space");
 }
 
-TEST(pnt_Debug, MarksNest) {
+TEST(PntDebugTest, MarksNest) {
   pnt_StartDebug();
   pnt_StartDebug();
   pnt_EndDebug();

@@ -30,31 +30,31 @@ Counted* Counted::seenWhileDying = nullptr;
 
 using Singleton = thr_GlobalSingleton<Counted>;
 
-class thr_GlobalSingletonTest : public testing::Test {
+class ThrGlobalSingletonTest : public testing::Test {
  protected:
-  ~thr_GlobalSingletonTest() override { Singleton::Destroy(); }
+  ~ThrGlobalSingletonTest() override { Singleton::Destroy(); }
   const int madeBefore_ = made;
   const int destroyedBefore_ = destroyed;
 };
 
-TEST_F(thr_GlobalSingletonTest, LookCreatesNothing) {
+TEST_F(ThrGlobalSingletonTest, LookCreatesNothing) {
   EXPECT_EQ(Singleton::Look(), nullptr);
   EXPECT_EQ(made, madeBefore_);
 }
 
-TEST_F(thr_GlobalSingletonTest, InstanceIsMadeOnceAndStays) {
+TEST_F(ThrGlobalSingletonTest, InstanceIsMadeOnceAndStays) {
   Counted& first = Singleton::Instance();
   EXPECT_EQ(&Singleton::Instance(), &first);
   EXPECT_EQ(Singleton::Look(), &first);
   EXPECT_EQ(made, madeBefore_ + 1);
 }
 
-TEST_F(thr_GlobalSingletonTest, DestroyWithoutObjectDoesNothing) {
+TEST_F(ThrGlobalSingletonTest, DestroyWithoutObjectDoesNothing) {
   Singleton::Destroy();
   EXPECT_EQ(destroyed, destroyedBefore_);
 }
 
-TEST_F(thr_GlobalSingletonTest, DestroyOfMutexWithoutObject) {
+TEST_F(ThrGlobalSingletonTest, DestroyOfMutexWithoutObject) {
   Singleton::Mutex();
   Singleton::Destroy();
   EXPECT_EQ(destroyed, destroyedBefore_);
@@ -62,14 +62,14 @@ TEST_F(thr_GlobalSingletonTest, DestroyOfMutexWithoutObject) {
   EXPECT_EQ(Singleton::Look(), nullptr);
 }
 
-TEST_F(thr_GlobalSingletonTest, DestroyedObjectIsSeenUntilItsDestructorEnds) {
+TEST_F(ThrGlobalSingletonTest, DestroyedObjectIsSeenUntilItsDestructorEnds) {
   Counted* const object = &Singleton::Instance();
   Singleton::Destroy();
   EXPECT_EQ(Counted::seenWhileDying, object);
   EXPECT_EQ(Singleton::Look(), nullptr);
 }
 
-TEST_F(thr_GlobalSingletonTest, IsMadeAnewAfterDestroy) {
+TEST_F(ThrGlobalSingletonTest, IsMadeAnewAfterDestroy) {
   Singleton::Instance();
   Singleton::Destroy();
   Singleton::Instance();
@@ -79,13 +79,13 @@ TEST_F(thr_GlobalSingletonTest, IsMadeAnewAfterDestroy) {
 }
 
 // A lock that was kept would hang the second one.
-TEST_F(thr_GlobalSingletonTest, DestroyGivesTheGlobalLockBack) {
+TEST_F(ThrGlobalSingletonTest, DestroyGivesTheGlobalLockBack) {
   Singleton::Instance();
   Singleton::Destroy();
   const std::lock_guard guard(thr_GlobalLock::Instance());
 }
 
-TEST_F(thr_GlobalSingletonTest, RacingThreadsGetOneObject) {
+TEST_F(ThrGlobalSingletonTest, RacingThreadsGetOneObject) {
   constexpr int kThreads = 16;
   std::vector<Counted*> seen(kThreads, nullptr);
   StartLine start(kThreads);
@@ -113,7 +113,7 @@ struct Throwing {
   }
 };
 
-TEST(thr_GlobalSingleton, ThrowingConstructorLeavesNothingAndIsTriedAgain) {
+TEST_F(ThrGlobalSingletonTest, ThrowingConstructorLeavesNothingAndIsTriedAgain) {
   refuses = true;
   EXPECT_THROW(thr_GlobalSingleton<Throwing>::Instance(), std::runtime_error);
   EXPECT_EQ(thr_GlobalSingleton<Throwing>::Look(), nullptr);
@@ -123,7 +123,7 @@ TEST(thr_GlobalSingleton, ThrowingConstructorLeavesNothingAndIsTriedAgain) {
   thr_GlobalSingleton<Throwing>::Destroy();
 }
 
-TEST(thr_GlobalLock, IsOneObject) {
+TEST(ThrGlobalLockTest, IsOneObject) {
   EXPECT_EQ(&thr_GlobalLock::Instance(), &thr_GlobalLock::Instance());
 }
 

@@ -26,7 +26,7 @@ std::unique_ptr<thr_Task> Task(std::function<void()> work) {
   return std::make_unique<FunctionTask>(std::move(work));
 }
 
-TEST(thr_ThreadPool, RunsATaskOnAnotherThread) {
+TEST(ThrThreadPoolTest, RunsATaskOnAnotherThread) {
   thr_ThreadPool pool;
   pool.AddThreads(1, 1);
   std::promise<std::thread::id> ran;
@@ -34,7 +34,7 @@ TEST(thr_ThreadPool, RunsATaskOnAnotherThread) {
   EXPECT_NE(ran.get_future().get(), std::this_thread::get_id());
 }
 
-TEST(thr_ThreadPool, OneThreadRunsTasksInOrder) {
+TEST(ThrThreadPoolTest, OneThreadRunsTasksInOrder) {
   std::vector<int> order;
   std::promise<void> done;
   thr_ThreadPool pool;
@@ -50,7 +50,7 @@ TEST(thr_ThreadPool, OneThreadRunsTasksInOrder) {
   }
 }
 
-TEST(thr_ThreadPool, TwoThreadsRunTwoTasksAtOnce) {
+TEST(ThrThreadPoolTest, TwoThreadsRunTwoTasksAtOnce) {
   std::promise<void> first;
   std::promise<void> second;
   const std::shared_future<void> firstRuns = first.get_future().share();
@@ -72,7 +72,7 @@ TEST(thr_ThreadPool, TwoThreadsRunTwoTasksAtOnce) {
   secondRuns.wait();
 }
 
-TEST(thr_ThreadPool, TaskWithoutThreadsWaitsForOne) {
+TEST(ThrThreadPoolTest, TaskWithoutThreadsWaitsForOne) {
   std::promise<void> ran;
   thr_ThreadPool pool;
   pool.RunTask(Task([&] { ran.set_value(); }));
@@ -80,7 +80,7 @@ TEST(thr_ThreadPool, TaskWithoutThreadsWaitsForOne) {
   ran.get_future().wait();
 }
 
-TEST(thr_ThreadPool, TaskIsDestroyedWhenItHasRun) {
+TEST(ThrThreadPoolTest, TaskIsDestroyedWhenItHasRun) {
   auto token = std::make_shared<int>(0);
   std::promise<void> next;
   thr_ThreadPool pool;
@@ -92,7 +92,7 @@ TEST(thr_ThreadPool, TaskIsDestroyedWhenItHasRun) {
   EXPECT_EQ(token.use_count(), 1);
 }
 
-TEST(thr_ThreadPool, EndDropsWhatHasNotBegunAndWaitsForWhatRuns) {
+TEST(ThrThreadPoolTest, EndDropsWhatHasNotBegunAndWaitsForWhatRuns) {
   bool dropped = true;
   bool finished = false;
   std::promise<void> begun;
@@ -118,7 +118,7 @@ TEST(thr_ThreadPool, EndDropsWhatHasNotBegunAndWaitsForWhatRuns) {
   EXPECT_TRUE(dropped);
 }
 
-TEST(thr_ThreadPool, NoThreadsWantedAddsNone) {
+TEST(ThrThreadPoolTest, NoThreadsWantedAddsNone) {
   bool ran = false;
   {
     thr_ThreadPool pool;
@@ -143,7 +143,7 @@ TEST_CHILD(endWhileATaskRuns) {
 }
 
 // The threads of a pool that nobody ends must not hold the process up.
-TEST(thr_ThreadPool, ProcessEndsWhileATaskRuns) {
+TEST(ThrThreadPoolTest, ProcessEndsWhileATaskRuns) {
   EXPECT_EQ(ChildProcess::Start("endWhileATaskRuns").Wait(), 0);
 }
 

@@ -26,26 +26,26 @@ struct Counted {
 
 using Singleton = thr_ThreadSingleton<Counted>;
 
-class thr_ThreadSingletonTest : public testing::Test {
+class ThrThreadSingletonTest : public testing::Test {
  protected:
-  ~thr_ThreadSingletonTest() override { Singleton::Destroy(); }
+  ~ThrThreadSingletonTest() override { Singleton::Destroy(); }
   const int madeBefore_ = made;
   const int destroyedBefore_ = destroyed;
 };
 
-TEST_F(thr_ThreadSingletonTest, LookCreatesNothing) {
+TEST_F(ThrThreadSingletonTest, LookCreatesNothing) {
   EXPECT_EQ(Singleton::Look(), nullptr);
   EXPECT_EQ(made, madeBefore_);
 }
 
-TEST_F(thr_ThreadSingletonTest, InstanceIsMadeOnceAndStays) {
+TEST_F(ThrThreadSingletonTest, InstanceIsMadeOnceAndStays) {
   Counted& first = Singleton::Instance();
   EXPECT_EQ(&Singleton::Instance(), &first);
   EXPECT_EQ(Singleton::Look(), &first);
   EXPECT_EQ(made, madeBefore_ + 1);
 }
 
-TEST_F(thr_ThreadSingletonTest, EveryThreadHasItsOwn) {
+TEST_F(ThrThreadSingletonTest, EveryThreadHasItsOwn) {
   Counted& mine = Singleton::Instance();
   std::thread([&] {
     EXPECT_EQ(Singleton::Look(), nullptr);
@@ -54,14 +54,14 @@ TEST_F(thr_ThreadSingletonTest, EveryThreadHasItsOwn) {
   EXPECT_EQ(Singleton::Look(), &mine);
 }
 
-TEST_F(thr_ThreadSingletonTest, ThreadExitDestroysTheThreadsObjectOnly) {
+TEST_F(ThrThreadSingletonTest, ThreadExitDestroysTheThreadsObjectOnly) {
   Singleton::Instance();
   std::thread([] { Singleton::Instance(); }).join();
   EXPECT_EQ(destroyed, destroyedBefore_ + 1);
   EXPECT_NE(Singleton::Look(), nullptr);
 }
 
-TEST_F(thr_ThreadSingletonTest, DestroyEndsTheCallingThreadsObject) {
+TEST_F(ThrThreadSingletonTest, DestroyEndsTheCallingThreadsObject) {
   Singleton::Instance();
   Singleton::Destroy();
   EXPECT_EQ(destroyed, destroyedBefore_ + 1);
@@ -70,7 +70,7 @@ TEST_F(thr_ThreadSingletonTest, DestroyEndsTheCallingThreadsObject) {
   EXPECT_EQ(destroyed, destroyedBefore_ + 1);
 }
 
-TEST_F(thr_ThreadSingletonTest, ObjectDestroyedAndMadeAnewIsDestroyedAtExitOnce) {
+TEST_F(ThrThreadSingletonTest, ObjectDestroyedAndMadeAnewIsDestroyedAtExitOnce) {
   std::thread([] {
     Singleton::Instance();
     Singleton::Destroy();
@@ -81,7 +81,7 @@ TEST_F(thr_ThreadSingletonTest, ObjectDestroyedAndMadeAnewIsDestroyedAtExitOnce)
 }
 
 // More rounds than the system has slots: the last object must give the slot back.
-TEST_F(thr_ThreadSingletonTest, LastObjectFreesTheSlot) {
+TEST_F(ThrThreadSingletonTest, LastObjectFreesTheSlot) {
   for (int i = 0; i < 5000; ++i) {
     Singleton::Instance();
     Singleton::Destroy();
@@ -90,7 +90,7 @@ TEST_F(thr_ThreadSingletonTest, LastObjectFreesTheSlot) {
   EXPECT_EQ(destroyed, destroyedBefore_ + 5000);
 }
 
-TEST_F(thr_ThreadSingletonTest, ThreadsThatComeAndGo) {
+TEST_F(ThrThreadSingletonTest, ThreadsThatComeAndGo) {
   constexpr int kRounds = 25;
   constexpr int kThreads = 8;
   for (int round = 0; round < kRounds; ++round) {
@@ -119,14 +119,14 @@ struct Throwing {
   Throwing() { throw std::runtime_error("no object"); }
 };
 
-TEST(thr_ThreadSingleton, ThrowingConstructorLeavesNothing) {
+TEST_F(ThrThreadSingletonTest, ThrowingConstructorLeavesNothing) {
   EXPECT_THROW(thr_ThreadSingleton<Throwing>::Instance(), std::runtime_error);
   EXPECT_EQ(thr_ThreadSingleton<Throwing>::Look(), nullptr);
 }
 
 void NoCleanup() {}
 
-TEST(thr_ThreadSlot, OutOfSlotsIsBadAllocAndLeavesNothing) {
+TEST(ThrThreadSlotTest, OutOfSlotsIsBadAllocAndLeavesNothing) {
   std::thread([] {
     std::deque<thr_ThreadSlot> slots;
     bool exhausted = false;
@@ -163,7 +163,7 @@ void Second() {
   thr_ThreadExit::Register(&Third);
 }
 
-TEST(thr_ThreadExit, LastRegisteredRunsFirstAndOnce) {
+TEST(ThrThreadExitTest, LastRegisteredRunsFirstAndOnce) {
   order.clear();
   std::thread([] {
     thr_ThreadExit::Register(&First);
@@ -174,7 +174,7 @@ TEST(thr_ThreadExit, LastRegisteredRunsFirstAndOnce) {
   EXPECT_EQ(order, (std::vector<int>{3, 1}));
 }
 
-TEST(thr_ThreadExit, CleanupRegisteredByACleanupRunsToo) {
+TEST(ThrThreadExitTest, CleanupRegisteredByACleanupRunsToo) {
   order.clear();
   std::thread([] {
     thr_ThreadExit::Register(&First);
@@ -188,7 +188,7 @@ struct OfTheMainThread {
 };
 
 // What is left when the process ends must not disturb the end.
-TEST(thr_ThreadSingleton, ObjectOfTheMainThreadMayStay) {
+TEST_F(ThrThreadSingletonTest, ObjectOfTheMainThreadMayStay) {
   EXPECT_EQ(thr_ThreadSingleton<OfTheMainThread>::Instance().value, 1);
 }
 

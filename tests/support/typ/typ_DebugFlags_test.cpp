@@ -8,18 +8,18 @@
 
 namespace {
 
-class typ_DebugFlagsTest : public testing::Test {
+class TypDebugFlagsTest : public testing::Test {
  protected:
-  ~typ_DebugFlagsTest() override { typ_DebugFlags::Clear(); }
+  ~TypDebugFlagsTest() override { typ_DebugFlags::Clear(); }
 };
 
-TEST_F(typ_DebugFlagsTest, FlagNeverSetHasLevelZero) {
+TEST_F(TypDebugFlagsTest, FlagNeverSetHasLevelZero) {
   EXPECT_EQ(typ_DebugFlags::Level("utl"), 0);
   EXPECT_EQ(typ_DebugFlags::Level(""), 0);
   EXPECT_EQ(typ_DebugFlags::Level(3), 0);
 }
 
-TEST_F(typ_DebugFlagsTest, EveryNameIsAFlag) {
+TEST_F(TypDebugFlagsTest, EveryNameIsAFlag) {
   typ_DebugFlags::SetDebugFlags("utl_File", 3);
   typ_DebugFlags::SetDebugFlags("rgx", 1);
   EXPECT_EQ(typ_DebugFlags::Level("utl_File"), 3);
@@ -28,30 +28,30 @@ TEST_F(typ_DebugFlagsTest, EveryNameIsAFlag) {
   EXPECT_EQ(typ_DebugFlags::Level("RGX"), 0);
 }
 
-TEST_F(typ_DebugFlagsTest, LastLevelCounts) {
+TEST_F(TypDebugFlagsTest, LastLevelCounts) {
   typ_DebugFlags::SetDebugFlags("rgx", 2);
   typ_DebugFlags::SetDebugFlags("rgx", 0);
   EXPECT_EQ(typ_DebugFlags::Level("rgx"), 0);
 }
 
-TEST_F(typ_DebugFlagsTest, NumberThreeIsUtl) {
+TEST_F(TypDebugFlagsTest, NumberThreeIsUtl) {
   typ_DebugFlags::SetDebugFlags("utl", 3);
   EXPECT_EQ(typ_DebugFlags::Level(3), 3);
 }
 
-TEST_F(typ_DebugFlagsTest, OtherNumbersHaveLevelZero) {
+TEST_F(TypDebugFlagsTest, OtherNumbersHaveLevelZero) {
   typ_DebugFlags::SetDebugFlags("utl", 3);
   for (const int number : {-1, 0, 1, 2, 4, 100}) {
     EXPECT_EQ(typ_DebugFlags::Level(number), 0) << number;
   }
 }
 
-TEST_F(typ_DebugFlagsTest, EmptyNameIsIgnored) {
+TEST_F(TypDebugFlagsTest, EmptyNameIsIgnored) {
   typ_DebugFlags::SetDebugFlags("", 3);
   EXPECT_EQ(typ_DebugFlags::Level(""), 0);
 }
 
-TEST_F(typ_DebugFlagsTest, ClearSetsEveryFlagBack) {
+TEST_F(TypDebugFlagsTest, ClearSetsEveryFlagBack) {
   typ_DebugFlags::SetDebugFlags("utl", 3);
   typ_DebugFlags::SetDebugFlags("rgx", 1);
   typ_DebugFlags::Clear();
@@ -59,7 +59,7 @@ TEST_F(typ_DebugFlagsTest, ClearSetsEveryFlagBack) {
   EXPECT_EQ(typ_DebugFlags::Level("rgx"), 0);
 }
 
-TEST_F(typ_DebugFlagsTest, ThreadsSetTheirFlagsAtTheSameTime) {
+TEST_F(TypDebugFlagsTest, ThreadsSetTheirFlagsAtTheSameTime) {
   std::vector<std::thread> threads;
   for (int i = 1; i <= 8; ++i) {
     threads.emplace_back([i] {

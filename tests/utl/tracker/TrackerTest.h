@@ -73,7 +73,7 @@ inline Numbers Quantities(const utl_IOTrackerRecord& record) {
           double(record.readCount),  record.readMB,  record.readTime};
 }
 
-class utl_IOTrackerTest : public testing::Test {
+class IOTrackerTest : public testing::Test {
  protected:
   std::string File(const std::string& name) const { return surroundings_.File(name); }
   TrackerFile Read(const std::string& name) const { return ReadTrackerFile(File(name)); }

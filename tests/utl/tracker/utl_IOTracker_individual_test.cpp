@@ -12,7 +12,7 @@
 
 namespace {
 
-class utl_IOTrackerIndividualTest : public utl_IOTrackerTest {
+class IOTrackerIndividualTest : public IOTrackerTest {
  protected:
   static utl_IOTracker& Start(const char* level = "1") {
     SetEnvironment("KES_IO_INDIVIDUAL", "1");
@@ -24,7 +24,7 @@ class utl_IOTrackerIndividualTest : public utl_IOTrackerTest {
   }
 };
 
-TEST_F(utl_IOTrackerIndividualTest, OnlyANumberAbove0SwitchesThemOn) {
+TEST_F(IOTrackerIndividualTest, OnlyANumberAbove0SwitchesThemOn) {
   const struct {
     const char* value;
     bool on;
@@ -41,7 +41,7 @@ TEST_F(utl_IOTrackerIndividualTest, OnlyANumberAbove0SwitchesThemOn) {
   }
 }
 
-TEST_F(utl_IOTrackerIndividualTest, ALineAMarkOrTimePoint) {
+TEST_F(IOTrackerIndividualTest, ALineAMarkOrTimePoint) {
   utl_IOTracker& tracker = Start();
   tracker.COpen(1, "a");
   tracker.CWrite(1, kMegabyte, 0.5);
@@ -73,7 +73,7 @@ TEST_F(utl_IOTrackerIndividualTest, ALineAMarkOrTimePoint) {
   EXPECT_EQ(a.lines[2].elapsed, totals.lines[2].elapsed);
 }
 
-TEST_F(utl_IOTrackerIndividualTest, ExactText) {
+TEST_F(IOTrackerIndividualTest, ExactText) {
   utl_IOTracker& tracker = Start();
   tracker.UOpen(1, "a");
   tracker.UWrite(1, kMegabyte, 0.5);
@@ -91,7 +91,7 @@ TEST_F(utl_IOTrackerIndividualTest, ExactText) {
 }
 
 // Only "\" separates the components of the path; the output directory needs no job here.
-TEST_F(utl_IOTrackerIndividualTest, Names) {
+TEST_F(IOTrackerIndividualTest, Names) {
   std::filesystem::create_directories(File("out/d"));
   std::filesystem::create_directories(File("d"));
   const struct {
@@ -127,7 +127,7 @@ TEST_F(utl_IOTrackerIndividualTest, Names) {
   }
 }
 
-TEST_F(utl_IOTrackerIndividualTest, OpeningIsToldOnTheStandardOutput) {
+TEST_F(IOTrackerIndividualTest, OpeningIsToldOnTheStandardOutput) {
   std::filesystem::create_directory(File("out"));
   LoadArguments({"-outdir", "out"});
   utl_IOTracker& tracker = Start();
@@ -144,7 +144,7 @@ TEST_F(utl_IOTrackerIndividualTest, OpeningIsToldOnTheStandardOutput) {
   EXPECT_EQ(LinesOf("out/b_ioTotal"), 2U);
 }
 
-TEST_F(utl_IOTrackerIndividualTest, OutputThatCannotBeOpenedIsNotTold) {
+TEST_F(IOTrackerIndividualTest, OutputThatCannotBeOpenedIsNotTold) {
   utl_IOTracker& tracker = Start();
   tracker.COpen(1, "not there/f");
   tracker.COpen(2, "a<b");
@@ -153,7 +153,7 @@ TEST_F(utl_IOTrackerIndividualTest, OutputThatCannotBeOpenedIsNotTold) {
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
-TEST_F(utl_IOTrackerIndividualTest, RenamedFileKeepsItsOutput) {
+TEST_F(IOTrackerIndividualTest, RenamedFileKeepsItsOutput) {
   utl_IOTracker& tracker = Start();
   tracker.COpen(1, "a");
   tracker.Mark("1");
@@ -164,7 +164,7 @@ TEST_F(utl_IOTrackerIndividualTest, RenamedFileKeepsItsOutput) {
   EXPECT_FALSE(Exists("b_ioTotal"));
 }
 
-TEST_F(utl_IOTrackerIndividualTest, RevivedFileGoesOnInItsOutput) {
+TEST_F(IOTrackerIndividualTest, RevivedFileGoesOnInItsOutput) {
   utl_IOTracker& tracker = Start();
   tracker.COpen(1, "a");
   tracker.Mark("1");
@@ -177,7 +177,7 @@ TEST_F(utl_IOTrackerIndividualTest, RevivedFileGoesOnInItsOutput) {
   EXPECT_EQ(Read("a_ioTotal").lines[1]["Write Count"], 1);
 }
 
-TEST_F(utl_IOTrackerIndividualTest, OfEqualNamesTheFirstFileGetsTheOutput) {
+TEST_F(IOTrackerIndividualTest, OfEqualNamesTheFirstFileGetsTheOutput) {
   utl_IOTracker& tracker = Start();
   const char* const paths[] = {"x\\a", "y\\a", "z\\A", " ", "./a", "d/..//a"};
   for (int i = 0; i < 6; ++i) tracker.COpen(i, paths[i]);
@@ -195,7 +195,7 @@ TEST_F(utl_IOTrackerIndividualTest, OfEqualNamesTheFirstFileGetsTheOutput) {
 }
 
 // The process has streams left, and every file has its output all the same.
-TEST_F(utl_IOTrackerIndividualTest, MoreFilesThanStreams) {
+TEST_F(IOTrackerIndividualTest, MoreFilesThanStreams) {
   constexpr int kFiles = 1200;
   utl_IOTracker& tracker = Start("2");
   for (int i = 0; i < kFiles; ++i) {
@@ -225,7 +225,7 @@ TEST_F(utl_IOTrackerIndividualTest, MoreFilesThanStreams) {
 }
 
 // Outputs that are opened for every line never come into being anew.
-TEST_F(utl_IOTrackerIndividualTest, LinesGoOnlyWhereTheHeadIs) {
+TEST_F(IOTrackerIndividualTest, LinesGoOnlyWhereTheHeadIs) {
   constexpr int kFiles = 300;
   utl_IOTracker& tracker = Start();
   for (int i = 0; i < kFiles; ++i) {

@@ -11,9 +11,9 @@
 namespace {
 
 using Names = std::vector<std::string>;
-using utl_IOTrackerNamesTest = utl_IOTrackerTest;
+using IOTrackerNamesTest = IOTrackerTest;
 
-TEST_F(utl_IOTrackerNamesTest, NamesOfTheFiles) {
+TEST_F(IOTrackerNamesTest, NamesOfTheFiles) {
   const struct {
     std::vector<std::string> arguments;
     const char* suffix;
@@ -73,7 +73,7 @@ TEST_F(utl_IOTrackerNamesTest, NamesOfTheFiles) {
 }
 
 // "%s/%s" with an empty directory: the root.
-TEST_F(utl_IOTrackerNamesTest, OutputDirectoryWithoutValueIsTheRoot) {
+TEST_F(IOTrackerNamesTest, OutputDirectoryWithoutValueIsTheRoot) {
   const std::string below = surroundings_.Dir().ShownPath().substr(3);
   LoadArguments({"-outdir", "-job", below + "\\beam"});
   StartTracker("1").Mark("m");
@@ -81,7 +81,7 @@ TEST_F(utl_IOTrackerNamesTest, OutputDirectoryWithoutValueIsTheRoot) {
   EXPECT_EQ(Files(), (Names{"beam.ioFileSummary", "beam.ioTotal"}));
 }
 
-TEST_F(utl_IOTrackerNamesTest, OptionsAreReadWhenTheTrackerIsMade) {
+TEST_F(IOTrackerNamesTest, OptionsAreReadWhenTheTrackerIsMade) {
   LoadArguments({"-job", "early"});
   utl_IOTracker& tracker = StartTracker("1");
   LoadArguments({"-job", "late"});
@@ -89,7 +89,7 @@ TEST_F(utl_IOTrackerNamesTest, OptionsAreReadWhenTheTrackerIsMade) {
   EXPECT_EQ(Files(), (Names{"early.ioTotal"}));
 }
 
-TEST_F(utl_IOTrackerNamesTest, SuffixIsThatOfTheOpening) {
+TEST_F(IOTrackerNamesTest, SuffixIsThatOfTheOpening) {
   utl_IOTracker& tracker = StartTracker("1");
   tracker.SetSuffix("a");
   tracker.Mark("1");
@@ -102,7 +102,7 @@ TEST_F(utl_IOTrackerNamesTest, SuffixIsThatOfTheOpening) {
   EXPECT_EQ(Read("ioTotal_a").lines.size(), 2U);
 }
 
-TEST_F(utl_IOTrackerNamesTest, NullOrNothingClearsTheSuffix) {
+TEST_F(IOTrackerNamesTest, NullOrNothingClearsTheSuffix) {
   for (const char* text : {"", static_cast<const char*>(nullptr)}) {
     utl_IOTracker& tracker = StartTracker("1");
     tracker.SetSuffix("a");
@@ -113,7 +113,7 @@ TEST_F(utl_IOTrackerNamesTest, NullOrNothingClearsTheSuffix) {
   }
 }
 
-TEST_F(utl_IOTrackerNamesTest, OutputDirectoryIsCutAt2048Characters) {
+TEST_F(IOTrackerNamesTest, OutputDirectoryIsCutAt2048Characters) {
   std::string directory = surroundings_.Dir().Path();
   while (directory.size() + 2 <= 2048) directory += "/.";
   if (directory.size() < 2048) directory += '/';
@@ -127,7 +127,7 @@ TEST_F(utl_IOTrackerNamesTest, OutputDirectoryIsCutAt2048Characters) {
   }
 }
 
-TEST_F(utl_IOTrackerNamesTest, JobIsCutAt2048Characters) {
+TEST_F(IOTrackerNamesTest, JobIsCutAt2048Characters) {
   std::string job;
   while (job.size() < 2044) job += "./";
   job += "beam";
@@ -141,7 +141,7 @@ TEST_F(utl_IOTrackerNamesTest, JobIsCutAt2048Characters) {
   }
 }
 
-TEST_F(utl_IOTrackerNamesTest, SuffixIsCutAt2048Characters) {
+TEST_F(IOTrackerNamesTest, SuffixIsCutAt2048Characters) {
   std::filesystem::create_directory("ioFileSummary_");
   std::string suffix = "/";
   while (suffix.size() < 2047) suffix += "./";

@@ -20,7 +20,7 @@
 namespace {
 
 using Names = std::vector<std::string>;
-using utl_IOTrackerOutputsTest = utl_IOTrackerTest;
+using IOTrackerOutputsTest = IOTrackerTest;
 
 // One file in each directory, used in a way of its own.
 void UseFiles(utl_IOTracker& tracker) {
@@ -39,7 +39,7 @@ const Numbers kWorkNumbers = {2, 2, 0.75, 1, 4, 1.5};
 const Numbers kScratchNumbers = {1, 0.5, 8, 2, 0.25, 16};
 const Numbers kZeros(6);
 
-TEST_F(utl_IOTrackerOutputsTest, LongSettingsAreCutAt2048Characters) {
+TEST_F(IOTrackerOutputsTest, LongSettingsAreCutAt2048Characters) {
   // Names of such length are no file's: the text must neither be too long for the tracker
   // nor bring it down.
   const std::string text(5000, 'x');
@@ -53,7 +53,7 @@ TEST_F(utl_IOTrackerOutputsTest, LongSettingsAreCutAt2048Characters) {
   EXPECT_EQ(Files(), Names());
 }
 
-TEST_F(utl_IOTrackerOutputsTest, NothingIsOpenedBeforeTheFirstLine) {
+TEST_F(IOTrackerOutputsTest, NothingIsOpenedBeforeTheFirstLine) {
   SetEnvironment("KES_IO_INDIVIDUAL", "1");
   utl_IOTracker& tracker = StartTracker("3");
   UseFiles(tracker);
@@ -63,7 +63,7 @@ TEST_F(utl_IOTrackerOutputsTest, NothingIsOpenedBeforeTheFirstLine) {
   EXPECT_EQ(Files(), Names{"ioFileSummary"});
 }
 
-TEST_F(utl_IOTrackerOutputsTest, TotalsAfterTwoMarks) {
+TEST_F(IOTrackerOutputsTest, TotalsAfterTwoMarks) {
   utl_IOTracker& tracker = StartTracker("1");
   const double before = tracker.Now();
   tracker.Mark("start");
@@ -88,7 +88,7 @@ TEST_F(utl_IOTrackerOutputsTest, TotalsAfterTwoMarks) {
   EXPECT_FALSE(Exists("ioInc"));
 }
 
-TEST_F(utl_IOTrackerOutputsTest, ExactTextOfTheTotals) {
+TEST_F(IOTrackerOutputsTest, ExactTextOfTheTotals) {
   utl_IOTracker& tracker = StartTracker("1");
   UseFiles(tracker);
   tracker.Mark("a, b");
@@ -107,7 +107,7 @@ TEST_F(utl_IOTrackerOutputsTest, ExactTextOfTheTotals) {
                                 "0.500000, 8.000000, 2, 0.250000, 16.000000"));
 }
 
-TEST_F(utl_IOTrackerOutputsTest, LabelsAreWrittenAsTheyAre) {
+TEST_F(IOTrackerOutputsTest, LabelsAreWrittenAsTheyAre) {
   utl_IOTracker& tracker = StartTracker("1");
   const std::string labels[] = {
       "", "%s %d %n", ", ", "1, 2.000000", "\xFF\x01", std::string(100000, 'x')};
@@ -121,7 +121,7 @@ TEST_F(utl_IOTrackerOutputsTest, LabelsAreWrittenAsTheyAre) {
   EXPECT_EQ(totals.lines[6].label, "");
 }
 
-TEST_F(utl_IOTrackerOutputsTest, MarkFunctionWritesThroughTheHolder) {
+TEST_F(IOTrackerOutputsTest, MarkFunctionWritesThroughTheHolder) {
   StartTracker("1");
   utl_IOTracker_Mark("from C");
   EndTracker();
@@ -129,7 +129,7 @@ TEST_F(utl_IOTrackerOutputsTest, MarkFunctionWritesThroughTheHolder) {
   EXPECT_EQ(Read("ioTotal").lines[0].label, "from C");
 }
 
-TEST_F(utl_IOTrackerOutputsTest, MarkFunctionWithoutATrackerDoesNothing) {
+TEST_F(IOTrackerOutputsTest, MarkFunctionWithoutATrackerDoesNothing) {
   SetEnvironment("KES_IO_TRACK", "1");
   utl_IOTracker_Mark("m");
   EXPECT_EQ(TrackerHolder::Look(), nullptr);
@@ -145,7 +145,7 @@ TEST_F(utl_IOTrackerOutputsTest, MarkFunctionWithoutATrackerDoesNothing) {
   EXPECT_EQ(Files(), Names());
 }
 
-TEST_F(utl_IOTrackerOutputsTest, TimePointInMarkModeHasNoLabel) {
+TEST_F(IOTrackerOutputsTest, TimePointInMarkModeHasNoLabel) {
   utl_IOTracker& tracker = StartTracker("1");
   UseFiles(tracker);
   tracker.TimePoint();
@@ -157,7 +157,7 @@ TEST_F(utl_IOTrackerOutputsTest, TimePointInMarkModeHasNoLabel) {
   EXPECT_EQ(totals.lines[0].Of("Work "), kWorkNumbers);
 }
 
-TEST_F(utl_IOTrackerOutputsTest, OnlyTheNumber2StartsTimedMode) {
+TEST_F(IOTrackerOutputsTest, OnlyTheNumber2StartsTimedMode) {
   for (const char* points : {"", "0", "1", "3", "-2", "22", "two", "4294967298"}) {
     SetEnvironment("KES_IO_TIMEPOINTS", points);
     StartTracker("1").Mark("m");
@@ -167,7 +167,7 @@ TEST_F(utl_IOTrackerOutputsTest, OnlyTheNumber2StartsTimedMode) {
 }
 
 // A file of neither kind counts as work in the sums and is in no list.
-TEST_F(utl_IOTrackerOutputsTest, UnclassifiedFilesAreWorkInTheTotalsAlone) {
+TEST_F(IOTrackerOutputsTest, UnclassifiedFilesAreWorkInTheTotalsAlone) {
   utl_IOTracker& tracker = StartTracker("1");
   tracker.CWrite(1, kMegabyte, 1);
   tracker.UOpen(2, "neither");
@@ -181,7 +181,7 @@ TEST_F(utl_IOTrackerOutputsTest, UnclassifiedFilesAreWorkInTheTotalsAlone) {
   EXPECT_TRUE(Summary().scratch.empty());
 }
 
-TEST_F(utl_IOTrackerOutputsTest, Level2WritesIncrementsBesideTotals) {
+TEST_F(IOTrackerOutputsTest, Level2WritesIncrementsBesideTotals) {
   for (const char* level : {"2", "3"}) {
     utl_IOTracker& tracker = StartTracker(level);
     UseFiles(tracker);
@@ -211,7 +211,7 @@ TEST_F(utl_IOTrackerOutputsTest, Level2WritesIncrementsBesideTotals) {
 }
 
 // What was counted follows the file into the other sums; it is no increment there.
-TEST_F(utl_IOTrackerOutputsTest, ClassifiedFilesTakeTheirCountsAlong) {
+TEST_F(IOTrackerOutputsTest, ClassifiedFilesTakeTheirCountsAlong) {
   utl_IOTracker& tracker = StartTracker("2");
   tracker.COpen(1, "a");
   tracker.CWrite(1, kMegabyte, 1);
@@ -229,7 +229,7 @@ TEST_F(utl_IOTrackerOutputsTest, ClassifiedFilesTakeTheirCountsAlong) {
   EXPECT_EQ(increments.lines.at(1).Of("Scratch "), (Numbers{0, 0, 0, 1, 1, 1}));
 }
 
-TEST_F(utl_IOTrackerOutputsTest, Level1ZeroesNoIncrements) {
+TEST_F(IOTrackerOutputsTest, Level1ZeroesNoIncrements) {
   utl_IOTracker& tracker = StartTracker("1");
   UseFiles(tracker);
   tracker.Mark("m");
@@ -240,7 +240,7 @@ TEST_F(utl_IOTrackerOutputsTest, Level1ZeroesNoIncrements) {
   EXPECT_EQ(record.writeCount, 1);
 }
 
-TEST_F(utl_IOTrackerOutputsTest, IncrementsAreWrittenAtAnyLevelWhenAskedFor) {
+TEST_F(IOTrackerOutputsTest, IncrementsAreWrittenAtAnyLevelWhenAskedFor) {
   for (const char* level : {"1", "2", "3"}) {
     utl_IOTracker& tracker = StartTracker(level);
     UseFiles(tracker);
@@ -266,7 +266,7 @@ TEST_F(utl_IOTrackerOutputsTest, IncrementsAreWrittenAtAnyLevelWhenAskedFor) {
   }
 }
 
-TEST_F(utl_IOTrackerOutputsTest, SummaryListsTheFirstTableAndThenTheSecond) {
+TEST_F(IOTrackerOutputsTest, SummaryListsTheFirstTableAndThenTheSecond) {
   utl_IOTracker& tracker = StartTracker("1");
   tracker.UOpen(1, "u1");
   tracker.COpen(1, "c1");
@@ -291,7 +291,7 @@ TEST_F(utl_IOTrackerOutputsTest, SummaryListsTheFirstTableAndThenTheSecond) {
             (std::vector<SummaryLine>{{"cs", 0, 0, 0, 0}, {"us", 3, 3, 0, 0}}));
 }
 
-TEST_F(utl_IOTrackerOutputsTest, ExactTextOfTheSummary) {
+TEST_F(IOTrackerOutputsTest, ExactTextOfTheSummary) {
   utl_IOTracker& tracker = StartTracker("1");
   UseFiles(tracker);
   EndTracker();
@@ -303,7 +303,7 @@ TEST_F(utl_IOTrackerOutputsTest, ExactTextOfTheSummary) {
                                 "scratch, 0.500000, 8.000000, 0.250000, 16.000000", ""}));
 }
 
-TEST_F(utl_IOTrackerOutputsTest, SummaryOfNothing) {
+TEST_F(IOTrackerOutputsTest, SummaryOfNothing) {
   StartTracker("1");
   EndTracker();
   EXPECT_EQ(
@@ -312,7 +312,7 @@ TEST_F(utl_IOTrackerOutputsTest, SummaryOfNothing) {
                                 "", "", "SCRATCH DIRECTORY FILES", ""}));
 }
 
-TEST_F(utl_IOTrackerOutputsTest, OldFilesAreReplaced) {
+TEST_F(IOTrackerOutputsTest, OldFilesAreReplaced) {
   for (const char* name : {"ioTotal", "ioInc", "ioFileSummary"}) {
     WriteWholeFile(File(name), std::string(10000, 'x'));
   }
@@ -323,7 +323,7 @@ TEST_F(utl_IOTrackerOutputsTest, OldFilesAreReplaced) {
   EXPECT_TRUE(Summary().work.empty());
 }
 
-TEST_F(utl_IOTrackerOutputsTest, NumbersDoNotDependOnTheLocale) {
+TEST_F(IOTrackerOutputsTest, NumbersDoNotDependOnTheLocale) {
   const DecimalComma comma;
   SetEnvironment("KES_IO_INDIVIDUAL", "1");
   utl_IOTracker& tracker = StartTracker("2");
@@ -338,7 +338,7 @@ TEST_F(utl_IOTrackerOutputsTest, NumbersDoNotDependOnTheLocale) {
   EXPECT_EQ(Summary().work.at(0), (SummaryLine{"work", 1502, 1500.75, 4, 1.5}));
 }
 
-TEST_F(utl_IOTrackerOutputsTest, LargeAndEndlessNumbers) {
+TEST_F(IOTrackerOutputsTest, LargeAndEndlessNumbers) {
   utl_IOTracker& tracker = StartTracker("1");
   constexpr double kHuge = std::numeric_limits<double>::max();
   tracker.COpen(1, "a");
@@ -353,7 +353,7 @@ TEST_F(utl_IOTrackerOutputsTest, LargeAndEndlessNumbers) {
   EXPECT_EQ(line["Work Read Time"], HUGE_VAL);
 }
 
-TEST_F(utl_IOTrackerOutputsTest, FlushBringsLinesIntoTheFiles) {
+TEST_F(IOTrackerOutputsTest, FlushBringsLinesIntoTheFiles) {
   SetEnvironment("KES_IO_INDIVIDUAL", "1");
   utl_IOTracker& tracker = StartTracker("2");
   UseFiles(tracker);
@@ -366,7 +366,7 @@ TEST_F(utl_IOTrackerOutputsTest, FlushBringsLinesIntoTheFiles) {
 }
 
 // Lines are held back for ten seconds at the most, if other lines follow.
-TEST_F(utl_IOTrackerOutputsTest, LinesReachTheFilesEveryTenSeconds) {
+TEST_F(IOTrackerOutputsTest, LinesReachTheFilesEveryTenSeconds) {
   SetEnvironment("KES_IO_INDIVIDUAL", "1");
   utl_IOTracker& tracker = StartTracker("2");
   UseFiles(tracker);
@@ -387,7 +387,7 @@ TEST_F(utl_IOTrackerOutputsTest, LinesReachTheFilesEveryTenSeconds) {
   EXPECT_TRUE(!inTimeAgain || Read("work_ioTotal").lines.size() == 2);
 }
 
-TEST_F(utl_IOTrackerOutputsTest, MissingDirectoryIsSkippedInSilence) {
+TEST_F(IOTrackerOutputsTest, MissingDirectoryIsSkippedInSilence) {
   SetEnvironment("KES_IO_INDIVIDUAL", "1");
   LoadArguments({"-outdir", "not there", "-job", "beam"});
   testing::internal::CaptureStdout();
@@ -403,7 +403,7 @@ TEST_F(utl_IOTrackerOutputsTest, MissingDirectoryIsSkippedInSilence) {
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
-TEST_F(utl_IOTrackerOutputsTest, DirectoriesInThePlaceOfOutputsAreSkippedInSilence) {
+TEST_F(IOTrackerOutputsTest, DirectoriesInThePlaceOfOutputsAreSkippedInSilence) {
   SetEnvironment("KES_IO_INDIVIDUAL", "1");
   for (const char* name : {"ioTotal", "ioInc", "ioFileSummary", "work_ioTotal"}) {
     std::filesystem::create_directory(name);
@@ -422,7 +422,7 @@ int NextDescriptor() {
   return fd;
 }
 
-TEST_F(utl_IOTrackerOutputsTest, FailingWritesPassInSilence) {
+TEST_F(IOTrackerOutputsTest, FailingWritesPassInSilence) {
   utl_IOTracker& tracker = StartTracker("1");
   const int fd = NextDescriptor();
   tracker.Mark("m");
@@ -435,7 +435,7 @@ TEST_F(utl_IOTrackerOutputsTest, FailingWritesPassInSilence) {
 }
 
 // Every name leads to the device that is always full.
-TEST_F(utl_IOTrackerOutputsTest, FullDiskPassesInSilence) {
+TEST_F(IOTrackerOutputsTest, FullDiskPassesInSilence) {
   SetEnvironment("KES_IO_INDIVIDUAL", "1");
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();

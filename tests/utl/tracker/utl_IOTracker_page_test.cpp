@@ -31,7 +31,7 @@ std::vector<std::vector<std::string>> Shown(const std::string& firstLine) {
   return texts;
 }
 
-class utl_IOTrackerPageTest : public testing::Test {
+class IOTrackerPageTest : public testing::Test {
  protected:
   // A file with the lines of a text of the page.
   std::string FileOf(std::vector<std::string> lines, bool endsWithEmptyLine) const {
@@ -45,7 +45,7 @@ class utl_IOTrackerPageTest : public testing::Test {
   TempDir dir_;
 };
 
-TEST_F(utl_IOTrackerPageTest, ShowsTotalsIncrementsAndAnIndividualFile) {
+TEST_F(IOTrackerPageTest, ShowsTotalsIncrementsAndAnIndividualFile) {
   std::vector<TrackerFile> files;
   for (const auto& lines : Shown("IO Tracking Totals")) {
     files.push_back(ReadTrackerFile(FileOf(lines, false)));
@@ -74,7 +74,7 @@ TEST_F(utl_IOTrackerPageTest, ShowsTotalsIncrementsAndAnIndividualFile) {
   EXPECT_EQ(individual.lines[1].Of(""), totals.lines[2].Of("Scratch "));
 }
 
-TEST_F(utl_IOTrackerPageTest, ShowsASummary) {
+TEST_F(IOTrackerPageTest, ShowsASummary) {
   const auto texts = Shown("IO Summary for All Files");
   ASSERT_EQ(texts.size(), 1U);
   const SummaryFile summary = ReadSummary(FileOf(texts[0], true));

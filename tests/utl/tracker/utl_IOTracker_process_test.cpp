@@ -19,7 +19,7 @@
 namespace {
 
 // The children inherit the current directory and the environment.
-class utl_IOTrackerProcessTest : public utl_IOTrackerTest {
+class IOTrackerProcessTest : public IOTrackerTest {
  protected:
   static void SwitchOn(const char* points = nullptr, const char* interval = nullptr) {
     SetEnvironment("KES_IO_TRACK", "1");
@@ -57,7 +57,7 @@ TEST_CHILD(trackedJob) {
   return count;
 }
 
-TEST_F(utl_IOTrackerProcessTest, WholeLife) {
+TEST_F(IOTrackerProcessTest, WholeLife) {
   SwitchOn();
   EXPECT_EQ(Run("trackedJob", {"-job", "beam"}), 0);
   ASSERT_EQ(Read("beam.ioTotal").lines.size(), 1U);
@@ -78,7 +78,7 @@ TEST_CHILD(untrackedJob) {
   return none && off ? 0 : 1;
 }
 
-TEST_F(utl_IOTrackerProcessTest, WithoutTheVariableThereIsNoTracker) {
+TEST_F(IOTrackerProcessTest, WithoutTheVariableThereIsNoTracker) {
   EXPECT_EQ(Run("untrackedJob"), 0);
   EXPECT_FALSE(Exists("ioTotal"));
   EXPECT_FALSE(Exists("ioFileSummary"));
@@ -97,7 +97,7 @@ TEST_CHILD(opensAFileForWriting) {
   return 0;
 }
 
-TEST_F(utl_IOTrackerProcessTest, OpeningAFileForWritingMakesTheTracker) {
+TEST_F(IOTrackerProcessTest, OpeningAFileForWritingMakesTheTracker) {
   SwitchOn();
   EXPECT_EQ(Run("opensAFileForWriting"), 0);
   ASSERT_EQ(Read("ioTotal").lines.size(), 1U);
@@ -126,7 +126,7 @@ TEST_CHILD(endsWithoutFinalize) {
   return 0;
 }
 
-TEST_F(utl_IOTrackerProcessTest, EndWithoutFinalize) {
+TEST_F(IOTrackerProcessTest, EndWithoutFinalize) {
   for (const char* way : {"main", "exit", "thread"}) {
     for (const char* interval : {"1", "1000000"}) {
       for (const char* points : {"1", "2"}) {
@@ -153,7 +153,7 @@ TEST_CHILD(waitsToBeKilled) {
   return 0;
 }
 
-TEST_F(utl_IOTrackerProcessTest, KilledProcessLeavesWhatWasFlushed) {
+TEST_F(IOTrackerProcessTest, KilledProcessLeavesWhatWasFlushed) {
   for (const char* points : {"1", "2"}) {
     SwitchOn(points, "1000000");
     ChildProcess child = ChildProcess::Start("waitsToBeKilled");
@@ -177,7 +177,7 @@ TEST_CHILD(finalizesAtExit) {
   return 0;
 }
 
-TEST_F(utl_IOTrackerProcessTest, FinalizeAmongTheProgramsLastActs) {
+TEST_F(IOTrackerProcessTest, FinalizeAmongTheProgramsLastActs) {
   for (const char* interval : {"1", "1000000"}) {
     SwitchOn("2", interval);
     EXPECT_EQ(Run("finalizesAtExit"), 0);
@@ -205,7 +205,7 @@ TEST_CHILD(clientEndsLate) {
 // Else the system ends them before static objects are destroyed.
 const bool kThreadsLiveOn = std::filesystem::path::preferred_separator == '/';
 
-TEST_F(utl_IOTrackerProcessTest, FinalizeWhenAllOtherThreadsAreGone) {
+TEST_F(IOTrackerProcessTest, FinalizeWhenAllOtherThreadsAreGone) {
   for (const char* milliseconds : {"0", "30"}) {
     SCOPED_TRACE(milliseconds);
     SwitchOn("2", "1000000");
@@ -216,7 +216,7 @@ TEST_F(utl_IOTrackerProcessTest, FinalizeWhenAllOtherThreadsAreGone) {
 }
 
 // The task may have been ended within a time point; then there is no summary.
-TEST_F(utl_IOTrackerProcessTest, FinalizeWhenTheTaskWasEndedInATimePoint) {
+TEST_F(IOTrackerProcessTest, FinalizeWhenTheTaskWasEndedInATimePoint) {
   for (const char* interval : {"1", "2"}) {
     for (const char* milliseconds : {"0", "30"}) {
       SCOPED_TRACE(std::string(interval) + " " + milliseconds);
@@ -231,7 +231,7 @@ TEST_F(utl_IOTrackerProcessTest, FinalizeWhenTheTaskWasEndedInATimePoint) {
 }
 
 // As may others within an operation.
-TEST_F(utl_IOTrackerProcessTest, FinalizeWhenThreadsWereEndedInTheirOperations) {
+TEST_F(IOTrackerProcessTest, FinalizeWhenThreadsWereEndedInTheirOperations) {
   if (kThreadsLiveOn) {
     GTEST_SKIP() << "threads live on here while static objects are destroyed";
   }
@@ -249,7 +249,7 @@ TEST_CHILD(clientWithAnIdlePoolEndsLate) {
   return 0;
 }
 
-TEST_F(utl_IOTrackerProcessTest, FinalizeWhenThePoolsIdleThreadsAreGone) {
+TEST_F(IOTrackerProcessTest, FinalizeWhenThePoolsIdleThreadsAreGone) {
   for (const char* milliseconds : {"0", "1", "100"}) {
     EXPECT_EQ(Run("clientWithAnIdlePoolEndsLate", {milliseconds}), 0) << milliseconds;
   }
@@ -266,7 +266,7 @@ TEST_CHILD(cannotWrite) {
   return 0;
 }
 
-TEST_F(utl_IOTrackerProcessTest, DirectoryWithoutPermissionIsPassedOverInSilence) {
+TEST_F(IOTrackerProcessTest, DirectoryWithoutPermissionIsPassedOverInSilence) {
   for (const char* points : {"1", "2"}) {
     SwitchOn(points, "1");
     SetEnvironment("KES_IO_INDIVIDUAL", "1");

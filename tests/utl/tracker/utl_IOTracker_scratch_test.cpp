@@ -8,7 +8,7 @@
 
 namespace {
 
-class utl_IOTrackerScratchTest : public utl_IOTrackerTest {
+class IOTrackerScratchTest : public IOTrackerTest {
  protected:
   // The kind of a file opened under `path`.
   static int KindOf(utl_IOTracker& tracker, const std::string& path) {
@@ -24,7 +24,7 @@ class utl_IOTrackerScratchTest : public utl_IOTrackerTest {
   }
 };
 
-TEST_F(utl_IOTrackerScratchTest, FilesBelowTheScratchDirectory) {
+TEST_F(IOTrackerScratchTest, FilesBelowTheScratchDirectory) {
   const struct {
     const char* scratch;
     const char* path;
@@ -81,7 +81,7 @@ TEST_F(utl_IOTrackerScratchTest, FilesBelowTheScratchDirectory) {
   }
 }
 
-TEST_F(utl_IOTrackerScratchTest, RelativeNamesAreTakenFromTheCurrentDirectory) {
+TEST_F(IOTrackerScratchTest, RelativeNamesAreTakenFromTheCurrentDirectory) {
   std::filesystem::create_directories(File("d/e"));
   const std::string here = surroundings_.Dir().Path();
   const std::string shown = surroundings_.Dir().ShownPath();
@@ -97,7 +97,7 @@ TEST_F(utl_IOTrackerScratchTest, RelativeNamesAreTakenFromTheCurrentDirectory) {
 }
 
 // The directory's is that of the tracker's making, a file's that of its opening.
-TEST_F(utl_IOTrackerScratchTest, CurrentDirectoryOfTheMoment) {
+TEST_F(IOTrackerScratchTest, CurrentDirectoryOfTheMoment) {
   std::filesystem::create_directories(File("d/d"));
   LoadArguments({"-tmpdir", "d"});
   utl_IOTracker& tracker = StartTracker("1");
@@ -108,24 +108,24 @@ TEST_F(utl_IOTrackerScratchTest, CurrentDirectoryOfTheMoment) {
   EXPECT_EQ(KindOf(tracker, "../../h"), 1);
 }
 
-TEST_F(utl_IOTrackerScratchTest, DriveThatIsNotThereHoldsNothing) {
+TEST_F(IOTrackerScratchTest, DriveThatIsNotThereHoldsNothing) {
   EXPECT_EQ(KindOf("Q:d", "Q:d\\f"), 1);
   EXPECT_EQ(KindOf("Q:d", "f"), 1);
   EXPECT_EQ(KindOf("/", "Q:f"), 1);
 }
 
-TEST_F(utl_IOTrackerScratchTest, WithoutTheOptionAllIsWork) {
+TEST_F(IOTrackerScratchTest, WithoutTheOptionAllIsWork) {
   EXPECT_EQ(KindOf(StartTracker("1"), "/tmp/f"), 1);
 }
 
-TEST_F(utl_IOTrackerScratchTest, OptionWithoutValueIsNoDirectory) {
+TEST_F(IOTrackerScratchTest, OptionWithoutValueIsNoDirectory) {
   LoadArguments({"-tmpdir"});
   utl_IOTracker& tracker = StartTracker("1");
   EXPECT_EQ(KindOf(tracker, "f"), 1);
   EXPECT_EQ(KindOf(tracker, "/f"), 1);
 }
 
-TEST_F(utl_IOTrackerScratchTest, NameIsCutAt2048Characters) {
+TEST_F(IOTrackerScratchTest, NameIsCutAt2048Characters) {
   std::string scratch = "/";
   while (scratch.size() < 2045) scratch += "d/";
   scratch += "eee";
@@ -138,7 +138,7 @@ TEST_F(utl_IOTrackerScratchTest, NameIsCutAt2048Characters) {
 }
 
 // The whole path tells, whatever the entry keeps of it.
-TEST_F(utl_IOTrackerScratchTest, LongPaths) {
+TEST_F(IOTrackerScratchTest, LongPaths) {
   const std::string directory = "/" + std::string(1100, 's');
   EXPECT_EQ(KindOf(directory, directory + "/f"), 0);
   EXPECT_EQ(KindOf(directory, directory + "2/f"), 1);

@@ -43,8 +43,8 @@ constexpr Operations kTables[] = {
     {"U", &T::UOpen, &T::UClose, &T::URename, &T::UWrite, &T::URead, &T::USeek,
      &T::USetKind, &T::UKind, &T::UTotals, &T::UIncrements, &T::UCount, &T::UPath}};
 
-class utl_IOTrackerTableTest : public utl_IOTrackerTest,
-                               public testing::WithParamInterface<Operations> {
+class IOTrackerTableTest : public IOTrackerTest,
+                           public testing::WithParamInterface<Operations> {
  protected:
   template <class Function, class... Arguments>
   auto Call(Function function, Arguments&&... arguments) {
@@ -91,16 +91,16 @@ class utl_IOTrackerTableTest : public utl_IOTrackerTest,
   }
 };
 
-INSTANTIATE_TEST_SUITE_P(Tables, utl_IOTrackerTableTest, testing::ValuesIn(kTables),
+INSTANTIATE_TEST_SUITE_P(Tables, IOTrackerTableTest, testing::ValuesIn(kTables),
                          [](const auto& table) { return table.param.name; });
 
-TEST_P(utl_IOTrackerTableTest, NewTrackerHasNoEntries) {
+TEST_P(IOTrackerTableTest, NewTrackerHasNoEntries) {
   Start();
   EXPECT_EQ(Count(), 0);
   EXPECT_EQ(Path(0), "");
 }
 
-TEST_P(utl_IOTrackerTableTest, OpenMakesAnEntry) {
+TEST_P(IOTrackerTableTest, OpenMakesAnEntry) {
   Start();
   Open(7, "model.dat");
   EXPECT_EQ(Count(), 1);
@@ -111,7 +111,7 @@ TEST_P(utl_IOTrackerTableTest, OpenMakesAnEntry) {
   EXPECT_EQ(Increments(7).kind, 1);
 }
 
-TEST_P(utl_IOTrackerTableTest, WritesAndReadsAreCounted) {
+TEST_P(IOTrackerTableTest, WritesAndReadsAreCounted) {
   Start();
   Open(7, "a");
   Write(7, kMegabyte, 0.25);
@@ -125,14 +125,14 @@ TEST_P(utl_IOTrackerTableTest, WritesAndReadsAreCounted) {
 }
 
 // 2^52 bytes in all are summed without a rounding.
-TEST_P(utl_IOTrackerTableTest, MegabytesOfManyBytesAreExact) {
+TEST_P(IOTrackerTableTest, MegabytesOfManyBytesAreExact) {
   Start();
   Open(7, "a");
   for (int i = 0; i < 1024; ++i) Write(7, (std::int64_t{1} << 42) + (i % 2));
   EXPECT_EQ(Totals(7).writeMB, double(1LL << 32) + 512.0 / kMegabyte);
 }
 
-TEST_P(utl_IOTrackerTableTest, NegativeAndMissingNumbersCountAsZero) {
+TEST_P(IOTrackerTableTest, NegativeAndMissingNumbersCountAsZero) {
   Start();
   Open(7, "a");
   for (const double seconds : {-1.0, kNan, -kNan, -kInfinity, -0.0}) {
@@ -143,14 +143,14 @@ TEST_P(utl_IOTrackerTableTest, NegativeAndMissingNumbersCountAsZero) {
   EXPECT_EQ(Quantities(Increments(7)), (Numbers{5, 0, 0, 5, 0, 0}));
 }
 
-TEST_P(utl_IOTrackerTableTest, EndlessTimeStays) {
+TEST_P(IOTrackerTableTest, EndlessTimeStays) {
   Start();
   Write(7, 0, kInfinity);
   Write(7, 0, 1);
   EXPECT_EQ(Totals(7).writeTime, kInfinity);
 }
 
-TEST_P(utl_IOTrackerTableTest, UnknownKeyIsAnsweredWithZeros) {
+TEST_P(IOTrackerTableTest, UnknownKeyIsAnsweredWithZeros) {
   Start();
   for (const auto query : {GetParam().totals, GetParam().increments}) {
     utl_IOTrackerRecord record = {1, 2, 3, 4, 5, 6, 7, 8, 9, 0, 10};
@@ -162,7 +162,7 @@ TEST_P(utl_IOTrackerTableTest, UnknownKeyIsAnsweredWithZeros) {
   EXPECT_EQ(Kind(7), 2);
 }
 
-TEST_P(utl_IOTrackerTableTest, UnknownKeyIsNotMadeByOperationsThatNeedAnEntry) {
+TEST_P(IOTrackerTableTest, UnknownKeyIsNotMadeByOperationsThatNeedAnEntry) {
   Start("3");
   Close(7);
   Rename(7, "a");
@@ -172,7 +172,7 @@ TEST_P(utl_IOTrackerTableTest, UnknownKeyIsNotMadeByOperationsThatNeedAnEntry) {
   EXPECT_FALSE(IsKnown(7));
 }
 
-TEST_P(utl_IOTrackerTableTest, OperationUnderAnUnknownKeyMakesABlankEntry) {
+TEST_P(IOTrackerTableTest, OperationUnderAnUnknownKeyMakesABlankEntry) {
   Start();
   Write(7, kMegabyte, 1);
   Read(8, kMegabyte, 1);
@@ -185,7 +185,7 @@ TEST_P(utl_IOTrackerTableTest, OperationUnderAnUnknownKeyMakesABlankEntry) {
   EXPECT_EQ(Quantities(Totals(8)), (Numbers{1, 1, 1, 1, 1, 1}));
 }
 
-TEST_P(utl_IOTrackerTableTest, BlankEntryIsNoFileOfThatName) {
+TEST_P(IOTrackerTableTest, BlankEntryIsNoFileOfThatName) {
   Start();
   Write(7, 1);
   Open(8, " ");
@@ -194,7 +194,7 @@ TEST_P(utl_IOTrackerTableTest, BlankEntryIsNoFileOfThatName) {
   EXPECT_EQ(Kind(8), 1);
 }
 
-TEST_P(utl_IOTrackerTableTest, BlankEntryGetsAPathByRenaming) {
+TEST_P(IOTrackerTableTest, BlankEntryGetsAPathByRenaming) {
   Start();
   Write(7, 1);
   Rename(7, "later");
@@ -205,7 +205,7 @@ TEST_P(utl_IOTrackerTableTest, BlankEntryGetsAPathByRenaming) {
   EXPECT_EQ(Totals(8).writeCount, 1);
 }
 
-TEST_P(utl_IOTrackerTableTest, ClosingRetiresTheKey) {
+TEST_P(IOTrackerTableTest, ClosingRetiresTheKey) {
   Start();
   Open(7, "a");
   Write(7, kMegabyte);
@@ -221,7 +221,7 @@ TEST_P(utl_IOTrackerTableTest, ClosingRetiresTheKey) {
   EXPECT_EQ(Path(1), " ");
 }
 
-TEST_P(utl_IOTrackerTableTest, OpeningAPathAgainRevivesItsEntry) {
+TEST_P(IOTrackerTableTest, OpeningAPathAgainRevivesItsEntry) {
   Start();
   Open(7, "a");
   Write(7, kMegabyte, 1);
@@ -236,7 +236,7 @@ TEST_P(utl_IOTrackerTableTest, OpeningAPathAgainRevivesItsEntry) {
   EXPECT_EQ(Count(), 1);
 }
 
-TEST_P(utl_IOTrackerTableTest, OnePathUnderTwoKeys) {
+TEST_P(IOTrackerTableTest, OnePathUnderTwoKeys) {
   Start();
   Open(7, "a");
   Open(8, "a");
@@ -249,7 +249,7 @@ TEST_P(utl_IOTrackerTableTest, OnePathUnderTwoKeys) {
   EXPECT_EQ(Totals(8).writeCount, 3);
 }
 
-TEST_P(utl_IOTrackerTableTest, OpeningUnderAKeyInUseMovesTheKey) {
+TEST_P(IOTrackerTableTest, OpeningUnderAKeyInUseMovesTheKey) {
   Start();
   Open(7, "a");
   Write(7, 1);
@@ -263,7 +263,7 @@ TEST_P(utl_IOTrackerTableTest, OpeningUnderAKeyInUseMovesTheKey) {
   EXPECT_EQ(Count(), 2);
 }
 
-TEST_P(utl_IOTrackerTableTest, OpeningUnderTheKeyOfABlankEntryLeavesThatBehind) {
+TEST_P(IOTrackerTableTest, OpeningUnderTheKeyOfABlankEntryLeavesThatBehind) {
   Start();
   Write(7, 1);
   Open(7, "a");
@@ -272,7 +272,7 @@ TEST_P(utl_IOTrackerTableTest, OpeningUnderTheKeyOfABlankEntryLeavesThatBehind) 
   EXPECT_EQ(Path(1), "a");
 }
 
-TEST_P(utl_IOTrackerTableTest, PathsAreComparedAsTheyAreGiven) {
+TEST_P(IOTrackerTableTest, PathsAreComparedAsTheyAreGiven) {
   Start();
   Open(1, "a");
   Open(2, "A");
@@ -280,7 +280,7 @@ TEST_P(utl_IOTrackerTableTest, PathsAreComparedAsTheyAreGiven) {
   EXPECT_EQ(Count(), 3);
 }
 
-TEST_P(utl_IOTrackerTableTest, RenamingKeepsCountsAndKind) {
+TEST_P(IOTrackerTableTest, RenamingKeepsCountsAndKind) {
   LoadArguments({"-tmpdir", "scratch"});
   Start();
   Open(7, "scratch/a");
@@ -294,7 +294,7 @@ TEST_P(utl_IOTrackerTableTest, RenamingKeepsCountsAndKind) {
   EXPECT_EQ(Count(), 1);
 }
 
-TEST_P(utl_IOTrackerTableTest, TheOldNameOfARenamedFileIsANewFile) {
+TEST_P(IOTrackerTableTest, TheOldNameOfARenamedFileIsANewFile) {
   Start();
   Open(7, "a");
   Write(7, 1);
@@ -305,7 +305,7 @@ TEST_P(utl_IOTrackerTableTest, TheOldNameOfARenamedFileIsANewFile) {
   EXPECT_EQ(Totals(7).writeCount, 1);
 }
 
-TEST_P(utl_IOTrackerTableTest, RenamingToItsOwnNameChangesNothing) {
+TEST_P(IOTrackerTableTest, RenamingToItsOwnNameChangesNothing) {
   Start();
   Open(7, "a");
   Rename(7, "a");
@@ -314,7 +314,7 @@ TEST_P(utl_IOTrackerTableTest, RenamingToItsOwnNameChangesNothing) {
   EXPECT_EQ(Path(0), "a");
 }
 
-TEST_P(utl_IOTrackerTableTest, RenamingOntoAnotherFileReplacesIt) {
+TEST_P(IOTrackerTableTest, RenamingOntoAnotherFileReplacesIt) {
   Start();
   Open(1, "a");
   Write(1, 1);
@@ -331,7 +331,7 @@ TEST_P(utl_IOTrackerTableTest, RenamingOntoAnotherFileReplacesIt) {
   EXPECT_EQ(Count(), 3);
 }
 
-TEST_P(utl_IOTrackerTableTest, KindIsWhatWasSet) {
+TEST_P(IOTrackerTableTest, KindIsWhatWasSet) {
   Start();
   Open(7, "a");
   const struct {
@@ -345,7 +345,7 @@ TEST_P(utl_IOTrackerTableTest, KindIsWhatWasSet) {
   }
 }
 
-TEST_P(utl_IOTrackerTableTest, BelowLevel3TheFurtherFieldsStayZero) {
+TEST_P(IOTrackerTableTest, BelowLevel3TheFurtherFieldsStayZero) {
   for (const char* level : {"1", "2"}) {
     Start(level);
     Open(7, "a");
@@ -360,7 +360,7 @@ TEST_P(utl_IOTrackerTableTest, BelowLevel3TheFurtherFieldsStayZero) {
   }
 }
 
-TEST_P(utl_IOTrackerTableTest, Level3CountsBytesOpensAndSeeks) {
+TEST_P(IOTrackerTableTest, Level3CountsBytesOpensAndSeeks) {
   Start("3");
   Open(7, "a");
   Open(8, "a");
@@ -380,7 +380,7 @@ TEST_P(utl_IOTrackerTableTest, Level3CountsBytesOpensAndSeeks) {
   }
 }
 
-TEST_P(utl_IOTrackerTableTest, CountsStayAtTheirLimit) {
+TEST_P(IOTrackerTableTest, CountsStayAtTheirLimit) {
   constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max();
   Start("3");
   Open(7, "a");
@@ -398,7 +398,7 @@ TEST_P(utl_IOTrackerTableTest, CountsStayAtTheirLimit) {
   EXPECT_EQ(sum.writeCount, 4);
 }
 
-TEST_P(utl_IOTrackerTableTest, AnyNumberIsAKey) {
+TEST_P(IOTrackerTableTest, AnyNumberIsAKey) {
   Start();
   using Limits = std::numeric_limits<std::int64_t>;
   const std::int64_t keys[] = {
@@ -409,7 +409,7 @@ TEST_P(utl_IOTrackerTableTest, AnyNumberIsAKey) {
   for (const std::int64_t key : keys) EXPECT_EQ(Totals(key).writeCount, 1) << key;
 }
 
-TEST_P(utl_IOTrackerTableTest, PathsAreCutAt1023Characters) {
+TEST_P(IOTrackerTableTest, PathsAreCutAt1023Characters) {
   for (const std::size_t length : {0U, 1U, 1022U, 1023U, 1024U, 2048U, 100000U}) {
     Start();
     const std::string path(length, 'p');
@@ -420,7 +420,7 @@ TEST_P(utl_IOTrackerTableTest, PathsAreCutAt1023Characters) {
   }
 }
 
-TEST_P(utl_IOTrackerTableTest, PathsThatDifferBehindTheCutAreOne) {
+TEST_P(IOTrackerTableTest, PathsThatDifferBehindTheCutAreOne) {
   Start();
   const std::string path(1023, 'p');
   Open(1, (path + "a").c_str());
@@ -429,7 +429,7 @@ TEST_P(utl_IOTrackerTableTest, PathsThatDifferBehindTheCutAreOne) {
   EXPECT_EQ(Count(), 1);
 }
 
-TEST_P(utl_IOTrackerTableTest, NullIsTheEmptyPath) {
+TEST_P(IOTrackerTableTest, NullIsTheEmptyPath) {
   Start();
   Open(7, nullptr);
   Open(8, "");
@@ -441,7 +441,7 @@ TEST_P(utl_IOTrackerTableTest, NullIsTheEmptyPath) {
   EXPECT_EQ(Path(1), "");
 }
 
-TEST_P(utl_IOTrackerTableTest, IndexOutOfRangeIsTheEmptyPath) {
+TEST_P(IOTrackerTableTest, IndexOutOfRangeIsTheEmptyPath) {
   Start();
   Open(7, "a");
   for (const int index :
@@ -450,7 +450,7 @@ TEST_P(utl_IOTrackerTableTest, IndexOutOfRangeIsTheEmptyPath) {
   }
 }
 
-TEST_P(utl_IOTrackerTableTest, PathTextsStayWhileTheTableGrowsAndFilesAreRenamed) {
+TEST_P(IOTrackerTableTest, PathTextsStayWhileTheTableGrowsAndFilesAreRenamed) {
   Start();
   Open(0, "first");
   const char* const first = PathText(0);
@@ -462,7 +462,7 @@ TEST_P(utl_IOTrackerTableTest, PathTextsStayWhileTheTableGrowsAndFilesAreRenamed
   EXPECT_EQ(PathText(0), renamed);
 }
 
-TEST_P(utl_IOTrackerTableTest, EntriesKeepTheOrderOfTheirMaking) {
+TEST_P(IOTrackerTableTest, EntriesKeepTheOrderOfTheirMaking) {
   Start();
   for (int i = 0; i < 50; ++i) {
     Open(1000 - i, ("f" + std::to_string(i)).c_str());
@@ -475,7 +475,7 @@ TEST_P(utl_IOTrackerTableTest, EntriesKeepTheOrderOfTheirMaking) {
   }
 }
 
-TEST_P(utl_IOTrackerTableTest, HundredThousandFiles) {
+TEST_P(IOTrackerTableTest, HundredThousandFiles) {
   constexpr int kFiles = 100000;
   Start();
   for (int i = 0; i < kFiles; ++i)
@@ -492,7 +492,7 @@ TEST_P(utl_IOTrackerTableTest, HundredThousandFiles) {
 }
 
 // A file opened, written and closed over and over, each time under another key.
-TEST_P(utl_IOTrackerTableTest, ManyKeysOfOneFile) {
+TEST_P(IOTrackerTableTest, ManyKeysOfOneFile) {
   Start("3");
   for (int i = 0; i < 100000; ++i) {
     Open(i, "a");

@@ -28,7 +28,7 @@ static_assert(offsetof(Record, writeCount) == 0 && offsetof(Record, writeMB) == 
 
 using T = utl_IOTracker;
 
-TEST_F(utl_IOTrackerTest, OrderOfTheInterface) {
+TEST_F(IOTrackerTest, OrderOfTheInterface) {
   using exception_contract::Slot;
   const std::intptr_t slots[] = {
       Slot(&T::Mark),      Slot(&T::TimePoint),       Slot(&T::COpen),
@@ -49,14 +49,14 @@ TEST_F(utl_IOTrackerTest, OrderOfTheInterface) {
   EXPECT_EQ(expected, 2 + 1 + 32);
 }
 
-TEST_F(utl_IOTrackerTest, NewRecordIsZeroAndUnclassified) {
+TEST_F(IOTrackerTest, NewRecordIsZeroAndUnclassified) {
   const Record record;
   EXPECT_EQ(Quantities(record), (Numbers{0, 0, 0, 0, 0, 0}));
   EXPECT_EQ(record.bytesWritten + record.bytesRead + record.opens + record.seeks, 0);
   EXPECT_EQ(record.kind, 2);
 }
 
-TEST_F(utl_IOTrackerTest, EnvironmentGivesTheLevel) {
+TEST_F(IOTrackerTest, EnvironmentGivesTheLevel) {
   const struct {
     const char* value;  // null: not set
     int level;          // 0: no tracker
@@ -75,7 +75,7 @@ TEST_F(utl_IOTrackerTest, EnvironmentGivesTheLevel) {
   }
 }
 
-TEST_F(utl_IOTrackerTest, EnvironmentIsReadWhenTheHolderIsMade) {
+TEST_F(IOTrackerTest, EnvironmentIsReadWhenTheHolderIsMade) {
   utl_IOTracker_Container& holder = TrackerHolder::Instance();
   SetEnvironment("KES_IO_TRACK", "1");
   EXPECT_EQ(holder.Tracker(), nullptr);
@@ -84,12 +84,12 @@ TEST_F(utl_IOTrackerTest, EnvironmentIsReadWhenTheHolderIsMade) {
   EXPECT_NE(TrackerHolder::Instance().Tracker(), nullptr);
 }
 
-TEST_F(utl_IOTrackerTest, EachHolderHasATrackerOfItsOwn) {
+TEST_F(IOTrackerTest, EachHolderHasATrackerOfItsOwn) {
   StartTracker("1").CWrite(1, 1, 0);
   EXPECT_EQ(StartTracker("2").CCount(), 0);
 }
 
-TEST_F(utl_IOTrackerTest, TimeGoesOnFromTheMaking) {
+TEST_F(IOTrackerTest, TimeGoesOnFromTheMaking) {
   utl_IOTracker& tracker = StartTracker("1");
   const double first = tracker.Now();
   EXPECT_GE(first, 0);
@@ -98,7 +98,7 @@ TEST_F(utl_IOTrackerTest, TimeGoesOnFromTheMaking) {
   EXPECT_GT(tracker.Now(), first);
 }
 
-TEST_F(utl_IOTrackerTest, TablesAreApart) {
+TEST_F(IOTrackerTest, TablesAreApart) {
   utl_IOTracker& tracker = StartTracker("1");
   tracker.COpen(1, "c");
   tracker.UOpen(1, "u");
@@ -112,7 +112,7 @@ TEST_F(utl_IOTrackerTest, TablesAreApart) {
   EXPECT_EQ(record.writeCount, 0);
 }
 
-TEST_F(utl_IOTrackerTest, SumsAreOverBothTables) {
+TEST_F(IOTrackerTest, SumsAreOverBothTables) {
   utl_IOTracker& tracker = StartTracker("3");
   tracker.COpen(1, "c");
   tracker.CWrite(1, kMegabyte, 1);
@@ -137,7 +137,7 @@ TEST_F(utl_IOTrackerTest, SumsAreOverBothTables) {
   EXPECT_EQ(Quantities(scratch), (Numbers{0, 0, 0, 1, 8, 8}));
 }
 
-TEST_F(utl_IOTrackerTest, AnyKindButScratchSumsTheWorkFiles) {
+TEST_F(IOTrackerTest, AnyKindButScratchSumsTheWorkFiles) {
   utl_IOTracker& tracker = StartTracker("1");
   tracker.CWrite(2, kMegabyte, 1);
   for (const int kind : {1, 2, 3, -1}) {
@@ -149,7 +149,7 @@ TEST_F(utl_IOTrackerTest, AnyKindButScratchSumsTheWorkFiles) {
   }
 }
 
-TEST_F(utl_IOTrackerTest, SumsOfNothingAreZero) {
+TEST_F(IOTrackerTest, SumsOfNothingAreZero) {
   utl_IOTracker& tracker = StartTracker("1");
   for (const int kind : {0, 1}) {
     utl_IOTrackerRecord sum = {1, 2, 3, 4, 5, 6, 7, 8, 9, 2, 10};

@@ -20,7 +20,7 @@ constexpr int kOperations = 125000;  // of a thread: a million in all
 constexpr std::int64_t kBytes = 65536;
 constexpr double kSeconds = 1.0 / 64;
 
-using utl_IOTrackerThreadsTest = utl_IOTrackerTest;
+using IOTrackerThreadsTest = IOTrackerTest;
 
 // Runs `work` with the numbers 0 to `count` - 1, all beginning together.
 void RunThreads(int count, const std::function<void(int)>& work) {
@@ -60,7 +60,7 @@ void Work(utl_IOTracker& tracker, int thread) {
   }
 }
 
-TEST_F(utl_IOTrackerThreadsTest, AMillionOperationsAddUp) {
+TEST_F(IOTrackerThreadsTest, AMillionOperationsAddUp) {
   utl_IOTracker& tracker = StartTracker("3");
   tracker.UOpen(4711, "shared");
   RunThreads(kThreads, [&](int i) { Work(tracker, i); });
@@ -85,7 +85,7 @@ TEST_F(utl_IOTrackerThreadsTest, AMillionOperationsAddUp) {
 
 // While a million operations are counted, lines are written. Each shows a moment: the
 // increments up to it and the totals are the same, and no operation is in two of them.
-TEST_F(utl_IOTrackerThreadsTest, IncrementsAddUpToTheTotals) {
+TEST_F(IOTrackerThreadsTest, IncrementsAddUpToTheTotals) {
   SetEnvironment("KES_IO_INDIVIDUAL", "1");
   testing::internal::CaptureStdout();
   utl_IOTracker& tracker = StartTracker("2");
@@ -126,7 +126,7 @@ TEST_F(utl_IOTrackerThreadsTest, IncrementsAddUpToTheTotals) {
 }
 
 // Every operation of the interface at once, on few keys and paths.
-TEST_F(utl_IOTrackerThreadsTest, AllOperationsAtOnce) {
+TEST_F(IOTrackerThreadsTest, AllOperationsAtOnce) {
   SetEnvironment("KES_IO_INDIVIDUAL", "1");
   testing::internal::CaptureStdout();
   utl_IOTracker& tracker = StartTracker("3");
@@ -174,7 +174,7 @@ TEST_F(utl_IOTrackerThreadsTest, AllOperationsAtOnce) {
   testing::internal::GetCapturedStdout();
 }
 
-TEST_F(utl_IOTrackerThreadsTest, AllMakeTheHolderAtOnce) {
+TEST_F(IOTrackerThreadsTest, AllMakeTheHolderAtOnce) {
   SetEnvironment("KES_IO_TRACK", "1");
   for (int round = 0; round < 50; ++round) {
     EndTracker();

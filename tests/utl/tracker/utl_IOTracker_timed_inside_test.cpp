@@ -26,10 +26,10 @@ namespace {
 
 constexpr char kCompleted[] = "Completed TimedOutTask\n";
 
-class utl_IOTrackerTimedTest : public utl_IOTrackerTest {
+class IOTrackerTimedTest : public IOTrackerTest {
  protected:
-  utl_IOTrackerTimedTest() { SetEnvironment("KES_IO_TIMEPOINTS", "2"); }
-  ~utl_IOTrackerTimedTest() override {
+  IOTrackerTimedTest() { SetEnvironment("KES_IO_TIMEPOINTS", "2"); }
+  ~IOTrackerTimedTest() override {
     if (capturing_) End();
     EndPool();
   }
@@ -78,7 +78,7 @@ class utl_IOTrackerTimedTest : public utl_IOTrackerTest {
   bool capturing_ = false;
 };
 
-TEST_F(utl_IOTrackerTimedTest, LinesComeWithoutLabels) {
+TEST_F(IOTrackerTimedTest, LinesComeWithoutLabels) {
   utl_IOTracker& tracker = Start("1");
   tracker.COpen(1, "a");
   tracker.CWrite(1, kMegabyte, 1);
@@ -97,7 +97,7 @@ TEST_F(utl_IOTrackerTimedTest, LinesComeWithoutLabels) {
   EXPECT_EQ(totals.lines.back().Of("Work "), (Numbers{1, 1, 1, 0, 0, 0}));
 }
 
-TEST_F(utl_IOTrackerTimedTest, ExactHead) {
+TEST_F(IOTrackerTimedTest, ExactHead) {
   AwaitPoints(Start("1"), 1);
   End();
   EXPECT_EQ(ReadTextLines(File("ioTotal"))[1],
@@ -107,7 +107,7 @@ TEST_F(utl_IOTrackerTimedTest, ExactHead) {
             "Scratch Read Time");
 }
 
-TEST_F(utl_IOTrackerTimedTest, TheNumber2InAllItsForms) {
+TEST_F(IOTrackerTimedTest, TheNumber2InAllItsForms) {
   for (const char* points : {" 2", "+2", "02", "2x", "2.9"}) {
     SetEnvironment("KES_IO_TIMEPOINTS", points);
     Start("100000").TimePoint();
@@ -116,7 +116,7 @@ TEST_F(utl_IOTrackerTimedTest, TheNumber2InAllItsForms) {
   }
 }
 
-TEST_F(utl_IOTrackerTimedTest, MarksWriteNothing) {
+TEST_F(IOTrackerTimedTest, MarksWriteNothing) {
   utl_IOTracker& tracker = Start("100000", "2");
   tracker.CWrite(1, kMegabyte, 1);
   tracker.Mark("m");
@@ -129,7 +129,7 @@ TEST_F(utl_IOTrackerTimedTest, MarksWriteNothing) {
   EXPECT_EQ(record.writeCount, 1) << "what a mark has not written is not zeroed";
 }
 
-TEST_F(utl_IOTrackerTimedTest, IncrementsAndIndividualOutputs) {
+TEST_F(IOTrackerTimedTest, IncrementsAndIndividualOutputs) {
   SetEnvironment("KES_IO_INDIVIDUAL", "1");
   testing::internal::CaptureStdout();
   utl_IOTracker& tracker = Start("2", "2");
@@ -158,7 +158,7 @@ TEST_F(utl_IOTrackerTimedTest, IncrementsAndIndividualOutputs) {
   EXPECT_EQ(individual.lines.back()["Write MB"], 100);
 }
 
-TEST_F(utl_IOTrackerTimedTest, WrittenIncrementsHaveNoLabelHere) {
+TEST_F(IOTrackerTimedTest, WrittenIncrementsHaveNoLabelHere) {
   utl_IOTracker& tracker = Start("100000");
   tracker.WriteIncrements("label");
   End();
@@ -170,7 +170,7 @@ TEST_F(utl_IOTrackerTimedTest, WrittenIncrementsHaveNoLabelHere) {
 
 // The pauses of the task are watched and not made. The first one is at most the interval,
 // and never long, whatever that is.
-TEST_F(utl_IOTrackerTimedTest, IntervalOfTheEnvironment) {
+TEST_F(IOTrackerTimedTest, IntervalOfTheEnvironment) {
   const struct {
     const char* value;
     DWORD firstPause;
@@ -203,7 +203,7 @@ TEST_F(utl_IOTrackerTimedTest, IntervalOfTheEnvironment) {
 
 // However slow the machine is: no line comes before the interval has passed, and no pause
 // is to end later than that.
-TEST_F(utl_IOTrackerTimedTest, PausesLastTheInterval) {
+TEST_F(IOTrackerTimedTest, PausesLastTheInterval) {
   const struct {
     const char* value;
     double seconds;
@@ -232,7 +232,7 @@ TEST_F(utl_IOTrackerTimedTest, PausesLastTheInterval) {
 }
 
 // The last time point comes at the end, and shows everything.
-TEST_F(utl_IOTrackerTimedTest, EndWhileTheTaskSleeps) {
+TEST_F(IOTrackerTimedTest, EndWhileTheTaskSleeps) {
   std::promise<void> sleeps;
   std::atomic<bool> told = false;
   const InsteadOfSleep watch([&](DWORD) {
@@ -250,7 +250,7 @@ TEST_F(utl_IOTrackerTimedTest, EndWhileTheTaskSleeps) {
 
 // The summary is written before the task is waited for, which is in pauses of a tenth of
 // a second. The task has just ended when one of these is over.
-TEST_F(utl_IOTrackerTimedTest, EndWaitsInPausesOfATenthOfASecond) {
+TEST_F(IOTrackerTimedTest, EndWaitsInPausesOfATenthOfASecond) {
   const std::thread::id ending = std::this_thread::get_id();
   std::promise<void> sleeps;
   std::promise<void> mayWake;
@@ -283,7 +283,7 @@ TEST_F(utl_IOTrackerTimedTest, EndWaitsInPausesOfATenthOfASecond) {
 }
 
 // The task writes without a pause, so that the end finds it anywhere in its work.
-TEST_F(utl_IOTrackerTimedTest, EndWhileTheTaskWrites) {
+TEST_F(IOTrackerTimedTest, EndWhileTheTaskWrites) {
   for (int round = 0; round < 20; ++round) {
     utl_IOTracker& tracker = Start("1", "2");
     for (int i = 0; i < 100; ++i) tracker.COpen(i, std::to_string(i).c_str());
@@ -294,7 +294,7 @@ TEST_F(utl_IOTrackerTimedTest, EndWhileTheTaskWrites) {
   }
 }
 
-TEST_F(utl_IOTrackerTimedTest, EndAtOnce) {
+TEST_F(IOTrackerTimedTest, EndAtOnce) {
   for (int round = 0; round < 20; ++round) {
     Start("1");
     EXPECT_EQ(End(), kCompleted);
@@ -312,7 +312,7 @@ class FunctionTask : public thr_Task {
 };
 
 // All threads of the pool do other things for longer than the tracker lives.
-TEST_F(utl_IOTrackerTimedTest, TaskThatNeverBeganIsNotWaitedFor) {
+TEST_F(IOTrackerTimedTest, TaskThatNeverBeganIsNotWaitedFor) {
   auto& pool = thr_GlobalSingleton<thr_ThreadPool>::Instance();
   std::promise<void> mayEnd;
   const std::shared_future<void> ends = mayEnd.get_future().share();
@@ -332,7 +332,7 @@ TEST_F(utl_IOTrackerTimedTest, TaskThatNeverBeganIsNotWaitedFor) {
   EXPECT_FALSE(Exists("ioTotal"));
 }
 
-TEST_F(utl_IOTrackerTimedTest, TwoTrackersOneAfterTheOther) {
+TEST_F(IOTrackerTimedTest, TwoTrackersOneAfterTheOther) {
   for (const char* job : {"one", "two"}) {
     LoadArguments({"-job", job});
     utl_IOTracker& tracker = Start("1");
@@ -343,7 +343,7 @@ TEST_F(utl_IOTrackerTimedTest, TwoTrackersOneAfterTheOther) {
   }
 }
 
-TEST_F(utl_IOTrackerTimedTest, OperationsGoOnWhileTheTaskWrites) {
+TEST_F(IOTrackerTimedTest, OperationsGoOnWhileTheTaskWrites) {
   utl_IOTracker& tracker = Start("1", "3");
   AwaitPoints(tracker, 1);
   StartLine start(4);
@@ -363,7 +363,7 @@ TEST_F(utl_IOTrackerTimedTest, OperationsGoOnWhileTheTaskWrites) {
 }
 
 // The library's end ends the tracker, and then the pool.
-TEST_F(utl_IOTrackerTimedTest, FinalizeEndsAll) {
+TEST_F(IOTrackerTimedTest, FinalizeEndsAll) {
   int count = 0;
   utl_initialize(count);
   Start("1").CWrite(1, kMegabyte, 1);

@@ -15,10 +15,10 @@
 constexpr char kCantMakeName[] = "*** ERROR: Can't create unique temporary file name.";
 
 /// Nothing names a directory for temporary files, unless a test does.
-class TempFileTest : public testing::Test {
+class TempFileFixture : public testing::Test {
  protected:
-  TempFileTest() { thr_GlobalSingleton<utl_CommandLine>::Destroy(); }
-  ~TempFileTest() override {
+  TempFileFixture() { thr_GlobalSingleton<utl_CommandLine>::Destroy(); }
+  ~TempFileFixture() override {
     thr_GlobalSingleton<utl_CommandLine>::Destroy();
     std::filesystem::current_path(earlier_);
   }
