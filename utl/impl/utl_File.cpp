@@ -7,6 +7,7 @@
 
 #include "atr/atr_translate.h"
 #include "utl/impl/ScopedHandle.h"
+#include "utl/impl/utl_fileErrors.h"
 #include "utl/utl_IOTracker.h"
 
 namespace {
@@ -88,6 +89,10 @@ std::int64_t TailOf(std::int64_t size) {
 }
 
 }  // namespace
+
+void utl_fileFailAtEnd(const cow_String& path) {
+  Fail<utl_FileExceptionRead>("ReadFile", ERROR_HANDLE_EOF, path, __LINE__);
+}
 
 utl_File::utl_File() = default;
 

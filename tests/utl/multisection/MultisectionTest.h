@@ -66,6 +66,7 @@ class MultisectionTest : public testing::Test {
   EXPECT_THROW_AT(statement, nex_TextException, Message(message), \
                   "utl/impl/utl_MultisectionFile", 323)
 
-/// The file ends too early.
-#define EXPECT_END_OF_FILE(statement) \
-  EXPECT_THROW_TEXT(statement, utl_FileExceptionRead, EndOfFileText())
+/// The file ends too early: the exception is utl_File's own.
+#define EXPECT_END_OF_FILE(statement)                                  \
+  EXPECT_THROW_FROM(statement, utl_FileExceptionRead, EndOfFileText(), \
+                    "utl/impl/utl_File")

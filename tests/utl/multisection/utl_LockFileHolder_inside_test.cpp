@@ -33,7 +33,7 @@ TEST_F(LockFileHolderTest, ConstructorTriesAtOnce) {
 
 TEST_F(LockFileHolderTest, TheLockFileIsEmpty) {
   const utl_LockFileHolder lock(path_, 1, 0);
-  EXPECT_EQ("", ReadWholeFile(file_));
+  EXPECT_EQ(ReadWholeFile(file_), "");
 }
 
 TEST_F(LockFileHolderTest, HolderRemovesTheFile) {
@@ -54,7 +54,7 @@ TEST_F(LockFileHolderTest, FreedLockIsAcquiredByALaterAttempt) {
   WriteWholeFile(file_, "");
   utl_LockFileHolder lock(path_, 1, 0);
   EXPECT_FALSE(lock.acquire(1, 0));
-  ASSERT_EQ(0, _unlink(file_.c_str()));
+  ASSERT_EQ(_unlink(file_.c_str()), 0);
   EXPECT_TRUE(lock.acquire(1, 0));
 }
 
@@ -63,9 +63,9 @@ TEST_F(LockFileHolderTest, PausesAfterEveryFailedAttemptTheLastOneToo) {
   std::vector<DWORD> pauses;
   const InsteadOfSleep sleep([&](DWORD milliseconds) { pauses.push_back(milliseconds); });
   utl_LockFileHolder lock(path_, 2, 5);
-  EXPECT_EQ((std::vector<DWORD>{5, 5}), pauses);
+  EXPECT_EQ(pauses, (std::vector<DWORD>{5, 5}));
   EXPECT_FALSE(lock.acquire(3, 7));
-  EXPECT_EQ((std::vector<DWORD>{5, 5, 7, 7, 7}), pauses);
+  EXPECT_EQ(pauses, (std::vector<DWORD>{5, 5, 7, 7, 7}));
 }
 
 TEST_F(LockFileHolderTest, DoesNotPauseAfterSuccess) {
@@ -95,9 +95,9 @@ TEST_CHILD(lockOnDescriptorZero) {
 
 TEST_F(LockFileHolderTest, DescriptorZeroIsAFailureThatLeavesNoFile) {
   ChildProcess child = ChildProcess::Start("lockOnDescriptorZero", {file_});
-  EXPECT_EQ("not held", child.ReadLine());
-  EXPECT_EQ("no file", child.ReadLine());
-  EXPECT_EQ(0, child.Wait());
+  EXPECT_EQ(child.ReadLine(), "not held");
+  EXPECT_EQ(child.ReadLine(), "no file");
+  EXPECT_EQ(child.Wait(), 0);
 }
 
 }  // namespace

@@ -68,11 +68,11 @@ TEST_F(MultisectionFailureTest, EveryCallOfASaveFailsOnce) {
       } catch (const nex_TextException&) {
         thrown = true;
       }
-      ASSERT_EQ(failure_->Happened(), thrown);
-      EXPECT_EQ("", OtherFiles());
+      ASSERT_EQ(thrown, failure_->Happened());
+      EXPECT_EQ(OtherFiles(), "");
       if (!thrown) {
         EXPECT_GT(nth, 1) << "no such call at all";
-        EXPECT_EQ(BuildImage(kNew), ReadWholeFile(file_));
+        EXPECT_EQ(ReadWholeFile(file_), BuildImage(kNew));
         break;
       }
       EXPECT_TRUE(IsStageOfASave(ReadWholeFile(file_)));
@@ -116,9 +116,9 @@ TEST_F(MultisectionFailureTest, FailuresAreThoseOfTheFileThatFailed) {
       SaveFailing(failure.call, failure.nth);
       ADD_FAILURE() << "not thrown: " << failure.text;
     } catch (const nex_TextException& thrown) {
-      EXPECT_EQ(failure.text, thrown.AsString());
+      EXPECT_EQ(thrown.AsString(), failure.text);
     }
-    EXPECT_EQ("", OtherFiles());
+    EXPECT_EQ(OtherFiles(), "");
   }
 }
 
@@ -135,7 +135,7 @@ TEST_F(MultisectionFailureTest, FailedOpeningLeavesNoLock) {
                       utl_FileExceptionRead,
                       utl_FileExceptionRead(5, path_, "ReadFile").AsString());
   }
-  EXPECT_EQ("", OtherFiles());
+  EXPECT_EQ(OtherFiles(), "");
 }
 
 // The second name is passed over, and the directory read again from its start.
@@ -152,7 +152,7 @@ TEST_F(MultisectionFailureTest, EveryCallOfAnOpeningFailsOnce) {
         utl_MultisectionFile file(path_, utl_FileAccessRead);
         ASSERT_FALSE(failure.Happened());
         EXPECT_GT(nth, 1) << "no such call at all";
-        EXPECT_EQ("3", Get(file, "c"));
+        EXPECT_EQ(Get(file, "c"), "3");
         break;
       } catch (const nex_TextException&) {
         ASSERT_TRUE(failure.Happened());
@@ -175,17 +175,17 @@ TEST_F(MultisectionFailureTest, FailedWriteOfTheTemporaryFileKeepsTheDataForAnot
     EXPECT_THROW_TEXT(file.saveChanges(), utl_FileExceptionFull,
                       utl_FileExceptionFull(temporary_).AsString());
   }
-  EXPECT_EQ(BuildImage(kOld), ReadWholeFile(file_));
+  EXPECT_EQ(ReadWholeFile(file_), BuildImage(kOld));
   for (const ImageSection& section : kNew) {
-    EXPECT_EQ(section.data, Get(file, section.name));
+    EXPECT_EQ(Get(file, section.name), section.data);
   }
   file.saveChanges();
-  EXPECT_EQ(BuildImage(kNew), ReadWholeFile(file_));
+  EXPECT_EQ(ReadWholeFile(file_), BuildImage(kNew));
 }
 
 TEST_F(MultisectionFailureTest, FailedReadIsNotTakenForAPlaceInTheFile) {
   utl_MultisectionFile file(path_, utl_FileAccessRead);
-  EXPECT_EQ("old", Get(file, "a"));
+  EXPECT_EQ(Get(file, "a"), "old");
   {
     const FailingCall failure(SystemCall::kReadFile, ERROR_ACCESS_DENIED);
     EXPECT_THROW_TEXT(Get(file, "b"), utl_FileExceptionRead,
@@ -196,8 +196,8 @@ TEST_F(MultisectionFailureTest, FailedReadIsNotTakenForAPlaceInTheFile) {
     EXPECT_THROW_TEXT(Get(file, "a"), utl_FileExceptionSeek,
                       utl_FileExceptionSeek(5, path_, "SetFilePointer").AsString());
   }
-  EXPECT_EQ("3", Get(file, "c"));
-  EXPECT_EQ("kept", Get(file, "b"));
+  EXPECT_EQ(Get(file, "c"), "3");
+  EXPECT_EQ(Get(file, "b"), "kept");
 }
 
 TEST_F(MultisectionFailureTest, SectionIsReadAgainFromItsStartAfterAReadBrokeOff) {
@@ -205,7 +205,7 @@ TEST_F(MultisectionFailureTest, SectionIsReadAgainFromItsStartAfterAReadBrokeOff
   data.front() = 'a';
   WriteImage({{"a", "1"}, {"large", data}});
   utl_MultisectionFile file(path_, utl_FileAccessRead);
-  EXPECT_EQ("1", Get(file, "a"));
+  EXPECT_EQ(Get(file, "a"), "1");
   {
     const FailingCall failure(SystemCall::kReadFile, ERROR_ACCESS_DENIED, 2);
     EXPECT_THROW_TEXT(Get(file, "large"), utl_FileExceptionRead,
@@ -221,7 +221,7 @@ TEST_F(MultisectionFailureTest, FailedCloseIsThrownByTheDestructorAfterUnlocking
         failure_.emplace(SystemCall::kCloseHandle, DWORD{ERROR_INVALID_HANDLE});
       },
       utl_FileExceptionClose, utl_FileExceptionClose(6, path_, "CloseHandle").AsString());
-  EXPECT_EQ("", OtherFiles());
+  EXPECT_EQ(OtherFiles(), "");
 }
 
 TEST_F(MultisectionFailureTest, FailedCloseIsSilentWhileAnotherExceptionUnwinds) {
@@ -230,10 +230,10 @@ TEST_F(MultisectionFailureTest, FailedCloseIsSilentWhileAnotherExceptionUnwinds)
     failure_.emplace(SystemCall::kCloseHandle, DWORD{ERROR_INVALID_HANDLE});
     throw std::runtime_error("first");
   } catch (const std::runtime_error& thrown) {
-    EXPECT_STREQ("first", thrown.what());
+    EXPECT_STREQ(thrown.what(), "first");
   }
   EXPECT_TRUE(failure_->Happened());
-  EXPECT_EQ("", OtherFiles());
+  EXPECT_EQ(OtherFiles(), "");
 }
 
 }  // namespace

@@ -16,32 +16,32 @@ TEST_F(MultisectionLockTest, LockFileExistsWhileOpenForUpdate) {
   WriteImage({});
   {
     const utl_MultisectionFile file(path_, utl_FileAccessUpdate);
-    EXPECT_EQ("model.dat.lock", OtherFiles());
-    EXPECT_EQ("", ReadWholeFile(lock_));
+    EXPECT_EQ(OtherFiles(), "model.dat.lock");
+    EXPECT_EQ(ReadWholeFile(lock_), "");
   }
-  EXPECT_EQ("", OtherFiles());
+  EXPECT_EQ(OtherFiles(), "");
 }
 
 TEST_F(MultisectionLockTest, LockFileExistsWhileOpenForWriting) {
   {
     const utl_MultisectionFile file(path_, utl_FileAccessWrite);
-    EXPECT_EQ("model.dat.lock", OtherFiles());
+    EXPECT_EQ(OtherFiles(), "model.dat.lock");
   }
-  EXPECT_EQ("", OtherFiles());
+  EXPECT_EQ(OtherFiles(), "");
 }
 
 TEST_F(MultisectionLockTest, ReaderTakesNoLock) {
   WriteImage({});
   const utl_MultisectionFile file(path_, utl_FileAccessRead);
-  EXPECT_EQ("", OtherFiles());
+  EXPECT_EQ(OtherFiles(), "");
 }
 
 TEST_F(MultisectionLockTest, LeftOverLockRefusesUpdateAndStays) {
   WriteImage({{"a", "1"}});
   WriteWholeFile(lock_, "");
   EXPECT_CONTENTS_ERROR(utl_MultisectionFile(path_, utl_FileAccessUpdate), kLocked);
-  EXPECT_EQ("model.dat.lock", OtherFiles());
-  EXPECT_EQ(BuildImage({{"a", "1"}}), ReadWholeFile(file_));
+  EXPECT_EQ(OtherFiles(), "model.dat.lock");
+  EXPECT_EQ(ReadWholeFile(file_), BuildImage({{"a", "1"}}));
 }
 
 TEST_F(MultisectionLockTest, GivesUpAfterTenAttemptsTenMillisecondsApart) {
@@ -50,7 +50,7 @@ TEST_F(MultisectionLockTest, GivesUpAfterTenAttemptsTenMillisecondsApart) {
   std::vector<DWORD> pauses;
   const InsteadOfSleep sleep([&](DWORD milliseconds) { pauses.push_back(milliseconds); });
   EXPECT_CONTENTS_ERROR(utl_MultisectionFile(path_, utl_FileAccessUpdate), kLocked);
-  EXPECT_EQ(std::vector<DWORD>(10, 10), pauses);
+  EXPECT_EQ(pauses, std::vector<DWORD>(10, 10));
 }
 
 TEST_F(MultisectionLockTest, TheTenthAttemptIsTheLast) {
@@ -65,11 +65,11 @@ TEST_F(MultisectionLockTest, TheTenthAttemptIsTheLast) {
     });
     if (freedAfter == 9) {
       const utl_MultisectionFile file(path_, utl_FileAccessUpdate);
-      EXPECT_EQ("model.dat.lock", OtherFiles());
+      EXPECT_EQ(OtherFiles(), "model.dat.lock");
     } else {
       EXPECT_CONTENTS_ERROR(utl_MultisectionFile(path_, utl_FileAccessUpdate), kLocked);
     }
-    EXPECT_EQ("", OtherFiles());
+    EXPECT_EQ(OtherFiles(), "");
   }
 }
 
@@ -86,23 +86,23 @@ TEST_F(MultisectionLockTest, LeftOverLockIsIgnoredByAReader) {
   WriteWholeFile(lock_, "");
   {
     utl_MultisectionFile file(path_, utl_FileAccessRead);
-    EXPECT_EQ("1", Get(file, "a"));
+    EXPECT_EQ(Get(file, "a"), "1");
   }
-  EXPECT_EQ("model.dat.lock", OtherFiles());
+  EXPECT_EQ(OtherFiles(), "model.dat.lock");
 }
 
 TEST_F(MultisectionLockTest, WritingEmptiesTheFileBeforeItIsLocked) {
   WriteImage({{"a", "1"}});
   WriteWholeFile(lock_, "");
   EXPECT_CONTENTS_ERROR(utl_MultisectionFile(path_, utl_FileAccessWrite), kLocked);
-  EXPECT_EQ("", ReadWholeFile(file_));
+  EXPECT_EQ(ReadWholeFile(file_), "");
 }
 
 TEST_F(MultisectionLockTest, FailedOpeningRemovesItsLock) {
   WriteWholeFile(file_, "not a multisection file");
   EXPECT_CONTENTS_ERROR(utl_MultisectionFile(path_, utl_FileAccessUpdate),
                         "Invalid file type");
-  EXPECT_EQ("", OtherFiles());
+  EXPECT_EQ(OtherFiles(), "");
   WriteImage({});
   const utl_MultisectionFile again(path_, utl_FileAccessUpdate);
 }
@@ -116,19 +116,19 @@ TEST_F(MultisectionLockTest, SecondWriterInTheProcessIsRefusedByTheShareMode) {
   EXPECT_THROW_TEXT(
       utl_MultisectionFile(path_, utl_FileAccessWrite), utl_FileExceptionOpen,
       utl_FileExceptionOpen(32, path_, "CreateFile in OpenWrite").AsString());
-  EXPECT_EQ("1", Get(first, "a"));
-  EXPECT_EQ("model.dat.lock", OtherFiles());
+  EXPECT_EQ(Get(first, "a"), "1");
+  EXPECT_EQ(OtherFiles(), "model.dat.lock");
 }
 
 TEST_F(MultisectionLockTest, ReaderBesideAWriter) {
   WriteImage({{"a", "1"}});
   utl_MultisectionFile writer(path_, utl_FileAccessUpdate);
   utl_MultisectionFile reader(path_, utl_FileAccessRead);
-  EXPECT_EQ("1", Get(reader, "a"));
+  EXPECT_EQ(Get(reader, "a"), "1");
   Set(writer, "a", "2");
   writer.saveChanges();
   utl_MultisectionFile later(path_, utl_FileAccessRead);
-  EXPECT_EQ("2", Get(later, "a"));
+  EXPECT_EQ(Get(later, "a"), "2");
 }
 
 // Opens for update and keeps the file open until told to end.
@@ -142,27 +142,27 @@ TEST_CHILD(holdMultisectionFile) {
 TEST_F(MultisectionLockTest, OtherProcessHoldsTheFile) {
   WriteImage({{"a", "1"}});
   ChildProcess child = ChildProcess::Start("holdMultisectionFile", {file_});
-  ASSERT_EQ("open", child.ReadLine());
+  ASSERT_EQ(child.ReadLine(), "open");
   EXPECT_THROW_TEXT(
       utl_MultisectionFile(path_, utl_FileAccessUpdate), utl_FileExceptionOpen,
       utl_FileExceptionOpen(32, path_, "CreateFile in OpenUpdate").AsString());
   {
     utl_MultisectionFile reader(path_, utl_FileAccessRead);
-    EXPECT_EQ("1", Get(reader, "a"));
+    EXPECT_EQ(Get(reader, "a"), "1");
   }
   child.WriteLine("end");
-  EXPECT_EQ(0, child.Wait());
-  EXPECT_EQ("", OtherFiles());
+  EXPECT_EQ(child.Wait(), 0);
+  EXPECT_EQ(OtherFiles(), "");
   const utl_MultisectionFile now(path_, utl_FileAccessUpdate);
 }
 
 TEST_F(MultisectionLockTest, KilledProcessLeavesItsLock) {
   WriteImage({{"a", "1"}});
   ChildProcess child = ChildProcess::Start("holdMultisectionFile", {file_});
-  ASSERT_EQ("open", child.ReadLine());
+  ASSERT_EQ(child.ReadLine(), "open");
   child.Kill();
   EXPECT_CONTENTS_ERROR(utl_MultisectionFile(path_, utl_FileAccessUpdate), kLocked);
-  EXPECT_EQ("model.dat.lock", OtherFiles());
+  EXPECT_EQ(OtherFiles(), "model.dat.lock");
 }
 
 }  // namespace

@@ -67,18 +67,18 @@ TEST_F(MultisectionProcessTest, NoUpdateOfManyProcessesIsLost) {
     children.push_back(ChildProcess::Start("countInMultisectionFile", {file_}));
   }
   for (ChildProcess& child : children) {
-    ASSERT_EQ("ready", child.ReadLine());
+    ASSERT_EQ(child.ReadLine(), "ready");
   }
   for (ChildProcess& child : children) {
     child.WriteLine("go");
   }
   for (ChildProcess& child : children) {
-    EXPECT_EQ("done", child.ReadLine());
-    EXPECT_EQ(0, child.Wait());
+    EXPECT_EQ(child.ReadLine(), "done");
+    EXPECT_EQ(child.Wait(), 0);
   }
-  EXPECT_EQ(BuildImage({{"counter", std::to_string(kProcesses * kUpdates)}}),
-            ReadWholeFile(file_));
-  EXPECT_EQ("", OtherFiles());
+  EXPECT_EQ(ReadWholeFile(file_),
+            BuildImage({{"counter", std::to_string(kProcesses * kUpdates)}}));
+  EXPECT_EQ(OtherFiles(), "");
 }
 
 // What the file holds after save number `number`; sizes go up and down.
@@ -176,7 +176,7 @@ void ExpectRecoveryFromEveryStage(const std::string& file, const std::string& ol
   for (std::size_t written = 0; written < fresh.size(); ++written) {
     WriteWholeFile(file, old);
     WriteWholeFile(temporary, fresh.substr(0, written));
-    EXPECT_EQ(old, Recover(file)) << written << " written";
+    EXPECT_EQ(Recover(file), old) << written << " written";
   }
   std::string resized = old;
   resized.resize(fresh.size());
@@ -184,7 +184,7 @@ void ExpectRecoveryFromEveryStage(const std::string& file, const std::string& ol
     const std::string stage = fresh.substr(0, copied) + resized.substr(copied);
     WriteWholeFile(file, stage);
     WriteWholeFile(temporary, fresh);
-    EXPECT_EQ(stage == old && ParseImage(old) ? old : fresh, Recover(file))
+    EXPECT_EQ(Recover(file), stage == old && ParseImage(old) ? old : fresh)
         << copied << " copied";
   }
 }
@@ -194,7 +194,7 @@ TEST_F(MultisectionProcessTest, RecoveryFromEveryStageOfASave) {
     SCOPED_TRACE(number);
     ExpectRecoveryFromEveryStage(file_, BuildImage(Small(0)), BuildImage(Small(number)));
   }
-  EXPECT_EQ("", OtherFiles());
+  EXPECT_EQ(OtherFiles(), "");
 }
 
 // A save carries damage along, so neither file is ever complete.
@@ -230,10 +230,10 @@ TEST_F(MultisectionProcessTest, KilledSaveLeavesTheOldOrTheNewFileOrACompleteCop
         << ", new " << killed.fresh;
 
     // The library goes on from there.
-    EXPECT_EQ("", OtherFiles());
+    EXPECT_EQ(OtherFiles(), "");
     utl_MultisectionFile file(path_, utl_FileAccessUpdate);
     for (const ImageSection& section : *found) {
-      ASSERT_EQ(section.data, Get(file, section.name));
+      ASSERT_EQ(Get(file, section.name), section.data);
     }
   }
 }

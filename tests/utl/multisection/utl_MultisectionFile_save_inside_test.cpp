@@ -22,8 +22,8 @@ TEST_F(MultisectionSaveTest, FileOpenForReadingFailsAtItsExtension) {
   Set(file, "a", "new data");
   EXPECT_THROW_TEXT(file.saveChanges(), nex_TextException,
                     "utl_File::Extend - attempt to extend a read-only file.");
-  EXPECT_EQ("", OtherFiles());
-  EXPECT_EQ(BuildImage({{"a", "old"}}), ReadWholeFile(file_));
+  EXPECT_EQ(OtherFiles(), "");
+  EXPECT_EQ(ReadWholeFile(file_), BuildImage({{"a", "old"}}));
 }
 
 TEST_F(MultisectionSaveTest, SectionsWrittenBeforeAFailureCountAsSaved) {
@@ -32,7 +32,7 @@ TEST_F(MultisectionSaveTest, SectionsWrittenBeforeAFailureCountAsSaved) {
   Set(file, "a", "longer than the whole file was before it was set");
   EXPECT_THROW_TEXT(file.saveChanges(), nex_TextException,
                     "utl_File::Extend - attempt to extend a read-only file.");
-  EXPECT_EQ(48, file.getSectionLength("a"));
+  EXPECT_EQ(file.getSectionLength("a"), 48);
   EXPECT_END_OF_FILE(Get(file, "a"));
 }
 
@@ -44,19 +44,19 @@ TEST_F(MultisectionSaveTest, TemporaryFileThatCannotBeMade) {
   EXPECT_THROW_TEXT(
       file.saveChanges(), utl_FileExceptionOpen,
       utl_FileExceptionOpen(5, temporary_.c_str(), "CreateFile in OpenWrite").AsString());
-  EXPECT_EQ(BuildImage({{"a", "old"}}), ReadWholeFile(file_));
+  EXPECT_EQ(ReadWholeFile(file_), BuildImage({{"a", "old"}}));
 
   std::filesystem::remove(temporary_);
-  EXPECT_EQ("new", Get(file, "a")) << "still in memory";
+  EXPECT_EQ(Get(file, "a"), "new") << "still in memory";
   file.saveChanges();
-  EXPECT_EQ(BuildImage({{"a", "new"}}), ReadWholeFile(file_));
+  EXPECT_EQ(ReadWholeFile(file_), BuildImage({{"a", "new"}}));
 }
 
 TEST_F(MultisectionSaveTest, LeftOverTemporaryFileIsReplacedAndDeleted) {
   WriteWholeFile(temporary_, std::string(1000, 'x'));
   utl_MultisectionFile(path_, utl_FileAccessWrite).saveChanges();
-  EXPECT_EQ(ImageHeader(0), ReadWholeFile(file_));
-  EXPECT_EQ("", OtherFiles());
+  EXPECT_EQ(ReadWholeFile(file_), ImageHeader(0));
+  EXPECT_EQ(OtherFiles(), "");
 }
 
 TEST_F(MultisectionSaveTest, SectionThatTheFileLacksFailsBeforeTheFileIsTouched) {
@@ -67,10 +67,10 @@ TEST_F(MultisectionSaveTest, SectionThatTheFileLacksFailsBeforeTheFileIsTouched)
   Set(file, "a", "new");
   Set(file, "c", "new too");
   EXPECT_END_OF_FILE(file.saveChanges());
-  EXPECT_EQ(damaged, ReadWholeFile(file_));
-  EXPECT_EQ("model.dat.lock", OtherFiles());
+  EXPECT_EQ(ReadWholeFile(file_), damaged);
+  EXPECT_EQ(OtherFiles(), "model.dat.lock");
   EXPECT_END_OF_FILE(Get(file, "a")) << "was written to the temporary file";
-  EXPECT_EQ("new too", Get(file, "c")) << "was not";
+  EXPECT_EQ(Get(file, "c"), "new too") << "was not";
 }
 
 TEST_F(MultisectionSaveTest, HugeLengthOfASmallFileTakesNoMemory) {
@@ -98,9 +98,9 @@ TEST_F(MultisectionSaveTest, TotalBeyondTheLimitIsRefusedBeforeAnythingIsTouched
     } else {
       EXPECT_CONTENTS_ERROR(file.saveChanges(), "Total size exceeds 2147483647 bytes");
     }
-    EXPECT_EQ(bytes, ReadWholeFile(file_));
-    EXPECT_EQ("xyz", Get(file, "b")) << "still in memory";
-    EXPECT_EQ("model.dat.lock", OtherFiles());
+    EXPECT_EQ(ReadWholeFile(file_), bytes);
+    EXPECT_EQ(Get(file, "b"), "xyz") << "still in memory";
+    EXPECT_EQ(OtherFiles(), "model.dat.lock");
   }
 }
 
@@ -116,11 +116,11 @@ TEST_F(MultisectionSaveTest, FullDiskLeavesTheFileAndTheData) {
   EXPECT_THROW_TEXT(
       file.saveChanges(), utl_FileExceptionWrite,
       utl_FileExceptionWrite(112, temporary_.c_str(), "WriteFile").AsString());
-  EXPECT_EQ(BuildImage({{"a", "old"}}), ReadWholeFile(file_));
-  EXPECT_EQ("model.dat.lock", OtherFiles());
-  EXPECT_EQ("new", Get(file, "a"));
+  EXPECT_EQ(ReadWholeFile(file_), BuildImage({{"a", "old"}}));
+  EXPECT_EQ(OtherFiles(), "model.dat.lock");
+  EXPECT_EQ(Get(file, "a"), "new");
   file.saveChanges();
-  EXPECT_EQ(BuildImage({{"a", "new"}}), ReadWholeFile(file_));
+  EXPECT_EQ(ReadWholeFile(file_), BuildImage({{"a", "new"}}));
 }
 
 }  // namespace

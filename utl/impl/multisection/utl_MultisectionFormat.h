@@ -3,12 +3,12 @@
 // Internal to the library: what the parts of the multisection file's implementation
 // share. The format is described in docs/multisection-file.md.
 
-#include <cstddef>
 #include <cstdint>
 
-#include "atr/atr_String.h"
 #include "cow/cow_String.h"
-#include "utl/utl_File.h"
+
+class utl_File;
+class utl_SectionDirectory;
 
 inline constexpr unsigned char kMultisectionTag[4] = {0x28, 0xC1, 0x1D, 0xAF};
 inline constexpr int kMultisectionVersion = 1;
@@ -18,26 +18,22 @@ inline constexpr int kMultisectionEntrySize = 12;  // and the name
 /// File to file, and file to checksum, in pieces that stay in the processor's cache.
 inline constexpr int kMultisectionPiece = 256 * 1024;
 
-class utl_SectionDirectory;
-
-/// Throws the nex_TextException "PATH": MESSAGE.
-[[noreturn]] void utl_MultisectionFail(const cow_String& path, const atr_String& message);
-
-/// Throws the utl_FileExceptionRead that says that `path` ends too early.
-[[noreturn]] void utl_MultisectionFailAtEnd(const cow_String& path);
-
 /// Reads header and directory from the start of `file`.
-void utl_MultisectionReadDirectory(utl_File& file, const cow_String& path,
+void utl_multisectionReadDirectory(utl_File& file, const cow_String& path,
                                    utl_SectionDirectory& directory);
 
+/// Writes a temporary file and copies it over `file`: utl_MultisectionFile::saveChanges.
+void utl_multisectionSave(utl_File& file, const cow_String& path,
+                          utl_SectionDirectory& directory);
+
 /// Little-endian, whatever the machine.
-inline void utl_PutInt(char* to, std::uint32_t value) {
+inline void utl_putInt(char* to, std::uint32_t value) {
   for (int i = 0; i < 4; ++i) {
     to[i] = static_cast<char>(value >> (8 * i) & 0xFF);
   }
 }
 
-inline std::uint32_t utl_GetInt(const char* from) {
+inline std::uint32_t utl_getInt(const char* from) {
   std::uint32_t value = 0;
   for (int i = 3; i >= 0; --i) {
     value = value << 8 | static_cast<unsigned char>(from[i]);

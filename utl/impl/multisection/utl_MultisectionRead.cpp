@@ -3,9 +3,11 @@
 #include <limits>
 #include <vector>
 
-#include "atr/atr_translate.h"
+#include "utl/impl/multisection/utl_MultisectionErrors.h"
 #include "utl/impl/multisection/utl_MultisectionFormat.h"
 #include "utl/impl/multisection/utl_SectionDirectory.h"
+#include "utl/impl/utl_fileErrors.h"
+#include "utl/utl_File.h"
 
 namespace {
 
@@ -100,10 +102,10 @@ class DirectoryReader {
   void ReadHeader() {
     char bytes[4];
     if (!reader_.Take(bytes, 4) || std::memcmp(bytes, kMultisectionTag, 4) != 0) {
-      Fail("Invalid file type");
+      utl_multisectionFail(path_, "Invalid file type");
     }
-    if (!reader_.Take(bytes, 4) || utl_GetInt(bytes) != kMultisectionVersion) {
-      Fail("Unsupported file format");
+    if (!reader_.Take(bytes, 4) || utl_getInt(bytes) != kMultisectionVersion) {
+      utl_multisectionFail(path_, "Unsupported file format");
     }
     count_ = std::max(Int(), 0);
   }
@@ -115,7 +117,7 @@ class DirectoryReader {
       Expect(reader_.Skip(NameLength()));
       Expect(reader_.Skip(2 * kInt));
       if (reader_.Position() > std::numeric_limits<int>::max()) {
-        Fail("Total size exceeds 2147483647 bytes");
+        utl_multisectionFailTooLong(path_);
       }
     }
     end_ = reader_.Position();
@@ -127,40 +129,39 @@ class DirectoryReader {
     directory.Reserve(count_,
                       static_cast<std::size_t>(end_ - kMultisectionHeaderSize) -
                           static_cast<std::size_t>(count_) * kMultisectionEntrySize);
+    std::int64_t place = end_;
     for (int i = 0; i < count_; ++i) {
-      const int length = NameLength();
-      Expect(reader_.Position() + length <= end_);  // or the file is being changed
-      Expect(reader_.Take(directory.AppendName(length), length));
-      const int dataLength = Int();
-      directory.Describe(dataLength, static_cast<std::uint32_t>(Int()));
+      const int nameLength = NameLength();
+      Expect(reader_.Position() + nameLength <= end_);  // or the file is being changed
+      Expect(reader_.Take(directory.Append(nameLength), nameLength));
+      utl_Section& section = directory.Last();
+      section.length = Int();
+      section.checksum = static_cast<std::uint32_t>(Int());
+      section.place = place;
+      place += section.length;
     }
-    directory.PlaceFrom(reader_.Position());
   }
 
  private:
   static constexpr int kInt = 4;
 
-  [[noreturn]] void Fail(const char* message) {
-    utl_MultisectionFail(path_, atr_translate(message).Result());
-  }
-
   int Int() {
     char bytes[kInt];
     Expect(reader_.Take(bytes, kInt));
-    return static_cast<int>(utl_GetInt(bytes));
+    return static_cast<int>(utl_getInt(bytes));
   }
 
   int NameLength() {
     const int length = Int();
     if (length < 0) {
-      Fail("Invalid string length");
+      utl_multisectionFail(path_, "Invalid string length");
     }
     return length;
   }
 
   void Expect(bool taken) {
     if (!taken) {
-      utl_MultisectionFailAtEnd(path_);
+      utl_fileFailAtEnd(path_);
     }
   }
 
@@ -172,7 +173,7 @@ class DirectoryReader {
 
 }  // namespace
 
-void utl_MultisectionReadDirectory(utl_File& file, const cow_String& path,
+void utl_multisectionReadDirectory(utl_File& file, const cow_String& path,
                                    utl_SectionDirectory& directory) {
   DirectoryReader reader(file, path);
   reader.ReadHeader();

@@ -6,11 +6,11 @@
 #include <string_view>
 #include <vector>
 
-#include "atr/atr_translate.h"
-#include "utl/impl/multisection/utl_LockFileHolder.h"
+#include "utl/impl/multisection/utl_MultisectionErrors.h"
 #include "utl/impl/multisection/utl_MultisectionFormat.h"
 #include "utl/impl/multisection/utl_SectionDirectory.h"
-#include "utl/utl_MultisectionFile.h"
+#include "utl/impl/utl_fileErrors.h"
+#include "utl/utl_File.h"
 
 namespace {
 
@@ -33,7 +33,7 @@ class GatheringWriter {
 
   void AppendInt(std::uint32_t value) {
     char bytes[4];
-    utl_PutInt(bytes, value);
+    utl_putInt(bytes, value);
     Append(bytes, 4);
   }
 
@@ -81,81 +81,104 @@ void WriteDirectory(GatheringWriter& out, const utl_SectionDirectory& directory)
     const std::string_view name = directory.Name(section);
     out.AppendInt(static_cast<std::uint32_t>(name.size()));
     out.Append(name.data(), static_cast<int>(name.size()));
-    out.AppendInt(static_cast<std::uint32_t>(directory.Length(section)));
-    out.AppendInt(directory.Checksum(section));
+    out.AppendInt(static_cast<std::uint32_t>(directory[section].length));
+    out.AppendInt(directory[section].checksum);
   }
 }
 
-// Writes the bytes of all sections, from memory or from the file that holds them.
+// Copies the bytes of sections from the file that holds them, from `first` on to the
+// last one that follows without a gap; the next section.
+int CopySections(GatheringWriter& out, const utl_SectionDirectory& directory, int first,
+                 utl_File& file, const cow_String& path) {
+  const std::int64_t begin = directory[first].place;
+  std::int64_t end = begin;
+  int next = first;
+  for (; next < directory.Count(); ++next) {
+    const utl_Section& section = directory[next];
+    if (section.data != nullptr || section.length < 0 || section.place != end) {
+      break;
+    }
+    end += section.length;
+  }
+  if (end > begin) {
+    file.Seek(begin);
+    if (!out.AppendFrom(file, static_cast<int>(end - begin))) {
+      out.Flush();
+      utl_fileFailAtEnd(path);
+    }
+  }
+  return next;
+}
+
+// Writes the bytes of all sections.
 void WriteSections(GatheringWriter& out, const utl_SectionDirectory& directory,
                    utl_File& file, const cow_String& path) {
-  for (int section = 0; section < directory.Count(); ++section) {
-    const int length = directory.Length(section);
-    if (const char* data = directory.Data(section)) {
-      out.Append(data, length);
-    } else if (length > 0) {
-      file.Seek(directory.Place(section));
-      if (!out.AppendFrom(file, length)) {
-        out.Flush();
-        utl_MultisectionFailAtEnd(path);
-      }
+  for (int i = 0; i < directory.Count();) {
+    const utl_Section& section = directory[i];
+    if (section.data != nullptr) {
+      out.Append(section.data.get(), section.length);
+      ++i;
+    } else if (section.length < 0) {
+      ++i;
+    } else {
+      i = CopySections(out, directory, i, file, path);
     }
   }
 }
 
+// Writes the whole new file. What of it was written counts as saved, also after a
+// failure.
+void WriteTemporary(utl_File& temporary, utl_SectionDirectory& directory, utl_File& file,
+                    const cow_String& path) {
+  GatheringWriter out(temporary);
+  try {
+    WriteDirectory(out, directory);
+    WriteSections(out, directory, file, path);
+    out.Flush();
+  } catch (...) {
+    directory.Settle(out.Written());
+    throw;
+  }
+  directory.Settle(out.Written());
+}
+
+void CopyOver(utl_File& file, utl_File& temporary, const cow_String& temporaryPath) {
+  const auto size = static_cast<int>(static_cast<std::int64_t>(temporary.FileSize()));
+  file.Extend(size);
+  file.Seek(0);
+  temporary.Seek(0);
+  GatheringWriter out(file);
+  if (!out.AppendFrom(temporary, size)) {
+    utl_fileFailAtEnd(temporaryPath);
+  }
+  out.Flush();
+}
+
+/// Deletes the temporary file, whichever way the save ends.
+class FileRemover {
+ public:
+  explicit FileRemover(const cow_String& path) : path_(path) {}
+  ~FileRemover() { DeleteFileA(path_.c_str()); }
+  FileRemover(const FileRemover&) = delete;
+  FileRemover& operator=(const FileRemover&) = delete;
+
+ private:
+  cow_String path_;
+};
+
 }  // namespace
 
-void utl_MultisectionFile::saveChanges() {
-  /// Deletes the temporary file, whichever way the save ends.
-  class FileRemover {
-   public:
-    explicit FileRemover(const cow_String& path) : path_(path) {}
-    ~FileRemover() { DeleteFileA(path_.c_str()); }
-    FileRemover(const FileRemover&) = delete;
-    FileRemover& operator=(const FileRemover&) = delete;
-
-   private:
-    cow_String path_;
-  };
-
-  if (directory_->DataOffset() + directory_->DataSize() >
-      std::numeric_limits<int>::max()) {
-    utl_MultisectionFail(path_,
-                         atr_translate("Total size exceeds 2147483647 bytes").Result());
+void utl_multisectionSave(utl_File& file, const cow_String& path,
+                          utl_SectionDirectory& directory) {
+  if (directory.FileSize() > std::numeric_limits<int>::max()) {
+    utl_multisectionFailTooLong(path);
   }
-  position_ = kUnknownPosition;
   const cow_String temporaryPath =
-      path_ + "." + std::to_string(GetCurrentProcessId()) + ".tmp";
+      path + "." + std::to_string(GetCurrentProcessId()) + ".tmp";
   const FileRemover remover(temporaryPath);
   utl_File temporary;
   temporary.Open(temporaryPath, utl_FileAccessWrite, utl_FileShareDefault);
-  WriteTemporary(temporary);
+  WriteTemporary(temporary, directory, file, path);
   temporary.Flush();
-  CopyOver(temporary, temporaryPath);
-}
-
-void utl_MultisectionFile::WriteTemporary(utl_File& temporary) {
-  GatheringWriter out(temporary);
-  try {
-    WriteDirectory(out, *directory_);
-    WriteSections(out, *directory_, file_, path_);
-    out.Flush();
-  } catch (...) {
-    directory_->Settle(out.Written());
-    throw;
-  }
-  directory_->Settle(out.Written());
-}
-
-void utl_MultisectionFile::CopyOver(utl_File& temporary,
-                                    const cow_String& temporaryPath) {
-  const auto size = static_cast<int>(static_cast<std::int64_t>(temporary.FileSize()));
-  file_.Extend(size);
-  file_.Seek(0);
-  temporary.Seek(0);
-  GatheringWriter out(file_);
-  if (!out.AppendFrom(temporary, size)) {
-    utl_MultisectionFailAtEnd(temporaryPath);
-  }
-  out.Flush();
+  CopyOver(file, temporary, temporaryPath);
 }

@@ -6,98 +6,69 @@
 #include <cstdint>
 #include <memory>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "cow/cow_String.h"
+#include "utl/impl/multisection/utl_NameIndex.h"
 
-inline constexpr int utl_kNoSection = -1;
+/// A section, but for its name.
+struct utl_Section {
+  /// Where its bytes stand in the file, if they are not held here. Wide, as a damaged
+  /// file's lengths may sum to anything.
+  std::int64_t place = 0;
+  /// Its bytes, if they were set and are not in the file yet.
+  std::unique_ptr<char[]> data = nullptr;
+  int length = 0;  ///< In bytes; negative only in a damaged file.
+  std::uint32_t checksum = 0;
+};
 
-/// The sections in the order of the file, found by name in constant time. A section is
-/// meant by its number, from 0 on.
+/// The sections in the order of the file, each known by its number, from 0 on.
 ///
-/// A damaged file can have a directory of millions of entries, so an entry costs here
-/// what it costs there: twelve bytes and its name. The index of the names comes only
-/// with the first search and holds each name once; places are kept for one section in
-/// many; bytes that were set stand apart.
+/// A damaged file can have a directory of millions of entries: an entry costs here 28
+/// bytes and its name, where it costs 12 and its name in the file, and 8 more once names
+/// are searched.
 class utl_SectionDirectory {
  public:
-  int Count() const { return static_cast<int>(nameEnds_.size()); }
+  static constexpr int kNone = utl_NameIndex<>::kNone;
 
-  /// The first section of this name, or utl_kNoSection. Names are compared up to a zero
-  /// byte.
-  int Find(const cow_String& name);
+  int Count() const { return static_cast<int>(nameEnds_.size()); }
+  const utl_Section& operator[](int section) const { return sections_[Index(section)]; }
 
   /// The whole name; valid until a section is appended.
   std::string_view Name(int section) const;
-  /// In bytes, as set or else as in the file; negative only in a damaged file.
-  int Length(int section) const;
-  /// Of the bytes as set or else as in the file.
-  std::uint32_t Checksum(int section) const { return checksums_[Index(section)]; }
-  /// The bytes that were set and are not in the file yet; null for all other sections.
-  const char* Data(int section) const;
-  /// Where the section's bytes stand in the file. Wide, as a damaged file's lengths may
-  /// sum to anything.
-  std::int64_t Place(int section) const;
 
-  /// Bytes of header and directory in the file that holds these sections: the place of
-  /// the first section's data.
+  /// The first section of this name, or kNone. Names are compared up to a zero byte.
+  int Find(const cow_String& name);
+
+  /// Bytes of header and directory in the file that holds these sections.
   std::int64_t DataOffset() const;
-  /// Bytes of all sections.
-  std::int64_t DataSize() const;
+  /// Bytes of that file. A negative length counts as 0.
+  std::int64_t FileSize() const;
 
   /// Gives the section of this name, a new last one if there is none, these bytes.
   /// Changes nothing when it throws.
   void Set(const cow_String& name, std::unique_ptr<char[]> data, int length,
            std::uint32_t checksum);
 
-  // A directory is read from a file by Reserve, for each section AppendName and
-  // Describe, and PlaceFrom.
-
-  /// Takes the memory for that many sections, so that appending them takes no more.
+  /// Takes the memory for so many sections, so that appending them takes no more.
   void Reserve(int sections, std::size_t nameBytes);
-  /// A new last section. Its name is to be written to the `length` bytes returned.
-  char* AppendName(int length);
-  /// What the file tells of the last section.
-  void Describe(int length, std::uint32_t checksum);
-  /// The sections stand in the file one behind the other, the first at `offset`.
-  void PlaceFrom(std::int64_t offset);
+  /// A new last section, whose name is to be written to the `nameLength` bytes returned.
+  char* Append(int nameLength);
+  /// The last section.
+  utl_Section& Last() { return sections_[Index(Count() - 1)]; }
 
   /// A new file was written up to `written`: the sections that are in it to their last
-  /// byte are from now on those of the new file. Changes nothing when it throws.
+  /// byte are from now on those of the new file.
   void Settle(std::int64_t written);
 
  private:
-  struct Held {
-    std::unique_ptr<char[]> data;
-    int length = 0;
-  };
-  // The place of a section. Those behind it up to the next mark stand in the file as
-  // their lengths tell.
-  struct Mark {
-    int section;
-    std::int64_t place;
-  };
-
   static std::size_t Index(int section) { return static_cast<std::size_t>(section); }
   std::size_t NamesEnd() const { return nameEnds_.empty() ? 0 : nameEnds_.back(); }
-  std::string_view Key(int section) const;
-  std::size_t Slot(std::string_view key) const;
-  void IndexNames();
-  void GrowIndex();
 
-  // An element a section, one behind the other in names_. nameEnds_ has the last word
-  // on how many there are: the others may have more after a failure.
+  // nameEnds_ has the last word on how many sections there are: the others may have more
+  // after a failure.
   std::vector<std::uint32_t> nameEnds_;
-  std::vector<char> names_;
-  std::vector<int> fileLengths_;
-  std::vector<std::uint32_t> checksums_;
-
-  std::vector<Mark> marks_;  // in the order of the sections
-  std::unordered_map<int, Held> held_;
-
-  // A hash table with linear probing: sections of different names, or utl_kNoSection.
-  std::vector<int> slots_;
-  std::size_t usedSlots_ = 0;
-  int indexed_ = 0;  // sections before this one have been entered
+  std::vector<char> names_;  // one after the other
+  std::vector<utl_Section> sections_;
+  utl_NameIndex<> index_;
 };

@@ -1,0 +1,39 @@
+#include "utl/impl/multisection/utl_MultisectionErrors.h"
+
+#include "atr/atr_translate.h"
+#include "nex/nex_AssertException.h"
+#include "nex/nex_TextException.h"
+
+namespace {
+
+constexpr char kSource[] = "utl/impl/utl_MultisectionFile";
+constexpr int kLine = 323;  // that of all errors, whichever function meets them
+
+[[noreturn]] void Fail(const cow_String& path, const atr_String& message) {
+  atr_translate prefix("\"%s\": ");
+  atr_SubstituteFormat(prefix, 1, path);
+  nex_TextException(cow_String(prefix.Result().c_str()) + message.c_str())
+      .Throw(kSource, kLine);
+}
+
+}  // namespace
+
+void utl_multisectionFail(const cow_String& path, const char* message) {
+  Fail(path, atr_translate(message).Result());
+}
+
+void utl_multisectionFailTooLong(const cow_String& path) {
+  utl_multisectionFail(path, "Total size exceeds 2147483647 bytes");
+}
+
+void utl_multisectionFailCorrupted(const cow_String& path, std::string_view section) {
+  atr_translate message("Data corrupted in section \"%s\"");
+  atr_SubstituteFormat(message, 1, cow_String(section));
+  Fail(path, message.Result());
+}
+
+void utl_multisectionAssert(bool condition, const char* text) {
+  if (!condition) {
+    nex_AssertException(text).Throw(kSource, kLine);
+  }
+}
