@@ -6,6 +6,7 @@
 #include <io.h>
 #include <sys/stat.h>
 
+#include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <filesystem>
@@ -14,8 +15,8 @@
 #include <vector>
 
 #include "common/environment/DecimalComma.h"
+#include "common/failing/FakeClock.h"
 #include "utl/tracker/TrackerTest.h"
-#include "utl/utl_hostInfo.h"
 
 namespace {
 
@@ -367,24 +368,28 @@ TEST_F(IOTrackerOutputsTest, FlushBringsLinesIntoTheFiles) {
 
 // Lines are held back for ten seconds at the most, if other lines follow.
 TEST_F(IOTrackerOutputsTest, LinesReachTheFilesEveryTenSeconds) {
+  FakeClock clock;  // whose steps are exact in a double
   SetEnvironment("KES_IO_INDIVIDUAL", "1");
   utl_IOTracker& tracker = StartTracker("2");
+  const auto linesInFiles = [this] {
+    return std::vector{Read("ioTotal").lines.size(), Read("ioInc").lines.size(),
+                       Read("work_ioTotal").lines.size()};
+  };
   UseFiles(tracker);
+  clock.Advance(std::chrono::seconds(10));
   tracker.Mark("first");
-  const bool inTime = tracker.Now() < 10;
-  EXPECT_TRUE(!inTime || ReadWholeFile(File("ioTotal")).empty());
-  EXPECT_TRUE(!inTime || ReadWholeFile(File("ioInc")).empty());
-  EXPECT_TRUE(!inTime || ReadWholeFile(File("work_ioTotal")).empty());
-  while (tracker.Now() <= 10) utl_sleep(100);
+  EXPECT_TRUE(ReadWholeFile(File("ioTotal")).empty());
+  EXPECT_TRUE(ReadWholeFile(File("ioInc")).empty());
+  EXPECT_TRUE(ReadWholeFile(File("work_ioTotal")).empty());
+  clock.Advance(std::chrono::milliseconds(250));
   tracker.Mark("second");
-  EXPECT_EQ(Read("ioTotal").lines.size(), 2U);
-  EXPECT_EQ(Read("ioInc").lines.size(), 2U);
-  EXPECT_EQ(Read("work_ioTotal").lines.size(), 2U);
+  EXPECT_EQ(linesInFiles(), (std::vector<std::size_t>{2, 2, 2}));
+  clock.Advance(std::chrono::seconds(10));
   tracker.Mark("third");  // the ten seconds have begun anew
-  const bool inTimeAgain = tracker.Now() < 20;
-  EXPECT_TRUE(!inTimeAgain || Read("ioTotal").lines.size() == 2);
-  EXPECT_TRUE(!inTimeAgain || Read("ioInc").lines.size() == 2);
-  EXPECT_TRUE(!inTimeAgain || Read("work_ioTotal").lines.size() == 2);
+  EXPECT_EQ(linesInFiles(), (std::vector<std::size_t>{2, 2, 2}));
+  clock.Advance(std::chrono::milliseconds(250));
+  tracker.Mark("fourth");
+  EXPECT_EQ(linesInFiles(), (std::vector<std::size_t>{4, 4, 4}));
 }
 
 TEST_F(IOTrackerOutputsTest, MissingDirectoryIsSkippedInSilence) {
