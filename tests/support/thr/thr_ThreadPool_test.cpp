@@ -2,35 +2,21 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <future>
 #include <memory>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include "common/child/ChildProcess.h"
+#include "common/thread/FunctionTask.h"
 
 namespace {
-
-class FunctionTask : public thr_Task {
- public:
-  explicit FunctionTask(std::function<void()> work) : work_(std::move(work)) {}
-  void Run() override { work_(); }
-
- private:
-  std::function<void()> work_;
-};
-
-std::unique_ptr<thr_Task> Task(std::function<void()> work) {
-  return std::make_unique<FunctionTask>(std::move(work));
-}
 
 TEST(ThrThreadPoolTest, RunsATaskOnAnotherThread) {
   thr_ThreadPool pool;
   pool.AddThreads(1, 1);
   std::promise<std::thread::id> ran;
-  pool.RunTask(Task([&] { ran.set_value(std::this_thread::get_id()); }));
+  pool.RunTask(FunctionTask::Of([&] { ran.set_value(std::this_thread::get_id()); }));
   EXPECT_NE(ran.get_future().get(), std::this_thread::get_id());
 }
 
@@ -40,9 +26,9 @@ TEST(ThrThreadPoolTest, OneThreadRunsTasksInOrder) {
   thr_ThreadPool pool;
   pool.AddThreads(1, 1);
   for (int i = 0; i < 100; ++i) {
-    pool.RunTask(Task([&order, i] { order.push_back(i); }));
+    pool.RunTask(FunctionTask::Of([&order, i] { order.push_back(i); }));
   }
-  pool.RunTask(Task([&] { done.set_value(); }));
+  pool.RunTask(FunctionTask::Of([&] { done.set_value(); }));
   done.get_future().wait();
   ASSERT_EQ(order.size(), 100U);
   for (int i = 0; i < 100; ++i) {
@@ -58,11 +44,11 @@ TEST(ThrThreadPoolTest, TwoThreadsRunTwoTasksAtOnce) {
   thr_ThreadPool pool;
   pool.AddThreads(1, 2);
   // Each task waits for the other; one thread alone would never end.
-  pool.RunTask(Task([&first, secondRuns] {
+  pool.RunTask(FunctionTask::Of([&first, secondRuns] {
     first.set_value();
     secondRuns.wait();
   }));
-  pool.RunTask(Task([&second, firstRuns] {
+  pool.RunTask(FunctionTask::Of([&second, firstRuns] {
     second.set_value();
     firstRuns.wait();
   }));
@@ -75,7 +61,7 @@ TEST(ThrThreadPoolTest, TwoThreadsRunTwoTasksAtOnce) {
 TEST(ThrThreadPoolTest, TaskWithoutThreadsWaitsForOne) {
   std::promise<void> ran;
   thr_ThreadPool pool;
-  pool.RunTask(Task([&] { ran.set_value(); }));
+  pool.RunTask(FunctionTask::Of([&] { ran.set_value(); }));
   pool.AddThreads(1, 1);
   ran.get_future().wait();
 }
@@ -85,8 +71,8 @@ TEST(ThrThreadPoolTest, TaskIsDestroyedWhenItHasRun) {
   std::promise<void> next;
   thr_ThreadPool pool;
   pool.AddThreads(1, 1);
-  pool.RunTask(Task([token] { ++*token; }));
-  pool.RunTask(Task([&] { next.set_value(); }));
+  pool.RunTask(FunctionTask::Of([token] { ++*token; }));
+  pool.RunTask(FunctionTask::Of([&] { next.set_value(); }));
   next.get_future().wait();
   EXPECT_EQ(*token, 1);
   EXPECT_EQ(token.use_count(), 1);
@@ -99,13 +85,13 @@ TEST(ThrThreadPoolTest, EndDropsWhatHasNotBegunAndWaitsForWhatRuns) {
   std::promise<void> mayEnd;
   auto pool = std::make_unique<thr_ThreadPool>();
   pool->AddThreads(1, 1);
-  pool->RunTask(Task([&] {
+  pool->RunTask(FunctionTask::Of([&] {
     begun.set_value();
     mayEnd.get_future().wait();
     finished = true;
   }));
   auto token = std::make_shared<int>(0);
-  pool->RunTask(Task([&dropped, token] { dropped = false; }));
+  pool->RunTask(FunctionTask::Of([&dropped, token] { dropped = false; }));
   begun.get_future().wait();
   std::thread end([&] { pool.reset(); });
   // The waiting task goes first; only then may the running one end.
@@ -124,7 +110,7 @@ TEST(ThrThreadPoolTest, NoThreadsWantedAddsNone) {
     thr_ThreadPool pool;
     pool.AddThreads(0, 0);
     pool.AddThreads(0, -1);
-    pool.RunTask(Task([&ran] { ran = true; }));
+    pool.RunTask(FunctionTask::Of([&ran] { ran = true; }));
   }
   EXPECT_FALSE(ran);
 }
@@ -134,7 +120,7 @@ TEST_CHILD(endWhileATaskRuns) {
   static auto* const never = new std::promise<void>;
   static auto* const begun = new std::promise<void>;
   pool->AddThreads(2, 2);
-  pool->RunTask(Task([] {
+  pool->RunTask(FunctionTask::Of([] {
     begun->set_value();
     never->get_future().wait();
   }));

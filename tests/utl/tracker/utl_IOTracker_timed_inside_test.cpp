@@ -5,15 +5,14 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <functional>
 #include <future>
-#include <memory>
 #include <string>
 #include <thread>
 #include <utility>
 #include <vector>
 
 #include "common/failing/InsteadOfSleep.h"
+#include "common/thread/FunctionTask.h"
 #include "common/thread/StartLine.h"
 #include "omi/omi_Timer.h"
 #include "thr/thr_initialize.h"
@@ -302,22 +301,13 @@ TEST_F(IOTrackerTimedTest, EndAtOnce) {
   EXPECT_TRUE(Exists("ioFileSummary"));
 }
 
-class FunctionTask : public thr_Task {
- public:
-  explicit FunctionTask(std::function<void()> work) : work_(std::move(work)) {}
-  void Run() override { work_(); }
-
- private:
-  std::function<void()> work_;
-};
-
 // All threads of the pool do other things for longer than the tracker lives.
 TEST_F(IOTrackerTimedTest, TaskThatNeverBeganIsNotWaitedFor) {
   auto& pool = thr_GlobalSingleton<thr_ThreadPool>::Instance();
   std::promise<void> mayEnd;
   const std::shared_future<void> ends = mayEnd.get_future().share();
   for (int i = 0; i < 4; ++i) {
-    pool.RunTask(std::make_unique<FunctionTask>([ends] { ends.wait(); }));
+    pool.RunTask(FunctionTask::Of([ends] { ends.wait(); }));
   }
   pool.AddThreads(1, 1);
   utl_IOTracker& tracker = Start("1");
@@ -327,7 +317,7 @@ TEST_F(IOTrackerTimedTest, TaskThatNeverBeganIsNotWaitedFor) {
   mayEnd.set_value();
   // The task, when its turn comes, leaves the dead tracker alone.
   std::promise<void> last;
-  pool.RunTask(std::make_unique<FunctionTask>([&last] { last.set_value(); }));
+  pool.RunTask(FunctionTask::Of([&last] { last.set_value(); }));
   last.get_future().wait();
   EXPECT_FALSE(Exists("ioTotal"));
 }
