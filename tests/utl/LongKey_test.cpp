@@ -27,14 +27,14 @@ std::string Bits(const LongKey& key) {
 }
 
 TEST(LongKeyTest, AllBitsAreClearAtFirst) {
-  EXPECT_EQ(std::string(128, '0'), Bits(LongKey()));
-  EXPECT_EQ(16u, sizeof(LongKey)) << "four words and nothing else";
+  EXPECT_EQ(Bits(LongKey()), std::string(128, '0'));
+  EXPECT_EQ(sizeof(LongKey), 16u) << "four words and nothing else";
 }
 
 TEST(LongKeyTest, BitsLieInFourWordsTheLowestFirst) {
   const LongKey key = Key({0, 33, 66, 127});
   const std::uint32_t words[] = {1, 2, 4, 0x80000000};
-  EXPECT_EQ(0, std::memcmp(words, &key, sizeof key));
+  EXPECT_EQ(std::memcmp(words, &key, sizeof key), 0);
 }
 
 template <class T>
@@ -54,7 +54,7 @@ TEST(LongKeyTest, EachBitIsSetByItself) {
   for (unsigned int bit = 0; bit < 128; ++bit) {
     const LongKey key = Key({bit});
     for (unsigned int other = 0; other < 128; ++other) {
-      EXPECT_EQ(bit == other, key.hasBit(other)) << bit << ", " << other;
+      EXPECT_EQ(key.hasBit(other), bit == other) << bit << ", " << other;
     }
   }
 }
@@ -84,9 +84,9 @@ TEST(LongKeyTest, KeysAreCombinedWordByWord) {
   EXPECT_TRUE((a | b) == Key({0, 33, 34, 70, 126, 127}));
   EXPECT_TRUE((a & b) == Key({0, 70}));
   LongKey key = a;
-  EXPECT_EQ(&key, &(key |= b));
+  EXPECT_EQ(&(key |= b), &key);
   EXPECT_TRUE(key == (a | b));
-  EXPECT_EQ(&key, &(key &= a));
+  EXPECT_EQ(&(key &= a), &key);
   EXPECT_TRUE(key == a);
 }
 
@@ -138,13 +138,13 @@ TEST(LongKeyTest, RandomKeysCompareAsTheirBitsDo) {
       a |= kind != 0 ? bit : LongKey();
       b |= kind != 1 ? bit : LongKey();
     }
-    EXPECT_EQ(Bits(a) > Bits(b), a > b);
-    EXPECT_EQ(Bits(a) < Bits(b), a < b);
-    EXPECT_EQ(Bits(a) == Bits(b), a == b);
-    EXPECT_EQ((std::bitset<128>(Bits(a)) & std::bitset<128>(Bits(b))).to_string(),
-              Bits(a & b));
-    EXPECT_EQ((std::bitset<128>(Bits(a)) | std::bitset<128>(Bits(b))).to_string(),
-              Bits(a | b));
+    EXPECT_EQ(a > b, Bits(a) > Bits(b));
+    EXPECT_EQ(a < b, Bits(a) < Bits(b));
+    EXPECT_EQ(a == b, Bits(a) == Bits(b));
+    EXPECT_EQ(Bits(a & b),
+              (std::bitset<128>(Bits(a)) & std::bitset<128>(Bits(b))).to_string());
+    EXPECT_EQ(Bits(a | b),
+              (std::bitset<128>(Bits(a)) | std::bitset<128>(Bits(b))).to_string());
   }
 }
 

@@ -60,17 +60,17 @@ std::vector<int> Numbers(std::size_t count) {
 TEST(BinStreamPipeTest, ValuesThatArriveByteByByte) {
   Pipe pipe;
   const std::string bytes("\1\2\3\4\5\0\0\0hello\7\0\0\0\0\0\0\0", 21);
-  ASSERT_EQ(1, _write(pipe.Writer(), bytes.data(), 1));  // the rest is still to come
+  ASSERT_EQ(_write(pipe.Writer(), bytes.data(), 1), 1);  // the rest is still to come
   std::thread writer([&] {
     for (std::size_t i = 1; i < bytes.size(); ++i) {
-      ASSERT_EQ(1, _write(pipe.Writer(), &bytes[i], 1));
+      ASSERT_EQ(_write(pipe.Writer(), &bytes[i], 1), 1);
     }
     pipe.CloseWriter();
   });
   utl_BinIStream in(pipe.Reader(), kOrder);
-  EXPECT_EQ(0x04030201, in.ReadInt());
-  EXPECT_EQ("hello", in.ReadString());
-  EXPECT_EQ(7, in.ReadInt64());
+  EXPECT_EQ(in.ReadInt(), 0x04030201);
+  EXPECT_EQ(in.ReadString(), "hello");
+  EXPECT_EQ(in.ReadInt64(), 7);
   EXPECT_THROW(in.ReadUchar(), utl_BinStreamEOF);
   writer.join();
 }
@@ -160,7 +160,7 @@ TEST(BinStreamErrorTest, CallsThatWriteAPartAreContinued) {
     const ShortWrites three(3);
     utl_BinOStream(file.Get(), kOrder).WriteString("a longer text");
   }
-  EXPECT_EQ(std::string("\x0D\0\0\0a longer text", 17), ReadWholeFile(dir.File("f")));
+  EXPECT_EQ(ReadWholeFile(dir.File("f")), std::string("\x0D\0\0\0a longer text", 17));
 }
 
 class BinStreamCallsTest : public testing::Test {
@@ -202,14 +202,14 @@ TEST_F(BinStreamCallsTest, WhatWasTransferredBeforeAFailureStays) {
                       std::strerror(ENOSPC));
   }
   out.Write("xyz", 3);
-  EXPECT_EQ(std::string("\3\0\0\0xyz", 7), ReadWholeFile(dir_.File("f")));
+  EXPECT_EQ(ReadWholeFile(dir_.File("f")), std::string("\3\0\0\0xyz", 7));
   _lseeki64(file_.Get(), 0, SEEK_SET);
   utl_BinIStream in(file_.Get(), kOrder);
   {
     const FailingCall second(SystemCall::kReadFile, ERROR_ACCESS_DENIED, 2);
     EXPECT_THROW_TEXT(in.ReadString(), utl_BinStreamReadError, std::strerror(EBADF));
   }
-  EXPECT_EQ('x', in.ReadSchar());
+  EXPECT_EQ(in.ReadSchar(), 'x');
 }
 
 // Arrays whose size in bytes does not fit an int, or is 0 in 32 bits. Their memory is

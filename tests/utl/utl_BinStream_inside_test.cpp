@@ -74,12 +74,11 @@ TEST_F(BinStreamTest, IntegersAreTheirImages) {
   out.WriteUInt(0xDEADBEEF);
   out.WriteInt64(-3);
   out.WriteUInt64(0x0123456789ABCDEF);
-  EXPECT_EQ(
-      "\x81\xFE"
-      "\xFE\xFF\xCD\xAB"
-      "\x01\0\0\0\xEF\xBE\xAD\xDE"
-      "\xFD\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xEF\xCD\xAB\x89\x67\x45\x23\x01"sv,
-      Written());
+  EXPECT_EQ(Written(),
+            "\x81\xFE"
+            "\xFE\xFF\xCD\xAB"
+            "\x01\0\0\0\xEF\xBE\xAD\xDE"
+            "\xFD\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xEF\xCD\xAB\x89\x67\x45\x23\x01"sv);
 }
 
 TEST_F(BinStreamTest, IntegersComeBack) {
@@ -88,14 +87,14 @@ TEST_F(BinStreamTest, IntegersComeBack) {
       "\xFE\xFF\xCD\xAB"
       "\x01\0\0\0\xEF\xBE\xAD\xDE"
       "\xFD\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xEF\xCD\xAB\x89\x67\x45\x23\x01"sv);
-  EXPECT_EQ('\x81', in.ReadSchar());
-  EXPECT_EQ(0xFE, in.ReadUchar());
-  EXPECT_EQ(-2, in.ReadShort());
-  EXPECT_EQ(0xABCD, in.ReadUShort());
-  EXPECT_EQ(1, in.ReadInt());
-  EXPECT_EQ(0xDEADBEEF, in.ReadUInt());
-  EXPECT_EQ(-3, in.ReadInt64());
-  EXPECT_EQ(0x0123456789ABCDEFu, in.ReadUInt64());
+  EXPECT_EQ(in.ReadSchar(), '\x81');
+  EXPECT_EQ(in.ReadUchar(), 0xFE);
+  EXPECT_EQ(in.ReadShort(), -2);
+  EXPECT_EQ(in.ReadUShort(), 0xABCD);
+  EXPECT_EQ(in.ReadInt(), 1);
+  EXPECT_EQ(in.ReadUInt(), 0xDEADBEEF);
+  EXPECT_EQ(in.ReadInt64(), -3);
+  EXPECT_EQ(in.ReadUInt64(), 0x0123456789ABCDEFu);
   EXPECT_THROW(in.ReadUchar(), utl_BinStreamEOF);
 }
 
@@ -106,17 +105,17 @@ TEST_F(BinStreamTest, LimitsThereAndBack) {
   out.WriteInt64(std::numeric_limits<std::int64_t>::min());
   out.WriteUInt64(std::numeric_limits<std::uint64_t>::max());
   utl_BinIStream in = Input(Written());
-  EXPECT_EQ(std::numeric_limits<short>::min(), in.ReadShort());
-  EXPECT_EQ(std::numeric_limits<int>::min(), in.ReadInt());
-  EXPECT_EQ(std::numeric_limits<std::int64_t>::min(), in.ReadInt64());
-  EXPECT_EQ(std::numeric_limits<std::uint64_t>::max(), in.ReadUInt64());
+  EXPECT_EQ(in.ReadShort(), std::numeric_limits<short>::min());
+  EXPECT_EQ(in.ReadInt(), std::numeric_limits<int>::min());
+  EXPECT_EQ(in.ReadInt64(), std::numeric_limits<std::int64_t>::min());
+  EXPECT_EQ(in.ReadUInt64(), std::numeric_limits<std::uint64_t>::max());
 }
 
 TEST_F(BinStreamTest, TheByteOrderChangesNothing) {
   utl_BinOStream out = Output(kBig);
   out.WriteInt(1);
-  EXPECT_EQ("\x01\0\0\0"sv, Written());
-  EXPECT_EQ(1, Input("\x01\0\0\0"sv, kBig).ReadInt());
+  EXPECT_EQ(Written(), "\x01\0\0\0"sv);
+  EXPECT_EQ(Input("\x01\0\0\0"sv, kBig).ReadInt(), 1);
 }
 
 constexpr int kInts[] = {1, -1};
@@ -154,14 +153,14 @@ TEST_F(BinStreamTest, TheByteOrderChangesNothingOfAnyValue) {
     return Written();
   };
   const std::string bytes = written(kLittle);
-  EXPECT_EQ(bytes, written(kBig));
+  EXPECT_EQ(written(kBig), bytes);
   utl_BinIStream in = Input(bytes, kBig);
-  EXPECT_EQ(0x0102, in.ReadShort());
-  EXPECT_EQ(0x0304, in.ReadUShort());
-  EXPECT_EQ(0x05060708u, in.ReadUInt());
-  EXPECT_EQ(0x090A0B0C0D0E0F10, in.ReadInt64());
-  EXPECT_EQ(0x1112131415161718u, in.ReadUInt64());
-  EXPECT_EQ("abc", in.ReadString());
+  EXPECT_EQ(in.ReadShort(), 0x0102);
+  EXPECT_EQ(in.ReadUShort(), 0x0304);
+  EXPECT_EQ(in.ReadUInt(), 0x05060708u);
+  EXPECT_EQ(in.ReadInt64(), 0x090A0B0C0D0E0F10);
+  EXPECT_EQ(in.ReadUInt64(), 0x1112131415161718u);
+  EXPECT_EQ(in.ReadString(), "abc");
   ExpectArrays(in);
 }
 
@@ -170,11 +169,11 @@ TEST_F(BinStreamTest, BytesPassAsTheyAre) {
   const std::string bytes("\n\r\n\x1A\0\xFF\n", 7);
   utl_BinOStream out = Output();
   out.Write(bytes.data(), 7);
-  EXPECT_EQ(bytes, Written());
+  EXPECT_EQ(Written(), bytes);
   std::string read(7, ' ');
   const utl_BinIStream in = Input(bytes);
   in.Read(read.data(), 7);
-  EXPECT_EQ(bytes, read);
+  EXPECT_EQ(read, bytes);
 }
 
 TEST_F(BinStreamTest, StringsAreLengthAndBytes) {
@@ -191,18 +190,18 @@ TEST_F(BinStreamTest, StringsAreLengthAndBytes) {
       "\0\0\0\0"
       "\3\0\0\0a\0b",
       26);
-  EXPECT_EQ(expected, Written());
+  EXPECT_EQ(Written(), expected);
   utl_BinIStream in = Input(expected);
-  EXPECT_EQ("abc", in.ReadString());
+  EXPECT_EQ(in.ReadString(), "abc");
   EXPECT_TRUE(in.ReadString().IsEmpty());
   EXPECT_TRUE(in.ReadString().IsEmpty());
   EXPECT_TRUE(in.ReadString().IsEmpty());
-  EXPECT_EQ("a\0b"sv, in.ReadString());
+  EXPECT_EQ(in.ReadString(), "a\0b"sv);
 }
 
 TEST_F(BinStreamTest, StringsAreTerminatedInMemory) {
   const cow_String text = Input("\2\0\0\0abc"sv).ReadString();
-  EXPECT_STREQ("ab", text.c_str());
+  EXPECT_STREQ(text.c_str(), "ab");
 }
 
 TEST_F(BinStreamTest, ArraysAreTheirElementsWithoutACount) {
@@ -213,7 +212,7 @@ TEST_F(BinStreamTest, ArraysAreTheirElementsWithoutACount) {
       "\0\0\x80\x3F\0\0\x20\xC0"
       "\0\0\0\0\0\0\xF0\x3F\0\0\0\0\0\0\x04\xC0",
       32);
-  EXPECT_EQ(expected, Written());
+  EXPECT_EQ(Written(), expected);
   utl_BinIStream in = Input(expected);
   ExpectArrays(in);
 }
@@ -226,7 +225,7 @@ TEST_F(BinStreamTest, CountsOfZeroOrLessMoveNothing) {
     out.WriteFloatArray(nullptr, count);
     out.WriteDoubleArray(nullptr, count);
   }
-  EXPECT_EQ("", Written());
+  EXPECT_EQ(Written(), "");
   utl_BinIStream in = Input("abc");
   for (const int count : {0, -1, std::numeric_limits<int>::min()}) {
     in.Read(nullptr, count);
@@ -234,14 +233,14 @@ TEST_F(BinStreamTest, CountsOfZeroOrLessMoveNothing) {
     in.ReadFloatArray(nullptr, count);
     in.ReadDoubleArray(nullptr, count);
   }
-  EXPECT_EQ('a', in.ReadSchar());
+  EXPECT_EQ(in.ReadSchar(), 'a');
 }
 
 TEST_F(BinStreamTest, TheEndWithinAValueIsTheEndOfTheFile) {
   utl_BinIStream in = Input("abc");
   EXPECT_THROW_AT(in.ReadInt(), utl_BinStreamEOF, kEndOfFile, "utl/impl/utl_BinStream",
                   139);
-  EXPECT_EQ(3, Position()) << "what was there is read";
+  EXPECT_EQ(Position(), 3) << "what was there is read";
   EXPECT_THROW_TEXT(in.ReadUchar(), utl_BinStreamEOF, kEndOfFile);
 }
 
@@ -256,7 +255,7 @@ TEST_F(BinStreamTest, TheEndWithinAnArrayIsTheEndOfTheFile) {
   double doubles[2];
   utl_BinIStream in = Input("\1\0\0\0\2\0\0"sv);
   EXPECT_THROW_TEXT(in.ReadIntArray(ints, 2), utl_BinStreamEOF, kEndOfFile);
-  EXPECT_EQ(7, Position()) << "what was there is read";
+  EXPECT_EQ(Position(), 7) << "what was there is read";
   EXPECT_THROW_TEXT(Input("1234567").ReadFloatArray(floats, 2), utl_BinStreamEOF,
                     kEndOfFile);
   EXPECT_THROW_TEXT(Input("123456789012345").ReadDoubleArray(doubles, 2),
@@ -275,7 +274,7 @@ TEST_F(BinStreamTest, ANegativeLengthThrowsBeforeAnythingIsRead) {
   for (const std::string_view length : {"\xFF\xFF\xFF\xFF"sv, "\0\0\0\x80"sv}) {
     utl_BinIStream in = Input(std::string(length) + "ab");
     EXPECT_THROW(in.ReadString(), std::bad_alloc);
-    EXPECT_EQ(4, Position());
+    EXPECT_EQ(Position(), 4);
   }
 }
 
@@ -287,9 +286,9 @@ TEST_F(BinStreamTest, TheDescriptorStaysTheCallers) {
     utl_BinOStream second(first);
     second.WriteInt(8);
   }
-  EXPECT_EQ(8, Position());
+  EXPECT_EQ(Position(), 8);
   _lseeki64(fd, 4, SEEK_SET);
-  EXPECT_EQ(8, utl_BinIStream(fd, kLittle).ReadInt());
+  EXPECT_EQ(utl_BinIStream(fd, kLittle).ReadInt(), 8);
 }
 
 }  // namespace

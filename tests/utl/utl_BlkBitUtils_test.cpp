@@ -81,65 +81,65 @@ TEST(BlkBitUtilsTest, MaskText) {
   };
   for (const auto& row : table) {
     const omi_BlkBitVect mask = Mask(row.words);
-    EXPECT_EQ(row.pieces, Written(mask));
-    EXPECT_EQ(row.words, Words(Read(row.pieces), row.words.size()));
-    EXPECT_EQ(mask.Count(), Read(row.pieces).Count());
+    EXPECT_EQ(Written(mask), row.pieces);
+    EXPECT_EQ(Words(Read(row.pieces), row.words.size()), row.words);
+    EXPECT_EQ(Read(row.pieces).Count(), mask.Count());
   }
 }
 
 TEST(BlkBitUtilsTest, OnlyBit40) {
   omi_BlkBitVect mask;
   mask.Set(40);
-  EXPECT_EQ(Pieces{"[#0 #100 ]"}, Written(mask));
+  EXPECT_EQ(Written(mask), Pieces{"[#0 #100 ]"});
 }
 
 TEST(BlkBitUtilsTest, WordsOfBlocksThatWereNeverUsedAreZero) {
   omi_BlkBitVect mask;
   mask.Set(3 * 131072 + 7);  // three blocks in front
-  EXPECT_EQ(Pieces{"[#0:12288 #80 ]"}, Written(mask));
+  EXPECT_EQ(Written(mask), Pieces{"[#0:12288 #80 ]"});
   omi_BlkBitVect back = Read({"[#0:12288 #80 ]"});
-  EXPECT_EQ(1u, back.Count());
+  EXPECT_EQ(back.Count(), 1u);
   EXPECT_TRUE(back.IsSet(3 * 131072 + 7));
 }
 
 TEST(BlkBitUtilsTest, BitsThatWereClearedAgainDoNotLengthenTheText) {
   omi_BlkBitVect mask = Mask({3, 0, 9});
   mask.SetCell(2, 0);
-  EXPECT_EQ(Pieces{"[#3 ]"}, Written(mask));
+  EXPECT_EQ(Written(mask), Pieces{"[#3 ]"});
 }
 
 TEST(BlkBitUtilsTest, ZeroWordsLeaveTheTargetsBits) {
   omi_BlkBitVect mask;
   mask.Set(0);
   Read({"[#0:3 #ff ]"}, mask);
-  EXPECT_EQ((W{1, 0, 0, 0xFF}), Words(mask, 4));
-  EXPECT_EQ(9u, mask.Count());
+  EXPECT_EQ(Words(mask, 4), (W{1, 0, 0, 0xFF}));
+  EXPECT_EQ(mask.Count(), 9u);
 }
 
 TEST(BlkBitUtilsTest, OtherWordsReplaceTheTargetsBits) {
   omi_BlkBitVect mask = Mask({0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xF0});
   Read({"[#1:2 #0 #f ]"}, mask);
-  EXPECT_EQ((W{1, 1, 0xFFFFFFFF, 0xF}), Words(mask, 4));
-  EXPECT_EQ(38u, mask.Count());
+  EXPECT_EQ(Words(mask, 4), (W{1, 1, 0xFFFFFFFF, 0xF}));
+  EXPECT_EQ(mask.Count(), 38u);
 }
 
 TEST(BlkBitUtilsTest, WordsAreCountedOnOverThePieces) {
-  EXPECT_EQ((W{1, 0, 0, 2, 3}), Words(Read({"[#1", " #0:2", "", " #2 #3 ]"}), 5));
-  EXPECT_EQ(0u, Read({}).Count());
+  EXPECT_EQ(Words(Read({"[#1", " #0:2", "", " #2 #3 ]"}), 5), (W{1, 0, 0, 2, 3}));
+  EXPECT_EQ(Read({}).Count(), 0u);
 }
 
 TEST(BlkBitUtilsTest, OnlyItemsMeanSomething) {
-  EXPECT_EQ((W{0xAB, 2, 2, 3}), Words(Read({"x]#AB [:7 5 #2:2] ]]#3"}), 4));
+  EXPECT_EQ(Words(Read({"x]#AB [:7 5 #2:2] ]]#3"}), 4), (W{0xAB, 2, 2, 3}));
 }
 
 TEST(BlkBitUtilsTest, ItemsEndAtTheirBlank) {
   // What follows the number up to there is passed over, a further "#" too.
-  EXPECT_EQ((W{5, 7, 9, 9, 9, 1}), Words(Read({"#5#6 #7z #9q:3:4#5 #1"}), 6));
+  EXPECT_EQ(Words(Read({"#5#6 #7z #9q:3:4#5 #1"}), 6), (W{5, 7, 9, 9, 9, 1}));
 }
 
 TEST(BlkBitUtilsTest, NumbersAsScanfReadsThem) {
-  EXPECT_EQ((W{0x1F, 0x2F, 0x3F, 3, 3, 0xFFFFFFFF}),
-            Words(Read({"#0x1f #0X2F #+3f #\t3: 2 #00000ffffffff"}), 6));
+  EXPECT_EQ(Words(Read({"#0x1f #0X2F #+3f #\t3: 2 #00000ffffffff"}), 6),
+            (W{0x1F, 0x2F, 0x3F, 3, 3, 0xFFFFFFFF}));
 }
 
 TEST(BlkBitUtilsTest, MinusSignsAsScanfReadsThem) {
@@ -169,7 +169,7 @@ TEST(BlkBitUtilsTest, DamagedNumbersStandForThoseBefore) {
   for (const auto& row : table) {
     W words = row.words;
     words.push_back(0);
-    EXPECT_EQ(words, Words(Read(row.pieces), words.size())) << row.pieces[0];
+    EXPECT_EQ(Words(Read(row.pieces), words.size()), words) << row.pieces[0];
   }
 }
 
@@ -177,22 +177,22 @@ TEST(BlkBitUtilsTest, WordsBeyondTheLimitAreRefused) {
   constexpr char kText[] = "word + count <= omi_BlkBitVect::kCells";
   omi_BlkBitVect mask;
   EXPECT_THROW_TEXT(Read({"[#5 #0:134217727 #1 ]"}, mask), nex_AssertException, kText);
-  EXPECT_EQ(2u, mask.Count()) << "what came before is stored";
+  EXPECT_EQ(mask.Count(), 2u) << "what came before is stored";
   EXPECT_THROW_TEXT(Read({"[#0:4294967295 #0:4294967295 #0:4294967295 #1 ]"}, mask),
                     nex_AssertException, kText);
   EXPECT_THROW_TEXT(Read({"[#0:134217720 #7:9 ]"}, mask), nex_AssertException, kText);
-  EXPECT_EQ(2u, mask.Count()) << "nothing of the run is stored";
+  EXPECT_EQ(mask.Count(), 2u) << "nothing of the run is stored";
 }
 
 TEST(BlkBitUtilsTest, TheLastWordOfTheLimitIsReached) {
   omi_BlkBitVect mask = Read({"[#0:134217727 #80000000 ]"});
   EXPECT_TRUE(mask.IsSet(0xFFFFFFFF));
-  EXPECT_EQ(1u, mask.Count());
+  EXPECT_EQ(mask.Count(), 1u);
   Read({"[#0:134217728 #0:4294967295 #0 ]"}, mask);
-  EXPECT_EQ(1u, mask.Count()) << "zero words may go beyond";
+  EXPECT_EQ(mask.Count(), 1u) << "zero words may go beyond";
   Read({"[#0:134217728 #0:9 #5:0 ]"}, mask);
-  EXPECT_EQ(1u, mask.Count()) << "no word at all, too";
-  EXPECT_EQ(Pieces{"[#0:134217727 #80000000 ]"}, Written(mask));
+  EXPECT_EQ(mask.Count(), 1u) << "no word at all, too";
+  EXPECT_EQ(Written(mask), Pieces{"[#0:134217727 #80000000 ]"});
 }
 
 // To look at each word up to the bit would take many minutes.
@@ -217,8 +217,8 @@ TEST(BlkBitUtilsTest, RandomVectorsThereAndBack) {
     }
     const Pieces pieces = Written(mask);
     const omi_BlkBitVect back = Read(pieces);
-    EXPECT_EQ(Words(mask, 3200), Words(back, 3200));
-    EXPECT_EQ(mask.Count(), back.Count());
+    EXPECT_EQ(Words(back, 3200), Words(mask, 3200));
+    EXPECT_EQ(back.Count(), mask.Count());
     for (const std::string& piece : pieces) {
       EXPECT_LE(std::count(piece.begin(), piece.end(), '#'), 7);
     }
@@ -249,7 +249,7 @@ TEST(BlkBitUtilsTest, DamagedTextsKeepTheCountOfBitsRight) {
       count += static_cast<std::uint64_t>(
           std::popcount(mask.Cell(static_cast<std::uint64_t>(cell))));
     }
-    ASSERT_EQ(count, mask.Count());
+    ASSERT_EQ(mask.Count(), count);
   }
 }
 

@@ -31,17 +31,17 @@ TEST(CatenatorTest, IsEmptyAtFirst) {
 TEST(CatenatorTest, PiecesInTheirOrder) {
   utl_Catenator catenator;
   catenator.Cat("node ", 5).Cat("17 of 20", 2);
-  EXPECT_EQ("node 17", Text(catenator));
+  EXPECT_EQ(Text(catenator), "node 17");
 }
 
 TEST(CatenatorTest, LengthOfZeroOrLessAppendsNothing) {
   utl_Catenator catenator;
   catenator.Cat("abc", 0).Cat(nullptr, 0).Cat("abc", -1).Cat("abc", -2147483647 - 1);
-  EXPECT_EQ("", Text(catenator));
+  EXPECT_EQ(Text(catenator), "");
   Cat(catenator, Letters(991)).Cat("abc", 0).Cat("abc", -5);
-  EXPECT_EQ(Letters(991), Text(catenator));
+  EXPECT_EQ(Text(catenator), Letters(991));
   Cat(catenator, Letters(9, 991)).Cat("abc", 0).Cat(nullptr, 0).Cat("abc", -1);
-  EXPECT_EQ(Letters(1000), Text(catenator));
+  EXPECT_EQ(Text(catenator), Letters(1000));
 }
 
 // A short text is shared with the catenator, one of the stream is new each time.
@@ -54,7 +54,7 @@ TEST(CatenatorTest, StaysInItsStringUpTo991Bytes) {
   for (int i = 0; i < 991; ++i) {
     Cat(catenator, Letters(1, static_cast<std::size_t>(i)));
   }
-  EXPECT_EQ(Letters(991), Text(catenator));
+  EXPECT_EQ(Text(catenator), Letters(991));
   EXPECT_FALSE(IsStreaming(catenator));
 }
 
@@ -62,17 +62,17 @@ TEST(CatenatorTest, StreamsFrom992BytesOn) {
   utl_Catenator catenator;
   Cat(catenator, Letters(991));
   Cat(catenator, Letters(1, 991));
-  EXPECT_EQ(Letters(992), Text(catenator));
+  EXPECT_EQ(Text(catenator), Letters(992));
   EXPECT_TRUE(IsStreaming(catenator));
   Cat(catenator, Letters(500, 992));
-  EXPECT_EQ(Letters(1492), Text(catenator));
+  EXPECT_EQ(Text(catenator), Letters(1492));
 }
 
 TEST(CatenatorTest, OnePieceMayGoToTheStreamAtOnce) {
   for (const std::size_t size : {992u, 993u, 65536u, 65537u, 1000000u}) {
     utl_Catenator catenator;
     Cat(catenator, Letters(size));
-    EXPECT_EQ(Letters(size), Text(catenator));
+    EXPECT_EQ(Text(catenator), Letters(size));
     EXPECT_TRUE(IsStreaming(catenator));
   }
 }
@@ -84,7 +84,7 @@ TEST(CatenatorTest, TextsAbove496BytesAreShared) {
   const cow_String copy = catenator.GetString();
   Cat(catenator, "x");
   EXPECT_EQ(catenator.GetString().c_str(), catenator.GetString().c_str());
-  EXPECT_EQ(Letters(496), std::string_view(copy));
+  EXPECT_EQ(std::string_view(copy), Letters(496));
 }
 
 TEST(CatenatorTest, AppendingLeavesASharedTextAlone) {
@@ -92,42 +92,42 @@ TEST(CatenatorTest, AppendingLeavesASharedTextAlone) {
   Cat(catenator, Letters(600));
   const cow_String before = catenator.GetString();
   Cat(catenator, Letters(100, 600));
-  EXPECT_EQ(Letters(600), std::string_view(before));
-  EXPECT_EQ(Letters(700), Text(catenator));
+  EXPECT_EQ(std::string_view(before), Letters(600));
+  EXPECT_EQ(Text(catenator), Letters(700));
 }
 
 TEST(CatenatorTest, ZeroBytesOfAShortTextAreKept) {
   utl_Catenator catenator;
   Cat(catenator, std::string_view("a\0b\0", 4));
-  EXPECT_EQ(std::string("a\0b\0", 4), Text(catenator));
+  EXPECT_EQ(Text(catenator), std::string("a\0b\0", 4));
 }
 
 TEST(CatenatorTest, StreamedTextIsGivenUpToItsFirstZeroByte) {
   utl_Catenator catenator;
   Cat(catenator, Letters(1000)).Cat("\0b", 2);
-  EXPECT_EQ(Letters(1000), Text(catenator));
+  EXPECT_EQ(Text(catenator), Letters(1000));
   Cat(catenator, Letters(1000));
-  EXPECT_EQ(Letters(1000), Text(catenator));
+  EXPECT_EQ(Text(catenator), Letters(1000));
 }
 
 TEST(CatenatorTest, TheTextMayBeAskedForAgain) {
   utl_Catenator catenator;
   Cat(catenator, Letters(1200));
   const cow_String first = catenator.GetString();
-  EXPECT_EQ(Letters(1200), Text(catenator));
+  EXPECT_EQ(Text(catenator), Letters(1200));
   Cat(catenator, Letters(1, 1200));
-  EXPECT_EQ(Letters(1201), Text(catenator));
-  EXPECT_EQ(Letters(1200), std::string_view(first));
+  EXPECT_EQ(Text(catenator), Letters(1201));
+  EXPECT_EQ(std::string_view(first), Letters(1200));
 }
 
 TEST(CatenatorTest, EraseForgetsAShortText) {
   utl_Catenator catenator;
-  EXPECT_EQ(&catenator, &catenator.Erase());
+  EXPECT_EQ(&catenator.Erase(), &catenator);
   Cat(catenator, Letters(700));
   const cow_String shared = catenator.GetString();
-  EXPECT_EQ("", Text(catenator.Erase()));
-  EXPECT_EQ("new", Text(Cat(catenator, "new")));
-  EXPECT_EQ(Letters(700), std::string_view(shared));
+  EXPECT_EQ(Text(catenator.Erase()), "");
+  EXPECT_EQ(Text(Cat(catenator, "new")), "new");
+  EXPECT_EQ(std::string_view(shared), Letters(700));
   Cat(catenator, Letters(988, 3));
   EXPECT_FALSE(IsStreaming(catenator)) << "counted from nothing";
 }
@@ -135,12 +135,12 @@ TEST(CatenatorTest, EraseForgetsAShortText) {
 TEST(CatenatorTest, EraseForgetsALongTextAndGoesOnStreaming) {
   utl_Catenator catenator;
   Cat(catenator, Letters(100000));
-  EXPECT_EQ("", Text(catenator.Erase()));
-  EXPECT_EQ("new", Text(Cat(catenator, "new")));
-  EXPECT_EQ("newer", Text(Cat(catenator, "er")));
+  EXPECT_EQ(Text(catenator.Erase()), "");
+  EXPECT_EQ(Text(Cat(catenator, "new")), "new");
+  EXPECT_EQ(Text(Cat(catenator, "er")), "newer");
   Cat(catenator.Erase(), std::string_view("a\0b", 3));
-  EXPECT_EQ("a", Text(catenator)) << "as long texts are given";
-  EXPECT_EQ(Letters(200000), Text(Cat(catenator.Erase(), Letters(200000))));
+  EXPECT_EQ(Text(catenator), "a") << "as long texts are given";
+  EXPECT_EQ(Text(Cat(catenator.Erase(), Letters(200000))), Letters(200000));
 }
 
 TEST(CatenatorTest, RandomPiecesAndErasuresAsAStandardStringHasThem) {
@@ -157,10 +157,10 @@ TEST(CatenatorTest, RandomPiecesAndErasuresAsAStandardStringHasThem) {
       Cat(catenator, piece);
       model += piece;
       if (random() % 6 == 0) {
-        ASSERT_EQ(model, Text(catenator));
+        ASSERT_EQ(Text(catenator), model);
       }
     }
-    ASSERT_EQ(model, Text(catenator));
+    ASSERT_EQ(Text(catenator), model);
   }
 }
 

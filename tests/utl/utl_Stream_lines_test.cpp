@@ -23,16 +23,16 @@ class StreamLinesTest : public testing::Test {
 TEST_F(StreamLinesTest, WithoutOptionalBreaksTextGoesOutAtOnce) {
   stream_ << "longer than "
           << "the line";
-  EXPECT_EQ("longer than the line", out_.Take());
+  EXPECT_EQ(out_.Take(), "longer than the line");
 }
 
 TEST_F(StreamLinesTest, TextThatFitsIsHeldBack) {
   stream_.OptionalLineBreak();
   stream_ << "123456"
           << "7890";
-  EXPECT_EQ("", out_.Take());
+  EXPECT_EQ(out_.Take(), "");
   stream_.LineBreak();
-  EXPECT_EQ("1234567890\n|", out_.Take());
+  EXPECT_EQ(out_.Take(), "1234567890\n|");
 }
 
 // Fills the line from `column` on and tells by the break how much was left.
@@ -49,11 +49,11 @@ std::size_t RoomLeft(utl_Stream& stream, RecordingStream& out) {
 TEST_F(StreamLinesTest, TheLineIsBrokenBeforeTheHeldText) {
   stream_.OptionalLineBreak();
   stream_ << "123456";
-  EXPECT_EQ("", out_.Take());
+  EXPECT_EQ(out_.Take(), "");
   stream_ << "abcde";
-  EXPECT_EQ("\n|123456abcde", out_.Take());
+  EXPECT_EQ(out_.Take(), "\n|123456abcde");
   stream_ << "f";
-  EXPECT_EQ("f", out_.Take()) << "no break is pending any more";
+  EXPECT_EQ(out_.Take(), "f") << "no break is pending any more";
 }
 
 TEST_F(StreamLinesTest, TheColumnAfterABreakCountsHeldTextAndText) {
@@ -63,39 +63,39 @@ TEST_F(StreamLinesTest, TheColumnAfterABreakCountsHeldTextAndText) {
   stream.OptionalLineBreak();
   stream << "123456"
          << "abcdefg";
-  EXPECT_EQ("ab\n|123456abcdefg", out.Take());
-  EXPECT_EQ(1u, RoomLeft(stream, out)) << "13 of 14";
+  EXPECT_EQ(out.Take(), "ab\n|123456abcdefg");
+  EXPECT_EQ(RoomLeft(stream, out), 1u) << "13 of 14";
 }
 
 TEST_F(StreamLinesTest, TheColumnAfterABreakMayLieBeyondTheLine) {
   stream_.OptionalLineBreak();
   stream_ << "123456"
           << "abcde";
-  EXPECT_EQ("\n|123456abcde", out_.Take());
+  EXPECT_EQ(out_.Take(), "\n|123456abcde");
   stream_.OptionalLineBreak();
   stream_ << "";
-  EXPECT_EQ("\n|", out_.Take()) << "11 of 10: not even an empty text fits";
+  EXPECT_EQ(out_.Take(), "\n|") << "11 of 10: not even an empty text fits";
 }
 
 TEST_F(StreamLinesTest, TheLineMayBeFullButNotLonger) {
   stream_ << "1234";
   stream_.OptionalLineBreak();
   stream_ << "567890";
-  EXPECT_EQ("1234", out_.Take());
+  EXPECT_EQ(out_.Take(), "1234");
   stream_ << ""
           << "!";
-  EXPECT_EQ("\n|567890!", out_.Take());
+  EXPECT_EQ(out_.Take(), "\n|567890!");
 }
 
 TEST_F(StreamLinesTest, ASecondOptionalBreakWritesWhatIsHeld) {
   stream_.OptionalLineBreak();
   stream_ << "123";
   stream_.OptionalLineBreak();
-  EXPECT_EQ("123", out_.Take());
+  EXPECT_EQ(out_.Take(), "123");
   stream_ << "456";
-  EXPECT_EQ("", out_.Take());
+  EXPECT_EQ(out_.Take(), "");
   stream_ << "78901";
-  EXPECT_EQ("\n|45678901", out_.Take()) << "broken at the later place";
+  EXPECT_EQ(out_.Take(), "\n|45678901") << "broken at the later place";
 }
 
 TEST_F(StreamLinesTest, TheColumnAfterLineBreakIsTheLengthOfTheHeldText) {
@@ -103,18 +103,18 @@ TEST_F(StreamLinesTest, TheColumnAfterLineBreakIsTheLengthOfTheHeldText) {
   stream_.OptionalLineBreak();
   stream_ << "ab";
   stream_.LineBreak();
-  EXPECT_EQ("12345ab\n|", out_.Take());
-  EXPECT_EQ(8u, RoomLeft(stream_, out_)) << "2 of 10";
+  EXPECT_EQ(out_.Take(), "12345ab\n|");
+  EXPECT_EQ(RoomLeft(stream_, out_), 8u) << "2 of 10";
   RecordingStream other;
   utl_Stream fresh(other, 10, 6, 6);
   fresh << "12345" << endl;
-  EXPECT_EQ(10u, RoomLeft(fresh, other)) << "nothing was held";
+  EXPECT_EQ(RoomLeft(fresh, other), 10u) << "nothing was held";
 }
 
 TEST_F(StreamLinesTest, LineBreakEndsAnOptionalBreak) {
   stream_.OptionalLineBreak();
   stream_ << endl << "text";
-  EXPECT_EQ("\n|text", out_.Take());
+  EXPECT_EQ(out_.Take(), "\n|text");
 }
 
 TEST_F(StreamLinesTest, FlushWritesHeldTextAndKeepsTheBreakPending) {
@@ -122,11 +122,11 @@ TEST_F(StreamLinesTest, FlushWritesHeldTextAndKeepsTheBreakPending) {
   stream_.OptionalLineBreak();
   stream_ << "ab";
   stream_.Flush();
-  EXPECT_EQ("1234567ab|", out_.Take());
+  EXPECT_EQ(out_.Take(), "1234567ab|");
   stream_ << "0123456789";
-  EXPECT_EQ("", out_.Take()) << "still held back, from column 0";
+  EXPECT_EQ(out_.Take(), "") << "still held back, from column 0";
   stream_ << "!";
-  EXPECT_EQ("\n|0123456789!", out_.Take());
+  EXPECT_EQ(out_.Take(), "\n|0123456789!");
 }
 
 TEST_F(StreamLinesTest, HeldTextIsLostAtTheEnd) {
@@ -137,7 +137,7 @@ TEST_F(StreamLinesTest, HeldTextIsLostAtTheEnd) {
     stream.OptionalLineBreak();
     stream << "cd";
   }
-  EXPECT_EQ("ab", out.Take());
+  EXPECT_EQ(out.Take(), "ab");
 }
 
 TEST_F(StreamLinesTest, LongOutputIsFlushedBehind500Columns) {
@@ -146,16 +146,16 @@ TEST_F(StreamLinesTest, LongOutputIsFlushedBehind500Columns) {
   for (int i = 0; i < 600; ++i) {
     stream << "x";
   }
-  EXPECT_EQ(std::string(501, 'x').append("|").append(99, 'x'), out.Take());
-  EXPECT_EQ(501u, RoomLeft(stream, out)) << "counted anew: 99 of 600";
+  EXPECT_EQ(out.Take(), std::string(501, 'x').append("|").append(99, 'x'));
+  EXPECT_EQ(RoomLeft(stream, out), 501u) << "counted anew: 99 of 600";
 }
 
 TEST_F(StreamLinesTest, ABrokenLineIsNotFlushedBehind500Columns) {
   stream_.OptionalLineBreak();
   stream_ << std::string(600, 'x').c_str();
-  EXPECT_EQ("\n|" + std::string(600, 'x'), out_.Take());
+  EXPECT_EQ(out_.Take(), "\n|" + std::string(600, 'x'));
   stream_ << "y";
-  EXPECT_EQ("y|", out_.Take()) << "but with the next text";
+  EXPECT_EQ(out_.Take(), "y|") << "but with the next text";
 }
 
 TEST_F(StreamLinesTest, NumbersAreBrokenAsTextIs) {
@@ -167,7 +167,7 @@ TEST_F(StreamLinesTest, NumbersAreBrokenAsTextIs) {
     stream.Print(value, 6, 6);
   }
   stream << endl;
-  EXPECT_EQ("x =   0.5\n| 1200.   -3.\n|", out.Take());
+  EXPECT_EQ(out.Take(), "x =   0.5\n| 1200.   -3.\n|");
 }
 
 TEST_F(StreamLinesTest, LineWidthsThatHoldNothingBreakAtEveryPlace) {
@@ -178,7 +178,7 @@ TEST_F(StreamLinesTest, LineWidthsThatHoldNothingBreakAtEveryPlace) {
       stream.OptionalLineBreak();
       stream << text;
     }
-    EXPECT_EQ("\n|a\n|b", out.Take());
+    EXPECT_EQ(out.Take(), "\n|a\n|b");
   }
 }
 
@@ -265,7 +265,7 @@ TEST_F(StreamLinesTest, RandomSequencesAsTheModelWritesThem) {
           stream << text.c_str();
           model.Print(text);
       }
-      ASSERT_EQ(model.Text(), out.Text()) << "width " << width << ", step " << step;
+      ASSERT_EQ(out.Text(), model.Text()) << "width " << width << ", step " << step;
     }
   }
 }

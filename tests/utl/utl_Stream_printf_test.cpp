@@ -126,7 +126,7 @@ void ExpectMillionAsPrintf(unsigned seed) {
     const int width = random() % 4 == 0 ? 0 : static_cast<int>(random() % 100) - 20;
     const int precision = random() % 4 == 0 ? 0 : static_cast<int>(random() % 21);
     Format(buffer, value, width, precision);
-    ASSERT_EQ(Expected(buffer, width), printed(value, width, precision))
+    ASSERT_EQ(printed(value, width, precision), Expected(buffer, width))
         << std::hexfloat << value << ", " << width << ", " << precision;
   }
 }
@@ -149,9 +149,9 @@ TEST(StreamPrintfTest, WholeNumbers) {
     const int number =
         random() % 2 == 0 ? static_cast<int>(value) : -static_cast<int>(value / 2);
     std::snprintf(buffer.data(), buffer.size(), "%*i", width, number);
-    ASSERT_EQ(buffer.data(), printed(number, width));
+    ASSERT_EQ(printed(number, width), buffer.data());
     std::snprintf(buffer.data(), buffer.size(), "%*u", width, value);
-    ASSERT_EQ(buffer.data(), printed(value, width));
+    ASSERT_EQ(printed(value, width), buffer.data());
   }
 }
 
@@ -168,7 +168,7 @@ TEST(StreamPrintfTest, PrecisionsBeyondAllDigits) {
       if (text.find_first_of(".e") == std::string::npos) {
         text += '.';
       }
-      ASSERT_EQ(text, printed(value, 0, precision)) << precision;
+      ASSERT_EQ(printed(value, 0, precision), text) << precision;
     }
   }
 }
@@ -176,11 +176,11 @@ TEST(StreamPrintfTest, PrecisionsBeyondAllDigits) {
 TEST(StreamPrintfTest, OutputDoesNotDependOnTheLocale) {
   const DecimalComma comma;
   Printer printed;
-  EXPECT_EQ("1234.5", printed(1234.5, 0, 0));
-  EXPECT_EQ("  0.25", printed(0.25f, 6, 3));
-  EXPECT_EQ("3.", printed(3.0, 0, 0));
-  EXPECT_EQ("1.5e-07", printed(1.5e-7, 0, 6));
-  EXPECT_EQ("1234567", printed(1234567, 0));
+  EXPECT_EQ(printed(1234.5, 0, 0), "1234.5");
+  EXPECT_EQ(printed(0.25f, 6, 3), "  0.25");
+  EXPECT_EQ(printed(3.0, 0, 0), "3.");
+  EXPECT_EQ(printed(1.5e-7, 0, 6), "1.5e-07");
+  EXPECT_EQ(printed(1234567, 0), "1234567");
 }
 
 }  // namespace

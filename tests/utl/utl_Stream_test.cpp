@@ -38,7 +38,7 @@ template <class... Arguments>
 std::string Printed(Arguments... arguments) {
   RecordingStream out;
   utl_Stream stream(out, 80, 6, 15);
-  EXPECT_EQ(&stream, &stream.Print(arguments...));
+  EXPECT_EQ(&stream.Print(arguments...), &stream);
   return out.TakeText();
 }
 
@@ -47,7 +47,7 @@ std::string Streamed(const Value& value, int floatPrecision = 6,
                      int doublePrecision = 15) {
   RecordingStream out;
   utl_Stream stream(out, 80, floatPrecision, doublePrecision);
-  EXPECT_EQ(&stream, &(stream << value));
+  EXPECT_EQ(&(stream << value), &stream);
   return out.Text();
 }
 
@@ -110,38 +110,38 @@ TEST(StreamTest, RealNumbers) {
       {kNaN, 0, 0, "nan."},
   };
   for (const auto& row : table) {
-    EXPECT_EQ(row.text, Printed(row.value, row.width, row.precision))
+    EXPECT_EQ(Printed(row.value, row.width, row.precision), row.text)
         << row.value << ", " << row.width << ", " << row.precision;
   }
 }
 
 TEST(StreamTest, FloatsArePrintedAsTheDoublesTheyAre) {
-  EXPECT_EQ("0.1", Printed(0.1f, 0, 0));
-  EXPECT_EQ("0.100000001490116", Printed(0.1f, 0, 15));
-  EXPECT_EQ("   3.", Printed(3.0f, 5, 0));
-  EXPECT_EQ("     0.3", Printed(0.3f, 8, 3));
-  EXPECT_EQ("3.40282e+38", Printed(std::numeric_limits<float>::max(), 0, 0));
+  EXPECT_EQ(Printed(0.1f, 0, 0), "0.1");
+  EXPECT_EQ(Printed(0.1f, 0, 15), "0.100000001490116");
+  EXPECT_EQ(Printed(3.0f, 5, 0), "   3.");
+  EXPECT_EQ(Printed(0.3f, 8, 3), "     0.3");
+  EXPECT_EQ(Printed(std::numeric_limits<float>::max(), 0, 0), "3.40282e+38");
 }
 
 TEST(StreamTest, WholeNumbers) {
-  EXPECT_EQ("0", Printed(0, 0));
-  EXPECT_EQ("-17", Printed(-17, 0));
-  EXPECT_EQ("-2147483648", Printed(std::numeric_limits<int>::min(), 0));
-  EXPECT_EQ("   17", Printed(17, 5));
-  EXPECT_EQ("17   ", Printed(17, -5));
-  EXPECT_EQ("12345", Printed(12345, 3));
-  EXPECT_EQ("4294967295", Printed(4294967295u, 0));
-  EXPECT_EQ("          0", Printed(0u, 11));
-  EXPECT_EQ("7  ", Printed(7u, -3));
+  EXPECT_EQ(Printed(0, 0), "0");
+  EXPECT_EQ(Printed(-17, 0), "-17");
+  EXPECT_EQ(Printed(std::numeric_limits<int>::min(), 0), "-2147483648");
+  EXPECT_EQ(Printed(17, 5), "   17");
+  EXPECT_EQ(Printed(17, -5), "17   ");
+  EXPECT_EQ(Printed(12345, 3), "12345");
+  EXPECT_EQ(Printed(4294967295u, 0), "4294967295");
+  EXPECT_EQ(Printed(0u, 11), "          0");
+  EXPECT_EQ(Printed(7u, -3), "7  ");
 }
 
 TEST(StreamTest, FieldsOfAnyWidth) {
   for (const int width : {80, 94, 95, 96, 97, 1000, 100000}) {
     const auto blanks = static_cast<std::size_t>(width);
-    EXPECT_EQ(std::string(blanks - 2, ' ') + "17", Printed(17, width));
-    EXPECT_EQ("17" + std::string(blanks - 2, ' '), Printed(17, -width));
-    EXPECT_EQ(std::string(blanks - 2, ' ') + "3.", Printed(3.0, width, 6));
-    EXPECT_EQ("3" + std::string(blanks - 1, ' ') + ".", Printed(3.0, -width, 6));
+    EXPECT_EQ(Printed(17, width), std::string(blanks - 2, ' ') + "17");
+    EXPECT_EQ(Printed(17, -width), "17" + std::string(blanks - 2, ' '));
+    EXPECT_EQ(Printed(3.0, width, 6), std::string(blanks - 2, ' ') + "3.");
+    EXPECT_EQ(Printed(3.0, -width, 6), "3" + std::string(blanks - 1, ' ') + ".");
   }
 }
 
@@ -156,31 +156,31 @@ TEST(StreamTest, TheWidestField) {
 
 TEST(StreamTest, PrecisionsOfAnySize) {
   const double smallest = std::numeric_limits<double>::denorm_min();
-  EXPECT_EQ(757u, Printed(smallest, 0, 900).size()) << "751 digits, point, exponent";
-  EXPECT_EQ(Printed(smallest, 0, 900),
-            Printed(smallest, 0, std::numeric_limits<int>::max()));
+  EXPECT_EQ(Printed(smallest, 0, 900).size(), 757u) << "751 digits, point, exponent";
+  EXPECT_EQ(Printed(smallest, 0, std::numeric_limits<int>::max()),
+            Printed(smallest, 0, 900));
   const std::string largest = Printed(std::numeric_limits<double>::max(), 0, 309);
-  EXPECT_EQ(310u, largest.size());
-  EXPECT_EQ(largest, Printed(std::numeric_limits<double>::max(), 0, 100000));
-  EXPECT_EQ("0.5", Printed(0.5, 0, std::numeric_limits<int>::max()));
+  EXPECT_EQ(largest.size(), 310u);
+  EXPECT_EQ(Printed(std::numeric_limits<double>::max(), 0, 100000), largest);
+  EXPECT_EQ(Printed(0.5, 0, std::numeric_limits<int>::max()), "0.5");
 }
 
 TEST(StreamTest, TextIsPrintedUpToAZeroByte) {
-  EXPECT_EQ("abc", Printed("abc"));
-  EXPECT_EQ("", Printed(""));
-  EXPECT_EQ("ab", Printed(cow_String("ab\0c", 4)));
-  EXPECT_EQ("", Printed(cow_String()));
+  EXPECT_EQ(Printed("abc"), "abc");
+  EXPECT_EQ(Printed(""), "");
+  EXPECT_EQ(Printed(cow_String("ab\0c", 4)), "ab");
+  EXPECT_EQ(Printed(cow_String()), "");
 }
 
 TEST(StreamTest, OperatorsTakeThePrecisionsOfTheConstructor) {
-  EXPECT_EQ("0.333", Streamed(1.0f / 3, 3, 10));
-  EXPECT_EQ("0.3333333333", Streamed(1.0 / 3, 3, 10));
-  EXPECT_EQ("0.333333", Streamed(1.0 / 3, 3, 0)) << "0 stands for 6";
-  EXPECT_EQ("-5", Streamed(-5));
-  EXPECT_EQ("5", Streamed(5u));
-  EXPECT_EQ("text", Streamed("text"));
-  EXPECT_EQ("text", Streamed(cow_String("text")));
-  EXPECT_EQ("\n|", Streamed(endl));
+  EXPECT_EQ(Streamed(1.0f / 3, 3, 10), "0.333");
+  EXPECT_EQ(Streamed(1.0 / 3, 3, 10), "0.3333333333");
+  EXPECT_EQ(Streamed(1.0 / 3, 3, 0), "0.333333") << "0 stands for 6";
+  EXPECT_EQ(Streamed(-5), "-5");
+  EXPECT_EQ(Streamed(5u), "5");
+  EXPECT_EQ(Streamed("text"), "text");
+  EXPECT_EQ(Streamed(cow_String("text")), "text");
+  EXPECT_EQ(Streamed(endl), "\n|");
 }
 
 TEST(StreamTest, NumericStrings) {
@@ -221,7 +221,7 @@ TEST(StreamTest, NumericStrings) {
       {"1e+", 0, "1e+"},
   };
   for (const auto& row : table) {
-    EXPECT_EQ(row.fixed, Fixed(row.text, row.width)) << row.text << ", " << row.width;
+    EXPECT_EQ(Fixed(row.text, row.width), row.fixed) << row.text << ", " << row.width;
   }
 }
 
@@ -231,20 +231,20 @@ TEST(StreamSmallRealTest, SmallNumbersAreZeroWhileItLives) {
   {
     const utl_StreamSmallReal guard(stream, 1e-20);
     stream.Print(1.0e-300, 0, 6);
-    EXPECT_EQ("0.", out.Take());
+    EXPECT_EQ(out.Take(), "0.");
     stream.Print(-1.0e-21, 6, 3);
-    EXPECT_EQ("    0.", out.Take()) << "without a sign";
+    EXPECT_EQ(out.Take(), "    0.") << "without a sign";
     stream.Print(-0.0, 0, 6);
-    EXPECT_EQ("0.", out.Take());
+    EXPECT_EQ(out.Take(), "0.");
     stream << 1e-21f;
-    EXPECT_EQ("0.", out.Take());
+    EXPECT_EQ(out.Take(), "0.");
     stream << 1e-19f << " " << -1e-19 << " " << 2;
-    EXPECT_EQ("1e-19 -1e-19 2", out.Take());
+    EXPECT_EQ(out.Take(), "1e-19 -1e-19 2");
     stream << kNaN;
-    EXPECT_EQ("nan.", out.Take());
+    EXPECT_EQ(out.Take(), "nan.");
   }
   stream.Print(1.0e-300, 0, 6);
-  EXPECT_EQ("1e-300", out.Take());
+  EXPECT_EQ(out.Take(), "1e-300");
 }
 
 TEST(StreamSmallRealTest, AMagnitudeOfTheThresholdIsPrinted) {
@@ -252,7 +252,7 @@ TEST(StreamSmallRealTest, AMagnitudeOfTheThresholdIsPrinted) {
   utl_Stream stream(out, 80, 6, 6);
   const utl_StreamSmallReal guard(stream, 0.25);
   stream << 0.25 << " " << -0.25f << " " << 0.2499999999 << " " << 0.2499f;
-  EXPECT_EQ("0.25 -0.25 0. 0.", out.Take());
+  EXPECT_EQ(out.Take(), "0.25 -0.25 0. 0.");
 }
 
 // A float is compared as the double it is: 0.1f is above 0.1.
@@ -261,7 +261,7 @@ TEST(StreamSmallRealTest, FloatsAreComparedInDoublePrecision) {
   utl_Stream stream(out, 80, 6, 6);
   const utl_StreamSmallReal guard(stream, 0.1);
   stream << 0.1f;
-  EXPECT_EQ("0.1", out.Take());
+  EXPECT_EQ(out.Take(), "0.1");
 }
 
 TEST(StreamSmallRealTest, AThresholdNotAboveZeroDoesNothing) {
@@ -270,7 +270,7 @@ TEST(StreamSmallRealTest, AThresholdNotAboveZeroDoesNothing) {
     utl_Stream stream(out, 80, 6, 6);
     const utl_StreamSmallReal guard(stream, threshold);
     stream.Print(1.0e-300, 0, 6).Print(" ").Print(-0.0, 0, 6);
-    EXPECT_EQ("1e-300 -0.", out.Take());
+    EXPECT_EQ(out.Take(), "1e-300 -0.");
   }
 }
 
@@ -281,14 +281,14 @@ TEST(StreamSmallRealTest, GuardsDoNotNest) {
   {
     const utl_StreamSmallReal inner(stream, 1e-6);
     stream << 1e-4 << " " << 1e-7;
-    EXPECT_EQ("0.0001 0.", out.Take());
+    EXPECT_EQ(out.Take(), "0.0001 0.");
   }
   stream << 1e-7;
-  EXPECT_EQ("1e-07", out.Take()) << "the inner one's end was the outer one's too";
+  EXPECT_EQ(out.Take(), "1e-07") << "the inner one's end was the outer one's too";
   const utl_StreamSmallReal again(stream, 1e-3);
   const utl_StreamSmallReal off(stream, 0);
   stream << 1e-4;
-  EXPECT_EQ("0.0001", out.Take()) << "switched off";
+  EXPECT_EQ(out.Take(), "0.0001") << "switched off";
 }
 
 }  // namespace

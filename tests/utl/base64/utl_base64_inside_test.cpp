@@ -37,16 +37,16 @@ void* AllocateNothing(std::size_t) {
 }
 
 TEST(Base64Test, GroupsOfThreeBytes) {
-  EXPECT_EQ("TWFu", Encoded("Man"));
-  EXPECT_EQ("!!!!", Encoded("\xFF\xFF\xFF"));
-  EXPECT_EQ("AAAA", Encoded(std::string(3, '\0')));
-  EXPECT_EQ("++++", Encoded("\xFB\xEF\xBE"));
+  EXPECT_EQ(Encoded("Man"), "TWFu");
+  EXPECT_EQ(Encoded("\xFF\xFF\xFF"), "!!!!");
+  EXPECT_EQ(Encoded(std::string(3, '\0')), "AAAA");
+  EXPECT_EQ(Encoded("\xFB\xEF\xBE"), "++++");
 }
 
 TEST(Base64Test, BytesLeftOverArePadded) {
-  EXPECT_EQ("TQ==", Encoded("M"));
-  EXPECT_EQ("TWE=", Encoded("Ma"));
-  EXPECT_EQ("TWFuTQ==", Encoded("ManM"));
+  EXPECT_EQ(Encoded("M"), "TQ==");
+  EXPECT_EQ(Encoded("Ma"), "TWE=");
+  EXPECT_EQ(Encoded("ManM"), "TWFuTQ==");
 }
 
 TEST(Base64Test, EveryCharacterOfTheAlphabetInItsPlace) {
@@ -57,46 +57,46 @@ TEST(Base64Test, EveryCharacterOfTheAlphabetInItsPlace) {
     bytes += {static_cast<char>(group >> 16), static_cast<char>(group >> 8),
               static_cast<char>(group)};
   }
-  EXPECT_EQ(kAlphabet, Encoded(bytes));
-  EXPECT_EQ(bytes, Decoded(kAlphabet));
+  EXPECT_EQ(Encoded(bytes), kAlphabet);
+  EXPECT_EQ(Decoded(kAlphabet), bytes);
 }
 
 TEST(Base64Test, EncodingLeavesTheCallersBytes) {
   cow_String data("\nMan\n");
   utl_base64Encode(data, true);
-  EXPECT_EQ("\nMan\n", Text(data));
+  EXPECT_EQ(Text(data), "\nMan\n");
 }
 
 TEST(Base64Test, NoBytesGiveAnEmptyText) {
-  EXPECT_EQ("", Encoded("", false));
-  EXPECT_EQ("", Encoded("", true));
+  EXPECT_EQ(Encoded("", false), "");
+  EXPECT_EQ(Encoded("", true), "");
 }
 
 TEST(Base64Test, LinesOf76CharactersEachWithItsNewline) {
   const std::string line(76, 'A');
-  EXPECT_EQ(line + "\n", Encoded(std::string(57, '\0'), true));
-  EXPECT_EQ(line + "\nAA==\n", Encoded(std::string(58, '\0'), true));
-  EXPECT_EQ(line + "\nAAA=\n", Encoded(std::string(59, '\0'), true));
-  EXPECT_EQ(line + "\nAAAA\n", Encoded(std::string(60, '\0'), true));
-  EXPECT_EQ(line + "\n" + line + "\n", Encoded(std::string(114, '\0'), true));
-  EXPECT_EQ(line.substr(0, 72) + "AAA=\n", Encoded(std::string(56, '\0'), true));
-  EXPECT_EQ("AA==\n", Encoded(std::string(1, '\0'), true));
+  EXPECT_EQ(Encoded(std::string(57, '\0'), true), line + "\n");
+  EXPECT_EQ(Encoded(std::string(58, '\0'), true), line + "\nAA==\n");
+  EXPECT_EQ(Encoded(std::string(59, '\0'), true), line + "\nAAA=\n");
+  EXPECT_EQ(Encoded(std::string(60, '\0'), true), line + "\nAAAA\n");
+  EXPECT_EQ(Encoded(std::string(114, '\0'), true), line + "\n" + line + "\n");
+  EXPECT_EQ(Encoded(std::string(56, '\0'), true), line.substr(0, 72) + "AAA=\n");
+  EXPECT_EQ(Encoded(std::string(1, '\0'), true), "AA==\n");
 }
 
 TEST(Base64Test, PaddingEndsTheBytesWhateverFollows) {
-  EXPECT_EQ("M", Decoded("TQ=="));
-  EXPECT_EQ("Ma", Decoded("TWE="));
-  EXPECT_EQ("M", Decoded("TQ==/=\x80"));
-  EXPECT_EQ("Ma", Decoded("TWE=T"));
+  EXPECT_EQ(Decoded("TQ=="), "M");
+  EXPECT_EQ(Decoded("TWE="), "Ma");
+  EXPECT_EQ(Decoded("TQ==/=\x80"), "M");
+  EXPECT_EQ(Decoded("TWE=T"), "Ma");
 }
 
 TEST(Base64Test, EmptyTextGivesNoBytes) {
-  EXPECT_EQ("", Decoded(""));
-  EXPECT_EQ("", Decoded("\n\n"));
+  EXPECT_EQ(Decoded(""), "");
+  EXPECT_EQ(Decoded("\n\n"), "");
 }
 
 TEST(Base64Test, ZeroByteEndsTheText) {
-  EXPECT_EQ("Man", Decoded(std::string_view("TWFu\0/", 6)));
+  EXPECT_EQ(Decoded(std::string_view("TWFu\0/", 6)), "Man");
   EXPECT_THROW_TEXT(Decoded(std::string_view("TWFuT\0AA", 8)), utl_Base64CodecError,
                     "padding error");
 }
@@ -127,25 +127,24 @@ TEST(Base64Test, WhatComesFirstInTheTextIsReported) {
 
 TEST(Base64Test, BytePassedOverKeepsItsPlace) {
   // T = 19, W = 22, u = 46: 4D, then the low bits of W, then u alone.
-  EXPECT_EQ("\x4D\x60\x2E", Decoded("TW/u", false));
-  EXPECT_EQ("", Decoded("////", false));
-  EXPECT_EQ("", Decoded("TWF/", false)) << "nothing completes the group";
+  EXPECT_EQ(Decoded("TW/u", false), "\x4D\x60\x2E");
+  EXPECT_EQ(Decoded("////", false), "");
+  EXPECT_EQ(Decoded("TWF/", false), "") << "nothing completes the group";
 }
 
 TEST(Base64Test, BytesUnderConstructionLastFromGroupToGroup) {
   // The second group has no second character: its first byte lacks two bits, its second
   // still is that of the group before.
-  EXPECT_EQ(
-      "Man\x4C"
-      "a"
-      "n",
-      Decoded("TWFuT/Fu", false));
+  EXPECT_EQ(Decoded("TWFuT/Fu", false),
+            "Man\x4C"
+            "a"
+            "n");
 }
 
 TEST(Base64Test, OneLineIsDecodedWithTheNewlinesAroundIt) {
-  EXPECT_EQ("Man", Decoded("\n\nTWFu\n"));
+  EXPECT_EQ(Decoded("\n\nTWFu\n"), "Man");
   const std::string bytes(57, 'x');
-  EXPECT_EQ(bytes, Decoded(Encoded(bytes, true)));
+  EXPECT_EQ(Decoded(Encoded(bytes, true)), bytes);
 }
 
 TEST(Base64Test, NewlinesInsideTheTextAreNotIgnored) {
@@ -159,18 +158,18 @@ TEST(Base64Test, TheCallersTextStaysTrimmed) {
   cow_String text("\nTWFu\n\n");
   const cow_String shared = text;
   utl_base64Decode(text, true);
-  EXPECT_EQ("TWFu", Text(text));
-  EXPECT_EQ("\nTWFu\n\n", Text(shared));
+  EXPECT_EQ(Text(text), "TWFu");
+  EXPECT_EQ(Text(shared), "\nTWFu\n\n");
 }
 
 TEST(Base64Test, TheCallersTextStaysTrimmedWhenDecodingFails) {
   cow_String text("\nTQ\n");
   EXPECT_THROW_TEXT(utl_base64Decode(text, false), utl_Base64CodecError, "padding error");
-  EXPECT_EQ("TQ", Text(text));
+  EXPECT_EQ(Text(text), "TQ");
   cow_String other("\n \n");
   EXPECT_THROW_TEXT(utl_base64Decode(other, true), utl_Base64CodecError,
                     "strict checking failure");
-  EXPECT_EQ(" ", Text(other));
+  EXPECT_EQ(Text(other), " ");
 }
 
 TEST(Base64Test, ThreadsEncodeAndDecodeAtOnce) {
@@ -180,7 +179,7 @@ TEST(Base64Test, ThreadsEncodeAndDecodeAtOnce) {
     const std::string bytes(1000, letter);
     start.Wait();
     for (int i = 0; i < 200; ++i) {
-      ASSERT_EQ(bytes, Decoded(Encoded(bytes)));
+      ASSERT_EQ(Decoded(Encoded(bytes)), bytes);
       ASSERT_THROW(Decoded("TQ"), utl_Base64CodecError);
     }
   };
@@ -198,14 +197,14 @@ TEST(Base64Test, NoMemoryForTheText) {
   const cow_String data("Man");
   EXPECT_THROW_TEXT(codec.Encode(data, false), utl_Base64CodecError,
                     "memory allocation failure");
-  EXPECT_EQ("", Text(codec.Encode(cow_String(), true))) << "nothing is allocated for it";
+  EXPECT_EQ(Text(codec.Encode(cow_String(), true)), "") << "nothing is allocated for it";
 }
 
 TEST(Base64Test, NoMemoryForTheBytes) {
   const utl_Base64Codec codec(utl_base64Kernels()[0], AllocateNothing);
   cow_String text("\nTWFu\n");
   EXPECT_THROW_TEXT(codec.Decode(text, false), utl_Base64CodecError, "malloc failure");
-  EXPECT_EQ("\nTWFu\n", Text(text));
+  EXPECT_EQ(Text(text), "\nTWFu\n");
 }
 
 TEST(Base64Test, TextLongerThanAStringCanBeIsRefused) {

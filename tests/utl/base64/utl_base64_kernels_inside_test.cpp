@@ -141,7 +141,7 @@ void* Allocate(std::size_t size) {
 
 void ExpectReadAsModel(const utl_Base64Codec& codec, const std::string& text) {
   for (const bool strict : {true, false}) {
-    ASSERT_EQ(ModelDecoder().Run(text, strict), Result(codec, text, strict))
+    ASSERT_EQ(Result(codec, text, strict), ModelDecoder().Run(text, strict))
         << testing::PrintToString(text) << (strict ? " strict" : " lax");
   }
 }
@@ -172,10 +172,10 @@ class Base64KernelTest : public testing::TestWithParam<std::size_t> {
   void ExpectRoundTrip(const std::string& bytes) const {
     const cow_String data{std::string_view(bytes)};
     const std::string text = ModelEncoded(bytes, false);
-    ASSERT_EQ(text, Text(codec_.Encode(data, false)));
-    ASSERT_EQ(ModelEncoded(bytes, true), Text(codec_.Encode(data, true)));
-    ASSERT_EQ((ModelResult{bytes, ""}), Result(codec_, text, true));
-    ASSERT_EQ((ModelResult{bytes, ""}), Result(codec_, text, false));
+    ASSERT_EQ(Text(codec_.Encode(data, false)), text);
+    ASSERT_EQ(Text(codec_.Encode(data, true)), ModelEncoded(bytes, true));
+    ASSERT_EQ(Result(codec_, text, true), (ModelResult{bytes, ""}));
+    ASSERT_EQ(Result(codec_, text, false), (ModelResult{bytes, ""}));
   }
 
   void ExpectAsModel(const std::string& text) const { ExpectReadAsModel(codec_, text); }
@@ -265,12 +265,12 @@ TEST_P(Base64KernelTest, NothingOutsideTheBlocksIsTouched) {
     std::string text(4 * groups, ' ');
     kernel_.encode(reinterpret_cast<const unsigned char*>(bytes.data()), groups,
                    text.data());
-    ASSERT_EQ(ModelEncoded(bytes, false), text);
+    ASSERT_EQ(text, ModelEncoded(bytes, false));
     std::string back(3 * groups + 1, '#');
-    ASSERT_EQ(groups,
-              kernel_.decode(reinterpret_cast<const unsigned char*>(text.data()), groups,
-                             reinterpret_cast<unsigned char*>(back.data())));
-    ASSERT_EQ(bytes + "#", back);
+    ASSERT_EQ(kernel_.decode(reinterpret_cast<const unsigned char*>(text.data()), groups,
+                             reinterpret_cast<unsigned char*>(back.data())),
+              groups);
+    ASSERT_EQ(back, bytes + "#");
   }
 }
 
@@ -286,7 +286,7 @@ TEST_P(Base64KernelTest, DecodingStopsAtTheFirstGroupWithAnotherByte) {
       const std::size_t groups = other ? at / 4 : kGroups;
       std::array<unsigned char, 3 * kGroups> bytes;
       bytes.fill('#');
-      ASSERT_EQ(groups, kernel_.decode(Bytes(text.data()), kGroups, bytes.data()));
+      ASSERT_EQ(kernel_.decode(Bytes(text.data()), kGroups, bytes.data()), groups);
       const auto end = bytes.begin() + static_cast<std::ptrdiff_t>(3 * groups);
       ASSERT_TRUE(std::all_of(end, bytes.end(), [](int b) { return b == '#'; }))
           << "behind the " << groups << " groups";
@@ -301,12 +301,12 @@ TEST_P(Base64KernelTest, EveryCharacterInEveryPlace) {
       std::string text(4 * kGroups, 'k');
       text[at] = kAlphabet[value];
       std::string bytes(3 * kGroups, ' ');
-      ASSERT_EQ(kGroups,
-                kernel_.decode(Bytes(text.data()), kGroups, Bytes(bytes.data())));
+      ASSERT_EQ(kernel_.decode(Bytes(text.data()), kGroups, Bytes(bytes.data())),
+                kGroups);
       ASSERT_EQ(text, ModelEncoded(bytes, false));
       std::string back(4 * kGroups, ' ');
       kernel_.encode(Bytes(bytes.data()), kGroups, back.data());
-      ASSERT_EQ(text, back);
+      ASSERT_EQ(back, text);
     }
   }
 }
@@ -320,10 +320,10 @@ TEST_P(Base64KernelTest, BlocksMayBeginAnywhere) {
       alignas(64) std::array<char, 64 + 4 * 70> text;
       std::copy(bytes.begin(), bytes.end(), source.begin() + from);
       kernel_.encode(Bytes(&source[from]), groups, &text[from]);
-      ASSERT_EQ(ModelEncoded(bytes, false), std::string_view(&text[from], 4 * groups));
+      ASSERT_EQ(std::string_view(&text[from], 4 * groups), ModelEncoded(bytes, false));
       source.fill(' ');
-      ASSERT_EQ(groups, kernel_.decode(Bytes(&text[from]), groups, Bytes(&source[from])));
-      ASSERT_EQ(bytes, std::string_view(&source[from], 3 * groups));
+      ASSERT_EQ(kernel_.decode(Bytes(&text[from]), groups, Bytes(&source[from])), groups);
+      ASSERT_EQ(std::string_view(&source[from], 3 * groups), bytes);
     }
   }
 }

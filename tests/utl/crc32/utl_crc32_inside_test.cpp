@@ -53,19 +53,19 @@ INSTANTIATE_TEST_SUITE_P(AllKernels, Crc32KernelTest,
                          });
 
 TEST_P(Crc32KernelTest, CheckValueOfNineDigits) {
-  EXPECT_EQ(0x0376E6E7u, Whole(kernel_.function, "123456789"));
+  EXPECT_EQ(Whole(kernel_.function, "123456789"), 0x0376E6E7u);
 }
 
 TEST_P(Crc32KernelTest, NoBytesLeaveTheRegister) {
-  EXPECT_EQ(0xFFFFFFFFu, kernel_.function(utl_kCrc32Start, nullptr, 0));
-  EXPECT_EQ(0x12345678u, kernel_.function(0x12345678u, nullptr, 0));
+  EXPECT_EQ(kernel_.function(utl_kCrc32Start, nullptr, 0), 0xFFFFFFFFu);
+  EXPECT_EQ(kernel_.function(0x12345678u, nullptr, 0), 0x12345678u);
 }
 
 TEST_P(Crc32KernelTest, EveryShortLengthEqualsTheBitwiseDefinition) {
   const std::vector<unsigned char> bytes = RandomBytes(600, 1);
   for (std::size_t size = 0; size <= bytes.size(); ++size) {
-    ASSERT_EQ(BitByBit(utl_kCrc32Start, bytes.data(), size),
-              kernel_.function(utl_kCrc32Start, bytes.data(), size))
+    ASSERT_EQ(kernel_.function(utl_kCrc32Start, bytes.data(), size),
+              BitByBit(utl_kCrc32Start, bytes.data(), size))
         << "length " << size;
   }
 }
@@ -75,8 +75,8 @@ TEST_P(Crc32KernelTest, EveryRegisterBitCounts) {
   for (const std::size_t size : {1u, 3u, 4u, 15u, 16u, 17u, 63u, 64u, 255u, 256u, 300u}) {
     for (int bit = 0; bit < 32; ++bit) {
       const std::uint32_t reg = std::uint32_t{1} << bit;
-      ASSERT_EQ(BitByBit(reg, bytes.data(), size),
-                kernel_.function(reg, bytes.data(), size))
+      ASSERT_EQ(kernel_.function(reg, bytes.data(), size),
+                BitByBit(reg, bytes.data(), size))
           << "length " << size << ", bit " << bit;
     }
   }
@@ -92,9 +92,9 @@ TEST_P(Crc32KernelTest, EqualsPlainOnRandomLengthsOffsetsAndSplits) {
     const auto reg = static_cast<std::uint32_t>(random());
     const unsigned char* start = bytes.data() + random() % 64;
     const std::uint32_t expected = plain(reg, start, size);
-    ASSERT_EQ(expected, kernel_.function(reg, start, size)) << size;
+    ASSERT_EQ(kernel_.function(reg, start, size), expected) << size;
     const std::uint32_t first = kernel_.function(reg, start, split);
-    ASSERT_EQ(expected, kernel_.function(first, start + split, size - split))
+    ASSERT_EQ(kernel_.function(first, start + split, size - split), expected)
         << size << " split at " << split;
   }
 }
@@ -103,8 +103,8 @@ TEST_P(Crc32KernelTest, EqualsPlainOnRandomLengthsOffsetsAndSplits) {
 TEST_P(Crc32KernelTest, ReadsNothingOutsideTheBlock) {
   for (std::size_t size = 1; size <= 600; ++size) {
     const std::vector<unsigned char> bytes = RandomBytes(size, 5);
-    ASSERT_EQ(BitByBit(utl_kCrc32Start, bytes.data(), size),
-              kernel_.function(utl_kCrc32Start, bytes.data(), size));
+    ASSERT_EQ(kernel_.function(utl_kCrc32Start, bytes.data(), size),
+              BitByBit(utl_kCrc32Start, bytes.data(), size));
   }
 }
 
@@ -115,18 +115,18 @@ TEST(Crc32Test, PlainAndSlicedRunEverywhere) {
 }
 
 TEST(Crc32Test, ChosenKernelGivesTheCheckValue) {
-  EXPECT_EQ(0x0376E6E7u, Whole(utl_crc32, "123456789"));
-  EXPECT_EQ(0xFFFFFFFFu, utl_crc32(utl_kCrc32Start, nullptr, 0));
+  EXPECT_EQ(Whole(utl_crc32, "123456789"), 0x0376E6E7u);
+  EXPECT_EQ(utl_crc32(utl_kCrc32Start, nullptr, 0), 0xFFFFFFFFu);
 }
 
 TEST(Crc32Test, CopyCopiesAndGivesTheSameChecksum) {
   for (const std::size_t size : {0u, 1u, 100u, 16384u, 16385u, 100000u}) {
     const std::vector<unsigned char> bytes = RandomBytes(size, 6);
     std::vector<unsigned char> copy(size + 1, 0xEE);
-    EXPECT_EQ(utl_crc32(7, bytes.data(), size),
-              utl_crc32Copy(7, copy.data(), bytes.data(), size));
+    EXPECT_EQ(utl_crc32Copy(7, copy.data(), bytes.data(), size),
+              utl_crc32(7, bytes.data(), size));
     EXPECT_TRUE(std::equal(bytes.begin(), bytes.end(), copy.begin())) << size;
-    EXPECT_EQ(0xEE, copy[size]);
+    EXPECT_EQ(copy[size], 0xEE);
   }
 }
 
@@ -139,7 +139,7 @@ TEST(Crc32Test, FirstUseByManyThreadsAtOnce) {
   for (std::thread& thread : threads) {
     thread.join();
   }
-  EXPECT_EQ(std::vector<std::uint32_t>(8, 0x0376E6E7u), results);
+  EXPECT_EQ(results, std::vector<std::uint32_t>(8, 0x0376E6E7u));
 }
 
 }  // namespace
