@@ -40,7 +40,7 @@ class cow_Handle {
 
   cow_Handle(const cow_Handle& other) noexcept : object_(other.object_) {
     if (object_ != nullptr) {
-      object_->holders_.fetch_add(1, std::memory_order_relaxed);
+      Hold(*object_);
     }
   }
   cow_Handle(cow_Handle&& other) noexcept
@@ -50,10 +50,8 @@ class cow_Handle {
     return *this;
   }
   ~cow_Handle() {
-    // Release, so that the last holder sees what the others did before they left.
-    if (object_ != nullptr &&
-        object_->holders_.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-      delete object_;
+    if (object_ != nullptr) {
+      Drop(object_);
     }
   }
 
@@ -62,9 +60,7 @@ class cow_Handle {
 
   /// Whether there is an object and this is its only holder, so that it may be
   /// written in place.
-  bool IsUnique() const noexcept {
-    return object_ != nullptr && object_->holders_.load(std::memory_order_acquire) == 1;
-  }
+  bool IsUnique() const noexcept { return object_ != nullptr && IsHeldOnce(*object_); }
 
   /// The object for writing in place. REQUIRES: IsUnique().
   T& Unique() noexcept { return *object_; }
@@ -77,6 +73,25 @@ class cow_Handle {
       *this = cow_Handle(new T(*object_));
     }
     return *object_;
+  }
+
+  // The same for a class that keeps the pointer itself.
+
+  /// Adds a holder.
+  static void Hold(T& object) noexcept {
+    object.holders_.fetch_add(1, std::memory_order_relaxed);
+  }
+  /// Takes a holder away, and deletes the object after the last.
+  static void Drop(T* object) noexcept {
+    // The only holder need not lock the count: nobody else can change it. Release, so
+    // that the last holder sees what the others did before they left.
+    if (IsHeldOnce(*object) ||
+        object->holders_.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+      delete object;
+    }
+  }
+  static bool IsHeldOnce(const T& object) noexcept {
+    return object.holders_.load(std::memory_order_acquire) == 1;
   }
 
  private:

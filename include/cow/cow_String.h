@@ -5,39 +5,16 @@
 #include <functional>
 #include <iosfwd>
 #include <string_view>
+#include <utility>
 
-#include "cow/cow_Handle.h"
 #include "KSTutl_export.h"
 
-/// The storage of a cow_String: the bytes with a terminating zero, either right behind
-/// this header in the same block or in a block that was adopted.
-class KSTUTL_EXPORT cow_StringStorage : public cow_Shared {
- public:
-  /// An empty text with room for `capacity` bytes. Throws std::bad_alloc.
-  static cow_StringStorage* Make(int capacity);
-  /// Takes over a block of ::operator new, even when it throws std::bad_alloc.
-  static cow_StringStorage* Adopt(char* block, int textLength);
+class cow_StringStorage;
 
-  cow_StringStorage(const cow_StringStorage&) = delete;
-  ~cow_StringStorage();
-  // NOLINTNEXTLINE(misc-new-delete-overloads): made by the private form with Room.
-  static void operator delete(void* block) { ::operator delete(block); }
-
-  char* chars;
-  int length;
-  int capacity;
-
- private:
-  cow_StringStorage(char* text, int textLength, int textCapacity) noexcept;
-  enum class Room : std::size_t {};
-  static void* operator new(std::size_t header, Room text);
-  static void operator delete(void* block, Room) { ::operator delete(block); }
-  char* Inline() noexcept { return reinterpret_cast<char*>(this + 1); }
-};
-
-/// Copy-on-write string of bytes, the string type of every interface: copies share
-/// their storage until one of them is changed. A string may hold zero bytes; its text
-/// is always followed by a terminating zero. Lengths and positions are in bytes, of
+/// Copy-on-write string of bytes, the string type of every interface. A text of up to 23
+/// bytes stands in the object itself; copies of a longer one share their storage until
+/// one of them is changed. A string may hold zero bytes; its text is always followed by
+/// a terminating zero. Lengths and positions are in bytes, of
 /// type int; an operation whose result would be longer than 2,147,483,647 bytes throws
 /// std::length_error, one that finds no memory std::bad_alloc, and either leaves the
 /// string as it was.
@@ -53,12 +30,32 @@ class KSTUTL_EXPORT cow_StringStorage : public cow_Shared {
 class KSTUTL_EXPORT cow_String {
  public:
   /// The empty string; it needs no storage.
-  cow_String() noexcept = default;
+  cow_String() noexcept { BecomeShort(0); }
   /// The text up to its terminator; null reads as "".
   cow_String(const char* text);
   /// `length` bytes of `data`, zero bytes included; 0 or less gives "".
   cow_String(const char* data, int length);
   explicit cow_String(std::string_view text);
+
+  cow_String(const cow_String& other) noexcept : text_(other.text_) {
+    if (!IsShort()) {
+      Hold();
+    }
+  }
+  /// Leaves `other` empty.
+  cow_String(cow_String&& other) noexcept : text_(other.text_) { other.BecomeShort(0); }
+  cow_String& operator=(const cow_String& other) noexcept {
+    return *this = cow_String(other);
+  }
+  cow_String& operator=(cow_String&& other) noexcept {
+    std::swap(text_, other.text_);
+    return *this;
+  }
+  ~cow_String() {
+    if (!IsShort()) {
+      Drop();
+    }
+  }
 
   /// An empty string with storage for `capacity` bytes.
   static cow_String Reserved(int capacity);
@@ -67,11 +64,14 @@ class KSTUTL_EXPORT cow_String {
   /// REQUIRES: a block of ::operator new of more than `length` bytes, block[length] is 0.
   static cow_String Adopt(char* block, int length);
 
-  int Length() const noexcept { return storage_.Get() ? storage_.Get()->length : 0; }
+  int Length() const noexcept {
+    return IsShort() ? kMostShort - Tag() : text_.shared.length;
+  }
   bool IsEmpty() const noexcept { return Length() == 0; }
-  /// The bytes and a terminating zero, never null; valid until the string changes.
+  /// The bytes and a terminating zero, never null; valid until the string is changed,
+  /// moved from or destroyed.
   const char* c_str() const noexcept {
-    return storage_.Get() ? storage_.Get()->chars : "";
+    return IsShort() ? text_.bytes : text_.shared.chars;
   }
   /// The byte at `index`; the terminating zero at Length().
   /// REQUIRES: 0 <= index <= Length().
@@ -159,18 +159,49 @@ class KSTUTL_EXPORT cow_String {
   friend cow_String operator+(char a, const cow_String& b) { return Joined({&a, 1}, b); }
 
  private:
-  using Storage = cow_StringStorage;
+  static constexpr int kMostShort = 23;
+  static constexpr int kShared = 0xFF;
+
+  // Three words. The last byte tells the kind: of a short text it is the room that is
+  // left, which is the terminating zero when there is none.
+  struct Shared {
+    cow_StringStorage* storage;
+    char* chars;  // the storage's
+    int length;
+    char unused[3];
+    unsigned char tag;
+  };
+  union Text {
+    char bytes[kMostShort + 1];
+    Shared shared;
+  };
+  static_assert(sizeof(Text) == kMostShort + 1);
 
   static std::string_view View(const char* text) noexcept {
     return text != nullptr ? std::string_view(text) : std::string_view();
   }
   static cow_String Joined(std::string_view a, std::string_view b,
                            std::string_view c = {});
-  bool HasRoom(int capacity) const noexcept;
-  cow_Handle<Storage> CopyWithRoom(int capacity) const;
-  Storage& Writable();
+  // Takes over the one hold on the storage.
+  cow_String(cow_StringStorage& storage, int length) noexcept;
+  static cow_String WithRoom(int capacity, std::string_view text);
 
-  cow_Handle<Storage> storage_;
+  unsigned char Tag() const noexcept {
+    return static_cast<unsigned char>(text_.bytes[kMostShort]);
+  }
+  bool IsShort() const noexcept { return Tag() != kShared; }
+  void BecomeShort(int length) noexcept {
+    text_.bytes[length] = '\0';
+    text_.bytes[kMostShort] = static_cast<char>(kMostShort - length);
+  }
+  void Hold() const noexcept;
+  void Drop() noexcept;
+  bool HasRoom(int capacity) const noexcept;
+  char* Writable();
+  void SetLength(int length) noexcept;
+  void AppendBytes(std::string_view text) noexcept;
+
+  Text text_;
 };
 
 /// Writes the text; the stream's width and fill apply.

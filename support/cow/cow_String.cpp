@@ -8,6 +8,8 @@
 #include <ostream>
 #include <stdexcept>
 
+#include "cow/cow_Handle.h"
+
 namespace {
 
 constexpr std::size_t kMaxLength = std::numeric_limits<int>::max();
@@ -23,6 +25,53 @@ std::size_t Size(int length) {
   return static_cast<std::size_t>(std::max(length, 0));
 }
 
+}  // namespace
+
+/// What long texts share: the bytes with a terminating zero, either right behind this
+/// header in the same block or in a block that was adopted.
+class cow_StringStorage : public cow_Shared {
+ public:
+  /// Room for `bytes` bytes. Throws std::bad_alloc.
+  static cow_StringStorage* Make(int bytes) {
+    return new (Room{Size(bytes) + 1}) cow_StringStorage(nullptr, bytes);
+  }
+  /// Takes over a block of ::operator new, even when it throws std::bad_alloc.
+  static cow_StringStorage* Adopt(char* block, int length) {
+    try {
+      return new (Room{0}) cow_StringStorage(block, length);
+    } catch (...) {
+      ::operator delete(block);
+      throw;
+    }
+  }
+
+  cow_StringStorage(const cow_StringStorage&) = delete;
+  ~cow_StringStorage() {
+    if (chars != Inline()) {
+      ::operator delete(chars);
+    }
+  }
+  // NOLINTNEXTLINE(misc-new-delete-overloads): made by the private form with Room.
+  static void operator delete(void* block) { ::operator delete(block); }
+
+  char* const chars;
+  const int capacity;
+
+ private:
+  cow_StringStorage(char* block, int bytes) noexcept
+      : chars(block != nullptr ? block : Inline()), capacity(bytes) {}
+  enum class Room : std::size_t {};
+  static void* operator new(std::size_t header, Room text) {
+    return ::operator new(header + static_cast<std::size_t>(text));
+  }
+  static void operator delete(void* block, Room) { ::operator delete(block); }
+  char* Inline() noexcept { return reinterpret_cast<char*>(this + 1); }
+};
+
+namespace {
+
+using Handle = cow_Handle<cow_StringStorage>;
+
 // Twice the old capacity, so that appending costs constant time per byte, and at least
 // what fills a block of 64 bytes.
 int Grown(int capacity) {
@@ -31,102 +80,90 @@ int Grown(int capacity) {
                                                    std::numeric_limits<int>::max()));
 }
 
-void SetLength(cow_StringStorage& storage, int length) {
-  storage.length = length;
-  storage.chars[length] = '\0';
-}
-
-// REQUIRES: the storage has room.
-void AppendBytes(cow_StringStorage& storage, std::string_view text) {
-  if (!text.empty()) {
-    std::memcpy(storage.chars + storage.length, text.data(), text.size());
-    SetLength(storage, storage.length + static_cast<int>(text.size()));
-  }
-}
-
 }  // namespace
-
-cow_StringStorage::cow_StringStorage(char* text, int textLength,
-                                     int textCapacity) noexcept
-    : chars(text != nullptr ? text : Inline()),
-      length(textLength),
-      capacity(textCapacity) {
-  chars[length] = '\0';
-}
-
-cow_StringStorage::~cow_StringStorage() {
-  if (chars != Inline()) {
-    ::operator delete(chars);
-  }
-}
-
-void* cow_StringStorage::operator new(std::size_t header, Room text) {
-  return ::operator new(header + static_cast<std::size_t>(text));
-}
-
-cow_StringStorage* cow_StringStorage::Make(int capacity) {
-  const int bytes = std::max(capacity, 0);
-  return new (Room{Size(bytes) + 1}) cow_StringStorage(nullptr, 0, bytes);
-}
-
-cow_StringStorage* cow_StringStorage::Adopt(char* block, int textLength) {
-  try {
-    return new (Room{0}) cow_StringStorage(block, textLength, textLength);
-  } catch (...) {
-    ::operator delete(block);
-    throw;
-  }
-}
 
 cow_String::cow_String(const char* text) : cow_String(View(text)) {}
 
 cow_String::cow_String(const char* data, int length)
     : cow_String(std::string_view(data, Size(length))) {}
 
-cow_String::cow_String(std::string_view text) {
-  if (!text.empty()) {
-    storage_ = cow_Handle<Storage>(Storage::Make(CheckedLength(text.size())));
-    AppendBytes(storage_.Unique(), text);
-  }
+cow_String::cow_String(std::string_view text)
+    : cow_String(WithRoom(CheckedLength(text.size()), text)) {}
+
+cow_String::cow_String(cow_StringStorage& storage, int length) noexcept {
+  text_.shared = {&storage, storage.chars, length, {}, kShared};
 }
 
 cow_String cow_String::Reserved(int capacity) {
-  cow_String result;
-  result.Reserve(capacity);
-  return result;
+  return WithRoom(capacity, {});
 }
 
 cow_String cow_String::Adopt(char* block, int length) {
-  cow_String result;
-  if (block != nullptr) {
-    result.storage_ = cow_Handle<Storage>(Storage::Adopt(block, length));
-  }
-  return result;
+  return block != nullptr ? cow_String(*cow_StringStorage::Adopt(block, length), length)
+                          : cow_String();
 }
 
 cow_String cow_String::Joined(std::string_view a, std::string_view b,
                               std::string_view c) {
   cow_String result = Reserved(CheckedLength(a.size() + b.size() + c.size()));
-  return result.operator+=(a).operator+=(b).operator+=(c);
+  result.AppendBytes(a);
+  result.AppendBytes(b);
+  result.AppendBytes(c);
+  return result;
 }
 
-bool cow_String::HasRoom(int capacity) const noexcept {
-  return storage_.IsUnique() && storage_.Get()->capacity >= capacity;
-}
-
-// REQUIRES: capacity >= Length().
-cow_Handle<cow_StringStorage> cow_String::CopyWithRoom(int capacity) const {
-  cow_Handle<Storage> copy(Storage::Make(capacity));
-  AppendBytes(copy.Unique(), *this);
-  return copy;
-}
-
-// Storage of this string alone. REQUIRES: the string has storage.
-cow_String::Storage& cow_String::Writable() {
-  if (!storage_.IsUnique()) {
-    storage_ = CopyWithRoom(Length());
+// REQUIRES: `capacity` is not less than the text's length.
+cow_String cow_String::WithRoom(int capacity, std::string_view text) {
+  cow_String result;
+  if (capacity > kMostShort) {
+    result = cow_String(*cow_StringStorage::Make(capacity), 0);
+    result.SetLength(0);
   }
-  return storage_.Unique();
+  result.AppendBytes(text);
+  return result;
+}
+
+void cow_String::Hold() const noexcept {
+  Handle::Hold(*text_.shared.storage);
+}
+
+void cow_String::Drop() noexcept {
+  Handle::Drop(text_.shared.storage);
+}
+
+// Whether the text may be written in place, up to that length.
+bool cow_String::HasRoom(int capacity) const noexcept {
+  return IsShort() ? capacity <= kMostShort
+                   : text_.shared.storage->capacity >= capacity &&
+                         Handle::IsHeldOnce(*text_.shared.storage);
+}
+
+// The bytes, of this string alone.
+char* cow_String::Writable() {
+  if (!HasRoom(Length())) {
+    *this = cow_String(std::string_view(*this));
+  }
+  return IsShort() ? text_.bytes : text_.shared.chars;
+}
+
+// REQUIRES: there is room, and the bytes are this string's alone.
+void cow_String::SetLength(int length) noexcept {
+  if (IsShort()) {
+    BecomeShort(length);
+  } else {
+    text_.shared.length = length;
+    text_.shared.chars[length] = '\0';
+  }
+}
+
+// REQUIRES: as for SetLength.
+void cow_String::AppendBytes(std::string_view text) noexcept {
+  if (!text.empty()) {
+    const int length = Length();
+    std::memcpy((IsShort() ? text_.bytes : text_.shared.chars) + length, text.data(),
+                text.size());
+    SetLength(length + static_cast<int>(text.size()));
+  }
 }
 
 int cow_String::Find(std::string_view text, int from) const noexcept {
@@ -159,13 +196,15 @@ cow_String& cow_String::operator+=(std::string_view text) {
   }
   const int needed = CheckedLength(static_cast<std::size_t>(Length()) + text.size());
   if (HasRoom(needed)) {
-    AppendBytes(storage_.Unique(), text);
+    AppendBytes(text);
   } else {
     // The old storage lives until the end: the text may be part of it.
-    const int grown = storage_.IsUnique() ? Grown(storage_.Get()->capacity) : 0;
-    cow_Handle<Storage> longer = CopyWithRoom(std::max(grown, needed));
-    AppendBytes(longer.Unique(), text);
-    storage_ = std::move(longer);
+    const bool shared = !HasRoom(Length());
+    const int capacity = IsShort() ? kMostShort : text_.shared.storage->capacity;
+    cow_String longer =
+        WithRoom(shared ? needed : std::max(Grown(capacity), needed), *this);
+    longer.AppendBytes(text);
+    *this = std::move(longer);
   }
   return *this;
 }
@@ -181,10 +220,10 @@ cow_String& cow_String::Remove(int from, int length) {
   from = std::clamp(from, 0, Length());
   length = std::clamp(length, 0, Length() - from);
   if (length > 0) {
-    Storage& storage = Writable();
-    const int rest = storage.length - from - length;
-    std::memmove(storage.chars + from, storage.chars + from + length, Size(rest));
-    SetLength(storage, from + rest);
+    char* const chars = Writable();
+    const int rest = Length() - from - length;
+    std::memmove(chars + from, chars + from + length, Size(rest));
+    SetLength(from + rest);
   }
   return *this;
 }
@@ -202,24 +241,24 @@ cow_String& cow_String::Trim(const char* set) {
 
 cow_String& cow_String::Replace(char from, char to) {
   if (std::string_view(*this).find(from) != std::string_view::npos) {
-    Storage& storage = Writable();
-    std::replace(storage.chars, storage.chars + storage.length, from, to);
+    char* const chars = Writable();
+    std::replace(chars, chars + Length(), from, to);
   }
   return *this;
 }
 
 cow_String& cow_String::Reserve(int capacity) {
   if (capacity > 0 && !HasRoom(capacity)) {
-    storage_ = CopyWithRoom(std::max(capacity, Length()));
+    *this = WithRoom(std::max(capacity, Length()), *this);
   }
   return *this;
 }
 
 cow_String& cow_String::Clear() noexcept {
-  if (storage_.IsUnique()) {
-    SetLength(storage_.Unique(), 0);
+  if (HasRoom(0)) {
+    SetLength(0);
   } else {
-    storage_ = {};
+    *this = {};
   }
   return *this;
 }

@@ -19,6 +19,9 @@
 
 namespace {
 
+// Too long to stand in the object.
+constexpr const char* kLong = "abcdefghijklmnopqrstuvwxyz";
+
 using namespace std::string_view_literals;
 
 // A view that claims more bytes than it has: who checks the length first reads none.
@@ -46,8 +49,37 @@ TEST(CowStringTest, EmptyStringsReadAsEmptyText) {
   }
 }
 
-TEST(CowStringTest, EmptyStringsNeedNoStorage) {
-  EXPECT_EQ(cow_String().c_str(), cow_String("").c_str());
+// Whether the text stands in the object itself.
+bool StandsInside(const cow_String& text) {
+  const auto* object = reinterpret_cast<const char*>(&text);
+  return std::less_equal<>()(object, text.c_str()) &&
+         std::less<>()(text.c_str(), object + sizeof text);
+}
+
+TEST(CowStringTest, TextsOfUpTo23BytesStandInTheObject) {
+  for (int length = 0; length <= 50; ++length) {
+    const std::string plain(static_cast<std::size_t>(length), 'x');
+    const cow_String text(plain.data(), length);
+    EXPECT_EQ(StandsInside(text), length <= 23) << length;
+    EXPECT_EQ(text.Length(), length);
+    EXPECT_EQ(text, plain);
+    EXPECT_EQ(text.c_str()[length], '\0');
+    const cow_String copy = text;  // NOLINT(performance-unnecessary-copy-initialization)
+    EXPECT_EQ(copy.c_str() == text.c_str(), length > 23) << length;
+    EXPECT_EQ(copy, plain);
+  }
+}
+
+TEST(CowStringTest, GrowsOutOfTheObjectAndStaysThere) {
+  cow_String text;
+  for (int length = 1; length <= 50; ++length) {
+    text += 'x';
+    EXPECT_EQ(text, std::string(static_cast<std::size_t>(length), 'x'));
+    EXPECT_EQ(StandsInside(text), length <= 23) << length;
+  }
+  text.Remove(3, 50);
+  EXPECT_EQ(text, "xxx");
+  EXPECT_FALSE(StandsInside(text));  // storage of its own is kept
 }
 
 TEST(CowStringTest, TakesTextToTheTerminatorOrByLength) {
@@ -69,12 +101,12 @@ TEST(CowStringTest, IndexReadsBytesAndTheTerminator) {
 }
 
 TEST(CowStringTest, CopiesShareStorageUntilOneChanges) {
-  const cow_String original("abc");
+  const cow_String original(kLong);
   cow_String copy = original;
   EXPECT_EQ(copy.c_str(), original.c_str());
   copy += "d";
-  EXPECT_EQ(original, "abc");
-  EXPECT_EQ(copy, "abcd");
+  EXPECT_EQ(original, kLong);
+  EXPECT_EQ(copy, std::string(kLong) + "d");
 }
 
 TEST(CowStringTest, EveryChangeDetaches) {
@@ -95,20 +127,25 @@ TEST(CowStringTest, EveryChangeDetaches) {
     change(copy);
     EXPECT_EQ(copy, expected);
     EXPECT_EQ(original, " a/b");
-    EXPECT_NE(copy.c_str(), original.c_str()) << expected;
+
+    const cow_String longer = original + kLong;
+    cow_String longCopy = longer;
+    change(longCopy);
+    EXPECT_EQ(longer, std::string(" a/b") + kLong) << expected;
+    EXPECT_TRUE(longCopy != longer || longCopy.c_str() != longer.c_str()) << expected;
   }
 }
 
 TEST(CowStringTest, ChangesThatChangeNothingKeepSharing) {
-  const cow_String original("abc");
+  const cow_String original(kLong);
   cow_String copy = original;
-  copy.Append("x", 0).Append("x", -1).Remove(1, 0).Remove(3, 5).Trim(" ").Replace('x',
-                                                                                  'y');
+  copy.Append("x", 0).Append("x", -1).Remove(1, 0).Remove(99, 5).Trim(" ").Replace('!',
+                                                                                   '?');
   copy += "";
   copy += static_cast<const char*>(nullptr);
   copy.Reserve(0).Reserve(-1).Trim(nullptr);
   EXPECT_EQ(copy.c_str(), original.c_str());
-  EXPECT_EQ(copy, "abc");
+  EXPECT_EQ(copy, kLong);
 }
 
 TEST(CowStringTest, MoveLeavesTheEmptyString) {
@@ -248,7 +285,8 @@ TEST(CowStringTest, SubstrIsClamped) {
     EXPECT_EQ(text.Substr(row.from, row.length), row.expected)
         << row.from << " " << row.length;
   }
-  EXPECT_EQ(text.Substr(0, 3).c_str(), text.c_str());
+  const cow_String whole(kLong);
+  EXPECT_EQ(whole.Substr(0, whole.Length()).c_str(), whole.c_str());
   EXPECT_EQ(cow_String().Substr(0, 1), "");
 }
 
@@ -401,19 +439,19 @@ TEST(CowStringTest, MeetsTheStandardLibrary) {
 
 TEST(CowStringTest, LengthsBeyondIntThrowAndChangeNothing) {
   EXPECT_THROW(cow_String{kTooLong}, std::length_error);
-  const cow_String original("abc");
+  const cow_String original(kLong);
   cow_String text = original;
   EXPECT_THROW(text += kLongest, std::length_error);
   EXPECT_THROW(text.Append("x", INT_MAX), std::length_error);
   EXPECT_THROW(text.Insert(1, kLongest), std::length_error);
   EXPECT_THROW(text + kLongest, std::length_error);
   EXPECT_EQ(text.c_str(), original.c_str());
-  EXPECT_EQ(text, "abc");
+  EXPECT_EQ(text, kLong);
 }
 
 TEST(CowStringTest, ThreadsCopyChangeAndReleaseSharedText) {
   constexpr int kThreads = 4;
-  const cow_String shared("shared text");
+  const cow_String shared("a text too long to stand in the object");
   StartLine start(kThreads);
   std::atomic<int> wrong = 0;
   std::vector<std::thread> threads;
@@ -424,8 +462,8 @@ TEST(CowStringTest, ThreadsCopyChangeAndReleaseSharedText) {
       for (int round = 0; round < 2000; ++round) {
         cow_String copy = own;
         copy += static_cast<char>('0' + id);
-        wrong += copy.Length() != 12 || copy[11] != '0' + id;
-        wrong += shared != "shared text";
+        wrong += copy.Length() != own.Length() + 1 || copy[own.Length()] != '0' + id;
+        wrong += shared != own;
       }
     });
   }
