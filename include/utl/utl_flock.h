@@ -18,12 +18,16 @@
 /// 6 (invalid handle) for a bad descriptor. Any other mode is -1 with `errno` 22.
 ///
 /// What is locked are the first 4,294,901,760 bytes (4 GiB less 64 KiB) whatever the
-/// file's size; beyond them nothing is. The lock belongs to the open descriptor: another
-/// one of the same file, in this process too, is somebody else, and closing a descriptor
-/// or ending the process unlocks. (On Linux a child process that has inherited the
-/// descriptor shares its locks and keeps them; utl_noInheritFile prevents that.) On one
-/// descriptor an exclusive lock excludes a second one, a shared lock may be added to it
-/// or to others, and each lock wants its own unlock, the earliest taken going first.
+/// file's size; beyond them nothing is. The lock belongs to the open file, not to the
+/// number of its descriptor: another open of the same file, in this process too, is
+/// somebody else, a copy that `dup` has made or a child process has inherited is not. On
+/// one open file an exclusive lock excludes a second one, a shared lock may be added to
+/// it or to others, and each lock needs an unlock of its own, the earliest taken going
+/// first.
+///
+/// Closing the descriptor unlocks, by whatever call it is closed, and so does the end of
+/// the process. A child process that has inherited the descriptor keeps the file locked
+/// even so; utl_noInheritFile prevents that.
 ///
 /// REQUIRES: the file is not open for overlapped access, as no file of _open is.
 ///

@@ -1,10 +1,13 @@
 // Byte-range locks, between handles of one process and of two.
 
+#include <fcntl.h>
 #include <io.h>
 
+#include <string>
 #include <thread>
 
 #include "common/child/ChildProcess.h"
+#include "common/environment/OtherUser.h"
 #include "common/handle/AsHandle.h"
 #include "common/handle/Pipe.h"
 #include "platform/PlatformTest.h"
@@ -209,4 +212,151 @@ TEST_F(FileLockTest, WaitingEndsWithTheUnlock) {
   ASSERT_EQ(child.ReadLine(), "locking");
   EXPECT_EQ(UnlockCode(one_, 0, 10), 0u);
   EXPECT_EQ(child.ReadLine(), "0");
+}
+
+// Locks an inherited handle as it is told, "x", "s" (without waiting), "w" (waiting
+// exclusively) or "u" for unlocking a line, and answers with the code.
+TEST_CHILD(lockInherited) {
+  const HANDLE handle = AsHandle(std::stoll(argv[1]));
+  for (std::string line; !(line = ChildReadLine()).empty();) {
+    const DWORD flags = line == "x" ? kTryExclusive : line == "s" ? kTry : DWORD{2};
+    ChildWriteLine(std::to_string(line == "u" ? UnlockCode(handle, 0, 10)
+                                              : LockCode(handle, flags, 0, 10)));
+  }
+  return 0;
+}
+
+namespace {
+
+// A descriptor that children inherit, and a child that has it.
+class InheritedLockTest : public FileLockTest {
+ protected:
+  InheritedLockTest() : InheritedLockTest(_O_RDWR) {}
+  explicit InheritedLockTest(int access)
+      : descriptor_(_open(Name("a").c_str(), access | _O_BINARY)),
+        handle_(AsHandle(_get_osfhandle(descriptor_))),
+        child_(ChildProcess::Start("lockInherited",
+                                   {std::to_string(_get_osfhandle(descriptor_))})) {}
+  ~InheritedLockTest() override { _close(descriptor_); }
+
+  std::string ChildsCode(const std::string& order) {
+    child_.WriteLine(order);
+    return child_.ReadLine();
+  }
+
+  // Whether the locks of one are the other's, whoever has locked.
+  void ExpectCommonLocks();
+
+  const int descriptor_;
+  const HANDLE handle_;
+  ChildProcess child_;
+};
+
+const std::string kLockedText = std::to_string(kLocked);
+
+void InheritedLockTest::ExpectCommonLocks() {
+  for (const DWORD held : {kTryExclusive, kTry}) {
+    SCOPED_TRACE(held);
+    EXPECT_EQ(LockCode(handle_, held, 0, 10), 0u);
+    EXPECT_EQ(ChildsCode("x"), kLockedText);
+    EXPECT_EQ(LockCode(other_, kTryExclusive, 0, 10), kLocked);
+    EXPECT_EQ(ChildsCode("u"), "0");
+    EXPECT_EQ(UnlockCode(handle_, 0, 10), kLocked);
+    EXPECT_EQ(LockCode(other_, kTryExclusive, 0, 10), 0u);
+    EXPECT_EQ(ChildsCode("x"), kLockedText);
+    EXPECT_EQ(UnlockCode(other_, 0, 10), 0u);
+  }
+  EXPECT_EQ(ChildsCode("x"), "0");
+  EXPECT_EQ(LockCode(handle_, kTryExclusive, 0, 10), kLocked);
+  EXPECT_EQ(LockCode(other_, kTry, 0, 10), kLocked);
+  EXPECT_EQ(UnlockCode(handle_, 0, 10), 0u);
+  EXPECT_EQ(LockCode(other_, kTry, 0, 10), 0u);
+  EXPECT_EQ(UnlockCode(other_, 0, 10), 0u);
+}
+
+class InheritedReaderLockTest : public InheritedLockTest {
+ protected:
+  InheritedReaderLockTest() : InheritedLockTest(_O_RDONLY) {}
+};
+
+}  // namespace
+
+TEST_F(InheritedLockTest, LocksAreThoseOfTheOpenFile) {
+  ExpectCommonLocks();
+}
+
+TEST_F(InheritedReaderLockTest, LocksAreThoseOfTheOpenFile) {
+  ExpectCommonLocks();
+}
+
+TEST_F(InheritedLockTest, SharedBesideTheOthersExclusive) {
+  EXPECT_EQ(LockCode(handle_, kTryExclusive, 0, 10), 0u);
+  EXPECT_EQ(ChildsCode("s"), "0");
+  EXPECT_EQ(LockCode(other_, kTry, 0, 10), kLocked);
+  child_.CloseInput();
+  EXPECT_EQ(child_.Wait(), 0);
+  EXPECT_EQ(LockCode(other_, kTry, 0, 10), kLocked);
+}
+
+TEST_F(InheritedReaderLockTest, SharedBesideTheOthersExclusive) {
+  EXPECT_EQ(LockCode(handle_, kTryExclusive, 0, 10), 0u);
+  EXPECT_EQ(ChildsCode("s"), "0");
+  EXPECT_EQ(LockCode(other_, kTry, 0, 10), kLocked);
+  child_.CloseInput();
+  EXPECT_EQ(child_.Wait(), 0);
+  EXPECT_EQ(LockCode(other_, kTry, 0, 10), kLocked);
+}
+
+TEST_F(InheritedLockTest, AChildWaitsForItsParentsLock) {
+  EXPECT_EQ(LockCode(handle_, kTryExclusive, 0, 10), 0u);
+  child_.WriteLine("w");
+  EXPECT_EQ(UnlockCode(handle_, 0, 10), 0u);
+  EXPECT_EQ(child_.ReadLine(), "0");
+  EXPECT_EQ(LockCode(other_, kTry, 0, 10), kLocked);
+}
+
+TEST_F(InheritedLockTest, AChildThatClosesUnlocksNothing) {
+  EXPECT_EQ(LockCode(handle_, kTryExclusive, 0, 10), 0u);
+  child_.CloseInput();
+  EXPECT_EQ(child_.Wait(), 0);
+  EXPECT_EQ(LockCode(other_, kTry, 0, 10), kLocked);
+}
+
+// Run as a user who may not write the file: how others are refused, and not refused.
+TEST_CHILD(lockUnwritable) {
+  if (!BecomeOtherUser()) return 2;
+  const ScopedHandle handle(Open(argv[1]));
+  if (!handle.IsValid() || Open(argv[1], GENERIC_WRITE) != INVALID_HANDLE_VALUE) return 3;
+  for (std::string line; !(line = ChildReadLine()).empty();) {
+    ChildWriteLine(std::to_string(line == "u" ? UnlockCode(handle, 0, 10)
+                                              : LockCode(handle, kTryExclusive, 0, 10)));
+  }
+  return 0;
+}
+
+TEST_F(FileLockTest, WhoeverMayNotWriteTheFileExcludesAllTheSame) {
+  ChildProcess child = ChildProcess::Start("lockUnwritable", {Name("a")});
+  child.WriteLine("x");
+  const std::string answer = child.ReadLine();
+  if (answer.empty() && child.Wait() == 2) {
+    GTEST_SKIP() << "no other user than root to be had on this target";
+  }
+  ASSERT_EQ(answer, "0");
+  const ScopedHandle reader(Open(Name("a")));
+  for (const HANDLE handle : {HANDLE{one_}, HANDLE{reader}}) {
+    EXPECT_EQ(LockCode(handle, kTry, 5, 1), kLocked);
+    EXPECT_EQ(LockCode(handle, kTryExclusive, 0, 10), kLocked);
+    EXPECT_EQ(LockCode(handle, kTryExclusive, 10, 1), 0u);
+    EXPECT_EQ(UnlockCode(handle, 10, 1), 0u);
+  }
+  child.WriteLine("u");
+  EXPECT_EQ(child.ReadLine(), "0");
+  for (const HANDLE handle : {HANDLE{one_}, HANDLE{reader}}) {
+    for (const DWORD flags : {kTry, kTryExclusive}) {
+      EXPECT_EQ(LockCode(handle, flags, 0, 10), 0u);
+      child.WriteLine("x");
+      EXPECT_EQ(child.ReadLine(), kLockedText);
+      EXPECT_EQ(UnlockCode(handle, 0, 10), 0u);
+    }
+  }
 }

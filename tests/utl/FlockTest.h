@@ -6,8 +6,11 @@
 #include <sys/stat.h>
 #include <windows.h>
 
+#include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <string>
+#include <thread>
 
 #include "common/child/ChildProcess.h"
 #include "common/temp/TempDir.h"
@@ -56,6 +59,48 @@ class LockedDescriptor {
 
  private:
   int number_;
+};
+
+/// A call in a thread of its own, which may wait.
+class WaitingLock {
+ public:
+  WaitingLock(int descriptor, int mode)
+      : thread_([this, descriptor, mode] {
+          started_ = true;
+          result_ = utl_flock(descriptor, mode);
+          error_ = errno;
+          done_ = true;
+        }) {
+    while (!started_) {
+      std::this_thread::yield();
+    }
+  }
+  ~WaitingLock() {
+    if (thread_.joinable()) {
+      thread_.join();
+    }
+  }
+  WaitingLock(const WaitingLock&) = delete;
+  WaitingLock& operator=(const WaitingLock&) = delete;
+
+  /// Gives it time to go wrong; whatever the time, a right one has not returned.
+  bool IsWaiting() const {
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    return !done_;
+  }
+  int Result() {
+    thread_.join();
+    return result_;
+  }
+  /// errno after the call. REQUIRES: its result has been asked for.
+  int Error() const { return error_; }
+
+ private:
+  std::atomic<bool> started_ = false;
+  std::atomic<bool> done_ = false;
+  int result_ = -2;
+  int error_ = 0;
+  std::thread thread_;
 };
 
 /// Another process that has the file open and locks it as it is told, a mode a line.

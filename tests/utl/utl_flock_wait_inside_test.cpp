@@ -1,5 +1,7 @@
 // Waiting for a lock, and threads that contend for one.
 
+#include <unistd.h>
+
 #include <array>
 #include <atomic>
 #include <chrono>
@@ -9,44 +11,6 @@
 
 #include "common/handle/Pipe.h"
 #include "utl/FlockTest.h"
-
-namespace {
-
-// A call in a thread of its own, which may wait.
-class WaitingLock {
- public:
-  WaitingLock(int descriptor, int mode)
-      : thread_([this, descriptor, mode] {
-          started_ = true;
-          result_ = utl_flock(descriptor, mode);
-          done_ = true;
-        }) {
-    while (!started_) std::this_thread::yield();
-  }
-  ~WaitingLock() {
-    if (thread_.joinable()) thread_.join();
-  }
-  WaitingLock(const WaitingLock&) = delete;
-  WaitingLock& operator=(const WaitingLock&) = delete;
-
-  // Gives it time to go wrong; whatever the time, a right one has not returned.
-  bool IsWaiting() const {
-    std::this_thread::sleep_for(std::chrono::milliseconds(30));
-    return !done_;
-  }
-  int Result() {
-    thread_.join();
-    return result_;
-  }
-
- private:
-  std::atomic<bool> started_ = false;
-  std::atomic<bool> done_ = false;
-  int result_ = -2;
-  std::thread thread_;
-};
-
-}  // namespace
 
 TEST_F(FlockTest, WaitsForAnotherDescriptor) {
   const struct {
@@ -216,4 +180,51 @@ TEST_F(FlockTest, ThreadsShareAndExclude) {
     threads.emplace_back(work, access, seed++);
   }
   for (std::thread& thread : threads) thread.join();
+}
+
+TEST_F(FlockTest, WaitOfADescriptorThatIsClosedEndsWithoutALock) {
+  for (const int access : {_O_RDWR, _O_RDONLY}) {
+    const LockedDescriptor holder(path_);
+    ASSERT_EQ(ErrorOf(holder, kTryExclusive), 0);
+    LockedDescriptor waiter(path_, access);
+    WaitingLock waiting(waiter, kExclusive);
+    EXPECT_TRUE(waiting.IsWaiting());
+    waiter.Close();
+    EXPECT_EQ(ErrorOf(holder, kUnlock), 0);
+    EXPECT_EQ(waiting.Result(), -1);
+    EXPECT_EQ(waiting.Error(), kInvalidHandle);
+    EXPECT_EQ(ErrorOf(holder, kTryExclusive), 0);
+  }
+}
+
+// What it waits for comes when the number is another file's.
+TEST_F(FlockTest, InterruptedWaitLocksNoOtherFileOfTheNumber) {
+  if (!Interruptions::AreKnown()) {
+    GTEST_SKIP() << "Wine itself asks again by the handle's number";
+  }
+  const std::string next = dir_.File("next");
+  WriteWholeFile(next, "0123456789");
+  const Interruptions interruptions;
+  for (const bool byTheLibrary : {false, true}) {
+    for (const int access : {_O_RDWR, _O_RDONLY}) {
+      for (const int mode : {kExclusive, kShared}) {
+        SCOPED_TRACE(Names(access, mode));
+        const LockedDescriptor holder(path_);
+        ASSERT_EQ(ErrorOf(holder, kTryExclusive), 0);
+        const int number = _open(path_.c_str(), access | _O_BINARY);
+        WaitingLock waiting(number, mode);
+        EXPECT_TRUE(waiting.IsWaiting());
+        byTheLibrary ? _close(number) : close(number);
+        const LockedDescriptor reused(next);
+        ASSERT_EQ(reused, number);
+        std::this_thread::sleep_for(std::chrono::milliseconds(30));  // for interruptions
+        EXPECT_EQ(ErrorOf(holder, kUnlock), 0);
+        EXPECT_EQ(waiting.Result(), -1);
+        EXPECT_EQ(waiting.Error(), kInvalidHandle);
+        EXPECT_EQ(ErrorOf(holder, kTryExclusive), 0);
+        EXPECT_NE(ErrorOf(reused, kUnlock), 0);
+        EXPECT_EQ(ErrorOf(LockedDescriptor(next), kTryExclusive), 0);
+      }
+    }
+  }
 }

@@ -1,7 +1,8 @@
 // Locking ranges of files.
 //
-// Not emulated: locks are advisory (as under Wine); offsets in the last 16 bytes
-// below 2^63 and beyond cannot be locked. The rest stands in posix_lock.cpp.
+// Not emulated: locks are advisory (as under Wine); offsets from 2^61 cannot be locked; a
+// length of 0 reaches to the end from wherever it starts. The rest stands in
+// posix_lock.cpp.
 
 #include <sys/stat.h>
 
@@ -12,24 +13,22 @@
 #include "platform/posix/state/posix_error.h"
 #include "platform/posix/state/posix_file.h"
 #include "platform/posix/state/posix_lock.h"
-#include "platform/posix/state/posix_share.h"
+#include "platform/posix/state/posix_range.h"
 
 namespace posix {
 namespace {
 
-constexpr off_t kEnd = kFirstShareByte;
-
 off_t Joined(DWORD low, DWORD high) {
   const ULONGLONG joined = static_cast<ULONGLONG>(high) << 32 | low;
-  return static_cast<off_t>(std::min<ULONGLONG>(joined, kEnd));
+  return static_cast<off_t>(std::min<ULONGLONG>(joined, kRangesEnd));
 }
 
 // A length of 0 reaches to the end.
-LockedRange Range(const OVERLAPPED& at, DWORD lengthLow, DWORD lengthHigh) {
+Range RangeOf(const OVERLAPPED& at, DWORD lengthLow, DWORD lengthHigh) {
   const off_t start = Joined(at.Offset, at.OffsetHigh);
   const off_t length = Joined(lengthLow, lengthHigh);
-  const off_t room = kEnd - start;
-  return {start, length == 0 ? room : std::min(length, room), false};
+  const off_t room = kRangesEnd - start;
+  return {start, length == 0 ? room : std::min(length, room)};
 }
 
 // Files alone have ranges to lock.
@@ -55,11 +54,11 @@ BOOL LockFileEx(HANDLE handle, DWORD flags, DWORD, DWORD lengthLow, DWORD length
   const int fd = DescriptorOf(handle);
   const DWORD code = CheckFile(fd);
   if (code != ERROR_SUCCESS) return Fail(code);
-  LockedRange range = Range(*overlapped, lengthLow, lengthHigh);
-  if (range.length == 0) return Fail(ERROR_INVALID_PARAMETER);
-  range.exclusive = (flags & LOCKFILE_EXCLUSIVE_LOCK) != 0;
+  const LockedRange lock = {RangeOf(*overlapped, lengthLow, lengthHigh),
+                            (flags & LOCKFILE_EXCLUSIVE_LOCK) != 0};
+  if (lock.range.length == 0) return Fail(ERROR_INVALID_PARAMETER);
   const int number = errno;  // of the run time, which has no part in this
-  const DWORD result = LockRange(fd, range, (flags & LOCKFILE_FAIL_IMMEDIATELY) == 0);
+  const DWORD result = LockRange(fd, lock, (flags & LOCKFILE_FAIL_IMMEDIATELY) == 0);
   errno = number;
   return Result(result);
 } catch (const std::bad_alloc&) {
@@ -67,14 +66,15 @@ BOOL LockFileEx(HANDLE handle, DWORD flags, DWORD, DWORD lengthLow, DWORD length
 }
 
 BOOL UnlockFileEx(HANDLE handle, DWORD, DWORD lengthLow, DWORD lengthHigh,
-                  OVERLAPPED* overlapped) {
+                  OVERLAPPED* overlapped) try {
   const int fd = DescriptorOf(handle);
   const DWORD code = CheckFile(fd);
   // A device has no locks, so that none is found.
   if (code != ERROR_SUCCESS && code != ERROR_INVALID_FUNCTION) return Fail(code);
-  const LockedRange range = Range(*overlapped, lengthLow, lengthHigh);
   const int number = errno;
-  const DWORD result = UnlockRange(fd, range.start, range.length);
+  const DWORD result = UnlockRange(fd, RangeOf(*overlapped, lengthLow, lengthHigh));
   errno = number;
   return Result(result);
+} catch (const std::bad_alloc&) {
+  return Fail(ERROR_NOT_ENOUGH_MEMORY);
 }

@@ -121,8 +121,7 @@ DWORD Complete(int fd, const Request& request, bool existed) {
   OpenFile file;
   file.access = request.access;
   file.share = request.share;
-  file.device = status.st_dev;
-  file.inode = status.st_ino;
+  file.identity = {status.st_dev, status.st_ino, 0};
   file.isRegular = S_ISREG(status.st_mode);
   if ((request.flags & FILE_FLAG_DELETE_ON_CLOSE) != 0) {
     file.removeAtEnd = request.name.path;

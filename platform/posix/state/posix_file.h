@@ -4,13 +4,19 @@
 // that one kept in 32 bits widens to the same handle and a socket is one as it is;
 // only descriptor 0 bears another number, since no handle is null. Descriptors
 // that were opened by other means (the standard ones, sockets) count as well.
+//
+// What is remembered is remembered of the open file: it is forgotten when a descriptor is
+// closed by whatever call, and found under the numbers that dup has given, too.
 
 #include <sys/types.h>
 
+#include <memory>
 #include <string>
 #include <utility>
 
 #include <windows.h>
+#include "platform/posix/state/posix_identity.h"
+#include "platform/posix/state/posix_lock.h"
 
 namespace posix {
 
@@ -21,17 +27,15 @@ constexpr unsigned kDelete = FILE_SHARE_DELETE;
 constexpr unsigned kAllRights = kRead | kWrite | kDelete;
 
 struct OpenFile {
-  bool open = false;
   unsigned access = 0;
   unsigned share = kAllRights;
-  dev_t device = 0;
-  ino_t inode = 0;
+  Identity identity;  // whose mark the table sets
   bool isRegular = false;
   bool isProcess = false;
-  int textMode = 0x4000;    // _O_TEXT or _O_BINARY
   std::string removeAtEnd;  // the path to remove when the file is closed
 };
 
+/// The handle of a descriptor; INVALID_HANDLE_VALUE for a number that is none.
 HANDLE HandleOf(int fd);
 /// The descriptor of a handle, or -1; whether it is open is not looked at.
 int DescriptorOf(HANDLE handle);
@@ -41,6 +45,11 @@ bool IsOpen(int fd);
 
 /// The access of an open descriptor in `access`; false when it is not open.
 bool AccessOf(int fd, unsigned& access);
+
+/// False when the descriptor is open and was not opened for all of `rights` by this
+/// layer, which may have opened it for more to the system. Whatever else is wrong with it
+/// is the system's to say.
+bool MayHave(int fd, unsigned rights);
 
 /// Whether it is an open process's.
 bool IsProcess(int fd);
@@ -54,8 +63,8 @@ bool EnterFile(int fd, const OpenFile& file);
 /// descriptor of it, or -1 to ask this process's opens alone.
 bool DeletionIsDenied(int fd, dev_t device, ino_t inode);
 
-/// Closes a descriptor and forgets its file: the errno value, 0 on success. Takes
-/// no memory.
+/// Gives the shares and locks of an open file back, forgets it and closes its
+/// descriptor: the errno value, 0 on success. Takes no memory.
 int CloseFile(int fd) noexcept;
 
 /// Owns a freshly opened descriptor, or -1 for none, until it is released.
@@ -78,5 +87,8 @@ class NewDescriptor {
 /// Sets how the C run time reads and writes a descriptor, and returns how it did;
 /// -1 when it is not open.
 int ExchangeTextMode(int fd, int mode);
+
+/// The locks of the open file behind a descriptor; null when it is not open.
+std::shared_ptr<LockNotes> LocksOf(int fd);
 
 }  // namespace posix

@@ -1,19 +1,25 @@
-// Byte-range locks, by open file description: they belong to the handle, and go
-// with it. The system knows what a handle holds, not how often and in which order;
-// that is noted here. Between handles, of one process or two, the system decides;
-// what one handle's locks mean to each other is decided here, since to the system
-// a new lock of the same description replaces the older one.
+// Byte-range locks, which belong to the open file and go with it. The system knows what
+// an open file holds, not how often and in which order; that is noted here. Between open
+// files, of one process or two, the system decides; what one open file's locks mean to
+// each other is decided here, since to the system a new lock of the same open file
+// replaces the older one. What the system says counts for more than a note: another
+// process that has inherited the descriptor may have locked or unlocked.
 //
-// Whatever changes the system's view of a handle is done without waiting and under the
-// mutex, with one exception: one thread a handle may wait in the system. When that
-// returns, what it has brought is taken up like any other request, or given back.
+// To the system an exclusive lock is that of somebody who may write. One who may not
+// locks the range as if to share it, which keeps those out who may write, and then the
+// same range a second time, far behind (kFirstReaderByte), where all who share look once
+// they have their lock. Both first tell and then look: of two at once at least one sees
+// the other, and may have to look again.
 //
-// Not emulated: ranges of one handle that overlap without being equal stay locked
-// until the last of them is unlocked; an exclusive lock through a handle without
-// write access only keeps out exclusive locks of handles that have it, when the file
-// cannot be opened for writing a second time. A child that inherits a descriptor shares
-// its locks. A thread that waits in the system while another closes its handle may, if a
-// signal interrupts it, lock the file that has got the descriptor's number since.
+// Whatever changes the system's view of an open file is done without waiting and under
+// the mutex, with one exception: one thread an open file may wait in the system. When
+// that returns, what it has brought is taken up like any other request, or given back.
+//
+// Not emulated: ranges of one handle that overlap without being equal stay locked until
+// the last of them is unlocked. A shared lock of a descriptor that may not read excludes
+// others that may not. How often each of several processes has locked a range that share
+// an open file. Programs that lock in other ways and only share are not kept out by an
+// exclusive lock of a descriptor that may not write.
 
 #include "platform/posix/state/posix_lock.h"
 
@@ -24,200 +30,335 @@
 #include <cerrno>
 #include <chrono>
 #include <condition_variable>
-#include <cstdio>
-#include <deque>
+#include <list>
+#include <memory>
 #include <mutex>
-#include <vector>
+#include <new>
 
 #include "platform/posix/state/posix_error.h"
+#include "platform/posix/state/posix_file.h"
 
 namespace posix {
 namespace {
 
-// How long a thread sleeps while another of the same handle waits in the system.
+// How long a thread sleeps that waits for what the system tells nobody of.
 constexpr std::chrono::milliseconds kPause(5);
 
-enum class Asking { kNobody, kForShared, kForExclusive };
+// How often one looks again who does not wait: another one's attempt lasts some
+// microseconds, in which it looks like a lock.
+constexpr int kTries = 5;
+constexpr std::chrono::microseconds kShortPause(50);
 
-struct Holder {
-  unsigned opening = 0;  // another number once the descriptor has been closed
-  int writer = -1;       // carries the exclusive locks of one that may not write
-  Asking asking = Asking::kNobody;  // what a thread waits for in the system
-  std::vector<LockedRange> ranges;  // the earliest first
+enum class Outcome {
+  kLocked,
+  kRefusedHere,   // by the open file's own locks, or by its waiting thread
+  kRefusedThere,  // by another open file's; the system can wait for that
+  kUndecided,     // by what another one has told, or is just telling
+  kFailed,        // with errno
 };
+
+bool IsRefused(Outcome outcome) {
+  return outcome != Outcome::kLocked && outcome != Outcome::kFailed;
+}
 
 // Never destroyed, as files are closed by the destructors of others at the end.
-struct AllHolders {
+struct Common {
   std::mutex mutex;
   std::condition_variable changed;
-  std::deque<Holder> holders;  // elements stay where they are
 };
 
-AllHolders& All() {
-  static AllHolders& all = *new AllHolders;
+Common& All() {
+  static Common& all = *new Common;
   return all;
-}
-
-// Null for a descriptor without locks. REQUIRES: the mutex is held; fd >= 0.
-Holder* Known(int fd) {
-  const auto index = static_cast<size_t>(fd);
-  return index < All().holders.size() ? &All().holders[index] : nullptr;
-}
-
-// The same, made where there is none.
-Holder& HolderOf(int fd) {
-  const auto index = static_cast<size_t>(fd);
-  if (All().holders.size() <= index) All().holders.resize(index + 1);
-  return All().holders[index];
-}
-
-bool Meet(const LockedRange& one, const LockedRange& other) {
-  return one.start < other.start + other.length && other.start < one.start + one.length;
-}
-
-bool Apply(int fd, const LockedRange& range, short type, bool wait) {
-  flock lock = {};
-  lock.l_type = type;
-  lock.l_whence = SEEK_SET;
-  lock.l_start = range.start;
-  lock.l_len = range.length;
-  return Retried([&] { return fcntl(fd, wait ? F_OFD_SETLKW : F_OFD_SETLK, &lock); }) ==
-         0;
-}
-
-// The system wants a descriptor that may read for a shared lock, and one that may write
-// for an exclusive one; the other kind is the best that is to be had then.
-bool Ask(int fd, const LockedRange& range, bool wait) {
-  const short type = range.exclusive ? F_WRLCK : F_RDLCK;
-  const short otherType = range.exclusive ? F_RDLCK : F_WRLCK;
-  return Apply(fd, range, type, wait) ||
-         (errno == EBADF && Apply(fd, range, otherType, wait));
-}
-
-// The descriptor that carries a lock: the handle's own, or for an exclusive lock of one
-// that may not write a second one of the same file, if that can be opened.
-int CarrierOf(int fd, Holder& holder, bool exclusive) {
-  if (!exclusive || (fcntl(fd, F_GETFL) & O_ACCMODE) != O_RDONLY) return fd;
-  if (holder.writer < 0) {
-    char again[40];
-    std::snprintf(again, sizeof again, "/proc/self/fd/%d", fd);
-    holder.writer = Retried([&] { return open(again, O_RDWR | O_CLOEXEC); });
-  }
-  return holder.writer >= 0 ? holder.writer : fd;
-}
-
-// Whether the handle's own locks, or what one of its threads is about to get, stand
-// against a range.
-bool OwnRefuse(const Holder& holder, const LockedRange& range) {
-  if (!range.exclusive) return false;
-  // That thread's shared lock, granted later, would weaken the exclusive one.
-  if (holder.asking == Asking::kForShared) return true;
-  return std::any_of(holder.ranges.begin(), holder.ranges.end(),
-                     [&range](const LockedRange& held) { return Meet(held, range); });
-}
-
-// Whether an exclusive lock of the handle serves for a range.
-bool OwnCover(const Holder& holder, const LockedRange& range) {
-  return std::any_of(
-      holder.ranges.begin(), holder.ranges.end(),
-      [&range](const LockedRange& held) { return held.exclusive && Meet(held, range); });
-}
-
-// Without waiting.
-DWORD Try(int fd, Holder& holder, const LockedRange& range) {
-  holder.ranges.reserve(holder.ranges.size() + 1);  // before the system is asked
-  if (OwnRefuse(holder, range)) return ERROR_LOCK_VIOLATION;
-  if (!OwnCover(holder, range) &&
-      !Ask(CarrierOf(fd, holder, range.exclusive), range, false)) {
-    return CodeFromErrno(errno);
-  }
-  holder.ranges.push_back(range);
-  return ERROR_SUCCESS;
-}
-
-// Lets the system know of a range what is noted: it may hold more.
-void Settle(int fd, const Holder& holder, const LockedRange& range) {
-  bool isShared = false;
-  for (const LockedRange& held : holder.ranges) {
-    if (!Meet(held, range)) continue;
-    if (held.exclusive || held.start != range.start || held.length != range.length) {
-      return;
-    }
-    isShared = true;
-  }
-  // At no moment less than the shared lock.
-  if (isShared && holder.writer >= 0) Apply(holder.writer, range, F_RDLCK, false);
-  Apply(fd, range, isShared ? F_RDLCK : F_UNLCK, false);
-  if (holder.writer >= 0) Apply(holder.writer, range, F_UNLCK, false);
 }
 
 using Guard = std::unique_lock<std::mutex>;
 
-// Waits in the system until others let go. The code of a failure, 0 on success.
-DWORD AskAndWait(Guard& guard, int fd, Holder& holder, const LockedRange& range) {
-  const unsigned opening = holder.opening;
-  const int carrier = CarrierOf(fd, holder, range.exclusive);
-  holder.asking = range.exclusive ? Asking::kForExclusive : Asking::kForShared;
+// A second descriptor of an open file, which nobody else closes.
+class OwnDescriptor {
+ public:
+  explicit OwnDescriptor(int of) : fd_(fcntl(of, F_DUPFD_CLOEXEC, 0)) {}
+  OwnDescriptor(const OwnDescriptor&) = delete;
+  OwnDescriptor& operator=(const OwnDescriptor&) = delete;
+  ~OwnDescriptor() {
+    if (fd_ >= 0) {
+      close(fd_);
+    }
+  }
+
+  int Get() const { return fd_; }
+
+ private:
+  int fd_;
+};
+
+bool Meet(const Range& one, const Range& other) {
+  return one.start < other.start + other.length && other.start < one.start + one.length;
+}
+
+// Where somebody who may not write locks a range the second time.
+Range ReaderRange(const Range& range) {
+  return {kFirstReaderByte + range.start, range.length};
+}
+
+bool IsReaders(const LockNotes& notes, const LockedRange& lock) {
+  return lock.exclusive && !notes.mayWrite;
+}
+
+// How the system is told of a lock: as what it takes from this descriptor.
+short TypeOf(const LockNotes& notes, const LockedRange& lock) {
+  const bool asExclusive = lock.exclusive ? notes.mayWrite : !notes.mayRead;
+  return asExclusive ? F_WRLCK : F_RDLCK;
+}
+
+// Whether the own locks, or what a thread is about to get, stand against a lock.
+bool OwnRefuse(const LockNotes& notes, const LockedRange& lock) {
+  if (!lock.exclusive) {
+    return false;
+  }
+  // That thread's shared lock, granted later, would weaken the exclusive one.
+  if (notes.asking == LockNotes::Asking::kForShared) {
+    return true;
+  }
+  return std::any_of(notes.locks.begin(), notes.locks.end(),
+                     [&lock](const LockNotes::Noted& held) {
+                       return Meet(held.lock.range, lock.range);
+                     });
+}
+
+// Whether an own exclusive lock serves for a range.
+bool OwnCover(const LockNotes& notes, const Range& range) {
+  return std::any_of(notes.locks.begin(), notes.locks.end(),
+                     [&range](const LockNotes::Noted& held) {
+                       return held.lock.exclusive && Meet(held.lock.range, range);
+                     });
+}
+
+// Forgets what the system does not know: another process has unlocked it.
+void DropUnlocked(int fd, LockNotes& notes, const Range& range) {
+  std::erase_if(notes.locks, [&](const LockNotes::Noted& held) {
+    return Meet(held.lock.range, range) && !FirstLock(fd, F_WRLCK, held.lock.range);
+  });
+}
+
+// Lets the system know of a range what is noted: it may hold more.
+void Settle(int fd, const LockNotes& notes, const Range& range) {
+  bool isShared = false;
+  for (const LockNotes::Noted& held : notes.locks) {
+    if (held.isBorrowed || !Meet(held.lock.range, range)) {
+      continue;
+    }
+    if (held.lock.exclusive || held.lock.range != range) {
+      return;
+    }
+    isShared = true;
+  }
+  SetLock(fd, F_UNLCK, ReaderRange(range));
+  SetLock(fd, isShared ? TypeOf(notes, {range, false}) : F_UNLCK, range);
+}
+
+// What stands against a lock before the system is told of it. `isBorrowed` when it need
+// not be told, since another process has a stronger lock by the same open file.
+Outcome Look(int fd, const LockNotes& notes, const LockedRange& lock, bool& isBorrowed) {
+  const short type = lock.exclusive ? F_WRLCK : F_RDLCK;
+  if (!FirstLock(fd, type, lock.range)) {
+    return Outcome::kLocked;
+  }
+  if (OthersForbid(fd, type, lock.range)) {
+    // The system can only wait for what it refuses itself.
+    return type == TypeOf(notes, lock) ? Outcome::kRefusedThere : Outcome::kUndecided;
+  }
+  isBorrowed = !lock.exclusive;
+  return isBorrowed ? Outcome::kLocked : Outcome::kUndecided;
+}
+
+// Tells the system of a lock, and looks for what the system does not count against it.
+Outcome Tell(int fd, const LockNotes& notes, const LockedRange& lock, bool& isBorrowed) {
+  if (!SetLock(fd, TypeOf(notes, lock), lock.range)) {
+    return errno == EAGAIN || errno == EACCES ? Outcome::kRefusedThere : Outcome::kFailed;
+  }
+  const Range readers = ReaderRange(lock.range);
+  if (IsReaders(notes, lock)) {
+    if (SetLock(fd, F_RDLCK, readers) && !OthersForbid(fd, F_WRLCK, lock.range)) {
+      return Outcome::kLocked;
+    }
+  } else {
+    if (lock.exclusive || !FirstLock(fd, F_WRLCK, readers)) {
+      return Outcome::kLocked;
+    }
+    isBorrowed = !OthersForbid(fd, F_WRLCK, readers);
+    if (isBorrowed) {
+      return Outcome::kLocked;
+    }
+  }
+  Settle(fd, notes, lock.range);
+  return Outcome::kUndecided;
+}
+
+// A note on its way to the others, made beforehand since what is locked must be noted.
+using OneNote = std::list<LockNotes::Noted>;
+
+// Without waiting. A lock that is had takes its note along.
+Outcome Try(int fd, LockNotes& notes, OneNote& note) {
+  const LockedRange& lock = note.front().lock;
+  DropUnlocked(fd, notes, lock.range);
+  if (OwnRefuse(notes, lock)) {
+    return Outcome::kRefusedHere;
+  }
+  bool& isBorrowed = note.front().isBorrowed;
+  isBorrowed = false;
+  if (!OwnCover(notes, lock.range)) {
+    Outcome outcome = Look(fd, notes, lock, isBorrowed);
+    if (outcome == Outcome::kLocked && !isBorrowed) {
+      outcome = Tell(fd, notes, lock, isBorrowed);
+    }
+    if (outcome != Outcome::kLocked) {
+      return outcome;
+    }
+  }
+  notes.locks.splice(notes.locks.end(), note);
+  return Outcome::kLocked;
+}
+
+// Waits in the system until others let go; false with errno.
+bool AskAndWait(Guard& guard, int fd, LockNotes& notes, const LockedRange& lock) {
+  const short type = TypeOf(notes, lock);
+  notes.asking =
+      type == F_WRLCK ? LockNotes::Asking::kForExclusive : LockNotes::Asking::kForShared;
   guard.unlock();
-  const bool had = Ask(carrier, range, true);
-  const DWORD code = had ? ERROR_SUCCESS : CodeFromErrno(errno);
+  const bool had = SetLockWaiting(fd, type, lock.range);
+  const int number = errno;
   guard.lock();
-  if (holder.opening == opening) holder.asking = Asking::kNobody;
+  notes.asking = LockNotes::Asking::kNobody;
   All().changed.notify_all();
-  return code;
+  errno = number;
+  return had;
+}
+
+// Whether a refusal is worth another look even if nobody is to be waited for.
+bool MayBeAnAttempt(int fd, const LockedRange& lock, Outcome outcome) {
+  return outcome == Outcome::kUndecided ||
+         (outcome == Outcome::kRefusedThere &&
+          OthersForbid(fd, F_WRLCK, ReaderRange(lock.range)));
+}
+
+// Goes on where the first try was refused, by a descriptor of its own: the caller's may
+// be closed meanwhile, and its number be another file's.
+DWORD TryOn(Guard& guard, int fd, LockNotes& notes, OneNote& note, bool wait,
+            Outcome outcome) {
+  const LockedRange lock = note.front().lock;
+  const OwnDescriptor own(fd);
+  if (own.Get() < 0) {
+    return CodeFromErrno(errno);
+  }
+  for (int tries = 1; IsRefused(outcome); ++tries) {
+    const bool asks = wait && outcome == Outcome::kRefusedThere &&
+                      notes.asking == LockNotes::Asking::kNobody;
+    if (asks && !AskAndWait(guard, own.Get(), notes, lock)) {
+      return CodeFromErrno(errno);
+    }
+    if (!wait && (tries == kTries || !MayBeAnAttempt(own.Get(), lock, outcome))) {
+      return ERROR_LOCK_VIOLATION;
+    }
+    if (!asks) {
+      All().changed.wait_for(guard, wait ? kPause : kShortPause * tries);
+    }
+    const bool isOpen = !notes.isClosed && IsOf(fd, notes.identity);
+    outcome = isOpen ? Try(own.Get(), notes, note) : Outcome::kFailed;
+    const int number = errno;
+    if (asks && outcome != Outcome::kLocked) {
+      Settle(own.Get(), notes, lock.range);  // what the wait has brought
+    }
+    if (!isOpen) {
+      return ERROR_INVALID_HANDLE;
+    }
+    errno = number;
+  }
+  return outcome == Outcome::kLocked ? ERROR_SUCCESS : CodeFromErrno(errno);
 }
 
 }  // namespace
 
-DWORD LockRange(int fd, const LockedRange& range, bool wait) {
+LockNotes::LockNotes(int fd, const Identity& openFile)
+    : identity(openFile),
+      mayRead((fcntl(fd, F_GETFL) & O_ACCMODE) != O_WRONLY),
+      mayWrite((fcntl(fd, F_GETFL) & O_ACCMODE) != O_RDONLY) {}
+
+DWORD LockRange(int fd, const LockedRange& lock, bool wait) {
+  const std::shared_ptr<LockNotes> notes = LocksOf(fd);
+  OneNote note = {{lock, false}};
   Guard guard(All().mutex);
-  Holder& holder = HolderOf(fd);
-  const unsigned opening = holder.opening;
-  DWORD code = Try(fd, holder, range);
-  while (code == ERROR_LOCK_VIOLATION && wait) {
-    bool asked = false;
-    if (holder.asking != Asking::kNobody) {
-      All().changed.wait_for(guard, kPause);
-    } else if (OwnRefuse(holder, range)) {
-      All().changed.wait(guard);
-    } else {
-      asked = true;
-      code = AskAndWait(guard, fd, holder, range);
-    }
-    if (holder.opening != opening) return ERROR_INVALID_HANDLE;
-    if (asked && code != ERROR_SUCCESS) return code;
-    code = Try(fd, holder, range);
-    if (asked && code != ERROR_SUCCESS) Settle(fd, holder, range);
+  if (!notes || notes->isClosed) {
+    return ERROR_INVALID_HANDLE;
   }
-  return code;
+  const Outcome outcome = Try(fd, *notes, note);
+  if (IsRefused(outcome)) {
+    return TryOn(guard, fd, *notes, note, wait, outcome);
+  }
+  return outcome == Outcome::kLocked ? ERROR_SUCCESS : CodeFromErrno(errno);
 }
 
-DWORD UnlockRange(int fd, off_t start, off_t length) {
+DWORD UnlockRange(int fd, const Range& range) {
+  const std::shared_ptr<LockNotes> notes = LocksOf(fd);
   const Guard guard(All().mutex);
-  Holder* holder = Known(fd);
-  if (holder == nullptr) return ERROR_LOCK_VIOLATION;
-  std::vector<LockedRange>& ranges = holder->ranges;
-  const auto isIt = [start, length](const LockedRange& held) {
-    return held.start == start && held.length == length;
-  };
-  const auto found = std::find_if(ranges.begin(), ranges.end(), isIt);
-  if (found == ranges.end()) return ERROR_LOCK_VIOLATION;
-  const LockedRange range = *found;
-  ranges.erase(found);
-  Settle(fd, *holder, range);
+  if (!notes || notes->isClosed) {
+    return ERROR_INVALID_HANDLE;
+  }
+  DropUnlocked(fd, *notes, range);
+  auto& locks = notes->locks;
+  const auto found = std::find_if(
+      locks.begin(), locks.end(),
+      [&range](const LockNotes::Noted& held) { return held.lock.range == range; });
+  // One that is not noted may be another process's, by the same open file.
+  if (found == locks.end() &&
+      (FirstLock(fd, F_WRLCK, range) != range || !ItselfForbids(fd, F_WRLCK, range))) {
+    return ERROR_LOCK_VIOLATION;
+  }
+  const bool isToldToTheSystem = found == locks.end() || !found->isBorrowed;
+  if (found != locks.end()) {
+    locks.erase(found);
+  }
+  if (isToldToTheSystem) {
+    Settle(fd, *notes, range);
+  }
   All().changed.notify_all();
   return ERROR_SUCCESS;
 }
 
-void ForgetLocks(int fd) noexcept {
+void ForgetLocks(LockNotes& notes) noexcept {
   const Guard guard(All().mutex);
-  Holder* holder = Known(fd);
-  if (holder == nullptr) return;
-  if (holder->writer >= 0) close(holder->writer);
-  const unsigned opening = holder->opening + 1;
-  *holder = Holder();
-  holder->opening = opening;
+  notes.isClosed = true;
+  notes.locks.clear();
   All().changed.notify_all();
+}
+
+void GiveLocksBack(int fd, LockNotes& notes) noexcept {
+  std::list<LockNotes::Noted> locks;
+  {
+    const Guard guard(All().mutex);
+    locks.swap(notes.locks);
+    for (const LockNotes::Noted& held : locks) {
+      if (!held.isBorrowed) {
+        Settle(fd, notes, held.lock.range);
+      }
+    }
+    notes.isClosed = true;
+  }
+  All().changed.notify_all();
+}
+
+void HoldLocks() {
+  All().mutex.lock();
+}
+
+void LetLocksGo() {
+  All().mutex.unlock();
+}
+
+// No thread waits in the child, but the condition may remember those that did.
+void LetLocksGoInChild() {
+  new (&All().changed) std::condition_variable;
+  All().mutex.unlock();
 }
 
 }  // namespace posix

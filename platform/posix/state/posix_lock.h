@@ -2,28 +2,58 @@
 
 // Byte-range locks of handles.
 
-#include <sys/types.h>
+#include <list>
 
 #include <windows.h>
+#include "platform/posix/state/posix_identity.h"
+#include "platform/posix/state/posix_range.h"
 
 namespace posix {
 
 struct LockedRange {
-  off_t start;
-  off_t length;
-  bool exclusive;
+  Range range;
+  bool exclusive = false;
+};
+
+/// What is remembered of an open file's locks; posix_lock.cpp alone looks into it.
+struct LockNotes {
+  /// Of an open file without locks, behind `fd`.
+  LockNotes(int fd, const Identity& openFile);
+
+  enum class Asking { kNobody, kForShared, kForExclusive };
+  struct Noted {
+    LockedRange lock;
+    bool isBorrowed;  // another process has it by the same open file
+  };
+
+  const Identity identity;
+  const bool mayRead;
+  const bool mayWrite;
+  bool isClosed = false;
+  Asking asking = Asking::kNobody;  // what a thread waits for in the system
+  std::list<Noted> locks;           // the earliest first
 };
 
 /// Locks a range for an open descriptor: a code, 0 on success, 33 when it is not to be
 /// had. With `wait` it waits until it is to be had, and gives 6 when the descriptor is
 /// closed meanwhile. Throws std::bad_alloc, and then has locked nothing.
-DWORD LockRange(int fd, const LockedRange& range, bool wait);
+DWORD LockRange(int fd, const LockedRange& lock, bool wait);
 
 /// Unlocks the range that was locked first of those with these bounds; 33 when there is
 /// none.
-DWORD UnlockRange(int fd, off_t start, off_t length);
+DWORD UnlockRange(int fd, const Range& range);
 
-/// Forgets all about a descriptor that is about to be closed, or was just opened.
-void ForgetLocks(int fd) noexcept;
+/// Unlocks all that an open file has, which is about to be closed. Its notes are then of
+/// no file.
+void GiveLocksBack(int fd, LockNotes& notes) noexcept;
+
+/// The same for a file that was closed by other means.
+void ForgetLocks(LockNotes& notes) noexcept;
+
+/// Have the notes consistent in the child while the process is forked; the child has to
+/// forget its parent's then.
+void HoldLocks();
+void LetLocksGo();
+void LetLocksGoInChild();
 
 }  // namespace posix

@@ -25,4 +25,7 @@ class Interruptions {
   ~Interruptions();
   Interruptions(const Interruptions&) = delete;
   Interruptions& operator=(const Interruptions&) = delete;
+
+  /// Whether the system knows them.
+  static bool AreKnown();
 };

@@ -41,3 +41,7 @@ Interruptions::~Interruptions() {
   SetTimer(0);
   signal(SIGALRM, SIG_DFL);
 }
+
+bool Interruptions::AreKnown() {
+  return true;
+}
