@@ -172,7 +172,7 @@ TEST_F(FileIoTest, LastErrorIsOneAThread) {
   }
   EXPECT_EQ(GetLastError(), kUntouched);
   other.join();
-  EXPECT_NE(before, kUntouched);
+  EXPECT_EQ(before, DWORD{NO_ERROR});
   EXPECT_EQ(after, DWORD{ERROR_FILE_NOT_FOUND});
 }
 

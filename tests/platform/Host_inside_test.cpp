@@ -7,8 +7,11 @@
 #include <time.h>
 
 #include <chrono>
+#include <set>
 #include <string>
+#include <vector>
 
+#include "common/handle/AsHandle.h"
 #include "platform/PlatformTest.h"
 
 namespace {
@@ -141,6 +144,11 @@ TEST(HostTest, Memory) {
   EXPECT_GT(counters.WorkingSetSize, 100000u);
   EXPECT_GE(counters.PeakWorkingSetSize, counters.WorkingSetSize);
   EXPECT_GT(counters.PeakPagefileUsage, 0u);
+  // There are no such pools.
+  EXPECT_EQ(counters.QuotaPagedPoolUsage, 0u);
+  EXPECT_EQ(counters.QuotaPeakPagedPoolUsage, 0u);
+  EXPECT_EQ(counters.QuotaNonPagedPoolUsage, 0u);
+  EXPECT_EQ(counters.QuotaPeakNonPagedPoolUsage, 0u);
   EXPECT_EQ(CodeOf([&] { return GetProcessMemoryInfo(process, &counters, 10); }),
             DWORD{ERROR_INSUFFICIENT_BUFFER});
   CloseHandle(process);
@@ -181,13 +189,53 @@ TEST(HostTest, ModuleName) {
   EXPECT_EQ(base.size(), length);
   EXPECT_EQ(base.substr(0, base.find(L'.')), L"platform_inside_tests");
   // No room for all of it: what fits. The program is meant without a module, too.
+  // (Wine writes a zero behind the buffer.)
   wchar_t small[10] = L"*********";
   EXPECT_EQ(GetModuleBaseNameW(process, nullptr, small, 8), 8u);
   EXPECT_EQ(std::wstring(small).substr(0, 8), L"platform");
-  DWORD all = 0;
-  EXPECT_TRUE(EnumProcessModules(process, nullptr, 0, &all));
-  EXPECT_GE(all, sizeof(HMODULE));
   CloseHandle(process);
+}
+
+TEST(HostTest, Modules) {
+  const HANDLE process = GetCurrentProcess();
+  DWORD needed = 0;
+  EXPECT_TRUE(EnumProcessModules(process, nullptr, 0, &needed));
+  EXPECT_EQ(needed % sizeof(HMODULE), 0u);
+  std::vector<HMODULE> modules(needed / sizeof(HMODULE) + 1);
+  DWORD again = 0;
+  EXPECT_TRUE(EnumProcessModules(process, modules.data(), needed, &again));
+  EXPECT_EQ(again, needed);
+  EXPECT_EQ(modules.back(), nullptr);
+  modules.pop_back();
+  EXPECT_GE(modules.size(), 3u);  // the program and its libraries
+  std::set<std::wstring> names;
+  for (const HMODULE module : modules) {
+    wchar_t name[520] = {};
+    EXPECT_GT(GetModuleBaseNameW(process, module, name, 520), 0u);
+    EXPECT_EQ(std::wstring(name).find_first_of(L"/\\"), std::wstring::npos);
+    names.insert(name);
+  }
+  EXPECT_EQ(names.size(), modules.size());
+}
+
+// As many as there is room for, be it no whole number.
+TEST(HostTest, ModulesThatFit) {
+  HMODULE modules[2] = {};
+  DWORD needed = 0;
+  EXPECT_TRUE(
+      EnumProcessModules(GetCurrentProcess(), modules, sizeof(HMODULE) + 4, &needed));
+  EXPECT_NE(modules[0], nullptr);
+  EXPECT_EQ(modules[1], nullptr);
+  EXPECT_GT(needed, sizeof modules);
+}
+
+TEST(HostTest, NoModule) {
+  wchar_t name[8] = {};
+  EXPECT_EQ(CodeOf([&] {
+              const auto module = reinterpret_cast<HMODULE>(AsHandle(0x1234000));
+              return GetModuleBaseNameW(GetCurrentProcess(), module, name, 8) != 0;
+            }),
+            DWORD{ERROR_INVALID_HANDLE});
 }
 
 TEST(HostTest, LocalTime) {
@@ -225,6 +273,9 @@ TEST(HostTest, SocketLayer) {
                {MAKEWORD(1, 1), 0, MAKEWORD(1, 1)},
                {MAKEWORD(3, 3), 0, MAKEWORD(2, 2)},
                {MAKEWORD(0, 0), 10092, MAKEWORD(2, 2)}};
+  char name[256] = {};
+  EXPECT_EQ(gethostname(name, sizeof name), 0);  // before the first start, too
+  EXPECT_STRNE(name, "");
   int starts = 0;
   for (const auto& one : cases) {
     WSADATA data = {};
@@ -232,7 +283,6 @@ TEST(HostTest, SocketLayer) {
     EXPECT_EQ(data.wVersion, one.granted);
     if (one.result == 0) ++starts;
   }
-  char name[256] = {};
   EXPECT_EQ(gethostname(name, sizeof name), 0);
   EXPECT_STRNE(name, "");
   for (; starts > 0; --starts) EXPECT_EQ(WSACleanup(), 0);
@@ -246,6 +296,12 @@ TEST(HostTest, InheritanceOfHandles) {
   EXPECT_TRUE(SetHandleInformation(file, HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT));
   EXPECT_EQ(CodeOf([] { return SetHandleInformation(nullptr, HANDLE_FLAG_INHERIT, 0); }),
             DWORD{ERROR_INVALID_HANDLE});
-  // With a code that differs from system to system.
-  EXPECT_FALSE(SetHandleInformation(INVALID_HANDLE_VALUE, HANDLE_FLAG_INHERIT, 0));
+  // -1 stands for the own process.
+  for (const DWORD flags : {DWORD{0}, DWORD{HANDLE_FLAG_INHERIT}}) {
+    EXPECT_EQ(CodeOf([flags] {
+                return SetHandleInformation(INVALID_HANDLE_VALUE, HANDLE_FLAG_INHERIT,
+                                            flags);
+              }),
+              DWORD{ERROR_ACCESS_DENIED});
+  }
 }

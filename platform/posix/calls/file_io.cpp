@@ -1,11 +1,14 @@
-// Reading, writing, positions and sizes of open files.
+// Reading, writing, positions and sizes of open files. A descriptor that does not block
+// is waited for.
 //
 // Not emulated: overlapped operation (the argument is ignored), the end of a pipe
-// as an error (it reads as 0 bytes). A process whose file size is limited (ulimit -f)
-// is stopped by SIGXFSZ unless it ignores the signal, and one that writes to a closed
-// pipe by SIGPIPE.
+// as an error (it reads as 0 bytes), the refusal to move the position of a pipe (code 25
+// for all). A process whose file size is limited (ulimit -f) is stopped by SIGXFSZ unless
+// it ignores the signal, and one that writes to a closed pipe by SIGPIPE. Where the file
+// system cannot take blocks beforehand, a file that grows gets none.
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -21,34 +24,74 @@ namespace {
 // The system takes no more at once than 2 GiB less a page.
 constexpr size_t kLargestPiece = 0x40000000;
 
-// The descriptor of an open handle, or -1 after setting the last error. Each of
-// `rights` must be there, or the code is 5.
+// The descriptor of a handle, or -1 after setting the last error: the code is 5 when the
+// file was not opened for each of `rights`. Whether the descriptor is open at all is what
+// the system answers to the call that follows (FailOf); so that a value is read or
+// written by one call of the system.
 int Usable(HANDLE handle, unsigned rights) {
+  const int fd = DescriptorOf(handle);
+  if (fd >= 0 && MayHave(fd, rights)) {
+    return fd;
+  }
+  Fail(fd >= 0 ? ERROR_ACCESS_DENIED : ERROR_INVALID_HANDLE);
+  return -1;
+}
+
+// The same, where no call of the system follows that would tell.
+int UsableForSure(HANDLE handle, unsigned rights) {
   const int fd = DescriptorOf(handle);
   unsigned access = 0;
   if (!AccessOf(fd, access)) {
-    SetLastError(ERROR_INVALID_HANDLE);
+    Fail(ERROR_INVALID_HANDLE);
     return -1;
   }
   if ((access & rights) != rights) {
-    SetLastError(ERROR_ACCESS_DENIED);
+    Fail(ERROR_ACCESS_DENIED);
     return -1;
   }
   return fd;
 }
 
-// Moves `count` bytes by `move(done, piece)`, a read or write. What was moved
-// before a failure counts, and the failure does not: the next call will meet it.
-// `stopsShort()` tells, when fewer were moved, whether that is all for now.
+// Sets the last error for a call of the system that has failed with errno.
+BOOL FailOf(int fd) {
+  const int number = errno;
+  // It says so, too, when a descriptor was not opened to read, or to write.
+  if (number == EBADF) {
+    return Fail(IsOpen(fd) ? ERROR_ACCESS_DENIED : ERROR_INVALID_HANDLE);
+  }
+  return Fail(CodeFromErrno(number));
+}
+
+// Waits until a call on a descriptor that does not block is worth another try. False when
+// that is not why it has failed.
+bool AwaitReadiness(int fd, short event) {
+  if (errno != EAGAIN || (fcntl(fd, F_GETFL) & O_NONBLOCK) == 0) {
+    return false;
+  }
+  pollfd waiting = {fd, event, 0};
+  return Retried([&] { return poll(&waiting, 1, -1); }) > 0;
+}
+
+// Moves `count` bytes by `move(done, piece)`, a read or write that waits for `event`.
+// What was moved before a failure counts, and the failure does not: the next call will
+// meet it. `stopsShort()` tells, when fewer were moved, whether that is all for now.
 template <typename Move, typename StopsShort>
-bool MoveAll(DWORD count, DWORD& done, Move move, StopsShort stopsShort) {
+bool MoveAll(int fd, short event, DWORD count, DWORD& done, Move move,
+             StopsShort stopsShort) {
   done = 0;
   do {
     const size_t piece = std::min<size_t>(count - done, kLargestPiece);
-    const ssize_t moved = Retried([&] { return move(done, piece); });
-    if (moved < 0) return done > 0;
+    ssize_t moved;
+    do {
+      moved = Retried([&] { return move(done, piece); });
+    } while (moved < 0 && AwaitReadiness(fd, event));
+    if (moved < 0) {
+      return done > 0;
+    }
     done += static_cast<DWORD>(moved);
-    if (moved == 0 || (done < count && stopsShort())) return true;
+    if (moved == 0 || (done < count && stopsShort())) {
+      return true;
+    }
   } while (done < count);
   return true;
 }
@@ -73,7 +116,7 @@ off_t Joined(LONG low, const LONG* high) {
 }
 
 // The position to which a distance leads, or a negative number with the last error
-// set.
+// set. From the beginning, one that is negative is told before the handle counts.
 off_t Target(int fd, off_t distance, DWORD method) {
   off_t base = 0;
   if (method == FILE_CURRENT) base = lseek(fd, 0, SEEK_CUR);
@@ -87,6 +130,42 @@ off_t Target(int fd, off_t distance, DWORD method) {
     return -1;
   }
   return target;
+}
+
+// Takes blocks for a part of the file behind its end, whose size grows with them: the
+// errno value, 0 on success. The file may have grown by a part even so.
+int TakeBlocks(int fd, off_t from, off_t to) {
+  off_t piece = to - from;
+  while (from < to) {
+    piece = std::min(piece, to - from);
+    if (fallocate(fd, 0, from, piece) == 0) {
+      from += piece;
+    } else if (errno != EINTR) {
+      return errno;
+    } else if (piece > 1) {
+      // What is interrupted again and again may take back what it had.
+      piece /= 2;
+    }
+  }
+  return 0;
+}
+
+// Sets the size of a file: what it grows by has its blocks at once, so that a full disk
+// shows here, or the file stays as it is.
+bool SetSize(int fd, off_t from, off_t to) {
+  const auto truncate = [fd](off_t size) {
+    return Retried([&] { return ftruncate(fd, size); }) == 0;
+  };
+  const int number = TakeBlocks(fd, from, to);
+  // Where there is no taking of blocks, and where there is nothing to take.
+  if (number == EOPNOTSUPP || number == ENOSYS || to <= from) {
+    return truncate(to);
+  }
+  if (number != 0) {
+    truncate(from);
+    errno = number;
+  }
+  return number == 0;
 }
 
 // A low half that looks like the failure mark is told from it by a last error of 0.
@@ -105,29 +184,42 @@ BOOL ReadFile(HANDLE handle, LPVOID buffer, DWORD count, LPDWORD read, OVERLAPPE
   DWORD unwanted = 0;
   DWORD& done = read != nullptr ? *read : unwanted;
   done = 0;
-  const int fd = Usable(handle, kRead);
-  if (fd < 0) return FALSE;
-  if (buffer == nullptr && count > 0) return Fail(ERROR_NOACCESS);
+  const bool isPlain = count > 0 && buffer != nullptr;
+  const int fd = isPlain ? Usable(handle, kRead) : UsableForSure(handle, kRead);
+  if (fd < 0) {
+    return FALSE;
+  }
+  if (buffer == nullptr && count > 0) {
+    return Fail(ERROR_NOACCESS);
+  }
   const auto move = [fd, buffer](DWORD from, size_t piece) {
     return ::read(fd, static_cast<char*>(buffer) + from, piece);
   };
   // A pipe or a terminal gives what is there; a file everything up to its end.
-  if (MoveAll(count, done, move, [fd] { return !IsRegular(fd); })) return TRUE;
-  return errno == EISDIR ? Fail(ERROR_INVALID_FUNCTION) : FailWithErrno();
+  if (MoveAll(fd, POLLIN, count, done, move, [fd] { return !IsRegular(fd); })) {
+    return TRUE;
+  }
+  return errno == EISDIR ? Fail(ERROR_INVALID_FUNCTION) : FailOf(fd);
 }
 
 BOOL WriteFile(HANDLE handle, LPCVOID buffer, DWORD count, LPDWORD written, OVERLAPPED*) {
   DWORD unwanted = 0;
   DWORD& done = written != nullptr ? *written : unwanted;
   done = 0;
-  const int fd = Usable(handle, kWrite);
-  if (fd < 0) return FALSE;
-  if (count == 0) return TRUE;
+  const int fd = count > 0 ? Usable(handle, kWrite) : UsableForSure(handle, kWrite);
+  if (fd < 0) {
+    return FALSE;
+  }
+  if (count == 0) {
+    return TRUE;
+  }
   const auto move = [fd, buffer](DWORD from, size_t piece) {
     return ::write(fd, static_cast<const char*>(buffer) + from, piece);
   };
-  if (MoveAll(count, done, move, [] { return false; })) return TRUE;
-  return errno == EFAULT ? Fail(ERROR_INVALID_USER_BUFFER) : FailWithErrno();
+  if (MoveAll(fd, POLLOUT, count, done, move, [] { return false; })) {
+    return TRUE;
+  }
+  return errno == EFAULT ? Fail(ERROR_INVALID_USER_BUFFER) : FailOf(fd);
 }
 
 DWORD SetFilePointer(HANDLE handle, LONG distance, PLONG distanceHigh, DWORD method) {
@@ -135,8 +227,7 @@ DWORD SetFilePointer(HANDLE handle, LONG distance, PLONG distanceHigh, DWORD met
     SetLastError(ERROR_INVALID_PARAMETER);
     return INVALID_SET_FILE_POINTER;
   }
-  const int fd = Usable(handle, 0);
-  if (fd < 0) return INVALID_SET_FILE_POINTER;
+  const int fd = DescriptorOf(handle);
   const off_t target = Target(fd, Joined(distance, distanceHigh), method);
   if (target < 0) return INVALID_SET_FILE_POINTER;
   if (lseek(fd, target, SEEK_SET) < 0) {
@@ -149,20 +240,25 @@ DWORD SetFilePointer(HANDLE handle, LONG distance, PLONG distanceHigh, DWORD met
 
 BOOL SetEndOfFile(HANDLE handle) {
   unsigned access = 0;
+  struct stat status;
   const int fd = DescriptorOf(handle);
-  if (!AccessOf(fd, access)) return Fail(ERROR_INVALID_HANDLE);
-  if ((access & kWrite) == 0) return Fail(ERROR_INVALID_PARAMETER);
+  if (!AccessOf(fd, access)) {
+    return Fail(ERROR_INVALID_HANDLE);
+  }
   const off_t position = lseek(fd, 0, SEEK_CUR);
-  if (position < 0) return FailWithErrno();
-  const int result = Retried([&] { return ftruncate(fd, position); });
-  return result == 0 ? TRUE : FailWithErrno();
+  if (position < 0 || fstat(fd, &status) != 0) {
+    return FailWithErrno();
+  }
+  if ((access & kWrite) == 0) {
+    const bool shrinks = !S_ISREG(status.st_mode) || position < status.st_size;
+    return Fail(shrinks ? ERROR_INVALID_PARAMETER : ERROR_INVALID_HANDLE);
+  }
+  return SetSize(fd, status.st_size, position) ? TRUE : FailWithErrno();
 }
 
 DWORD GetFileSize(HANDLE handle, LPDWORD sizeHigh) {
-  const int fd = Usable(handle, 0);
-  if (fd < 0) return INVALID_FILE_SIZE;
   off_t size = 0;
-  if (!SizeOf(fd, size)) {
+  if (!SizeOf(DescriptorOf(handle), size)) {
     FailWithErrno();
     return INVALID_FILE_SIZE;
   }
@@ -171,7 +267,7 @@ DWORD GetFileSize(HANDLE handle, LPDWORD sizeHigh) {
 }
 
 BOOL FlushFileBuffers(HANDLE handle) {
-  const int fd = Usable(handle, kWrite);
+  const int fd = UsableForSure(handle, kWrite);
   if (fd < 0) return FALSE;
   const int result = Retried([&] { return fsync(fd); });
   // Devices that have nothing to flush say EINVAL.
@@ -179,9 +275,17 @@ BOOL FlushFileBuffers(HANDLE handle) {
 }
 
 BOOL SetHandleInformation(HANDLE handle, DWORD mask, DWORD flags) {
-  const int fd = Usable(handle, 0);
-  if (fd < 0) return FALSE;
-  if ((mask & HANDLE_FLAG_INHERIT) == 0) return TRUE;
+  // -1 stands for the own process, of which nobody may change anything.
+  if (handle == GetCurrentProcess()) {
+    return Fail(ERROR_ACCESS_DENIED);
+  }
+  const int fd = DescriptorOf(handle);
+  if (!IsOpen(fd)) {
+    return Fail(ERROR_INVALID_HANDLE);
+  }
+  if ((mask & HANDLE_FLAG_INHERIT) == 0) {
+    return TRUE;
+  }
   const int closeOnExec = (flags & HANDLE_FLAG_INHERIT) != 0 ? 0 : FD_CLOEXEC;
   return fcntl(fd, F_SETFD, closeOnExec) == 0 ? TRUE : FailWithErrno();
 }

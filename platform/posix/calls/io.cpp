@@ -69,6 +69,19 @@ int Moved(BOOL succeeded, DWORD count) {
   return GetLastError() == ERROR_ACCESS_DENIED ? FailRunTime(EBADF) : FailWithLastError();
 }
 
+// Counts for which nothing is read or written. They are refused, or nothing is done, for
+// an open descriptor only; of any other the system tells when it is used.
+bool IsUsualCount(unsigned int count) {
+  return count > 0 && count <= kLargestCount;
+}
+
+int AnswerUnusual(int fd, unsigned int count) {
+  if (!IsOpen(fd)) {
+    return FailRunTime(EBADF);
+  }
+  return count == 0 ? 0 : FailRunTime(EINVAL);
+}
+
 }  // namespace
 
 int _open(const char* path, int flags, ...) {
@@ -101,17 +114,18 @@ int _close(int fd) {
 }
 
 int _read(int fd, void* buffer, unsigned int count) {
-  if (!IsOpen(fd)) return FailRunTime(EBADF);
-  if (count == 0) return 0;
-  if (count > kLargestCount) return FailRunTime(EINVAL);
+  if (!IsUsualCount(count)) {
+    return AnswerUnusual(fd, count);
+  }
   DWORD read = 0;
   const BOOL succeeded = ReadFile(HandleOf(fd), buffer, count, &read, nullptr);
   return Moved(succeeded, read);
 }
 
 int _write(int fd, const void* buffer, unsigned int count) {
-  if (!IsOpen(fd)) return FailRunTime(EBADF);
-  if (count > kLargestCount) return FailRunTime(EINVAL);
+  if (!IsUsualCount(count)) {
+    return AnswerUnusual(fd, count);
+  }
   DWORD written = 0;
   const BOOL succeeded = WriteFile(HandleOf(fd), buffer, count, &written, nullptr);
   return Moved(succeeded, written);

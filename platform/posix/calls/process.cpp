@@ -1,21 +1,23 @@
 // The own process: its times, memory and name.
 //
 // Not emulated: other processes (code 87), the access asked for, the time of
-// creation (0), modules other than the program, names that are not ASCII (a wide
-// character a byte), pool quotas (0), the highest use of the page file (the highest
-// that a call has seen stands for it).
+// creation (0), names that are not ASCII (a wide character a byte), pool quotas (0), the
+// highest use of the page file (the highest that a call has seen stands for it).
 
 #include <fcntl.h>
+#include <link.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <climits>
+#include <cstddef>
 #include <cstdlib>
 #include <fstream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <psapi.h>
 #include "platform/posix/state/posix_error.h"
@@ -24,6 +26,8 @@
 namespace posix {
 namespace {
 
+// The program's module is a number, since its address may be 0, that of a library is its
+// address.
 const HMODULE kProgram = reinterpret_cast<HMODULE>(ULONG_PTR{0x400000});
 
 bool IsOwnProcess(HANDLE handle) {
@@ -81,10 +85,31 @@ class Peak {
 Peak peakResident;
 Peak peakData;
 
+struct Module {
+  HMODULE handle;
+  std::string path;
+};
+
 std::string ProgramPath() {
   char path[PATH_MAX];
   const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
   return {path, static_cast<size_t>(std::max<ssize_t>(length, 0))};
+}
+
+// The system tells the program first, and without its name.
+std::vector<Module> Modules() {
+  std::vector<Module> modules;
+  const auto add = [](dl_phdr_info* found, size_t, void* result) {
+    auto& all = *static_cast<std::vector<Module>*>(result);
+    if (all.empty()) {
+      all.push_back({kProgram, ProgramPath()});
+    } else {
+      all.push_back({reinterpret_cast<HMODULE>(found->dlpi_addr), found->dlpi_name});
+    }
+    return 0;
+  };
+  dl_iterate_phdr(add, &modules);
+  return modules;
 }
 
 }  // namespace
@@ -153,19 +178,27 @@ BOOL GetProcessMemoryInfo(HANDLE process, PROCESS_MEMORY_COUNTERS* counters, DWO
 }
 
 BOOL EnumProcessModules(HANDLE process, HMODULE* modules, DWORD size, LPDWORD needed) {
-  if (!IsOwnProcess(process)) return Fail(ERROR_INVALID_HANDLE);
-  if (size >= sizeof(HMODULE)) *modules = kProgram;
-  *needed = sizeof(HMODULE);
+  if (!IsOwnProcess(process)) {
+    return Fail(ERROR_INVALID_HANDLE);
+  }
+  const std::vector<Module> all = Modules();
+  const size_t room = std::min<size_t>(size / sizeof(HMODULE), all.size());
+  std::transform(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(room), modules,
+                 [](const Module& module) { return module.handle; });
+  *needed = static_cast<DWORD>(all.size() * sizeof(HMODULE));
   return TRUE;
 }
 
 DWORD GetModuleBaseNameW(HANDLE process, HMODULE module, LPWSTR name, DWORD size) {
-  if (!IsOwnProcess(process) || (module != nullptr && module != kProgram)) {
+  const std::vector<Module> all = Modules();
+  const auto found = std::find_if(all.begin(), all.end(), [module](const Module& one) {
+    return one.handle == (module != nullptr ? module : kProgram);
+  });
+  if (!IsOwnProcess(process) || found == all.end()) {
     SetLastError(ERROR_INVALID_HANDLE);
     return 0;
   }
-  const std::string path = ProgramPath();
-  const std::string base = path.substr(path.find_last_of('/') + 1);
+  const std::string base = found->path.substr(found->path.find_last_of('/') + 1);
   const auto length = std::min<size_t>(base.size(), size);
   for (size_t i = 0; i < length; ++i) name[i] = static_cast<unsigned char>(base[i]);
   if (length < size) name[length] = L'\0';  // else there is none
