@@ -1,0 +1,7 @@
+#include "common/shell/Shell.h"
+
+#include <cstdlib>
+
+bool RunShell(const std::string& command) {
+  return std::system(command.c_str()) == 0;
+}
