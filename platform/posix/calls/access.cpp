@@ -23,9 +23,31 @@ constexpr int kMayWrite = 2;
 // The code of a name whose status cannot be had, 0 when it can.
 DWORD StatusOf(const char* name, Path& resolved, struct stat& status) {
   const DWORD code = Resolve(name, resolved);
-  if (code != ERROR_SUCCESS) return code;
-  if (stat(resolved.path.c_str(), &status) == 0) return ERROR_SUCCESS;
-  return CodeOfFailure(resolved.path);
+  if (code != ERROR_SUCCESS) {
+    return code;
+  }
+  if (stat(resolved.path.c_str(), &status) != 0) {
+    return CodeOfFailure(resolved.path);
+  }
+  const bool isFile = !S_ISDIR(status.st_mode);
+  return isFile && resolved.separatorAtEnd ? ERROR_PATH_NOT_FOUND : ERROR_SUCCESS;
+}
+
+bool IsReadOnly(const struct stat& status) {
+  return (AttributesOf(status) & FILE_ATTRIBUTE_READONLY) != 0;
+}
+
+// The run time takes neither a drive without a directory nor "dir\" for a name. It looks
+// at the name as written, but for blanks at the end.
+bool IsNameOfStatus(std::string_view name) {
+  name = name.substr(0, name.find_last_not_of(' ') + 1);
+  if (name.size() < 2) {
+    return true;
+  }
+  const char last = name.back();
+  const bool isDrive = name.size() == 2 && last == ':';
+  const bool endsInSeparator = last == '\\' || last == '/';
+  return !isDrive && (!endsInSeparator || name[name.size() - 2] == ':');
 }
 
 bool IsProgram(std::string_view path) {
@@ -37,10 +59,11 @@ bool IsProgram(std::string_view path) {
 }
 
 unsigned short ModeOf(const std::string& path, const struct stat& status) {
-  if (S_ISDIR(status.st_mode)) return static_cast<unsigned short>(_S_IFDIR | 0777);
-  const bool readOnly = (AttributesOf(status) & FILE_ATTRIBUTE_READONLY) != 0;
-  const int mode = (readOnly ? 0444 : 0666) | (IsProgram(path) ? 0111 : 0);
-  return static_cast<unsigned short>(_S_IFREG | mode);
+  const bool isDirectory = S_ISDIR(status.st_mode);
+  const int mode = (isDirectory ? _S_IFDIR : _S_IFREG) |
+                   (IsReadOnly(status) ? 0444 : 0666) |
+                   (isDirectory || IsProgram(path) ? 0111 : 0);
+  return static_cast<unsigned short>(mode);
 }
 
 }  // namespace
@@ -52,27 +75,20 @@ using namespace posix;
 int _access(const char* path, int mode) {
   Path resolved;
   struct stat status;
-  DWORD code = StatusOf(path, resolved, status);
-  if (code == ERROR_SUCCESS && resolved.separatorAtEnd && !S_ISDIR(status.st_mode)) {
-    code = ERROR_PATH_NOT_FOUND;
-  }
+  const DWORD code = StatusOf(path, resolved, status);
   if (code != ERROR_SUCCESS) {
     SetLastError(code);
     return FailRunTime(ErrnoFromCode(code));
   }
-  const bool refused = (mode & kMayWrite) != 0 && !S_ISDIR(status.st_mode) &&
-                       (AttributesOf(status) & FILE_ATTRIBUTE_READONLY) != 0;
-  return refused ? FailRunTime(EACCES) : 0;
+  const bool isRefused = (mode & kMayWrite) != 0 && IsReadOnly(status);
+  return isRefused ? FailRunTime(EACCES) : 0;
 }
 
 int _stat64i32(const char* path, struct _stat64i32* result) {
   Path resolved;
   struct stat status;
-  // Neither a drive without a directory nor "dir\" is a name here.
-  const std::string_view name = path == nullptr ? "" : path;
-  const bool onlyDrive = name.size() == 2 && name[1] == ':';
-  if (onlyDrive || StatusOf(path, resolved, status) != ERROR_SUCCESS ||
-      resolved.separatorAtEnd) {
+  if (!IsNameOfStatus(path == nullptr ? "" : path) ||
+      StatusOf(path, resolved, status) != ERROR_SUCCESS) {
     return FailRunTime(ENOENT);
   }
   const bool isDirectory = S_ISDIR(status.st_mode);

@@ -1,7 +1,7 @@
 // The current directory, the space of disks and unused names.
 //
 // Not emulated: current directories of drives other than Z: (asking for one fails),
-// quotas of users. The directory shows with its real letter case.
+// quotas of users.
 
 #include <sys/stat.h>
 #include <sys/statvfs.h>
@@ -15,6 +15,7 @@
 
 #include <direct.h>
 #include <io.h>
+#include "platform/posix/state/posix_current.h"
 #include "platform/posix/state/posix_error.h"
 #include "platform/posix/state/posix_path.h"
 
@@ -29,12 +30,19 @@ char* FailWith(int number) {
 }
 
 // The code of a name that is no directory, 0 when it is one.
-DWORD CheckDirectory(const std::string& path) {
+DWORD CheckDirectory(const Path& name) {
   struct stat status;
-  if (stat(path.c_str(), &status) != 0) {
-    return CodeOfFailure(path);
+  if (stat(name.path.c_str(), &status) != 0) {
+    return CodeOfFailure(name.path);
   }
-  return S_ISDIR(status.st_mode) ? ERROR_SUCCESS : ERROR_DIRECTORY;
+  if (S_ISDIR(status.st_mode)) {
+    return ERROR_SUCCESS;
+  }
+  return name.separatorAtEnd ? ERROR_INVALID_NAME : ERROR_DIRECTORY;
+}
+
+bool IsBlank(std::string_view name) {
+  return name.find_first_not_of(' ') == std::string_view::npos;
 }
 
 }  // namespace
@@ -43,9 +51,10 @@ DWORD CheckDirectory(const std::string& path) {
 using namespace posix;
 
 char* _getcwd(char* buffer, int size) {
-  const std::string directory = CurrentDirectory();
-  if (directory.empty()) return nullptr;
-  const std::string shown = Shown(directory);
+  const std::string shown = ShownCurrentDirectory();
+  if (shown.empty()) {
+    return nullptr;
+  }
   const auto room = static_cast<size_t>(size < 0 ? 0 : size);
   if (buffer == nullptr) {
     buffer = static_cast<char*>(std::malloc(std::max(room, shown.size() + 1)));
@@ -62,14 +71,21 @@ char* _getdcwd(int drive, char* buffer, int size) {
 }
 
 int _chdir(const char* path) {
-  Path resolved;
-  const bool isEmpty = path == nullptr || *path == '\0';
-  DWORD code = isEmpty ? ERROR_INVALID_NAME : Resolve(path, resolved);
-  if (code == ERROR_SUCCESS) code = CheckDirectory(resolved.path);
-  if (code == ERROR_SUCCESS && chdir(resolved.path.c_str()) != 0) {
-    code = CodeFromErrno(errno);
+  const std::string name = path == nullptr ? "" : path;
+  Path written;
+  DWORD code = IsBlank(name) ? ERROR_INVALID_NAME : Read(path, NameKind::kPlain, written);
+  if (code == ERROR_SUCCESS) {
+    const Path found = {Spelled(written.path), written.separatorAtEnd};
+    const bool tellsDrive = HasDrive(name) && (name[2] == '\\' || name[2] == '/');
+    const char drive = tellsDrive ? name[0] : '\0';
+    code = CheckDirectory(found);
+    if (code == ERROR_SUCCESS) {
+      code = ChangeDirectory(found.path, written.path, drive);
+    }
   }
-  if (code == ERROR_SUCCESS) return 0;
+  if (code == ERROR_SUCCESS) {
+    return 0;
+  }
   SetLastError(code);
   return FailRunTime(ErrnoFromCode(code));
 }
@@ -77,9 +93,13 @@ int _chdir(const char* path) {
 BOOL GetDiskFreeSpaceExA(LPCSTR directory, ULARGE_INTEGER* freeToCaller,
                          ULARGE_INTEGER* total, ULARGE_INTEGER* totalFree) {
   Path resolved;
-  DWORD code = Resolve(directory == nullptr ? "." : directory, resolved);
-  if (code == ERROR_SUCCESS) code = CheckDirectory(resolved.path);
-  if (code != ERROR_SUCCESS) return Fail(code);
+  DWORD code = Resolve(directory == nullptr ? "\\" : directory, resolved);
+  if (code == ERROR_SUCCESS) {
+    code = CheckDirectory(resolved);
+  }
+  if (code != ERROR_SUCCESS) {
+    return Fail(code);
+  }
   struct statvfs space;
   if (statvfs(resolved.path.c_str(), &space) != 0) return FailWithErrno();
   if (freeToCaller != nullptr) freeToCaller->QuadPart = space.f_bavail * space.f_frsize;

@@ -8,84 +8,89 @@
 
 #include "platform/posix/state/posix_path.h"
 
-#include <dirent.h>
-#include <fcntl.h>
-#include <strings.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
-#include <cstdlib>
-#include <memory>
 #include <string_view>
 #include <vector>
 
+#include "platform/posix/state/posix_current.h"
 #include "platform/posix/state/posix_error.h"
+#include "platform/posix/state/posix_spelling.h"
 
 namespace posix {
 namespace {
 
+constexpr std::string_view kSeparators = "\\/";
+constexpr std::string_view kWildcards = "*?";
+
 bool IsSeparator(char c) {
-  return c == '\\' || c == '/';
+  return kSeparators.find(c) != std::string_view::npos;
 }
 
 bool IsForbidden(char c) {
   return static_cast<unsigned char>(c) < 0x20 ||
-         std::string_view("<>\"|?*").find(c) != std::string_view::npos;
+         std::string_view("<>\"|").find(c) != std::string_view::npos;
 }
 
-// Any character before a colon is taken for a drive's letter.
-bool HasDrive(std::string_view name) {
-  return name.size() >= 2 && name[1] == ':';
+bool HasForbidden(std::string_view name, NameKind kind) {
+  const size_t last = name.find_last_of(kSeparators) + 1;  // npos + 1 is 0
+  const std::string_view plain = kind == NameKind::kPattern ? name.substr(0, last) : name;
+  return std::any_of(name.begin(), name.end(), IsForbidden) ||
+         plain.find_first_of(kWildcards) != std::string_view::npos;
 }
 
-// What an absent drive answers: its root is a missing path, a name in the root a
-// missing file.
-DWORD AbsentDriveCode(std::string_view behindDrive) {
-  while (!behindDrive.empty() && IsSeparator(behindDrive[0]))
-    behindDrive.remove_prefix(1);
-  const bool inRoot =
-      !behindDrive.empty() && behindDrive.find_first_of("\\/") == std::string_view::npos;
-  return inRoot ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND;
-}
+struct Components {
+  std::vector<std::string_view> names;
+  bool separatorAtEnd = false;
+};
 
-void AddComponent(std::vector<std::string_view>& components, std::string_view component,
-                  bool isLast) {
-  if (component.empty() || component == ".") return;
-  if (component == "..") {
-    if (!components.empty()) components.pop_back();
+void AddComponent(Components& components, std::string_view name, bool isFollowed) {
+  components.separatorAtEnd = isFollowed;
+  if (name == ".") {
     return;
   }
-  // Inside a name one dot at a component's end falls away; at the name's end all
-  // dots and blanks do.
-  if (isLast) {
-    component = component.substr(0, component.find_last_not_of(". ") + 1);
-  } else if (component.size() > 1 && component.back() == '.' &&
-             component[component.size() - 2] != '.') {
-    component.remove_suffix(1);
+  if (name == "..") {
+    if (!components.names.empty()) {
+      components.names.pop_back();
+    }
+    return;
   }
-  if (!component.empty()) components.push_back(component);
+  if (isFollowed && name.ends_with('.')) {
+    name.remove_suffix(1);
+  }
+  components.names.push_back(name);
 }
 
-std::vector<std::string_view> Components(std::string_view name) {
-  std::vector<std::string_view> components;
-  for (size_t start = 0; start <= name.size();) {
-    size_t end = name.find_first_of("\\/", start);
-    if (end == std::string_view::npos) end = name.size();
-    AddComponent(components, name.substr(start, end - start), end == name.size());
+// Dots and blanks at the end of a whole name fall away, and with them a component that
+// has nothing else: "a\ " is "a\".
+void TrimEnd(Components& components) {
+  if (components.separatorAtEnd || components.names.empty()) {
+    return;
+  }
+  std::string_view& last = components.names.back();
+  last = last.substr(0, last.find_last_not_of(". ") + 1);
+  if (last.empty()) {
+    components.names.pop_back();
+    components.separatorAtEnd = true;
+  }
+}
+
+Components Split(std::string_view name) {
+  Components components;
+  for (size_t start = 0; start < name.size();) {
+    const size_t end = std::min(name.find_first_of(kSeparators, start), name.size());
+    if (end > start) {
+      AddComponent(components, name.substr(start, end - start), end < name.size());
+    }
     start = end + 1;
   }
-  return components;
-}
-
-// The entry of `directory` that differs from `name` in letter case alone, or "".
-std::string FindWithoutCase(const std::string& directory, const std::string& name) {
-  const std::unique_ptr<DIR, int (*)(DIR*)> stream(opendir(directory.c_str()), closedir);
-  if (!stream) return "";
-  while (const dirent* entry = readdir(stream.get())) {
-    if (strcasecmp(entry->d_name, name.c_str()) == 0) return entry->d_name;
+  TrimEnd(components);
+  if (components.names.empty()) {
+    components.separatorAtEnd = false;  // the root's own
   }
-  return "";
+  return components;
 }
 
 std::string Join(const std::vector<std::string_view>& components) {
@@ -96,65 +101,100 @@ std::string Join(const std::vector<std::string_view>& components) {
   return path.empty() ? "/" : path;
 }
 
-std::string FindExisting(const std::vector<std::string_view>& components) {
-  std::string found;
-  bool missing = false;
-  for (const std::string_view component : components) {
-    found += '/';
-    std::string next(component);
-    if (!missing && !Exists(found + next)) {
-      const std::string other = FindWithoutCase(found, next);
-      missing = other.empty();
-      if (!missing) next = other;
-    }
-    found += next;
+// What an absent drive answers: its root is a missing path, a name in the root a
+// missing file.
+DWORD AbsentDriveCode(const Components& components) {
+  return components.names.size() == 1 ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND;
+}
+
+// A relative name with the current directory before it; "" when that cannot be told.
+std::string Absolute(std::string_view name) {
+  if (!name.empty() && IsSeparator(name[0])) {
+    return std::string(name);
   }
-  return found;
+  std::string whole = CurrentDirectory();
+  if (!whole.empty() && !name.empty()) {
+    (whole += '/') += name;
+  }
+  return whole;
 }
 
 }  // namespace
 
-DWORD Resolve(const char* name, Path& result) {
+bool HasDrive(std::string_view name) {
+  return name.size() >= 2 && name[1] == ':';
+}
+
+DWORD Read(const char* name, NameKind kind, Path& result) {
   std::string_view rest = name == nullptr ? "" : name;
-  for (const char c : rest) {
-    if (IsForbidden(c)) return ERROR_INVALID_NAME;
+  if (HasForbidden(rest, kind)) {
+    return ERROR_INVALID_NAME;
   }
-  if (rest.find_first_not_of(' ') == std::string_view::npos) return ERROR_PATH_NOT_FOUND;
-  if (rest.size() >= 2 && IsSeparator(rest[0]) && IsSeparator(rest[1])) {
+  const bool isOfNetwork =
+      rest.size() >= 2 && IsSeparator(rest[0]) && IsSeparator(rest[1]);
+  if (isOfNetwork || rest.find_first_not_of(' ') == std::string_view::npos) {
     return ERROR_PATH_NOT_FOUND;
   }
+  const bool isAbsent = HasDrive(rest) && (rest[0] | 0x20) != 'z';
   if (HasDrive(rest)) {
-    const bool absent = (rest[0] | 0x20) != 'z';
     rest.remove_prefix(2);
-    if (absent) return AbsentDriveCode(rest);
   }
-  std::string whole;
-  if (rest.empty() || !IsSeparator(rest[0])) {
-    whole = CurrentDirectory();
-    if (whole.empty()) return ERROR_PATH_NOT_FOUND;
-    whole += '/';
+  const std::string whole = isAbsent ? std::string(rest) : Absolute(rest);
+  const Components components = Split(whole);
+  // Of three dots before a separator two are left, which no name may be.
+  const auto& names = components.names;
+  if (std::find(names.begin(), names.end(), "..") != names.end()) {
+    return ERROR_INVALID_NAME;
   }
-  whole += rest;
-  const std::vector<std::string_view> components = Components(whole);
-  result.path = Join(components);
-  result.separatorAtEnd = IsSeparator(whole.back()) && !components.empty() &&
-                          (!rest.empty() && IsSeparator(rest.back()));
-  if (!Exists(result.path)) result.path = FindExisting(components);
-  return ERROR_SUCCESS;
+  if (isAbsent) {
+    return AbsentDriveCode(components);
+  }
+  result = {Join(names), components.separatorAtEnd};
+  return whole.empty() ? ERROR_PATH_NOT_FOUND : ERROR_SUCCESS;
+}
+
+// Callers' own calls tell what went wrong: errno stays as it was.
+DWORD Resolve(const char* name, Path& result) {
+  const int number = errno;
+  const DWORD code = Read(name, NameKind::kPlain, result);
+  if (code == ERROR_SUCCESS) {
+    result.path = Spelled(result.path);
+  }
+  errno = number;
+  return code;
+}
+
+std::string Spelled(const std::string& path) {
+  if (Exists(path) || errno == ENAMETOOLONG) {
+    return path;
+  }
+  // What exists as it is written comes before "/" and the first other component.
+  size_t end = path.rfind('/');
+  while (end > 0 && !Exists(path.substr(0, end))) {
+    end = path.rfind('/', end - 1);
+  }
+  std::string found = path.substr(0, end);
+  while (end < path.size()) {
+    const size_t next = std::min(path.find('/', end + 1), path.size());
+    const std::string name = path.substr(end + 1, next - end - 1);
+    found += '/';
+    const std::string spelling = FindSpelling(found, name);
+    if (spelling.empty()) {
+      return found + path.substr(end + 1);
+    }
+    found += Exists(found + name) ? name : spelling;
+    end = next;
+  }
+  return found;
 }
 
 std::string ReadAs(std::string_view path) {
-  return Join(Components(path));
+  return Join(Split(path).names);
 }
 
 bool Exists(const std::string& path) {
   struct stat status;
   return lstat(path.c_str(), &status) == 0;
-}
-
-std::string CurrentDirectory() {
-  const std::unique_ptr<char, void (*)(void*)> directory(getcwd(nullptr, 0), free);
-  return directory ? directory.get() : "";
 }
 
 std::string ParentOf(const std::string& path) {

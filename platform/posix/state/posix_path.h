@@ -10,16 +10,29 @@
 
 namespace posix {
 
-/// A resolved name: absolute, "/" separated, "." and ".." taken out as text.
+/// A name that has been read: absolute, "/" separated, "." and ".." taken out as text.
 struct Path {
   std::string path;
   bool separatorAtEnd = false;  // "dir\", which a file's name must not have
 };
 
-/// Resolves `name`; the result is an error code, 0 on success. Components that
-/// do not exist as written are looked up without regard to case; what does not
-/// exist at all stays as written, to be created or to fail.
+/// What a name may be beside a file's or directory's: one whose last component holds
+/// "*" and "?".
+enum class NameKind { kPlain, kPattern };
+
+/// Whether a name begins with a drive: any character and a colon.
+bool HasDrive(std::string_view name);
+
+/// Reads `name` without a look at what exists; the result is an error code, 0 on success.
+DWORD Read(const char* name, NameKind kind, Path& result);
+
+/// Reads `name` and finds what it means. An existing exact name comes first; a component
+/// that does not exist as written is looked up without regard to letter case; what does
+/// not exist at all stays as written, to be created or to fail.
 DWORD Resolve(const char* name, Path& result);
+
+/// The second half of Resolve: a path with the spelling of what exists.
+std::string Spelled(const std::string& path);
 
 /// An absolute path as Resolve reads it before it looks at what exists.
 std::string ReadAs(std::string_view path);
@@ -33,9 +46,6 @@ DWORD MissingCode(const std::string& path);
 
 /// The code for a call on a path that has failed with the present errno.
 DWORD CodeOfFailure(const std::string& path);
-
-/// The current directory; "" and errno when it cannot be told.
-std::string CurrentDirectory();
 
 /// The directory part of an absolute path, "/" for a name in the root.
 std::string ParentOf(const std::string& path);
