@@ -13,6 +13,8 @@
 #include <string>
 #include <vector>
 
+#include "common/child/ChildProcess.h"
+#include "common/shell/Shell.h"
 #include "common/temp/CurrentDirectory.h"
 #include "platform/PlatformTest.h"
 
@@ -145,15 +147,18 @@ TEST_F(DirectoryTest, EntriesTellTheirKind) {
 }
 
 TEST_F(DirectoryTest, LinksShowAsWhatTheyLeadTo) {
-  std::error_code error;
-  std::filesystem::create_symlink("a", Name("toFile"), error);
-  if (error) GTEST_SKIP() << "links cannot be made here: " << error.message();
-  std::filesystem::create_directory_symlink("d", Name("toDirectory"));
-  std::filesystem::create_symlink("missing", Name("toNothing"));
-  std::filesystem::create_symlink("loop", Name("loop"));
-  EXPECT_EQ(List(Below("*")).Sorted(), ". .. a d toDirectory toFile ");
+  ShellLinks links(dir_.Path());
+  if (!links.Make("a", "toFile") || !links.Make("d", "toDirectory") ||
+      !links.Make("toDirectory", "far")) {
+    GTEST_SKIP() << "links cannot be made here";
+  }
+  constexpr DWORD kDirectoryLink =
+      FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
+  EXPECT_EQ(List(Below("*")).Sorted(), ". .. a d far toDirectory toFile ");
   EXPECT_EQ(Attributes(Below("toFile")), DWORD{FILE_ATTRIBUTE_ARCHIVE});
-  EXPECT_EQ(Attributes(Below("toDirectory")), DWORD{FILE_ATTRIBUTE_DIRECTORY});
+  EXPECT_EQ(Attributes(Below("toDirectory")), kDirectoryLink);
+  EXPECT_EQ(Attributes(Below("far")), kDirectoryLink);
+  EXPECT_EQ(List(Below("far\\*")).Sorted(), ". .. x ");
 }
 
 TEST_F(DirectoryTest, SearchesDoNotMeet) {
@@ -244,6 +249,74 @@ TEST_F(DirectoryTest, CurrentDirectory) {
   EXPECT_STREQ(_getcwd(buffer, sizeof buffer), dir_.ShownPath().c_str());
   EXPECT_EQ(_chdir("/"), 0);
   EXPECT_STREQ(_getcwd(buffer, sizeof buffer), "Z:\\");
+}
+
+TEST_F(DirectoryTest, CurrentDirectoryStaysAsItWasWritten) {
+  const std::string shown = dir_.ShownPath();
+  const std::string lowerDrive = "z" + shown.substr(1);
+  const std::pair<std::string, std::string> cases[] = {
+      {Below("D"), shown + "\\D"},
+      {".", shown + "\\D"},
+      {"..\\d", shown + "\\d"},
+      {shown + "/\\D.", shown + "\\D"},
+      {lowerDrive + "\\d", lowerDrive + "\\d"},
+      {"..", lowerDrive},
+      {shown.substr(2), lowerDrive},
+      {"Z:D", lowerDrive + "\\D"},
+  };
+  for (const auto& [name, expected] : cases) {
+    char buffer[300] = {};
+    ASSERT_EQ(_chdir(name.c_str()), 0) << name;
+    EXPECT_STREQ(_getcwd(buffer, sizeof buffer), expected.c_str()) << name;
+  }
+  EXPECT_EQ(OpenCode("x"), 0u);
+  EXPECT_EQ(OpenCode("X"), 0u);
+}
+
+TEST_F(DirectoryTest, CurrentDirectoryThroughALink) {
+  std::filesystem::create_directory(Name("d/inner"));
+  ShellLinks links(dir_.Path());
+  if (!links.Make("d/inner", "link")) {
+    GTEST_SKIP() << "links cannot be made here";
+  }
+  char buffer[300] = {};
+  ASSERT_EQ(_chdir(Below("link").c_str()), 0);
+  EXPECT_STREQ(_getcwd(buffer, sizeof buffer), (dir_.ShownPath() + "\\link").c_str());
+  EXPECT_EQ(OpenCode("..\\a"), 0u) << "\"..\" goes by the text";
+  EXPECT_EQ(_chdir(".."), 0);
+  EXPECT_STREQ(_getcwd(buffer, sizeof buffer), dir_.ShownPath().c_str());
+}
+
+TEST_CHILD(tellOfCurrentDirectory) {
+  const auto tell = [] {
+    char buffer[300] = {};
+    ChildWriteLine(_getcwd(buffer, sizeof buffer) != nullptr ? buffer : "none");
+  };
+  if (_chdir(argv[1]) != 0) {
+    return 1;
+  }
+  tell();
+  ChildReadLine();
+  tell();
+  ChildWriteLine(std::to_string(OpenCode("f", GENERIC_WRITE, 0, CREATE_ALWAYS)) + " " +
+                 std::to_string(OpenCode(".", GENERIC_READ, kShareAll, OPEN_EXISTING,
+                                         FILE_FLAG_BACKUP_SEMANTICS)) +
+                 " " + std::to_string(_access("..\\a", 0)));
+  return GetDiskFreeSpaceExA(nullptr, nullptr, nullptr, nullptr) ? _chdir("..") : 2;
+}
+
+TEST_F(DirectoryTest, CurrentDirectoryThatWasRemoved) {
+  std::filesystem::create_directory(Name("gone"));
+  const std::string shown = dir_.ShownPath() + "\\gone";
+  ChildProcess child = ChildProcess::Start("tellOfCurrentDirectory", {shown});
+  ASSERT_EQ(child.ReadLine(), shown);
+  if (!RunShell("rmdir " + ShellName(Name("gone")))) {
+    GTEST_SKIP() << "current directories are not removed here";
+  }
+  child.WriteLine("go on");
+  EXPECT_EQ(child.ReadLine(), shown);
+  EXPECT_EQ(child.ReadLine(), "3 2 0");
+  EXPECT_EQ(child.Wait(), 0);
 }
 
 TEST_F(DirectoryTest, NoCurrentDirectory) {
@@ -362,6 +435,19 @@ TEST_F(DirectoryTest, Access) {
         << one.name;
     EXPECT_EQ(errno, one.number) << one.name;
   }
+}
+
+TEST_F(DirectoryTest, DirectoryWhereNobodyMayWrite) {
+  if (!RunShell("chmod 555 " + ShellName(Name("d")))) {
+    GTEST_SKIP() << "permissions are of another kind here";
+  }
+  struct _stat64i32 status = {};
+  EXPECT_EQ(_stat64i32(Name("d").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode, 0x416D);
+  EXPECT_EQ(_access(Name("d").c_str(), 4), 0);
+  errno = 0;
+  EXPECT_EQ(_access(Name("d").c_str(), 2), -1);
+  EXPECT_EQ(errno, EACCES);
 }
 
 TEST_F(DirectoryTest, Status) {

@@ -56,6 +56,7 @@ TEST(MessageTest, KnownCodes) {
       {ERROR_IO_DEVICE, "I/O device error."},
       {ERROR_NO_SUCH_USER, "No such user."},
       {ERROR_INVALID_USER_BUFFER, "Invalid user buffer."},
+      {ERROR_CANT_RESOLVE_FILENAME, "The filename cannot be resolved."},
   };
   SetLastError(kUntouched);
   for (const auto& message : messages) {

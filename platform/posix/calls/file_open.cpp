@@ -75,9 +75,9 @@ int OpenExisting(const Request& request) {
   return mayOnlyWrite ? OpenRetried(path, O_WRONLY | inherit, 0) : fd;
 }
 
-int OpenNew(const Request& request) {
+int OpenNew(const Request& request, int exclusive) {
   return OpenRetried(request.name.path.c_str(),
-                     O_RDWR | O_CREAT | O_EXCL | (request.inherit ? 0 : O_CLOEXEC),
+                     O_RDWR | O_CREAT | exclusive | (request.inherit ? 0 : O_CLOEXEC),
                      request.permissions);
 }
 
@@ -90,10 +90,12 @@ int OpenOrCreate(const Request& request, bool& existed) {
     const bool missing = fd < 0 && (!existed || errno == ENOENT);
     if (!missing || !request.MayCreate()) return fd;
     existed = false;
-    fd = OpenNew(request);
+    fd = OpenNew(request, O_EXCL);
     if (fd >= 0 || errno != EEXIST || request.disposition == CREATE_NEW) return fd;
   }
-  return fd;
+  // A link that leads nowhere: the file is made where it leads.
+  existed = true;
+  return OpenNew(request, 0);
 }
 
 DWORD DirectoryCode(const Request& request) {
@@ -102,14 +104,32 @@ DWORD DirectoryCode(const Request& request) {
   return request.disposition == CREATE_ALWAYS ? ERROR_FILE_EXISTS : ERROR_SUCCESS;
 }
 
-// What is wrong with the name before anything is opened.
-DWORD CheckName(const Request& request, bool& isDirectory) {
+// What a name leads to. Anything but a directory or a regular file is special: to open it
+// can mean to wait for somebody, or set a device going.
+enum class Kind { kNothing, kDirectory, kRegular, kSpecial };
+
+Kind KindOf(const std::string& path) {
   struct stat status;
-  const bool exists = stat(request.name.path.c_str(), &status) == 0;
-  isDirectory = exists && S_ISDIR(status.st_mode);
-  if (isDirectory) return DirectoryCode(request);
-  if (!request.name.separatorAtEnd) return ERROR_SUCCESS;
-  if (exists) return ERROR_INVALID_NAME;
+  if (stat(path.c_str(), &status) != 0) {
+    return Kind::kNothing;
+  }
+  if (S_ISDIR(status.st_mode)) {
+    return Kind::kDirectory;
+  }
+  return S_ISREG(status.st_mode) ? Kind::kRegular : Kind::kSpecial;
+}
+
+// What is wrong with the name before anything is opened.
+DWORD CheckName(const Request& request, Kind kind) {
+  if (kind == Kind::kDirectory) {
+    return DirectoryCode(request);
+  }
+  if (!request.name.separatorAtEnd) {
+    return ERROR_SUCCESS;
+  }
+  if (kind != Kind::kNothing) {
+    return request.disposition == CREATE_NEW ? ERROR_FILE_EXISTS : ERROR_INVALID_NAME;
+  }
   const DWORD code = MissingCode(request.name.path);
   return code == ERROR_FILE_NOT_FOUND && request.MayCreate() ? ERROR_INVALID_NAME : code;
 }
@@ -132,17 +152,28 @@ DWORD Complete(int fd, const Request& request, bool existed) {
   return failed ? CodeFromErrno(errno) : ERROR_SUCCESS;
 }
 
+// As OpenOrCreate. Backup semantics ask for no more than a status of what has no data of
+// its own: a special file is not opened for that.
+int OpenByKind(const Request& request, Kind kind, bool& existed) {
+  const char* path = request.name.path.c_str();
+  const int inherit = request.inherit ? 0 : O_CLOEXEC;
+  if (kind == Kind::kDirectory) {
+    return OpenRetried(path, O_RDONLY | O_DIRECTORY | inherit, 0);
+  }
+  const bool forStatus = (request.flags & FILE_FLAG_BACKUP_SEMANTICS) != 0;
+  if (kind == Kind::kSpecial && forStatus && request.disposition != CREATE_NEW) {
+    return OpenRetried(path, O_PATH | inherit, 0);
+  }
+  return OpenOrCreate(request, existed);
+}
+
 // The descriptor, or -1 with its code in `code`.
 int Open(const Request& request, DWORD& code) {
-  bool isDirectory = false;
-  code = CheckName(request, isDirectory);
+  const Kind kind = KindOf(request.name.path);
+  code = CheckName(request, kind);
   if (code != ERROR_SUCCESS) return -1;
   bool existed = true;
-  NewDescriptor fd(
-      isDirectory
-          ? OpenRetried(request.name.path.c_str(),
-                        O_RDONLY | O_DIRECTORY | (request.inherit ? 0 : O_CLOEXEC), 0)
-          : OpenOrCreate(request, existed));
+  NewDescriptor fd(OpenByKind(request, kind, existed));
   code = fd.Get() < 0 ? CodeOfFailure(request.name.path)
                       : Complete(fd.Get(), request, existed);
   if (code != ERROR_SUCCESS) return -1;

@@ -1,9 +1,9 @@
 // The status of open files.
 //
-// Not emulated: the hidden, system and other attributes, the time of creation (the
-// earlier of the last write and the last change stands for it), the number of the
-// volume (one for all). A directory has one link and size 0.
+// Not emulated: the hidden, system and other attributes, the number of the volume (one
+// for all). A directory has one link and size 0.
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -39,7 +39,12 @@ FILETIME FileTime(const timespec& time) {
   return Halves(Intervals(time));
 }
 
-FILETIME CreationTime(const struct stat& status) {
+FILETIME CreationTime(int fd, const struct stat& status) {
+  struct statx more = {};
+  if (statx(fd, "", AT_EMPTY_PATH, STATX_BTIME, &more) == 0 &&
+      (more.stx_mask & STATX_BTIME) != 0) {
+    return FileTime({more.stx_btime.tv_sec, static_cast<long>(more.stx_btime.tv_nsec)});
+  }
   return Halves(std::min(Intervals(status.st_mtim), Intervals(status.st_ctim)));
 }
 
@@ -55,7 +60,7 @@ BOOL GetFileInformationByHandle(HANDLE handle, BY_HANDLE_FILE_INFORMATION* infor
   const bool isDirectory = S_ISDIR(status.st_mode);
   const ULONGLONG size = isDirectory ? 0 : static_cast<ULONGLONG>(status.st_size);
   information->dwFileAttributes = AttributesOf(status);
-  information->ftCreationTime = CreationTime(status);
+  information->ftCreationTime = CreationTime(fd, status);
   information->ftLastAccessTime = FileTime(status.st_atim);
   information->ftLastWriteTime = FileTime(status.st_mtim);
   information->dwVolumeSerialNumber = kVolumeZ;

@@ -1,13 +1,13 @@
 // Listing directories.
 //
 // Not emulated: all that an entry has beside its name and its attributes directory,
-// hidden (a name that begins with a dot) and archive (any that is no directory): most
-// often the directory itself tells these, and a listing is several times faster than
-// with a look at every entry. Short names (neither given nor matched), patterns that
-// end in a dot and the old wildcards "<", ">" and "\"", reparse points (a link shows as
-// what it leads to, and not at all when that is nothing). Names of 260 bytes and more,
-// which some file systems have, are left out: there is no place for them. The order is
-// the directory's own. One search is used by one thread at a time.
+// hidden (a name that begins with a dot), archive (any that is no directory) and reparse
+// point (a link to a directory): most often the directory itself tells these, and a
+// listing is several times faster than with a look at every entry. Short names (neither
+// given nor matched) and the old wildcards "<", ">" and "\"". A link shows as what it
+// leads to, and as a file when that is nothing. Names of 260 bytes and more, which some
+// file systems have, are left out: there is no place for them. The order is the
+// directory's own. One search is used by one thread at a time.
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -114,11 +114,16 @@ bool IsListed(const Search& search, const char* name) {
 }
 
 DWORD Open(Search& search) {
-  search.fd = Retried(
-      [&] { return open(search.directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
-  if (search.fd >= 0) return ERROR_SUCCESS;
-  if (errno == ENOENT) return ERROR_PATH_NOT_FOUND;
-  return errno == ENOTDIR ? ERROR_INVALID_NAME : CodeFromErrno(errno);
+  const char* directory = search.directory.c_str();
+  search.fd =
+      Retried([&] { return open(directory, O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
+  if (search.fd >= 0) {
+    return ERROR_SUCCESS;
+  }
+  if (errno != ENOENT && errno != ENOTDIR) {
+    return CodeFromErrno(errno);
+  }
+  return Exists(search.directory) ? ERROR_INVALID_NAME : ERROR_PATH_NOT_FOUND;
 }
 
 // Reads on when all records have been told. A directory that has been removed has come
@@ -141,14 +146,23 @@ const dirent64& TakeRecord(Search& search) {
   return *record;
 }
 
-// Whether the entry, or what a link leads to, is a directory. False for `exists` when
-// that takes a look at it and nothing is there.
-bool IsDirectory(const Search& search, const dirent64& entry, bool& exists) {
-  exists = true;
-  if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN) return entry.d_type == DT_DIR;
+// Whether the entry, or what a link leads to, is a directory.
+bool IsDirectory(const Search& search, const dirent64& entry) {
+  if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN) {
+    return entry.d_type == DT_DIR;
+  }
   struct stat status;
-  exists = fstatat(search.fd, entry.d_name, &status, 0) == 0;
-  return exists && S_ISDIR(status.st_mode);
+  return fstatat(search.fd, entry.d_name, &status, 0) == 0 && S_ISDIR(status.st_mode);
+}
+
+DWORD AttributesOf(const Search& search, const dirent64& entry) {
+  const bool isHidden = entry.d_name[0] == '.' && !IsDotOrDots(entry.d_name);
+  const DWORD attributes = isHidden ? FILE_ATTRIBUTE_HIDDEN : 0;
+  if (!IsDirectory(search, entry)) {
+    return attributes | FILE_ATTRIBUTE_ARCHIVE;
+  }
+  return attributes | FILE_ATTRIBUTE_DIRECTORY |
+         (entry.d_type == DT_LNK ? FILE_ATTRIBUTE_REPARSE_POINT : 0);
 }
 
 constexpr size_t kNameSize = sizeof WIN32_FIND_DATAA::cFileName;
@@ -162,15 +176,6 @@ bool Fits(const dirent64& entry) {
   return RoomOf(entry) <= kNameSize || std::strlen(entry.d_name) < kNameSize;
 }
 
-// REQUIRES: the name fits.
-void Fill(const dirent64& entry, bool isDirectory, WIN32_FIND_DATAA& data) {
-  const bool isHidden = entry.d_name[0] == '.' && !IsDotOrDots(entry.d_name);
-  data.dwFileAttributes =
-      (isDirectory ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE) |
-      (isHidden ? FILE_ATTRIBUTE_HIDDEN : 0);
-  std::memcpy(data.cFileName, entry.d_name, std::min(RoomOf(entry), kNameSize));
-}
-
 // The next entry; 0, or the code with which the listing ends.
 DWORD Next(Search& search, WIN32_FIND_DATAA& data) {
   for (;;) {
@@ -178,28 +183,25 @@ DWORD Next(Search& search, WIN32_FIND_DATAA& data) {
     if (code != ERROR_SUCCESS) return code;
     const dirent64& entry = TakeRecord(search);
     if (!Fits(entry) || !IsListed(search, entry.d_name)) continue;
-    bool exists;
-    const bool isDirectory = IsDirectory(search, entry, exists);
-    if (!exists) continue;
-    Fill(entry, isDirectory, data);
+    data.dwFileAttributes = AttributesOf(search, entry);
+    std::memcpy(data.cFileName, entry.d_name, std::min(RoomOf(entry), kNameSize));
     return ERROR_SUCCESS;
   }
 }
 
-// Splits a name into the directory, resolved, and the pattern behind it.
-DWORD Split(const char* name, std::string& directory, std::string_view& pattern) {
-  pattern = name == nullptr ? "" : name;
-  if (pattern.empty()) return ERROR_PATH_NOT_FOUND;
-  const size_t end = pattern.find_last_of("\\/:");
-  std::string before;
-  if (end != std::string_view::npos) {
-    before = pattern.substr(0, end + 1);
-    pattern.remove_prefix(end + 1);
+// Splits a name into the directory, with its spelling, and the pattern behind it.
+DWORD Split(const char* name, std::string& directory, std::string& pattern) {
+  Path whole;
+  const DWORD code = Read(name, NameKind::kPattern, whole);
+  if (code != ERROR_SUCCESS) {
+    return code == ERROR_FILE_NOT_FOUND ? ERROR_PATH_NOT_FOUND : code;
   }
-  Path resolved;
-  const DWORD code = Resolve(before.empty() ? "." : before.c_str(), resolved);
-  directory = resolved.path;
-  return code == ERROR_FILE_NOT_FOUND ? ERROR_PATH_NOT_FOUND : code;
+  if (whole.separatorAtEnd || whole.path == "/") {
+    return ERROR_FILE_NOT_FOUND;
+  }
+  directory = Spelled(ParentOf(whole.path));
+  pattern = whole.path.substr(whole.path.rfind('/') + 1);
+  return ERROR_SUCCESS;
 }
 
 }  // namespace
@@ -209,10 +211,8 @@ using namespace posix;
 
 HANDLE FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data) {
   std::unique_ptr<Search> search(new Search);  // records stay as they are
-  std::string_view names;
-  DWORD code = Split(pattern, search->directory, names);
-  search->pattern = names;
-  search->takesAll = names == "*" || names == "*.*";
+  DWORD code = Split(pattern, search->directory, search->pattern);
+  search->takesAll = search->pattern == "*" || search->pattern == "*.*";
   if (code == ERROR_SUCCESS) code = Open(*search);
   if (code == ERROR_SUCCESS) code = Next(*search, *data);
   if (code == ERROR_SUCCESS) return Keep(std::move(search));

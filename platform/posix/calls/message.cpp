@@ -50,6 +50,7 @@ constexpr Message kMessages[] = {
     {1117, "I/O device error."},
     {1317, "No such user."},
     {1784, "Invalid user buffer."},
+    {1921, "The filename cannot be resolved."},
 };
 
 const char* TextOf(DWORD code) {

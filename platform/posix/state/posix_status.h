@@ -14,7 +14,8 @@ DWORD AttributesOf(const struct stat& status);
 /// 100-nanosecond intervals since 1601.
 FILETIME FileTime(const timespec& time);
 
-/// The time of creation shown for a file: its last change of any kind, at most.
-FILETIME CreationTime(const struct stat& status);
+/// The time at which an open file was made. Where the file system does not keep it, the
+/// earlier of the last write and the last change stands for it.
+FILETIME CreationTime(int fd, const struct stat& status);
 
 }  // namespace posix
