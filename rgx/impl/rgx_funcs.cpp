@@ -46,7 +46,8 @@ rgx_ReIterator ToIterator(const rgx_Found& found, const cow_String& subject) {
 
 // The replacement with its references replaced by texts of the match `named`.
 cow_String Expanded(const cow_String& replacement, const rgx_ReIterator& named) {
-  static const cow_String kReference("\\$([1-9]+|&|`|')");
+  // Never destroyed: a thread may still need it when the process ends.
+  static const cow_String& kReference = *new cow_String("\\$([1-9]+|&|`|')");
   cow_String text;
   Remainder rest(replacement);
   for (rgx_Found found = rgx_search(kReference, rest.Visible()); found.Matched();

@@ -1,6 +1,6 @@
 #include "thr/thr_initialize.h"
 
-#include "support/thr/thr_threadsAreGone.h"
+#include "thr/thr_threadsAreGone.h"
 #include "thr/thr_GlobalLock.h"
 #include "thr/thr_ThreadPool.h"
 

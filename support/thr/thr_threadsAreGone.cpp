@@ -1,4 +1,4 @@
-#include "support/thr/thr_threadsAreGone.h"
+#include "thr/thr_threadsAreGone.h"
 
 #include <windows.h>
 

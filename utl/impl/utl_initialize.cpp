@@ -24,6 +24,9 @@ namespace {
 // How many starts have no end yet. Not guarded against one end too many.
 int nesting = 0;
 
+// The order in which the libraries build on each other: each may include only those that
+// start before it. Except that cow includes nex, for its checked access.
+//
 // `count` is a copy of the client's counter: whatever steps the libraries take, the
 // client's own moves by one.
 void StartLibraries(int count) {

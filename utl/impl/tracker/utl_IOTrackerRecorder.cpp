@@ -5,7 +5,7 @@
 #include <system_error>
 #include <utility>
 
-#include "support/thr/thr_threadsAreGone.h"
+#include "thr/thr_threadsAreGone.h"
 #include "utl/utl_hostInfo.h"
 
 namespace {
