@@ -4,6 +4,6 @@
 void Check(bool isGood, const cow_String& file, const std::string& reason, int line) {
   if (!isGood) {
     const std::string place = line == 0 ? "" : ":" + std::to_string(line);
-    nex_TextException(file + place + ": " + reason).Throw("examples/job/Check", __LINE__);
+    nex_TextException(file + place + ": " + reason).Throw("examples/job/Check");
   }
 }

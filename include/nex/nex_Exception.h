@@ -9,7 +9,7 @@ class cls_WriteVisitor;
 /// which records where and raises a copy of the object as its own class:
 ///
 ///     constexpr char kSource[] = "utl/impl/utl_File";
-///     utl_FileExceptionSeek(code, path, operation).Throw(kSource, __LINE__);
+///     utl_FileExceptionSeek(code, path, operation).Throw(kSource);
 ///
 /// The order of the virtual functions is part of the interface.
 ///
@@ -36,9 +36,10 @@ class KSTUTL_EXPORT nex_Exception {
   /// nothing is written.
   virtual void DBWrite(const cls_WriteVisitor& visitor) const = 0;
 
-  /// Records the position and raises the exception through Propagate.
+  /// Records the position and raises the exception through Propagate. Without `line` it
+  /// is the line of the call.
   /// REQUIRES: `sourceFile` lives as long as the exception and its copies (a literal).
-  [[noreturn]] void Throw(const char* sourceFile, int line);
+  [[noreturn]] void Throw(const char* sourceFile, int line = __builtin_LINE());
 
   /// Where it was raised, kept by all copies; "" and 0 before.
   const char* SourceFile() const noexcept { return sourceFile_; }

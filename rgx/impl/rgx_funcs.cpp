@@ -98,8 +98,7 @@ cow_1DArrayList<cow_String> rgx_split(const cow_String& pattern,
   }
   for (; found.Matched(); found = search.In(rest.Visible())) {
     if (found.End() == 0) {
-      nex_TextException("rgx_split: pattern matches the empty string")
-          .Throw(kSource, __LINE__);
+      nex_TextException("rgx_split: pattern matches the empty string").Throw(kSource);
     }
     if (found.Start() > 0) {
       fields.Append(cow_String(rest.Text().substr(0, found.Start())));

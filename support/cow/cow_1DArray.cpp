@@ -7,5 +7,5 @@ void cow_ThrowIndexOutOfRange(int index, int length) {
   atr_translate text("index %1$s is outside an array of %2$s elements");
   atr_SubstituteFormat(text, 1, index);
   atr_SubstituteFormat(text, 2, length);
-  nex_AssertException(text.Result()).Throw("support/cow/cow_1DArray", __LINE__);
+  nex_AssertException(text.Result()).Throw("support/cow/cow_1DArray");
 }

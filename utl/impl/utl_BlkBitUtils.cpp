@@ -86,8 +86,7 @@ class MaskReader {
     const std::uint64_t end = word_ + count_;
     if (value_ != 0 && count_ != 0) {
       if (end > omi_BlkBitVect::kCells) {
-        nex_AssertException("word + count <= omi_BlkBitVect::kCells")
-            .Throw(kSource, __LINE__);
+        nex_AssertException("word + count <= omi_BlkBitVect::kCells").Throw(kSource);
       }
       for (std::uint64_t word = word_; word < end; ++word) {
         mask_.SetCell(word, value_);

@@ -36,7 +36,7 @@ const cow_String& Digits(const cow_String& name, const cow_String& value) {
   const std::string_view text = value;
   if (!std::all_of(text.begin(), text.end(),
                    [](unsigned char c) { return std::isdigit(c) != 0; })) {
-    utl_CmdLineArgFormatException(name, "integer").Throw(kSource, __LINE__);
+    utl_CmdLineArgFormatException(name, "integer").Throw(kSource);
   }
   return value;
 }
@@ -202,7 +202,7 @@ bool utl_CommandLine::Look(const cow_String& name, cow_String& value) const {
 cow_String utl_CommandLine::RequiredValue(const cow_String& name) const {
   cow_String value;
   if (!Look(name, value)) {
-    utl_MissingCmdLineArgException(name).Throw(kSource, __LINE__);
+    utl_MissingCmdLineArgException(name).Throw(kSource);
   }
   return value;
 }

@@ -70,7 +70,7 @@ std::uint64_t utl_DiskAttributes::GetFreeDiskSpace() const {
   ULARGE_INTEGER onDrive = {};
   if (!GetDiskFreeSpaceExA(path_.c_str(), &toCaller, &total, &onDrive)) {
     const DWORD code = GetLastError();
-    nex_TextException(FailureText(code, path_)).Throw(kSource, __LINE__);
+    nex_TextException(FailureText(code, path_)).Throw(kSource);
   }
   if (typ_DebugFlags::Level(kDebugFlag) >= kPrintingLevel) {
     PrintSpace(path_, onDrive.QuadPart, toCaller.QuadPart);

@@ -24,7 +24,7 @@ atr_String Translated(const char* text) {
 // The one way from a failed system call to its exception; `line` is the throw site's.
 template <class Exception>
 [[noreturn]] void Fail(const char* operation, DWORD code, const cow_String& path,
-                       int line) {
+                       int line = __builtin_LINE()) {
   Exception(static_cast<int>(code), path, Translated(operation)).Throw(kSource, line);
 }
 
@@ -55,9 +55,9 @@ HANDLE OpenExisting(const cow_String& path, DWORD access, DWORD shares, const ch
   }
   const DWORD code = GetLastError();
   if (code == ERROR_FILE_NOT_FOUND) {
-    utl_FileExceptionNoFile(path, Translated(where)).Throw(kSource, __LINE__);
+    utl_FileExceptionNoFile(path, Translated(where)).Throw(kSource);
   }
-  Fail<utl_FileExceptionOpen>(operation, code, path, __LINE__);
+  Fail<utl_FileExceptionOpen>(operation, code, path);
 }
 
 // The error number of a call that answers whether it succeeded; 0 for success.
@@ -105,7 +105,7 @@ utl_File::~utl_File() noexcept(false) {
   }
   const DWORD code = ErrorOf(CloseHandle(handle_));
   if (code != ERROR_SUCCESS && std::uncaught_exceptions() == 0) {
-    Fail<utl_FileExceptionClose>("CloseHandle", code, path_, __LINE__);
+    Fail<utl_FileExceptionClose>("CloseHandle", code, path_);
   }
 }
 
@@ -155,7 +155,7 @@ void* utl_File::OpenWrite(const cow_String& path) const {
   const DWORD code = GetLastError();
   thr_GlobalSingleton<utl_IOTracker_Container>::Instance();
   if (!handle.IsValid()) {
-    Fail<utl_FileExceptionOpen>("CreateFile in OpenWrite", code, path, __LINE__);
+    Fail<utl_FileExceptionOpen>("CreateFile in OpenWrite", code, path);
   }
   return handle.Release();
 }
@@ -163,7 +163,7 @@ void* utl_File::OpenWrite(const cow_String& path) const {
 void utl_File::Seek(const utl_FileOffset& offset) {
   const DWORD code = MoveTo(Handle(), offset);
   if (code != ERROR_SUCCESS) {
-    Fail<utl_FileExceptionSeek>("SetFilePointer", code, path_, __LINE__);
+    Fail<utl_FileExceptionSeek>("SetFilePointer", code, path_);
   }
 }
 
@@ -171,7 +171,7 @@ utl_FileOffset utl_File::Location() const {
   std::int64_t position = 0;
   const DWORD code = Move(Handle(), 0, FILE_CURRENT, position);
   if (code != ERROR_SUCCESS) {
-    Fail<utl_FileExceptionLocation>("SetFilePointer", code, path_, __LINE__);
+    Fail<utl_FileExceptionLocation>("SetFilePointer", code, path_);
   }
   return position;
 }
@@ -179,20 +179,20 @@ utl_FileOffset utl_File::Location() const {
 void utl_File::Flush() {
   if (access_ == utl_FileAccessRead) {
     utl_FileExceptionFlush(path_, Translated("attempt to flush a read-only file."))
-        .Throw(kSource, __LINE__);
+        .Throw(kSource);
   }
   if (!FlushFileBuffers(Handle())) {
-    Fail<utl_FileExceptionFlush>("FlushFileBuffers", GetLastError(), path_, __LINE__);
+    Fail<utl_FileExceptionFlush>("FlushFileBuffers", GetLastError(), path_);
   }
 }
 
 int utl_File::Read(char* buffer, int count) {
   if (count < 0) {
-    Fail<utl_FileExceptionRead>("ReadFile", ERROR_INVALID_PARAMETER, path_, __LINE__);
+    Fail<utl_FileExceptionRead>("ReadFile", ERROR_INVALID_PARAMETER, path_);
   }
   DWORD done = 0;
   if (!ReadFile(Handle(), buffer, static_cast<DWORD>(count), &done, nullptr)) {
-    Fail<utl_FileExceptionRead>("ReadFile", GetLastError(), path_, __LINE__);
+    Fail<utl_FileExceptionRead>("ReadFile", GetLastError(), path_);
   }
   return static_cast<int>(done);
 }
@@ -200,7 +200,7 @@ int utl_File::Read(char* buffer, int count) {
 int utl_File::Write(const char* buffer, int count) {
   const int written = WriteShortAllowed(buffer, count);
   if (written < count) {
-    utl_FileExceptionFull(path_).Throw(kSource, __LINE__);
+    utl_FileExceptionFull(path_).Throw(kSource);
   }
   return written;
 }
@@ -208,14 +208,14 @@ int utl_File::Write(const char* buffer, int count) {
 int utl_File::WriteShortAllowed(const char* buffer, int count) {
   if (access_ == utl_FileAccessRead) {
     utl_FileExceptionWrite(path_, Translated("attempt to write to a read-only file."))
-        .Throw(kSource, __LINE__);
+        .Throw(kSource);
   }
   if (count < 0) {
-    Fail<utl_FileExceptionWrite>("WriteFile", ERROR_INVALID_PARAMETER, path_, __LINE__);
+    Fail<utl_FileExceptionWrite>("WriteFile", ERROR_INVALID_PARAMETER, path_);
   }
   DWORD done = 0;
   if (!WriteFile(Handle(), buffer, static_cast<DWORD>(count), &done, nullptr)) {
-    Fail<utl_FileExceptionWrite>("WriteFile", GetLastError(), path_, __LINE__);
+    Fail<utl_FileExceptionWrite>("WriteFile", GetLastError(), path_);
   }
   return static_cast<int>(done);
 }
@@ -227,7 +227,7 @@ utl_FileOffset utl_File::FileSize() const {
   const DWORD low = GetFileSize(handle, &high);
   const DWORD code = low == INVALID_FILE_SIZE ? GetLastError() : ERROR_SUCCESS;
   if (code != ERROR_SUCCESS) {
-    Fail<utl_FileExceptionSize>("GetFileSize", code, path_, __LINE__);
+    Fail<utl_FileExceptionSize>("GetFileSize", code, path_);
   }
   return Joined(high, low);
 }
@@ -236,26 +236,27 @@ void utl_File::Extend(const utl_FileOffset& size) {
   if (access_ == utl_FileAccessRead) {
     nex_TextException(
         Translated("utl_File::Extend - attempt to extend a read-only file."))
-        .Throw(kSource, __LINE__);
+        .Throw(kSource);
   }
   HANDLE handle = Handle();
-  const auto check = [this](const char* operation, DWORD code, int line) {
+  const auto check = [this](const char* operation, DWORD code,
+                            int line = __builtin_LINE()) {
     if (code != ERROR_SUCCESS) {
       Fail<utl_FileExceptionExtend>(operation, code, path_, line);
     }
   };
   std::int64_t position = 0;
-  check("SetFilePointer 1", Move(handle, 0, FILE_CURRENT, position), __LINE__);
-  check("SetFilePointer 2", MoveTo(handle, size), __LINE__);
-  check("SetEndOfFile", ErrorOf(SetEndOfFile(handle)), __LINE__);
+  check("SetFilePointer 1", Move(handle, 0, FILE_CURRENT, position));
+  check("SetFilePointer 2", MoveTo(handle, size));
+  check("SetEndOfFile", ErrorOf(SetEndOfFile(handle)));
 
   // How many bytes are read and written is not checked: what cannot be read is zero.
   const std::int64_t tail = TailOf(size);
   char bytes[kTail] = {};
   DWORD done = 0;
-  check("SetFilePointer 3", MoveTo(handle, tail), __LINE__);
-  check("ReadFile", ErrorOf(ReadFile(handle, bytes, kTail, &done, nullptr)), __LINE__);
-  check("SetFilePointer 4", MoveTo(handle, tail), __LINE__);
-  check("WriteFile", ErrorOf(WriteFile(handle, bytes, kTail, &done, nullptr)), __LINE__);
-  check("SetFilePointer 5", MoveTo(handle, position), __LINE__);
+  check("SetFilePointer 3", MoveTo(handle, tail));
+  check("ReadFile", ErrorOf(ReadFile(handle, bytes, kTail, &done, nullptr)));
+  check("SetFilePointer 4", MoveTo(handle, tail));
+  check("WriteFile", ErrorOf(WriteFile(handle, bytes, kTail, &done, nullptr)));
+  check("SetFilePointer 5", MoveTo(handle, position));
 }

@@ -14,7 +14,7 @@ int utl_FileOffset::DiffAsInt32(utl_FileOffset other) const {
   std::int64_t d = 0;
   const bool overflow = __builtin_sub_overflow(bytes_, other.bytes_, &d);
   if (overflow || d < INT_MIN || d > INT_MAX) {
-    nex_AssertException("d >= INT_MIN && d <= INT_MAX").Throw(kSource, __LINE__);
+    nex_AssertException("d >= INT_MIN && d <= INT_MAX").Throw(kSource);
   }
   return static_cast<int>(d);
 }

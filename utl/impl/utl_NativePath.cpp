@@ -21,7 +21,7 @@ cow_String utl_fromNativePath(const std::filesystem::path& path) {
   if (!platform::NameOf(path, name)) {
     atr_translate text("*** Error: The library has no name for the file \"%1$s\".");
     atr_SubstituteFormat(text, 1, name.c_str());
-    nex_TextException(text.Result()).Throw(kSource, __LINE__);
+    nex_TextException(text.Result()).Throw(kSource);
   }
   return cow_String(name);
 }

@@ -33,7 +33,7 @@ utl_Stat::utl_Stat(const cow_String& name) {
   }
   error = omi_SystemErrorCode::FromLastError();
   if (error.Code() != ERROR_FILE_NOT_FOUND) {
-    nex_SystemErrorException(error).Throw(kSource, __LINE__);
+    nex_SystemErrorException(error).Throw(kSource);
   }
 }
 
@@ -42,7 +42,7 @@ utl_Stat::utl_Stat(int descriptor) {
   // NOLINTNEXTLINE(performance-no-int-to-ptr)
   const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(descriptor));
   if (handle == INVALID_HANDLE_VALUE) {
-    nex_SystemErrorException(omi_SystemErrorCode::FromErrno()).Throw(kSource, __LINE__);
+    nex_SystemErrorException(omi_SystemErrorCode::FromErrno()).Throw(kSource);
   }
   ReadFrom(handle);
 }
@@ -75,15 +75,14 @@ utl_Stat& utl_Stat::operator=(const utl_Stat& other) noexcept {
 
 void utl_Stat::ThrowIfFileNotFound() const {
   if (record == nullptr) {
-    nex_SystemErrorException(error).Throw(kSource, __LINE__);
+    nex_SystemErrorException(error).Throw(kSource);
   }
 }
 
 void utl_Stat::ReadFrom(void* handle) {
   BY_HANDLE_FILE_INFORMATION information = {};
   if (!GetFileInformationByHandle(handle, &information)) {
-    nex_SystemErrorException(omi_SystemErrorCode::FromLastError())
-        .Throw(kSource, __LINE__);
+    nex_SystemErrorException(omi_SystemErrorCode::FromLastError()).Throw(kSource);
   }
   isDirectory = (information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
   isNormal = (information.dwFileAttributes & FILE_ATTRIBUTE_NORMAL) != 0;

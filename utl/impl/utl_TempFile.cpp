@@ -51,7 +51,7 @@ cow_String Directory() {
 
 cow_String UnusedPath(const cow_String& directory) {
   std::string path = std::string(directory) + kTemplate;
-  if (_mktemp(path.data()) == nullptr) utl_TempFileCantExc().Throw(kSource, __LINE__);
+  if (_mktemp(path.data()) == nullptr) utl_TempFileCantExc().Throw(kSource);
   return cow_String(path);
 }
 
@@ -109,7 +109,7 @@ const cow_String& utl_TempFile::Name() const {
 void utl_TempFile::MakeName() const {
   if (named_) return;
   const cow_String directory = Directory();
-  if (directory.IsEmpty()) utl_TempFileCantExc().Throw(kSource, __LINE__);
+  if (directory.IsEmpty()) utl_TempFileCantExc().Throw(kSource);
   utl_DiskAttributes disk(utl_DirPathUtils::TrimSeparator(directory));
   const std::uint64_t space = disk.GetFreeDiskSpace();
   name_ = WithSuffix(UnusedPath(directory), name_);
@@ -124,5 +124,5 @@ void utl_TempFile::Keep(int descriptor) {
 
 void utl_TempFile::ThrowCannotOpen(int error) const {
   const omi_SystemErrorCode code(omi_SystemErrorCode::kRunTime, error);
-  utl_TempFileOpenExc(name_, cow_String(code.Text())).Throw(kSource, __LINE__);
+  utl_TempFileOpenExc(name_, cow_String(code.Text())).Throw(kSource);
 }

@@ -17,7 +17,7 @@ constexpr char kSource[] = "utl/impl/utl_base64";
 
 constexpr std::size_t kLineBytes = 57;  // 76 characters
 
-[[noreturn]] void Fail(const char* message, int line) {
+[[noreturn]] void Fail(const char* message, int line = __builtin_LINE()) {
   utl_Base64CodecError(atr_translate(message).Result()).Throw(kSource, line);
 }
 
@@ -68,7 +68,7 @@ class Decoder {
     switch (meaning) {
       case kBase64End:
         if (index_ % 4 != 0) {
-          Fail("padding error", __LINE__);
+          Fail("padding error");
         }
         return false;
       case kBase64Padding:
@@ -76,7 +76,7 @@ class Decoder {
         return false;
       case kBase64Invalid:
         if (strict_) {
-          Fail("strict checking failure", __LINE__);
+          Fail("strict checking failure");
         }
         break;
       default:
@@ -108,7 +108,7 @@ class Decoder {
   void TakePadding() {
     const std::size_t place = index_ % 4;
     if (place < 2 || (place == 2 && text_[index_ + 1] != '=')) {
-      Fail("padding error", __LINE__);
+      Fail("padding error");
     }
     Produce(place - 1);
   }
@@ -173,7 +173,7 @@ cow_String utl_Base64Codec::Encode(const cow_String& data, bool lineBreaks) cons
     block.reset(static_cast<char*>(allocate_(length + 1)));
   }
   if (!block) {
-    Fail("memory allocation failure", __LINE__);
+    Fail("memory allocation failure");
   }
   const auto* bytes = reinterpret_cast<const unsigned char*>(data.c_str());
   char* text = block.get();
@@ -196,7 +196,7 @@ cow_String utl_Base64Codec::Decode(cow_String& text, bool strict) const {
   const std::size_t size = (static_cast<std::size_t>(text.Length()) / 4 + 1) * 3;
   Block block(static_cast<char*>(allocate_(size)));
   if (!block) {
-    Fail("malloc failure", __LINE__);
+    Fail("malloc failure");
   }
   text.Trim("\n");
   Decoder decoder(text, strict, block.get());

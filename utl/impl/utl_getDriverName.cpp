@@ -9,7 +9,7 @@ cow_String utl_getDriverName() {
   const char* command = std::getenv("KES_COMMAND");
   if (command == nullptr) {
     nex_TextException(atr_translate("Failed to determine driver name").Result())
-        .Throw("utl/impl/utl_getDriverName", __LINE__);
+        .Throw("utl/impl/utl_getDriverName");
   }
   const cow_String name = utl_FilePath(command, "").Portable().BaseName();
   return name == "launcher" ? cow_String("kst") : name;

@@ -159,6 +159,37 @@ TEST(NexExceptionTest, CopyOfTheLibrarysOwnClassKeepsTheClass) {
             typeid(nex_AssertException));
 }
 
+// What raises for others, as the library's sources have it.
+template <class Class>
+[[noreturn]] void Fail(const char* text, int line = __builtin_LINE()) {
+  Class(text).Throw(kSource, line);
+}
+
+TEST(NexExceptionTest, WithoutALineThatOfTheCallIsRecorded) {
+  int line = 0;
+  const auto raise = [](int caller = __builtin_LINE()) {
+    nex_TextException("text").Throw(kSource, caller);
+  };
+  try {
+    line = __LINE__ + 1;
+    nex_TextException("text").Throw(kSource);
+  } catch (const nex_Exception& caught) {
+    EXPECT_EQ(caught.SourceLine(), line);
+  }
+  try {
+    line = __LINE__ + 1;
+    Fail<MemberException>("text");
+  } catch (const nex_Exception& caught) {
+    EXPECT_EQ(caught.SourceLine(), line);
+  }
+  try {
+    line = __LINE__ + 1;
+    raise();
+  } catch (const nex_Exception& caught) {
+    EXPECT_EQ(caught.SourceLine(), line);
+  }
+}
+
 TEST(NexExceptionTest, TypeNumbers) {
   EXPECT_EQ(nex_TextException("t").DynTypeId(), 1u);
   EXPECT_EQ(nex_AssertException("t").DynTypeId(), 3u);
