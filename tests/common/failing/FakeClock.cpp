@@ -1,7 +1,8 @@
 #include "common/failing/FakeClock.h"
 
+#include <time.h>
+
 #include <atomic>
-#include <ctime>
 
 namespace {
 
@@ -31,8 +32,8 @@ Clock::time_point Clock::now() noexcept {
   if (standsStill) {
     return shown;
   }
-  std::timespec time = {};
-  clock_gettime(CLOCK_MONOTONIC, &time);
-  return time_point(std::chrono::seconds(time.tv_sec) +
-                    std::chrono::nanoseconds(time.tv_nsec));
+  timespec read = {};
+  clock_gettime(CLOCK_MONOTONIC, &read);
+  return time_point(std::chrono::seconds(read.tv_sec) +
+                    std::chrono::nanoseconds(read.tv_nsec));
 }
