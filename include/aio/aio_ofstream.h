@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "aio/aio_ostream.h"
@@ -15,6 +16,9 @@
 ///     out.write("mass 3.\n", 8);
 ///     out.close();
 ///     if (!out.good()) { ... }
+///
+/// The stream belongs to the process that opened it. In a child of `fork` what it holds
+/// back is dropped, and handing bytes on fails: the parent's bytes get into the file once.
 ///
 /// Threads: used by one thread at a time.
 class KSTUTL_EXPORT aio_ofstream final : public aio_ostream {
@@ -39,8 +43,11 @@ class KSTUTL_EXPORT aio_ofstream final : public aio_ostream {
 
   bool is_open() const { return descriptor_ >= 0; }
 
+  // The rest is implementation.
+
  private:
   std::string held_;
+  std::uint32_t process_;  // that opened it
   int descriptor_;
   bool good_;
 };

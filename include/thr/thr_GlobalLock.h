@@ -10,7 +10,9 @@
 ///
 /// Whoever holds a singleton's mutex may take this lock; whoever holds this lock takes
 /// no other. It is made by `thr_initialize`, or by the first use if that comes earlier,
-/// and never destroyed: clean-ups of threads that outlive the library still need it.
+/// and never destroyed: clean-ups of threads that outlive the library still need it. A
+/// child of `fork` has a new one: a thread that the child does not have may hold the
+/// parent's.
 ///
 ///     std::lock_guard guard(thr_GlobalLock::Instance());
 ///
@@ -19,6 +21,6 @@ class KSTUTL_EXPORT thr_GlobalLock {
  public:
   thr_GlobalLock() = delete;
 
-  /// The lock; the same object for every module of the process.
+  /// The lock; the same object for every module and every thread of the process.
   static thr_Mutex& Instance();
 };

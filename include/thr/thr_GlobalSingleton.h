@@ -3,8 +3,10 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <mutex>
 
+#include "thr/thr_currentProcess.h"
 #include "thr/thr_GlobalLock.h"
 #include "thr/thr_Mutex.h"
 
@@ -39,21 +41,29 @@ class thr_GlobalSingleton {
   /// Destroys the object under `Mutex`, then the mutex itself under `thr_GlobalLock`;
   /// `Look` finds the object until its destructor has ended. Nothing happens when there
   /// is neither. A later `Instance` creates both anew.
+  /// An object that came into this process by `fork` is the parent's: it and the mutex
+  /// are left as they are, without waiting, and only forgotten (see thr_currentProcess).
   /// REQUIRES: no other thread uses the object or the mutex any more.
   static void Destroy();
 
+  // The rest is implementation.
+
  private:
+  static void Forget();
+
   static std::atomic<T*> object_;
   static std::atomic<thr_Mutex*> mutex_;
+  static std::uint32_t process_;  // the object's
 };
-
-// Implementation.
 
 template <class T>
 std::atomic<T*> thr_GlobalSingleton<T>::object_{nullptr};
 
 template <class T>
 std::atomic<thr_Mutex*> thr_GlobalSingleton<T>::mutex_{nullptr};
+
+template <class T>
+std::uint32_t thr_GlobalSingleton<T>::process_ = 0;
 
 template <class T>
 T* thr_GlobalSingleton<T>::Look() {
@@ -70,6 +80,7 @@ T& thr_GlobalSingleton<T>::Instance() {
     return *object;
   }
   T* const made = new T;
+  process_ = thr_currentProcess();
   object_.store(made, std::memory_order_release);
   return *made;
 }
@@ -92,6 +103,10 @@ void thr_GlobalSingleton<T>::Destroy() {
   if (mutex == nullptr) {
     return;
   }
+  if (Look() != nullptr && process_ != thr_currentProcess()) {
+    Forget();
+    return;
+  }
   mutex->lock();
   delete object_.load(std::memory_order_relaxed);
   object_.store(nullptr, std::memory_order_release);
@@ -99,4 +114,14 @@ void thr_GlobalSingleton<T>::Destroy() {
   mutex->unlock();
   delete mutex;
   mutex_.store(nullptr, std::memory_order_release);
+}
+
+template <class T>
+void thr_GlobalSingleton<T>::Forget() {
+  // Tools that look for leaks find them here.
+  static struct {
+    T* object;
+    thr_Mutex* mutex;
+  } kept;
+  kept = {object_.exchange(nullptr), mutex_.exchange(nullptr)};
 }

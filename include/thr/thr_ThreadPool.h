@@ -37,6 +37,10 @@ class KSTUTL_EXPORT thr_Task {
 /// A process that ends without `thr_finalize` leaves the pool as it is: its threads end
 /// with the process, wherever they are, and nothing waits for them.
 ///
+/// A child of `fork` has none of the pool's threads. `thr_finalize` forgets the pool in
+/// it without waiting; from then on the child may have a pool of its own. REQUIRES in
+/// such a child: `AddThreads` and `RunTask` are not called before that.
+///
 /// Threads: any.
 class KSTUTL_EXPORT thr_ThreadPool {
  public:
@@ -58,6 +62,8 @@ class KSTUTL_EXPORT thr_ThreadPool {
   /// for `AddThreads`. The task is destroyed on the pool's thread when it has run.
   /// REQUIRES: `task` is not null.
   void RunTask(std::unique_ptr<thr_Task> task);
+
+  // The rest is implementation.
 
  private:
   void Work();

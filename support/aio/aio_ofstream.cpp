@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "thr/thr_currentProcess.h"
+
 namespace {
 
 constexpr std::size_t kHeld = 65536;
@@ -21,7 +23,9 @@ int Create(const char* path) {
 }  // namespace
 
 aio_ofstream::aio_ofstream(const char* path)
-    : descriptor_(Create(path)), good_(descriptor_ >= 0) {}
+    : process_(thr_currentProcess()),
+      descriptor_(Create(path)),
+      good_(descriptor_ >= 0) {}
 
 aio_ofstream::~aio_ofstream() {
   close();
@@ -41,6 +45,9 @@ void aio_ofstream::write(const char* data, int length) {
 }
 
 void aio_ofstream::flush() {
+  if (!held_.empty() && process_ != thr_currentProcess()) {
+    good_ = false;
+  }
   const char* data = held_.data();
   for (std::size_t left = held_.size(); good_ && left > 0;) {
     const auto piece = static_cast<unsigned>(std::min(left, kMaxWrite));

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "common/child/ProcessCopy.h"
 #include "platform/PlatformTest.h"
 
 class TextStreamTest : public PlatformTest {
@@ -100,4 +101,21 @@ TEST_F(TextStreamTest, WritesToAFullDeviceFail) {
   EXPECT_NE(std::fflush(stream), 0);
   EXPECT_NE(std::ferror(stream), 0);
   std::fclose(stream);
+}
+
+using TextStreamCopyTest = ProcessCopyTest<TextStreamTest>;
+
+// By flushing and closing it, and at its exit.
+TEST_F(TextStreamCopyTest, CopyOfTheProcessWritesNothingThatWasHeldBack) {
+  FILE* const stream = Create("new");
+  ASSERT_NE(stream, nullptr);
+  std::fputs("once", stream);
+  ExpectInCopy([&] {
+    std::fputs("never", stream);
+    return std::fflush(stream) == 0 && std::fclose(stream) == 0;
+  });
+  ExpectInCopy([] { return true; });
+  std::fputs(" more", stream);
+  EXPECT_EQ(std::fclose(stream), 0);
+  EXPECT_EQ(ReadWholeFile(Name("new")), "once more");
 }

@@ -1,11 +1,16 @@
-// The own process: its times, memory and name.
+// The own process: its number, times, memory and name.
+//
+// The number is kept, since the library asks for it often; a child of fork() asks the
+// system again.
 //
 // Not emulated: other processes (code 87), the access asked for, the time of
 // creation (0), names that are not ASCII (a wide character a byte), pool quotas (0), the
-// highest use of the page file (the highest that a call has seen stands for it).
+// highest use of the page file (the highest that a call has seen stands for it). A child
+// made past the C library's fork() has its parent's number.
 
 #include <fcntl.h>
 #include <link.h>
+#include <pthread.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -29,6 +34,9 @@ namespace {
 // The program's module is a number, since its address may be 0, that of a library is its
 // address.
 const HMODULE kProgram = reinterpret_cast<HMODULE>(ULONG_PTR{0x400000});
+
+std::atomic<DWORD> processId = 0;  // 0 until it is asked for
+const bool kToldOfForks = pthread_atfork(nullptr, nullptr, [] { processId = 0; }) == 0;
 
 bool IsOwnProcess(HANDLE handle) {
   return handle == GetCurrentProcess() || IsProcess(DescriptorOf(handle));
@@ -122,7 +130,15 @@ HANDLE GetCurrentProcess() {
 }
 
 DWORD GetCurrentProcessId() {
-  return static_cast<DWORD>(getpid());
+  const DWORD known = processId.load(std::memory_order_relaxed);
+  if (known != 0) {
+    return known;
+  }
+  const auto asked = static_cast<DWORD>(getpid());
+  if (kToldOfForks) {
+    processId.store(asked, std::memory_order_relaxed);
+  }
+  return asked;
 }
 
 // A descriptor stands behind the handle, so that it is closed as any other.

@@ -1,6 +1,9 @@
 // The C run time's streams on files, over its descriptor calls, so that names are
 // those of the Windows calls and the file of a closed stream is known to be closed.
 //
+// What a stream holds back is its process's: a child of fork() has a copy, which its exit
+// would write a second time. So a stream writes in the process alone that opened it.
+//
 // Not emulated: every mode but "w" and "a" (code EINVAL); text mode's line ends, which
 // pass as they are; share modes but for the one that denies nothing; a stream's
 // descriptor, and fseek.
@@ -8,17 +11,20 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <memory>
 
 #include <io.h>
 #include <share.h>
+#include <windows.h>
 
 namespace {
 
 constexpr int kForEverybody = 0666;  // less the umask
 
-int DescriptorIn(void* cookie) {
-  return static_cast<int>(reinterpret_cast<std::intptr_t>(cookie));
-}
+struct OpenStream {
+  int fd;
+  DWORD process;
+};
 
 // 0 for a mode that is not emulated.
 int FlagsOf(const char* mode) {
@@ -28,11 +34,15 @@ int FlagsOf(const char* mode) {
 
 // In pieces, of which a call may take a part. What is left out is the failure.
 ssize_t WriteStream(void* cookie, const char* buffer, size_t size) {
+  const auto* const stream = static_cast<const OpenStream*>(cookie);
+  if (stream->process != GetCurrentProcessId()) {
+    return static_cast<ssize_t>(size);
+  }
   constexpr size_t kPiece = size_t{1} << 30;
   size_t done = 0;
   while (done < size) {
     const auto piece = static_cast<unsigned int>(std::min(size - done, kPiece));
-    const int written = _write(DescriptorIn(cookie), buffer + done, piece);
+    const int written = _write(stream->fd, buffer + done, piece);
     if (written <= 0) break;
     done += static_cast<size_t>(written);
   }
@@ -40,7 +50,8 @@ ssize_t WriteStream(void* cookie, const char* buffer, size_t size) {
 }
 
 int CloseStream(void* cookie) {
-  return _close(DescriptorIn(cookie));
+  const std::unique_ptr<OpenStream> stream(static_cast<OpenStream*>(cookie));
+  return _close(stream->fd);
 }
 
 }  // namespace
@@ -51,11 +62,17 @@ FILE* _fsopen(const char* path, const char* mode, int share) {
     errno = EINVAL;
     return nullptr;
   }
-  const int fd = _open(path, _O_WRONLY | _O_CREAT | flags | _O_TEXT, kForEverybody);
-  if (fd < 0) return nullptr;
-  void* const cookie = reinterpret_cast<void*>(std::intptr_t{fd});
+  auto opened = std::make_unique<OpenStream>(OpenStream{-1, GetCurrentProcessId()});
+  opened->fd = _open(path, _O_WRONLY | _O_CREAT | flags | _O_TEXT, kForEverybody);
+  if (opened->fd < 0) {
+    return nullptr;
+  }
   FILE* const stream =
-      fopencookie(cookie, mode, {nullptr, WriteStream, nullptr, CloseStream});
-  if (stream == nullptr) _close(fd);
+      fopencookie(opened.get(), mode, {nullptr, WriteStream, nullptr, CloseStream});
+  if (stream == nullptr) {
+    _close(opened->fd);
+  } else {
+    opened.release();
+  }
   return stream;
 }

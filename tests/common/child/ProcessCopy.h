@@ -1,0 +1,32 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+/// Whether a process can be copied and the copy go on without a program of its own, as
+/// `fork` makes it. Windows can only start programs.
+bool ProcessesCanBeCopied();
+
+/// Copies this process with the calling thread alone and runs `work` in the copy, which
+/// then calls `exit` with the result. Waits for it; the exit code. A copy that has not
+/// ended after a minute is killed: 128 and the signal's number.
+/// REQUIRES: processes can be copied.
+int RunInProcessCopy(const std::function<int()>& work);
+
+/// A test of what holds in a copy; skipped where there is none.
+template <class Base = testing::Test>
+class ProcessCopyTest : public Base {
+ protected:
+  void SetUp() override {
+    if (!ProcessesCanBeCopied()) {
+      GTEST_SKIP() << "no process goes on without a program of its own here";
+    }
+    Base::SetUp();
+  }
+
+  /// `work`, in a copy, must give true. What fails in it by EXPECT_... is only printed.
+  static void ExpectInCopy(const std::function<bool()>& work) {
+    EXPECT_EQ(RunInProcessCopy([&] { return work() ? 0 : 1; }), 0);
+  }
+};

@@ -1,0 +1,35 @@
+#include "common/child/ProcessCopy.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <stdexcept>
+
+bool ProcessesCanBeCopied() {
+  return true;
+}
+
+int RunInProcessCopy(const std::function<int()>& work) {
+  constexpr unsigned kLongestLife = 60;  // seconds
+  // Not all streams: those of the code under test are to be copied as they are.
+  std::fflush(stdout);
+  std::fflush(stderr);
+  const pid_t copy = fork();
+  if (copy < 0) {
+    throw std::runtime_error("the process cannot be copied");
+  }
+  if (copy == 0) {
+    alarm(kLongestLife);
+    std::exit(work());
+  }
+  int status = 0;
+  while (waitpid(copy, &status, 0) < 0) {
+    if (errno != EINTR) {
+      throw std::runtime_error("cannot wait for the process's copy");
+    }
+  }
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}

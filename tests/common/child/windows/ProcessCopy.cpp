@@ -1,0 +1,11 @@
+#include "common/child/ProcessCopy.h"
+
+#include <stdexcept>
+
+bool ProcessesCanBeCopied() {
+  return false;
+}
+
+int RunInProcessCopy(const std::function<int()>& /*work*/) {
+  throw std::runtime_error("the process cannot be copied");
+}
