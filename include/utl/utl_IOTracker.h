@@ -47,7 +47,7 @@ struct utl_IOTrackerRecord {
 /// Files are kept in two tables of the same form: table C holds files reached through
 /// descriptors or C streams, under the key of their descriptor or address; table U files
 /// reached through numbered units, under the unit's number. Of a path the first 1023
-/// characters count, and null is the path "". `bytes` and `seconds` that are negative or
+/// characters count, and null is the path "". `bytes` and `seconds` that are negative, infinite or
 /// not a number count as 0, and a count that has reached its type's limit stays there.
 ///
 /// The order of the virtual functions is part of the interface.

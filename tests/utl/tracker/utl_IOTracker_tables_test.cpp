@@ -143,10 +143,24 @@ TEST_P(IOTrackerTableTest, NegativeAndMissingNumbersCountAsZero) {
   EXPECT_EQ(Quantities(Increments(7)), (Numbers{5, 0, 0, 5, 0, 0}));
 }
 
-TEST_P(IOTrackerTableTest, EndlessTimeStays) {
+TEST_P(IOTrackerTableTest, InfiniteTimeCountsAsZero) {
   Start();
-  Write(7, 0, kInfinity);
-  Write(7, 0, 1);
+  Open(7, "a");
+  for (const double seconds : {kInfinity, 0.5, kInfinity}) {
+    Write(7, kMegabyte, seconds);
+    Read(7, kMegabyte, seconds);
+  }
+  EXPECT_EQ(Quantities(Totals(7)), (Numbers{3, 3, 0.5, 3, 3, 0.5}));
+  EXPECT_EQ(Quantities(Increments(7)), (Numbers{3, 3, 0.5, 3, 3, 0.5}));
+}
+
+// Only a single number must be finite.
+TEST_P(utl_IOTrackerTableTest, SumOfTimesMayBecomeInfinite) {
+  constexpr double kMost = std::numeric_limits<double>::max();
+  Start();
+  Write(7, 0, kMost);
+  EXPECT_EQ(Totals(7).writeTime, kMost);
+  Write(7, 0, kMost);
   EXPECT_EQ(Totals(7).writeTime, kInfinity);
 }
 

@@ -1,8 +1,10 @@
 #include "utl/impl/tracker/utl_IOTrackerIndividuals.h"
 
 #include <cstdio>
+#include <utility>
 
 #include "utl/impl/text/utl_comparablePath.h"
+#include "utl/impl/tracker/utl_IOTrackerLines.h"
 
 namespace {
 
@@ -11,41 +13,57 @@ constexpr int kMostKept = 200;
 
 }  // namespace
 
-void utl_IOTrackerIndividuals::Take(utl_IOTrackerTable::Entry& entry) {
-  if (entry.individual == nullptr) {
-    all_.push_back(std::make_unique<utl_IOTrackerIndividual>(entry.path));
-    entry.individual = all_.back().get();
-  }
-  entry.individual->record = entry.totals;
+void utl_IOTrackerIndividuals::Take(const utl_IOTrackerTable& c,
+                                    const utl_IOTrackerTable& u) {
+  TakeTable(c, c_);
+  TakeTable(u, u_);
+}
+
+void utl_IOTrackerIndividuals::TakeTable(const utl_IOTrackerTable& table, Files& files) {
+  std::size_t index = 0;
+  table.ForEach([&](const utl_IOTrackerEntry& entry) {
+    if (index == files.size()) {
+      files.emplace_back(entry.path);
+    }
+    files[index].record = entry.Record(kTotals);
+    ++index;
+  });
 }
 
 void utl_IOTrackerIndividuals::WriteLines(const utl_IOTrackerSettings& settings,
-                                          std::string_view head, std::string_view start,
-                                          double now) {
-  for (; opened_ < all_.size(); ++opened_) {
-    Open(*all_[opened_], settings, head);
-  }
-  for (const auto& individual : all_) {
-    utl_IOTrackerText line;
-    line.Text(start);
-    utl_addColumns(line, individual->record);
-    individual->output.WriteLine(line.Text("\n"), now);
+                                          std::string_view start, double now) {
+  for (Files* files : {&c_, &u_}) {
+    for (Individual& individual : *files) {
+      if (std::exchange(individual.isNew, false)) {
+        Open(individual, settings);
+      }
+      utl_LineText line;
+      line.Text(start);
+      utl_addTrackerColumns(line, individual.record);
+      individual.output.WriteLine(line.Text("\n"), now);
+    }
   }
 }
 
 void utl_IOTrackerIndividuals::Flush() {
-  for (const auto& individual : all_) {
-    individual->output.Flush();
+  for (Files* files : {&c_, &u_}) {
+    for (Individual& individual : *files) {
+      individual.output.Flush();
+    }
   }
 }
 
-void utl_IOTrackerIndividuals::Open(utl_IOTrackerIndividual& individual,
-                                    const utl_IOTrackerSettings& settings,
-                                    std::string_view head) {
+void utl_IOTrackerIndividuals::Open(Individual& individual,
+                                    const utl_IOTrackerSettings& settings) {
   const std::string name = settings.IndividualName(individual.path);
   const std::string path = utl_comparablePath(name);
-  if (!names_.insert(path.empty() ? name : path).second) return;
-  if (!individual.output.Open(name, head)) return;
+  if (!names_.insert(path.empty() ? name : path).second) {
+    return;
+  }
+  if (!individual.output.Open(name,
+                              utl_trackerHead(!settings.timed, kTrackerFileColumns))) {
+    return;
+  }
   // The misspelling is what readers of the standard output look for.
   std::printf("OpenCIndivualOut  --  file path = %s\n", individual.path);
   std::printf("   outFileName = %s\n", name.c_str());

@@ -3,13 +3,12 @@
 // The I/O tracker that a process has when it is switched on.
 
 #include <memory>
-#include <string>
 #include <string_view>
 
 #include "omi/omi_Timer.h"
-#include "thr/thr_Mutex.h"
 #include "utl/impl/tracker/utl_IOTracker_TimedOutTask.h"
 #include "utl/impl/tracker/utl_IOTrackerIndividuals.h"
+#include "utl/impl/tracker/utl_IOTrackerMutex.h"
 #include "utl/impl/tracker/utl_IOTrackerOutput.h"
 #include "utl/impl/tracker/utl_IOTrackerScratch.h"
 #include "utl/impl/tracker/utl_IOTrackerSettings.h"
@@ -21,6 +20,9 @@
 /// their own, taken before the other one, so that lines stand in the order of their
 /// times.
 class utl_IOTrackerRecorder final : public utl_IOTracker {
+  using Key = std::int64_t;
+  using Record = utl_IOTrackerRecord;
+
  public:
   /// REQUIRES: the level is above 0.
   explicit utl_IOTrackerRecorder(utl_IOTrackerSettings settings);
@@ -30,62 +32,53 @@ class utl_IOTrackerRecorder final : public utl_IOTracker {
   void Mark(const char* label) override;
   void TimePoint() override;
 
-  void COpen(std::int64_t key, const char* path) override;
-  void CClose(std::int64_t key) override;
-  void CRename(std::int64_t key, const char* path) override;
-  void CWrite(std::int64_t key, std::int64_t bytes, double seconds) override;
-  void CRead(std::int64_t key, std::int64_t bytes, double seconds) override;
-  void CSeek(std::int64_t key, double seconds) override;
-  void CSetKind(std::int64_t key, int kind) override;
-  int CKind(std::int64_t key) override;
-  bool CTotals(std::int64_t key, utl_IOTrackerRecord& record) override;
-  bool CIncrements(std::int64_t key, utl_IOTrackerRecord& record) override;
-  int CCount() override;
-  const char* CPath(int index) override;
+  // One table and the other: all that their operations do, they do themselves.
+  void COpen(Key key, const char* path) override { c_.Open(key, path); }
+  void CClose(Key key) override { c_.Close(key); }
+  void CRename(Key key, const char* path) override { c_.Rename(key, path); }
+  void CWrite(Key key, std::int64_t bytes, double s) override { c_.Write(key, bytes, s); }
+  void CRead(Key key, std::int64_t bytes, double s) override { c_.Read(key, bytes, s); }
+  void CSeek(Key key, double /*seconds*/) override { c_.Seek(key); }
+  void CSetKind(Key key, int kind) override { c_.SetKind(key, kind); }
+  int CKind(Key key) override { return c_.Kind(key); }
+  bool CTotals(Key key, Record& to) override { return c_.Copy(key, kTotals, to); }
+  bool CIncrements(Key key, Record& to) override { return c_.Copy(key, kIncrements, to); }
+  int CCount() override { return c_.Count(); }
+  const char* CPath(int index) override { return c_.Path(index); }
 
-  void UOpen(std::int64_t key, const char* path) override;
-  void UClose(std::int64_t key) override;
-  void URename(std::int64_t key, const char* path) override;
-  void UWrite(std::int64_t key, std::int64_t bytes, double seconds) override;
-  void URead(std::int64_t key, std::int64_t bytes, double seconds) override;
-  void USeek(std::int64_t key, double seconds) override;
-  void USetKind(std::int64_t key, int kind) override;
-  int UKind(std::int64_t key) override;
-  bool UTotals(std::int64_t key, utl_IOTrackerRecord& record) override;
-  bool UIncrements(std::int64_t key, utl_IOTrackerRecord& record) override;
-  int UCount() override;
-  const char* UPath(int index) override;
+  void UOpen(Key key, const char* path) override { u_.Open(key, path); }
+  void UClose(Key key) override { u_.Close(key); }
+  void URename(Key key, const char* path) override { u_.Rename(key, path); }
+  void UWrite(Key key, std::int64_t bytes, double s) override { u_.Write(key, bytes, s); }
+  void URead(Key key, std::int64_t bytes, double s) override { u_.Read(key, bytes, s); }
+  void USeek(Key key, double /*seconds*/) override { u_.Seek(key); }
+  void USetKind(Key key, int kind) override { u_.SetKind(key, kind); }
+  int UKind(Key key) override { return u_.Kind(key); }
+  bool UTotals(Key key, Record& to) override { return u_.Copy(key, kTotals, to); }
+  bool UIncrements(Key key, Record& to) override { return u_.Copy(key, kIncrements, to); }
+  int UCount() override { return u_.Count(); }
+  const char* UPath(int index) override { return u_.Path(index); }
 
-  double Now() override;
-  int Level() override;
-  void SumTotals(int kind, utl_IOTrackerRecord& record) override;
-  void SumIncrements(int kind, utl_IOTrackerRecord& record) override;
+  double Now() override { return timer_.Elapsed(); }
+  int Level() override { return settings_.level; }
+  void SumTotals(int kind, Record& to) override { to = SumOf(kind, kTotals); }
+  void SumIncrements(int kind, Record& to) override { to = SumOf(kind, kIncrements); }
   void SetSuffix(const char* text) override;
   void WriteIncrements(const char* label) override;
   void FlushOutputs() override;
 
  private:
-  using Table = utl_IOTrackerTable;
+  using Hold = utl_IOTrackerMutex::Hold;
 
-  // The operations that both tables have.
-  void Open(Table& table, std::int64_t key, const char* path);
-  void Rename(Table& table, std::int64_t key, const char* path);
-  bool Copy(const Table& table, std::int64_t key,
-            utl_IOTrackerRecord Table::Entry::*which, utl_IOTrackerRecord& record);
-  const char* Path(const Table& table, int index);
-
-  // REQUIRES: `outputs_` is held.
   void WritePoint(const char* label);
+  // REQUIRES: `outputs_` is held.
   void WriteSums(utl_IOTrackerOutput& output, std::string_view kind,
                  const utl_IOTrackerSums& sums, std::string_view start, double now);
-  std::string Head(std::string_view columns) const;
 
+  Record SumOf(int kind, utl_IOTrackerSpan span);
   // REQUIRES: `counts_` is held.
-  utl_IOTrackerSums Totals() const;
-  utl_IOTrackerSums Increments() const;
+  utl_IOTrackerSums Sums(utl_IOTrackerSpan span) const;
   utl_IOTrackerSums TakeIncrements();
-  template <class Visit>
-  void ForEachEntry(Visit visit);
 
   void StartTask();
   void RequestStop();
@@ -96,15 +89,15 @@ class utl_IOTrackerRecorder final : public utl_IOTracker {
   utl_IOTrackerSettings settings_;
   const utl_IOTrackerScratch scratch_;
 
-  thr_Mutex counts_;   // guards the tables and the request to stop
-  thr_Mutex outputs_;  // guards the outputs and the settings' suffix; locked first
+  utl_IOTrackerMutex counts_;   // guards the tables and the request to stop
+  utl_IOTrackerMutex outputs_;  // guards the outputs and the suffix; locked first
 
   // The tables go before the outputs, of which those of one file go first.
   utl_IOTrackerOutput totals_;
   utl_IOTrackerOutput increments_;
   utl_IOTrackerIndividuals individuals_;
-  Table c_;
-  Table u_;
+  utl_IOTrackerTable c_;
+  utl_IOTrackerTable u_;
 
   std::shared_ptr<utl_IOTrackerTaskState> task_;  // null unless timed
 };

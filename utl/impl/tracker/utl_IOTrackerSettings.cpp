@@ -24,15 +24,19 @@ int EnvironmentNumber(const char* name) {
 
 std::optional<std::string> Option(const char* name) {
   const utl_CommandLine& line = thr_GlobalSingleton<utl_CommandLine>::Instance();
-  if (!line.IsMember(name)) return std::nullopt;
+  if (!line.IsMember(name)) {
+    return std::nullopt;
+  }
   const cow_String value = line.ConstGetValue(name, "");
-  return std::string(utl_cutText(value.c_str(), utl_kTrackerSettingSize));
+  return std::string(utl_cutText(value.c_str(), kTrackerSettingSize));
 }
 
 }  // namespace
 
 std::string_view utl_cutText(const char* text, std::size_t most) {
-  if (text == nullptr) return {};
+  if (text == nullptr) {
+    return {};
+  }
   const void* const end = std::memchr(text, '\0', most);
   return {text, end == nullptr
                     ? most
@@ -41,8 +45,10 @@ std::string_view utl_cutText(const char* text, std::size_t most) {
 
 utl_IOTrackerSettings utl_IOTrackerSettings::Read() {
   utl_IOTrackerSettings settings;
-  settings.level = std::clamp(EnvironmentNumber("KES_IO_TRACK"), 0, utl_kDetailedLevel);
-  if (settings.level == 0) return settings;
+  settings.level = std::clamp(EnvironmentNumber("KES_IO_TRACK"), 0, kDetailedLevel);
+  if (settings.level == 0) {
+    return settings;
+  }
   settings.timed = EnvironmentNumber("KES_IO_TIMEPOINTS") == kTimedMode;
   settings.individual = EnvironmentNumber("KES_IO_INDIVIDUAL") > 0;
   const int interval = EnvironmentNumber("KES_IO_TIMEINTERVAL");
@@ -55,16 +61,21 @@ utl_IOTrackerSettings utl_IOTrackerSettings::Read() {
 
 std::string utl_IOTrackerSettings::OutputName(std::string_view kind) const {
   std::string name;
-  if (job && outputDirectory) name = *outputDirectory + '/';
-  if (job) name += *job + '.';
-  name += kind;
-  return suffix.empty() ? name : name + '_' + suffix;
+  if (job && outputDirectory) {
+    name = *outputDirectory + '/';
+  }
+  if (job) {
+    name += *job + '.';
+  }
+  return WithSuffix(name += kind);
 }
 
 std::string utl_IOTrackerSettings::IndividualName(std::string_view path) const {
-  // Only "\" separates here.
-  path.remove_prefix(path.rfind('\\') + 1);
+  path.remove_prefix(path.rfind('\\') + 1);  // "/" separates nothing here
   std::string name = outputDirectory ? *outputDirectory + '\\' : std::string();
-  (name += path) += "_ioTotal";
+  return WithSuffix((name += path) += "_ioTotal");
+}
+
+std::string utl_IOTrackerSettings::WithSuffix(std::string name) const {
   return suffix.empty() ? name : name + '_' + suffix;
 }

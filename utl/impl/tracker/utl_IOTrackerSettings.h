@@ -2,25 +2,26 @@
 
 // What environment and command line say of the I/O tracker.
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 
 /// The levels: every one does what those below it do.
-constexpr int utl_kTotalsLevel = 1;
-constexpr int utl_kIncrementsLevel = 2;  // writes increments beside totals
-constexpr int utl_kDetailedLevel = 3;    // counts bytes, opens, changes of position
+inline constexpr int kTotalsLevel = 1;
+inline constexpr int kIncrementsLevel = 2;  // writes increments beside totals
+inline constexpr int kDetailedLevel = 3;    // counts bytes, opens, changes of position
 
 /// The tracker's switches, and the names of its outputs.
 struct utl_IOTrackerSettings {
   /// From the environment's KES_IO_... and the command line's "outdir", "tmpdir", "job".
   static utl_IOTrackerSettings Read();
 
-  /// The name of the output of that kind, "ioTotal" for instance: the job's name comes
-  /// before it, and the output directory only together with that; the suffix behind.
+  /// The name of the output of that kind, for example "ioTotal": the job's name comes
+  /// before it, and the output directory only together with the job; the suffix follows.
   std::string OutputName(std::string_view kind) const;
-  /// The name of the output of its own that the file `path` has.
+  /// The name of the output that shows the file `path` alone.
   std::string IndividualName(std::string_view path) const;
 
   int level = 0;  // 0: there is no tracker
@@ -32,10 +33,13 @@ struct utl_IOTrackerSettings {
   std::optional<std::string> scratchDirectory;
   std::optional<std::string> job;
   std::string suffix;  // "": none
+
+ private:
+  std::string WithSuffix(std::string name) const;
 };
 
 /// At most the first `most` characters of `text`; null is "".
 std::string_view utl_cutText(const char* text, std::size_t most);
 
-/// What a setting of the tracker keeps of a text at the most.
-constexpr std::size_t utl_kTrackerSettingSize = 2048;
+/// A setting of the tracker keeps at most this many characters of a text.
+inline constexpr std::size_t kTrackerSettingSize = 2048;

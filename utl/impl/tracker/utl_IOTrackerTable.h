@@ -5,75 +5,46 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <memory_resource>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
+#include "utl/impl/tracker/utl_IOTrackerMutex.h"
+#include "utl/impl/tracker/utl_IOTrackerScratch.h"
 #include "utl/utl_IOTracker.h"
 
-struct utl_IOTrackerIndividual;
-
 /// The kinds of files, as records have them.
-constexpr int utl_kScratchFile = 0;
-constexpr int utl_kWorkFile = 1;
-constexpr int utl_kUnclassifiedFile = 2;
+inline constexpr int kScratchFile = 0;
+inline constexpr int kWorkFile = 1;
+inline constexpr int kUnclassifiedFile = 2;
 
-/// Entries in the order of their creation; nothing is ever taken out, and an entry stays
-/// where it is. An operation finds its entry by the key under which the file was opened.
-/// A path is found too, so that a file that is opened again is counted on.
-///
-/// Threads: used by one thread at a time.
-class utl_IOTrackerTable {
- public:
-  struct Entry {
-    const char* path;  // lives as long as the table, whatever the entry's next path is
-    utl_IOTrackerRecord totals = {};
-    utl_IOTrackerRecord increments = {};
-    utl_IOTrackerIndividual* individual = nullptr;  // not owned; null until it is made
+/// Everything is counted twice: from the file's first operation on, and from the latest
+/// line of increments on.
+enum utl_IOTrackerSpan { kTotals, kIncrements };
+
+/// One file. What was written stands together, and so does what was read: an operation
+/// touches a single line of the processor's cache.
+struct alignas(64) utl_IOTrackerEntry {
+  struct Amount {
+    int count = 0;
+    double megabytes = 0;
+    double seconds = 0;
+    std::int64_t bytes = 0;
+  };
+  struct Further {
+    int opens = 0;
+    std::int64_t seeks = 0;
   };
 
-  /// With `details` bytes, opens and changes of position are counted too.
-  explicit utl_IOTrackerTable(bool details) : details_(details) {}
-  utl_IOTrackerTable(const utl_IOTrackerTable&) = delete;
-  utl_IOTrackerTable& operator=(const utl_IOTrackerTable&) = delete;
+  utl_IOTrackerRecord Record(utl_IOTrackerSpan span) const;
 
-  /// The key means the entry of `path` from now on; a new entry gets the kind.
-  void Open(std::int64_t key, std::string_view path, int kind);
-  void Close(std::int64_t key) { byKey_.erase(key); }
-  /// The entry that had the new path loses it: its file was replaced.
-  void Rename(std::int64_t key, std::string_view path);
-
-  // An unknown key makes an entry with the path " ".
-  void Write(std::int64_t key, std::int64_t bytes, double seconds);
-  void Read(std::int64_t key, std::int64_t bytes, double seconds);
-
-  void Seek(std::int64_t key);
-  void SetKind(std::int64_t key, int kind);
-
-  /// The key's entry, or null.
-  const Entry* Find(std::int64_t key) const;
-
-  int Count() const { return count_; }
-  /// REQUIRES: 0 <= index < Count().
-  Entry& At(int index) const {
-    const auto place = static_cast<std::size_t>(index);
-    return blocks_[place / kBlock][place % kBlock];
-  }
-
- private:
-  static constexpr std::size_t kBlock = 24;
-
-  Entry* Look(std::int64_t key) const;
-  Entry& ForOperation(std::int64_t key);
-  Entry& Add(const char* path, int kind);
-
-  std::unordered_map<std::int64_t, Entry*> byKey_;
-  // Every path there ever was, with the entry that bears it now, if one does.
-  std::unordered_map<std::string, Entry*> byPath_;
-  std::vector<std::unique_ptr<Entry[]>> blocks_;
-  int count_ = 0;
-  bool details_;
+  Amount written[2];  // by span, as all that is counted
+  Amount read[2];
+  Further further[2];
+  int kind = kUnclassifiedFile;
+  const char* path = nullptr;  // lives as long as the table, even after a renaming
 };
 
 /// The sums over the files of the scratch directory and over all others.
@@ -82,6 +53,66 @@ struct utl_IOTrackerSums {
   utl_IOTrackerRecord scratch;
 };
 
-/// Adds the totals, or the increments, of a table's entries.
-void utl_addTotals(const utl_IOTrackerTable& table, utl_IOTrackerSums& sums);
-void utl_addIncrements(const utl_IOTrackerTable& table, utl_IOTrackerSums& sums);
+/// Entries in the order of their creation; nothing is ever taken out, and an entry stays
+/// where it is. An operation finds its entry by the key under which the file was opened.
+/// A path is found too, so that a file that is opened again is counted on.
+///
+/// Threads: any; the operations lock a mutex that both tables share.
+class utl_IOTrackerTable {
+ public:
+  using Entry = utl_IOTrackerEntry;
+
+  /// With `details` bytes, opens and changes of position are counted too. Mutex and
+  /// scratch directory belong to the caller.
+  utl_IOTrackerTable(utl_IOTrackerMutex& mutex, const utl_IOTrackerScratch& scratch,
+                     bool details)
+      : mutex_(mutex), scratch_(scratch), details_(details) {}
+  utl_IOTrackerTable(const utl_IOTrackerTable&) = delete;
+  utl_IOTrackerTable& operator=(const utl_IOTrackerTable&) = delete;
+
+  // The operations of utl_IOTracker.
+  void Open(std::int64_t key, const char* path);
+  void Close(std::int64_t key);
+  void Rename(std::int64_t key, const char* path);
+  void Write(std::int64_t key, std::int64_t bytes, double seconds);
+  void Read(std::int64_t key, std::int64_t bytes, double seconds);
+  void Seek(std::int64_t key);
+  void SetKind(std::int64_t key, int kind);
+  int Kind(std::int64_t key);
+  bool Copy(std::int64_t key, utl_IOTrackerSpan span, utl_IOTrackerRecord& record);
+  int Count();
+  const char* Path(int index);
+
+  // For what shows both tables at one moment. REQUIRES: the mutex is held.
+  /// Calls `visit` with every entry in their order.
+  template <class Visit>
+  void ForEach(Visit visit) const {
+    for (std::size_t i = 0; i < count_; ++i) {
+      visit(At(i));
+    }
+  }
+  void AddTo(utl_IOTrackerSums& sums, utl_IOTrackerSpan span) const;
+  /// Counting increments begins anew.
+  void ClearIncrements();
+
+ private:
+  static constexpr std::size_t kBlock = 24;
+
+  // REQUIRES: the mutex is held.
+  Entry& At(std::size_t index) const { return blocks_[index / kBlock][index % kBlock]; }
+  Entry* Find(std::int64_t key) const;
+  Entry& ForOperation(std::int64_t key);
+  Entry& Add(const char* path, int kind);
+
+  utl_IOTrackerMutex& mutex_;
+  const utl_IOTrackerScratch& scratch_;
+  const bool details_;
+  // The nodes of the keys stand close together: with many files the processor's cache
+  // decides what an operation costs.
+  std::pmr::unsynchronized_pool_resource nodes_;
+  std::pmr::unordered_map<std::int64_t, Entry*> byKey_{&nodes_};
+  // Every path there ever was, with the entry that bears it now, if one does.
+  std::unordered_map<std::string, Entry*> byPath_;
+  std::vector<std::unique_ptr<Entry[]>> blocks_;
+  std::size_t count_ = 0;
+};

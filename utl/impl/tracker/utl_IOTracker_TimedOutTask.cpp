@@ -30,7 +30,9 @@ utl_IOTracker_TimedOutTask::utl_IOTracker_TimedOutTask(
 
 // The tracker may be gone as soon as the state says that the task has finished.
 void utl_IOTracker_TimedOutTask::Run() {
-  if (!state_->Begin()) return;
+  if (!state_->Begin()) {
+    return;
+  }
   while (!state_->StopRequested()) {
     SleepInterval();
     WriteTimePoint();
@@ -51,7 +53,9 @@ void utl_IOTracker_TimedOutTask::SleepInterval() const {
   while (!state_->StopRequested()) {
     const double left =
         std::ceil(static_cast<double>(interval_) - slept.Elapsed() * 1000);
-    if (left <= 0) return;
+    if (left <= 0) {
+      return;
+    }
     utl_sleep(static_cast<unsigned>(std::min(left, kLongestSleep)));
   }
 }
