@@ -134,6 +134,7 @@ class KSTUTL_EXPORT utl_ResourceMonitor {
   static constexpr int kTimers = 21;
   static constexpr int kModuleNameSize = 520;
 
+  bool IsOwn() const;
   void WriteMark(const cow_String& label);
   void BeginInterval(int id, const cow_String& name);
   void EndInterval(int id);

@@ -31,6 +31,9 @@
 /// With a suffix a file does not stand in the way of the next name: two objects with one
 /// suffix may have the same name, and the second `Create` fails.
 ///
+/// An object belongs to the process that made its name. In a child of `fork` the file
+/// stays, whatever becomes of the child's copy of the object.
+///
 /// While the name is not made, every operation but `Close` makes it and may throw
 ///   utl_TempFileCantExc         there is no directory, or no letter is left;
 ///   nex_SystemErrorException    a candidate's status cannot be read for another reason
@@ -53,7 +56,8 @@ class KSTUTL_EXPORT utl_TempFile {
   utl_TempFile(const utl_TempFile&) = delete;
   utl_TempFile& operator=(const utl_TempFile&) = delete;
   /// Closes and removes the file, whoever made it; whatever fails in it is ignored. An
-  /// object without a name touches nothing.
+  /// object without a name touches nothing; one whose name a parent process made only
+  /// closes.
   ~utl_TempFile();
 
   /// Makes the file and holds it open for reading and writing. Throws
@@ -85,6 +89,7 @@ class KSTUTL_EXPORT utl_TempFile {
   mutable std::uint64_t availableSpace_ = 0;
   mutable cow_String name_;  // the suffix until the name is made
   int descriptor_ = -1;
+  mutable std::uint32_t process_ = 0;  // that made the name
 };
 
 /// All failures of temporary files.

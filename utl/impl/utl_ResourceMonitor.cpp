@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "thr/thr_currentProcess.h"
 #include "utl/impl/text/utl_LineText.h"
 #include "utl/impl/utl_ResourceSample.h"
 #include "utl/utl_FilePath.h"
@@ -45,13 +46,15 @@ constexpr const char kColumns[] =
 constexpr const char kSummaryTitle[] =
     "!Timer Summary                     # calls     CPU/call      CPU       Elapsed\n";
 
-// One up; behind the largest number comes the smallest.
+// One more; the largest number is followed by the smallest.
 std::int32_t Next(std::int32_t number) {
   return static_cast<std::int32_t>(static_cast<std::uint32_t>(number) + 1);
 }
 
 std::string Shortened(std::string_view label) {
-  if (label.size() <= kLabelWidth) return std::string(label);
+  if (label.size() <= kLabelWidth) {
+    return std::string(label);
+  }
   std::string text(label.substr(0, kLabelHead));
   text += '_';
   return text += label.substr(label.size() - kLabelTail);
@@ -94,12 +97,17 @@ void utl_ResourceMonitor::Initialize(const char* jobName) {
   jobName_ = jobName;
   initialized_ = true;
   nextMark_ = 1;
+  processId_ = thr_currentProcess();
   const char* mode = std::getenv("KES_RESOURCE_MONITOR");
-  if (mode == nullptr) return;
+  if (mode == nullptr) {
+    return;
+  }
   ReadMode(mode);
   startOfDay_ = utl_wholeSecondsOfDay();
   OpenLog();
-  if (!enabled_) return;
+  if (!enabled_) {
+    return;
+  }
   WriteHead();
   OpenProcessHandle();
   Mark(jobName_ + "-Start");
@@ -132,9 +140,10 @@ void utl_ResourceMonitor::WriteHead() {
 }
 
 void utl_ResourceMonitor::OpenProcessHandle() {
-  processId_ = GetCurrentProcessId();
   process_ = OpenProcess(kProcessAccess, FALSE, processId_);
-  if (process_ == nullptr) return;
+  if (process_ == nullptr) {
+    return;
+  }
   HMODULE program = nullptr;
   DWORD needed = 0;
   if (EnumProcessModules(process_, &program, sizeof(HMODULE), &needed)) {
@@ -151,7 +160,15 @@ void utl_ResourceMonitor::CalibrateTimer() {
   }
 }
 
+// A child of fork has its parent's log.
+bool utl_ResourceMonitor::IsOwn() const {
+  return processId_ == thr_currentProcess();
+}
+
 void utl_ResourceMonitor::WriteMark(const cow_String& label) {
+  if (!IsOwn()) {
+    return;
+  }
   const utl_ResourceSample sample = utl_takeSample(process_, startOfDay_, processId_);
   const std::string_view text = label.c_str();
   utl_LineText line;
@@ -169,7 +186,9 @@ void utl_ResourceMonitor::WriteMark(const cow_String& label) {
 }
 
 void utl_ResourceMonitor::BeginInterval(int id, const cow_String& name) {
-  if (static_cast<unsigned>(id) >= kTimers) return;
+  if (static_cast<unsigned>(id) >= kTimers) {
+    return;
+  }
   a_timer_record& timer = timers_[id];
   if (!timer.inUse) {
     timer = {};
@@ -183,7 +202,9 @@ void utl_ResourceMonitor::BeginInterval(int id, const cow_String& name) {
 }
 
 void utl_ResourceMonitor::EndInterval(int id) {
-  if (static_cast<unsigned>(id) >= kTimers) return;
+  if (static_cast<unsigned>(id) >= kTimers) {
+    return;
+  }
   a_timer_record& timer = timers_[id];
   timer.calls = Next(timer.calls);
   const utl_ProcessorTimes times = utl_processorTimes();
@@ -193,12 +214,16 @@ void utl_ResourceMonitor::EndInterval(int id) {
 }
 
 void utl_ResourceMonitor::WriteEnd() {
-  if (!enabled_) return;
+  if (!enabled_ || !IsOwn()) {
+    return;
+  }
   WriteMark(jobName_ + "-End");
   Write(kColumns);
   Write(kSummaryTitle);
   for (int id = 0; id < kTimers; ++id) {
-    if (timers_[id].inUse && timers_[id].calls > 0) WriteTimer(id);
+    if (timers_[id].inUse && timers_[id].calls > 0) {
+      WriteTimer(id);
+    }
   }
 }
 
@@ -220,8 +245,13 @@ void utl_ResourceMonitor::Write(std::string_view text) {
 }
 
 void utl_ResourceMonitor::Release() {
-  log_.reset();
-  if (process_ != nullptr) CloseHandle(process_);
+  if (IsOwn()) {
+    log_.reset();
+    if (process_ != nullptr) {
+      CloseHandle(process_);
+    }
+  }
+  log_.release();  // what is left is the parent's: closing it might wait for its threads
   process_ = nullptr;
   enabled_ = full_ = method_ = mallinfo_ = false;
   jobName_ = {};

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "omi/omi_SystemErrorCode.h"
+#include "thr/thr_currentProcess.h"
 #include "utl/utl_CommandLine.h"
 #include "utl/utl_DirPathUtils.h"
 #include "utl/utl_DiskAttributes.h"
@@ -67,7 +68,9 @@ utl_TempFile::utl_TempFile(const cow_String& suffix) : name_(suffix) {}
 utl_TempFile::~utl_TempFile() {
   if (!named_) return;
   Close();
-  _unlink(name_.c_str());
+  if (process_ == thr_currentProcess()) {
+    _unlink(name_.c_str());
+  }
 }
 
 void utl_TempFile::Create() {
@@ -114,6 +117,7 @@ void utl_TempFile::MakeName() const {
   const std::uint64_t space = disk.GetFreeDiskSpace();
   name_ = WithSuffix(UnusedPath(directory), name_);
   availableSpace_ = space;
+  process_ = thr_currentProcess();
   named_ = true;
 }
 

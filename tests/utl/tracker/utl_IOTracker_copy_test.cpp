@@ -24,7 +24,7 @@ constexpr char kCompleted[] = "Completed TimedOutTask\n";
 
 using Names = std::vector<std::string>;
 
-class IOTrackerCopyTest : public ProcessCopyTest<utl_IOTrackerTest> {
+class IOTrackerCopyTest : public ProcessCopyTest<IOTrackerTest> {
  protected:
   ~IOTrackerCopyTest() override {
     EndTracker();
