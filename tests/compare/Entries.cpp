@@ -7,6 +7,7 @@
 
 #include "compare/Inputs.h"
 #include "compare/Subject.h"
+#include "utl/utl_NativePath.h"
 
 namespace {
 
@@ -39,8 +40,9 @@ class Entries : public Subject {
   }
 
  private:
+  // The entry of that name, in whatever letter case the library has made it.
   fs::path Place(const std::string& name) const {
-    return fs::path(world_.directory) / name;
+    return utl_nativePath(cow_String(std::string_view(world_.shown + '\\' + name)));
   }
 
   static std::string Contents(Random& random) {

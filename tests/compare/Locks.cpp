@@ -74,7 +74,7 @@ class Locks : public Subject {
     const int descriptor = random.OneIn(2) ? random.Pick(kBad) : Descriptor();
     const bool isOpen = descriptor == Descriptor();
     log.Call("utl_noInheritFile", number_, isOpen).Result([&] {
-      return utl_noInheritFile(descriptor);
+      return Verbatim{ShownAll(utl_noInheritFile(descriptor), utl_noInheritSocket(-1))};
     });
   }
   void Size(Random&, Log& log) {

@@ -17,7 +17,7 @@ utl_ResourceMonitor& TheMonitor() {
   return omi_Singleton<utl_ResourceMonitor>::Instance();
 }
 
-class Monitor : public Subject {
+class Monitor final : public Subject {
  public:
   explicit Monitor(Random& random) {
     constexpr const char* kModes[] = {"ON",         "FULL",     "METHOD",

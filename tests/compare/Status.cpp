@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <ctime>
+#include <filesystem>
 #include <string>
 
 #include "compare/Inputs.h"
@@ -11,6 +12,7 @@
 #include "utl/utl_DiskAttributes.h"
 #include "utl/utl_FileOffset.h"
 #include "utl/utl_FilePath.h"
+#include "utl/utl_NativePath.h"
 #include "utl/utl_Stat.h"
 
 namespace {
@@ -36,10 +38,10 @@ class Status : public Subject {
 
   void Run(Random& random, Log& log) override {
     constexpr void (Status::*kOperations[])(Random&, Log&) = {
-        &Status::Named,      &Status::Named,      &Status::Descriptor,
-        &Status::NotFound,   &Status::Identity,   &Status::Directory,
-        &Status::Separators, &Status::Space,      &Status::Predicates,
-        &Status::Predicates, &Status::Predicates, &Status::Difference};
+        &Status::Named,      &Status::Named,     &Status::Descriptor, &Status::NotFound,
+        &Status::Identity,   &Status::Directory, &Status::Separators, &Status::Space,
+        &Status::Predicates, &Status::Native,    &Status::Handle,     &Status::Predicates,
+        &Status::Predicates, &Status::Difference};
     (this->*random.Pick(kOperations))(random, log);
   }
 
@@ -57,6 +59,18 @@ class Status : public Subject {
     const int descriptor = random.Pick(kDescriptors);
     log.Call("utl_Stat", descriptor).Result([&] {
       return Verbatim{Shown(utl_Stat(descriptor))};
+    });
+  }
+  void Handle(Random&, Log& log) {
+    log.Call("utl_Stat of no handle").Result([] {
+      return Verbatim{Shown(utl_Stat(static_cast<void*>(nullptr)))};
+    });
+  }
+  void Native(Random& random, Log& log) {
+    const cow_String path = Path(random);
+    log.Call("utl_nativePath", path).Result([&] {
+      std::error_code error;
+      return std::filesystem::exists(utl_nativePath(path), error);
     });
   }
   void NotFound(Random& random, Log& log) {
