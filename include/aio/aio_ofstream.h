@@ -26,6 +26,7 @@ class KSTUTL_EXPORT aio_ofstream final : public aio_ostream {
   /// Creates the file `path`, or empties it. When that fails the stream is not open and
   /// not good. REQUIRES: `path` is not null.
   explicit aio_ofstream(const char* path);
+  explicit aio_ofstream(const std::string& path) : aio_ofstream(path.c_str()) {}
 
   /// Closes the file, in silence.
   ~aio_ofstream() override;

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <functional>
 #include <iosfwd>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -35,7 +36,9 @@ class KSTUTL_EXPORT cow_String {
   cow_String(const char* text);
   /// `length` bytes of `data`, zero bytes included; 0 or less gives "".
   cow_String(const char* data, int length);
-  explicit cow_String(std::string_view text);
+  /// The whole text, zero bytes included.
+  cow_String(std::string_view text);
+  cow_String(const std::string& text) : cow_String(std::string_view(text)) {}
 
   cow_String(const cow_String& other) noexcept : text_(other.text_) {
     if (!IsShort()) {
@@ -76,6 +79,9 @@ class KSTUTL_EXPORT cow_String {
   /// The byte at `index`; the terminating zero at Length().
   /// REQUIRES: 0 <= index <= Length().
   char operator[](int index) const noexcept { return c_str()[index]; }
+  /// The bytes as a range, without the terminating zero; valid as c_str() is.
+  const char* begin() const noexcept { return c_str(); }
+  const char* end() const noexcept { return c_str() + Length(); }
   operator std::string_view() const noexcept {
     return {c_str(), static_cast<std::size_t>(Length())};
   }
@@ -94,6 +100,9 @@ class KSTUTL_EXPORT cow_String {
   cow_String& Append(const char* data, int length);
   cow_String& operator+=(std::string_view text);
   cow_String& operator+=(const cow_String& text) {
+    return *this += std::string_view(text);
+  }
+  cow_String& operator+=(const std::string& text) {
     return *this += std::string_view(text);
   }
   cow_String& operator+=(const char* text);
@@ -121,6 +130,9 @@ class KSTUTL_EXPORT cow_String {
   friend bool operator==(const cow_String& a, std::string_view b) noexcept {
     return std::string_view(a) == b;
   }
+  friend bool operator==(const cow_String& a, const std::string& b) noexcept {
+    return std::string_view(a) == b;
+  }
   friend bool operator==(const cow_String& a, const char* b) noexcept {
     return std::string_view(a) == View(b);
   }
@@ -133,6 +145,10 @@ class KSTUTL_EXPORT cow_String {
                                           std::string_view b) noexcept {
     return std::string_view(a) <=> b;
   }
+  friend std::strong_ordering operator<=>(const cow_String& a,
+                                          const std::string& b) noexcept {
+    return std::string_view(a) <=> b;
+  }
   friend std::strong_ordering operator<=>(const cow_String& a, const char* b) noexcept {
     return std::string_view(a) <=> View(b);
   }
@@ -142,6 +158,10 @@ class KSTUTL_EXPORT cow_String {
     return a;
   }
   friend cow_String operator+(cow_String a, std::string_view b) {
+    a += b;
+    return a;
+  }
+  friend cow_String operator+(cow_String a, const std::string& b) {
     a += b;
     return a;
   }

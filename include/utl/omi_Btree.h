@@ -1,5 +1,9 @@
 #pragma once
 
+#include <cstddef>
+#include <iterator>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "cow/cow_String.h"
@@ -20,8 +24,9 @@
 ///     ids.Insert("steel", 7);
 ///     ids.Find("steel");                            // 7
 ///     ids.Find("wood");                             // -1, the null value
+///     for (const auto& [name, id] : ids) use(name, id);   // in the order of the keys
 ///     omi_BtreeIterator<cow_String, int> i(ids);
-///     for (i.First(); !i.AtEnd(); i.Next()) use(i.Key(), i.Value());
+///     for (i.Last(); !i.AtEnd(); i.Prev()) use(i.Key(), i.Value());
 ///
 /// Order of int keys: the sign of their difference in 32 bits, which overflows for keys
 /// more than 2^31-1 apart; those compare the wrong way. Order of cow_String keys, up to
@@ -30,6 +35,14 @@
 
 template <class K, class V>
 class omi_Btree;
+template <class K, class V>
+class omi_BtreeIterator;
+
+/// Whether the library has the map of these keys and values.
+template <class K, class V>
+inline constexpr bool omi_BtreeExists =
+    std::is_same_v<V, int> ? std::is_same_v<K, int> || std::is_same_v<K, cow_String>
+                           : std::is_same_v<K, cow_String>&& std::is_same_v<V, void*>;
 
 /// An entry of the map and the root of its subtree. What is not const is for the map.
 template <class K, class V>
@@ -85,6 +98,10 @@ class omi_BtreeNode {
 
 template <class K, class V>
 class omi_Btree {
+  static_assert(omi_BtreeExists<K, V>,
+                "omi_Btree exists for <int, int>, <cow_String, int> and "
+                "<cow_String, void*> only: take std::map for other keys and values");
+
  public:
   omi_Btree();
   omi_Btree(const omi_Btree& other);
@@ -110,6 +127,11 @@ class omi_Btree {
   /// The root, or null for an empty map; valid until the map changes.
   const omi_BtreeNode<K, V>* Root() const { return root_; }
 
+  /// The entries as a range of pairs, `first` the key and `second` the value, in the
+  /// order of the keys. REQUIRES: the map stays as it is meanwhile.
+  omi_BtreeIterator<K, V> begin() const;
+  std::default_sentinel_t end() const { return {}; }
+
  private:
   omi_BtreeNode<K, V>* root_;
   int count_;
@@ -117,10 +139,17 @@ class omi_Btree {
 };
 
 /// Walks a map in the order of its keys, both ways. At the end to begin with. It must not
-/// be used after the map has changed.
+/// be used after the map has changed. To the standard library it is a forward iterator
+/// over pairs of references.
 template <class K, class V>
 class omi_BtreeIterator {
  public:
+  using iterator_concept = std::forward_iterator_tag;
+  using value_type = std::pair<const K&, const V&>;
+  using difference_type = std::ptrdiff_t;
+
+  /// At the end of no map, where First and Last do nothing.
+  omi_BtreeIterator() = default;
   explicit omi_BtreeIterator(const omi_Btree<K, V>& tree);
 
   /// Go to the smallest, to the largest key; to the end of an empty map.
@@ -137,16 +166,37 @@ class omi_BtreeIterator {
   /// The current entry. REQUIRES: !AtEnd().
   const K& Key() const { return path_.back()->Key(); }
   const V& Value() const { return path_.back()->Value(); }
+  value_type operator*() const { return {Key(), Value()}; }
+
+  /// As Next.
+  omi_BtreeIterator& operator++() {
+    Next();
+    return *this;
+  }
+  omi_BtreeIterator operator++(int) {
+    omi_BtreeIterator before = *this;
+    Next();
+    return before;
+  }
+
+  /// Whether both are at the same entry, or at the end. REQUIRES: they walk one map.
+  bool operator==(const omi_BtreeIterator& other) const {
+    return AtEnd() || other.AtEnd() ? AtEnd() == other.AtEnd()
+                                    : path_.back() == other.path_.back();
+  }
+  bool operator==(std::default_sentinel_t) const { return AtEnd(); }
 
  private:
   using Node = omi_BtreeNode<K, V>;
   using Child = const Node* (Node::*)() const;
   template <Child side>
+  void Begin();
+  template <Child side>
   void Descend(const Node* node);
   template <Child ahead, Child behind>
   void Step();
 
-  const omi_Btree<K, V>& tree_;
+  const omi_Btree<K, V>* tree_ = nullptr;
   std::vector<const Node*> path_;  // from the root to the current node
 };
 

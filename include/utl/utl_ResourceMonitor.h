@@ -58,6 +58,7 @@ class KSTUTL_EXPORT utl_ResourceMonitor {
   ///
   /// Called again, it first ends the log that is open, as the destructor does.
   void Initialize(const char* jobName);
+  void Initialize(const cow_String& jobName) { Initialize(jobName.c_str()); }
 
   /// Whether marks and timers do something; false before `Initialize`.
   bool IsEnabled() const { return enabled_; }

@@ -1,11 +1,17 @@
 #pragma once
 
+#include <concepts>
 #include <cstdint>
 #include <string_view>
 
 #include "aio/aio_ostream.h"
 #include "cow/cow_String.h"
 #include "KSTutl_export.h"
+
+/// The integers longer than an int, of which the targets have different ones.
+template <class Value>
+concept utl_LongInteger = std::same_as<Value, long> || std::same_as<Value, long long> ||
+    std::same_as<Value, unsigned long> || std::same_as<Value, unsigned long long>;
 
 /// Text and numbers on an output stream, numbers in the product's style, long lines
 /// broken where the caller allows it.
@@ -57,6 +63,14 @@ class KSTUTL_EXPORT utl_Stream {
   /// The same for whole numbers, which get no point.
   utl_Stream& Print(int value, int width);
   utl_Stream& Print(unsigned int value, int width);
+  template <utl_LongInteger Value>
+  utl_Stream& Print(Value value, int width) {
+    if constexpr (std::signed_integral<Value>) {
+      return PrintLong(std::int64_t{value}, width);
+    } else {
+      return PrintLong(std::uint64_t{value}, width);
+    }
+  }
 
   /// Writes text up to its first zero byte. A text without an optional break before it
   /// goes out at once; when the line passes 500 characters that way, the stream is
@@ -95,6 +109,10 @@ class KSTUTL_EXPORT utl_Stream {
  private:
   friend class utl_StreamSmallReal;
 
+  template <class Value>
+  utl_Stream& PrintWhole(Value value, int width);
+  utl_Stream& PrintLong(std::int64_t value, int width);
+  utl_Stream& PrintLong(std::uint64_t value, int width);
   utl_Stream& PrintReal(double value, int width, int precision);
   utl_Stream& PrintText(std::string_view text);
   void Write(std::string_view text);
@@ -121,6 +139,12 @@ KSTUTL_EXPORT utl_Stream& operator<<(utl_Stream& stream, double value);
 KSTUTL_EXPORT utl_Stream& operator<<(utl_Stream& stream, float value);
 KSTUTL_EXPORT utl_Stream& operator<<(utl_Stream& stream, int value);
 KSTUTL_EXPORT utl_Stream& operator<<(utl_Stream& stream, unsigned int value);
+template <utl_LongInteger Value>
+utl_Stream& operator<<(utl_Stream& stream, Value value) {
+  return stream.Print(value, 0);
+}
+/// The character; `signed char` and `unsigned char` are numbers, and bool is 1 or 0.
+KSTUTL_EXPORT utl_Stream& operator<<(utl_Stream& stream, char character);
 /// Applies a manipulator, of which endl is one.
 KSTUTL_EXPORT utl_Stream& operator<<(utl_Stream& stream,
                                      utl_Stream& (*manipulator)(utl_Stream&));

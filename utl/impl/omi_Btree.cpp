@@ -252,18 +252,23 @@ V omi_Btree<K, V>::GetNullValue() const {
 }
 
 template <class K, class V>
-omi_BtreeIterator<K, V>::omi_BtreeIterator(const omi_Btree<K, V>& tree) : tree_(tree) {}
+omi_BtreeIterator<K, V> omi_Btree<K, V>::begin() const {
+  omi_BtreeIterator<K, V> first(*this);
+  first.First();
+  return first;
+}
+
+template <class K, class V>
+omi_BtreeIterator<K, V>::omi_BtreeIterator(const omi_Btree<K, V>& tree) : tree_(&tree) {}
 
 template <class K, class V>
 void omi_BtreeIterator<K, V>::First() {
-  path_.clear();
-  Descend<&Node::Left>(tree_.Root());
+  Begin<&Node::Left>();
 }
 
 template <class K, class V>
 void omi_BtreeIterator<K, V>::Last() {
-  path_.clear();
-  Descend<&Node::Right>(tree_.Root());
+  Begin<&Node::Right>();
 }
 
 template <class K, class V>
@@ -274,6 +279,15 @@ void omi_BtreeIterator<K, V>::Next() {
 template <class K, class V>
 void omi_BtreeIterator<K, V>::Prev() {
   Step<&Node::Left, &Node::Right>();
+}
+
+template <class K, class V>
+template <typename omi_BtreeIterator<K, V>::Child side>
+void omi_BtreeIterator<K, V>::Begin() {
+  path_.clear();
+  if (tree_ != nullptr) {
+    Descend<side>(tree_->Root());
+  }
 }
 
 template <class K, class V>

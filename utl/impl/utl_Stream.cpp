@@ -56,16 +56,27 @@ utl_Stream& utl_Stream::PrintReal(double value, int width, int precision) {
   return PrintText(number.Text());
 }
 
-utl_Stream& utl_Stream::Print(int value, int width) {
+template <class Value>
+utl_Stream& utl_Stream::PrintWhole(Value value, int width) {
   utl_NumberText number(value);
   number.Justify(width);
   return PrintText(number.Text());
 }
 
+utl_Stream& utl_Stream::Print(int value, int width) {
+  return PrintWhole(value, width);
+}
+
 utl_Stream& utl_Stream::Print(unsigned int value, int width) {
-  utl_NumberText number(value);
-  number.Justify(width);
-  return PrintText(number.Text());
+  return PrintWhole(value, width);
+}
+
+utl_Stream& utl_Stream::PrintLong(std::int64_t value, int width) {
+  return PrintWhole(value, width);
+}
+
+utl_Stream& utl_Stream::PrintLong(std::uint64_t value, int width) {
+  return PrintWhole(value, width);
 }
 
 utl_Stream& utl_Stream::Print(const cow_String& text) {
@@ -181,6 +192,11 @@ utl_Stream& operator<<(utl_Stream& stream, int value) {
 
 utl_Stream& operator<<(utl_Stream& stream, unsigned int value) {
   return stream.Print(value, 0);
+}
+
+utl_Stream& operator<<(utl_Stream& stream, char character) {
+  const char text[] = {character, '\0'};
+  return stream.Print(text);
 }
 
 utl_Stream& operator<<(utl_Stream& stream, utl_Stream& (*manipulator)(utl_Stream&)) {

@@ -52,6 +52,14 @@ utl_NumberText::utl_NumberText(unsigned int value) {
   Format(value);
 }
 
+utl_NumberText::utl_NumberText(std::int64_t value) {
+  Format(value);
+}
+
+utl_NumberText::utl_NumberText(std::uint64_t value) {
+  Format(value);
+}
+
 void utl_NumberText::Pad(int width) {
   const auto field = static_cast<std::size_t>(std::abs(std::int64_t{width}));
   if (field <= length_) {

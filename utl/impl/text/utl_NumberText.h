@@ -3,6 +3,7 @@
 // One number as text, in the "C" locale whatever the process's locale is.
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string_view>
 
@@ -14,6 +15,8 @@ class utl_NumberText {
   /// As "%i" and "%u".
   explicit utl_NumberText(int value);
   explicit utl_NumberText(unsigned int value);
+  explicit utl_NumberText(std::int64_t value);
+  explicit utl_NumberText(std::uint64_t value);
 
   utl_NumberText(const utl_NumberText&) = delete;
   utl_NumberText& operator=(const utl_NumberText&) = delete;

@@ -1,0 +1,37 @@
+// aio_stdostream: an output stream of the standard library as an aio_ostream.
+
+#pragma once
+
+#include <iosfwd>
+
+#include "aio/aio_ostream.h"
+#include "KSTutl_export.h"
+
+/// Writes to a std::ostream, so that what takes an aio_ostream writes anywhere:
+///
+///     aio_stdostream standardOutput(std::cout);
+///     utl_Stream out(standardOutput, 80, 6, 15);
+///     out << "mass " << 3.0 << endl;
+///
+/// Whatever goes wrong below, an exception of the std::ostream too, is a failure of this
+/// stream; only std::bad_alloc passes through.
+///
+/// Threads: used by one thread at a time.
+class KSTUTL_EXPORT aio_stdostream final : public aio_ostream {
+ public:
+  /// `out` is not owned. One that has failed already makes this one fail.
+  explicit aio_stdostream(std::ostream& out);
+
+  void write(const char* data, int length) override;
+  /// Flushes the std::ostream. Its destructor does what it does; this one flushes
+  /// nothing.
+  void flush() override;
+  bool good() const override { return good_; }
+
+ private:
+  template <class Operation>
+  void Do(Operation operation);
+
+  std::ostream& out_;
+  bool good_;
+};
