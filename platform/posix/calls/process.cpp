@@ -36,7 +36,6 @@ namespace {
 const HMODULE kProgram = reinterpret_cast<HMODULE>(ULONG_PTR{0x400000});
 
 std::atomic<DWORD> processId = 0;  // 0 until it is asked for
-const bool kToldOfForks = pthread_atfork(nullptr, nullptr, [] { processId = 0; }) == 0;
 
 bool IsOwnProcess(HANDLE handle) {
   return handle == GetCurrentProcess() || IsProcess(DescriptorOf(handle));
@@ -135,7 +134,9 @@ DWORD GetCurrentProcessId() {
     return known;
   }
   const auto asked = static_cast<DWORD>(getpid());
-  if (kToldOfForks) {
+  static const bool toldOfForks =
+      pthread_atfork(nullptr, nullptr, [] { processId = 0; }) == 0;
+  if (toldOfForks) {
     processId.store(asked, std::memory_order_relaxed);
   }
   return asked;

@@ -57,7 +57,7 @@ TEST_F(SpecialFilesTest, HandleForTheStatusReadsNothing) {
   char byte = 0;
   DWORD count = 0;
   EXPECT_EQ(CodeOf([&] { return ReadFile(handle, &byte, 1, &count, nullptr); }),
-            DWORD{ERROR_INVALID_HANDLE});
+            DWORD{ERROR_ACCESS_DENIED});
 }
 
 TEST_F(SpecialFilesTest, FifoThatIsReadHasItsData) {

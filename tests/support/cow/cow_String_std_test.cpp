@@ -99,7 +99,7 @@ TEST(CowStringStdTest, IsAContiguousRangeOfItsBytes) {
 }
 
 TEST(CowStringStdTest, IteratingDoesNotDetach) {
-  const cow_String original("abc");
+  const cow_String original("a text too long to stand in the object");
   const cow_String copy =
       original;  // NOLINT(performance-unnecessary-copy-initialization)
   EXPECT_EQ(copy.begin(), original.begin());

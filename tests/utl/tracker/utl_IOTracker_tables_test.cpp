@@ -155,7 +155,7 @@ TEST_P(IOTrackerTableTest, InfiniteTimeCountsAsZero) {
 }
 
 // Only a single number must be finite.
-TEST_P(utl_IOTrackerTableTest, SumOfTimesMayBecomeInfinite) {
+TEST_P(IOTrackerTableTest, SumOfTimesMayBecomeInfinite) {
   constexpr double kMost = std::numeric_limits<double>::max();
   Start();
   Write(7, 0, kMost);
