@@ -22,8 +22,8 @@ function(kstutl_compile_options target)
 endfunction()
 
 # kstutl_platform: <windows.h>, <io.h> and their kin for source files. On Windows they are
-# the system's own; elsewhere those of platform/posix, and kstutl_platform_calls has the
-# calls behind them.
+# the system's own; elsewhere those of platform/posix, and kstutl_platform_calls
+# implements the calls.
 add_library(kstutl_platform INTERFACE)
 if(WIN32)
   target_compile_definitions(kstutl_platform INTERFACE

@@ -3,7 +3,7 @@
 /// A pipe in descriptors of the C run time, closed at the end.
 class Pipe {
  public:
-  /// Throws std::runtime_error when there is none to be had.
+  /// Throws std::runtime_error when the system has none left.
   Pipe();
   ~Pipe();
   Pipe(const Pipe&) = delete;

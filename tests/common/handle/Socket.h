@@ -7,7 +7,7 @@ int PortOf(int socket);
 /// this machine; closed at the end.
 class BoundSocket {
  public:
-  /// Throws std::runtime_error when there is none to be had.
+  /// Throws std::runtime_error when the system has none left.
   BoundSocket();
   ~BoundSocket() { Close(); }
   BoundSocket(const BoundSocket&) = delete;
