@@ -6,9 +6,9 @@
 
 #include "KSTutl_export.h"
 
-/// One pointer per thread. The slot behind it is allocated, under `thr_GlobalLock`, when
-/// the first thread sets its pointer, and freed when the last thread has taken its
-/// pointer back. For `thr_ThreadSingleton`; other code wants that.
+/// One pointer per thread. Its slot is allocated, under `thr_GlobalLock`, when the first
+/// thread sets its pointer, and freed when the last thread has taken its pointer back.
+/// This is for `thr_ThreadSingleton`, which is what other code should use.
 ///
 /// Threads: any; each sees its own pointer.
 class KSTUTL_EXPORT thr_ThreadSlot {

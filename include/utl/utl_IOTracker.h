@@ -6,8 +6,8 @@
 #include "KSTutl_export.h"
 #include "thr/thr_GlobalSingleton.h"
 
-/// What was counted for one file, or summed over many. A megabyte is 1,048,576 bytes;
-/// times are in seconds.
+/// What was counted for one file, or summed over several. A megabyte is 1,048,576 bytes;
+/// times are in seconds. A count that has reached its type's limit stays there.
 struct utl_IOTrackerRecord {
   int writeCount = 0;
   double writeMB = 0;
@@ -15,95 +15,127 @@ struct utl_IOTrackerRecord {
   int readCount = 0;
   double readMB = 0;
   double readTime = 0;
-  std::int64_t bytesWritten = 0;  ///< This and the next three: from level 3 on.
+  // Bytes, opens and seeks are counted from level 3 on, and are 0 below it.
+  std::int64_t bytesWritten = 0;
   std::int64_t bytesRead = 0;
   int opens = 0;
-  int kind = 2;  ///< 0 scratch directory, 1 work directory, 2 not classified yet.
+  int kind = 2;  ///< 0: scratch directory, 1: work directory, 2: not classified.
   std::int64_t seeks = 0;
 };
 
-/// Counts the operations that the product's input and output code reports for its files,
-/// and writes totals at code marks or time points, and a summary at its end.
+/// Counts what the product's input and output code reports about its files: how often,
+/// how much and for how long each was written and read. The sums go to text files, a line
+/// at every code mark or at fixed intervals, and at the end comes a summary of all files.
+/// docs/io-tracker.md describes these files and their names.
 ///
-/// It exists only where the environment asks for it when the process's holder, which is
-/// below, is made:
+/// A process has a tracker only if its environment asks for one. Otherwise a report costs
+/// the test of a pointer:
+///
+///     auto& holder = thr_GlobalSingleton<utl_IOTracker_Container>::Instance();
+///     ...
+///     const int file = _open("model.dat", _O_WRONLY | _O_BINARY);
+///     if (utl_IOTracker* const tracker = holder.Tracker()) {
+///       tracker->COpen(file, "model.dat");
+///       const double start = tracker->Now();
+///       const int written = _write(file, data, 4096);
+///       tracker->CWrite(file, written, tracker->Now() - start);
+///     }
+///     utl_IOTracker_Mark("model written");   // a line of totals
+///
+/// The environment is read when the holder is made. Each variable counts as the decimal
+/// number that it begins with, and as 0 if there is none:
 ///
 ///     KES_IO_TRACK         1: totals and summary
-///                          2: increments beside the totals
-///                          3, above: also bytes, opens and changes of position
-///                          anything else: there is no tracker
-///     KES_IO_TIMEPOINTS    2: timed mode; a task on the process's thr_ThreadPool
-///                             writes the lines
-///                          anything else: mark mode; `Mark` writes them
-///     KES_IO_TIMEINTERVAL  timed mode's interval in hundredths of a second;
-///                          100 if it is unset, 0 or less
-///     KES_IO_INDIVIDUAL    above 0: an output of its own for every file
+///                          2: also increments beside the totals
+///                          3 and above: bytes, opens and seeks are counted, too
+///                          0 and below: there is no tracker
+///     KES_IO_TIMEPOINTS    2: timed mode, a task on the process's thr_ThreadPool writes
+///                             the lines
+///                          anything else: mark mode, `Mark` writes them
+///     KES_IO_TIMEINTERVAL  timed mode's interval in hundredths of a second; 100 for 0
+///                          and below
+///     KES_IO_INDIVIDUAL    above 0: a further output for every file
 ///
-/// The command line's "outdir" and "job" name the outputs, "tmpdir" is the scratch
-/// directory; of each the first 2048 characters count. docs/io-tracker.md tells what the
-/// outputs are called and what is in them. One that cannot be opened or written is left
-/// out in silence.
+/// So is the command line: the options "outdir" and "job" name the outputs, and "tmpdir"
+/// is the scratch directory. Of each value the first 2048 characters count.
 ///
-/// Files are kept in two tables of the same form: table C holds files reached through
-/// descriptors or C streams, under the key of their descriptor or address; table U files
-/// reached through numbered units, under the unit's number. Of a path the first 1023
-/// characters count, and null is the path "". `bytes` and `seconds` that are negative, infinite or
-/// not a number count as 0, and a count that has reached its type's limit stays there.
+/// There are two tables of the same form. Table C holds files that are reached through
+/// descriptors or C streams; their keys are descriptors or the addresses of streams.
+/// Table U holds files that are reached through numbered units, and the units' numbers
+/// are the keys. Any number may be a key. A file is found again by its path, which is
+/// compared as a text, letter for letter. Of a path the first 1023 characters count; null
+/// is the path "". `bytes` that are negative count as 0, and so do `seconds` that are
+/// negative, infinite or not a number.
+///
+/// Failures: none but std::bad_alloc is thrown. An output that cannot be opened or
+/// written is left out in silence.
+///
+/// Threads: any, at any time between the making of the tracker and its end.
+///
+/// On Linux the tracker belongs to the process that made it. In a child of `fork` that
+/// goes on without another program it counts nothing, finds no entry, writes nothing and
+/// waits for nobody: the outputs show what the parent did, once. The child may have a
+/// tracker of its own after utl_finalize and utl_initialize, or if the parent had none;
+/// the outputs of that replace the parent's, unless the command line or `SetSuffix` gives
+/// them other names.
 ///
 /// The order of the virtual functions is part of the interface.
-///
-/// Threads: any thread, at any time between the tracker's making and its end. Nothing
-/// throws but std::bad_alloc.
 class KSTUTL_EXPORT utl_IOTracker {
  public:
   virtual ~utl_IOTracker();
 
-  /// Writes a line of totals with `label`, which is not looked into; null is the empty
-  /// label. From level 2 on a line of increments with the same label and time follows in
-  /// their file, and all increments are zeroed. In timed mode it writes nothing, since
-  /// the lines have no column for the label.
+  /// Writes a line of totals that begins with `label`, whatever characters that has; null
+  /// is the empty label. From level 2 on a line of increments with the same label and
+  /// time goes to their output, and all increments are set to zero. Does nothing in timed
+  /// mode, whose lines have no place for a label.
   virtual void Mark(const char* label) = 0;
-  /// Writes the same lines without a label, in either mode. In timed mode the task calls
+  /// Writes the same lines without a label, in either mode. The task of timed mode calls
   /// it.
   virtual void TimePoint() = 0;
 
-  /// `path` was opened and is known by `key` from now on, beside other keys it may have.
-  /// A path seen before gets its entry back, with its counts and its kind. A new entry is
-  /// scratch if the path lies below the scratch directory, and work otherwise; relative
-  /// names are taken from the current directory, the case of ASCII letters is ignored.
-  /// A key in use moves to this path.
+  // Table C.
+
+  /// Reports that the file `path` was opened, and that `key` means it from now on. A file
+  /// may have several keys; a key that meant another file no longer does. A path that was
+  /// seen before leads to its entry, with its counts and its kind. Otherwise there is a
+  /// new entry, of kind 0 if the path lies below the scratch directory and of kind 1 if
+  /// not. For that a relative path is taken from the current directory, `/` and `\` are
+  /// the same, and so are large and small letters of ASCII.
   virtual void COpen(std::int64_t key, const char* path) = 0;
-  /// The key is no longer used; the entry and what was counted stay. An unknown key is
-  /// ignored.
+  /// Reports that the file was closed: the key means nothing any more. The entry stays
+  /// with what was counted. An unknown key is ignored.
   virtual void CClose(std::int64_t key) = 0;
-  /// The file has a new path; it keeps its counts and its kind. An entry that had this
-  /// path keeps it in the summary only: its file was replaced. An unknown key is ignored.
+  /// Reports that the file has a new path. It keeps its counts and its kind. If another
+  /// entry had that path, its file was replaced: it keeps counts and keys, but the path
+  /// leads to it no longer. An unknown key is ignored.
   virtual void CRename(std::int64_t key, const char* path) = 0;
-  /// One operation that wrote `bytes` in `seconds`. An unknown key makes an entry with
-  /// the path " " and the kind 2, and is known from then on.
+  /// Counts one write operation of `bytes` that took `seconds`. An unknown key gets an
+  /// entry with the path " " and of kind 2.
   virtual void CWrite(std::int64_t key, std::int64_t bytes, double seconds) = 0;
-  /// The same for a read.
+  /// Counts one read operation in the same way.
   virtual void CRead(std::int64_t key, std::int64_t bytes, double seconds) = 0;
-  /// One change of position, counted from level 3 on; its time is not. An unknown key is
-  /// ignored.
+  /// Counts one change of position, from level 3 on; `seconds` are not counted. An
+  /// unknown key is ignored.
   virtual void CSeek(std::int64_t key, double seconds) = 0;
-  /// Classifies the file: 0 scratch, 1 work, any other number 2, neither. An unknown key
-  /// is ignored.
+  /// Classifies the file: 0 is scratch, 1 is work, and any other number means that it is
+  /// neither, which is kind 2. What was counted moves to the sums of that kind. An
+  /// unknown key is ignored.
   virtual void CSetKind(std::int64_t key, int kind) = 0;
-  /// The file's kind; 2 for an unknown key.
+  /// The file's kind, 0 to 2; 2 for an unknown key.
   virtual int CKind(std::int64_t key) = 0;
-  /// Copies the file's totals to `record`. False, with zeros and the kind 2, for an
-  /// unknown key.
+  /// Copies everything that was counted for the file to `record`, and returns true. For
+  /// an unknown key false, and `record` has zeros and the kind 2.
   virtual bool CTotals(std::int64_t key, utl_IOTrackerRecord& record) = 0;
-  /// The same for what was counted since increments were last written.
+  /// The same with what was counted since a line of increments was last written.
   virtual bool CIncrements(std::int64_t key, utl_IOTrackerRecord& record) = 0;
-  /// The number of the table's entries.
+  /// The number of the table's entries. There are never fewer than before.
   virtual int CCount() = 0;
-  /// The path of entry `index`, in the order of creation from 0; "" for an index out of
-  /// range. The text lives as long as the tracker.
+  /// The path of an entry; `index` counts from 0 in the order in which entries were made.
+  /// "" for an index out of range. The text belongs to the tracker and lives as long.
   virtual const char* CPath(int index) = 0;
 
-  // The same for the files reached through numbered units.
+  // Table U, word for word the same.
+
   virtual void UOpen(std::int64_t key, const char* path) = 0;
   virtual void UClose(std::int64_t key) = 0;
   virtual void URename(std::int64_t key, const char* path) = 0;
@@ -117,50 +149,53 @@ class KSTUTL_EXPORT utl_IOTracker {
   virtual int UCount() = 0;
   virtual const char* UPath(int index) = 0;
 
-  /// Seconds since the tracker was made.
+  // Both tables.
+
+  /// Seconds since the tracker was made, by a clock that never goes back.
   virtual double Now() = 0;
   /// The tracking level: 1, 2 or 3.
   virtual int Level() = 0;
-  /// The sum of both tables' totals: of scratch files for kind 0; for any other number
-  /// of all other files, those that are neither included.
+  /// Sums the totals of both tables: for kind 0 those of the scratch files, for any other
+  /// number those of all other files, classified or not. `record.kind` is 0 or 1.
   virtual void SumTotals(int kind, utl_IOTrackerRecord& record) = 0;
-  /// The same for the increments.
+  /// Sums the increments in the same way.
   virtual void SumIncrements(int kind, utl_IOTrackerRecord& record) = 0;
-  /// Output files opened from now on are named with "_" and the first 2048 characters of
-  /// `text` at the end; null or "" ends that.
+  /// Has the names of outputs that are opened from now on end with "_" and the first 2048
+  /// characters of `text`; null or "" ends that.
   virtual void SetSuffix(const char* text) = 0;
-  /// Writes a line of increments, at any level, and zeroes them. The line has no label
-  /// when that is null, nor in timed mode.
+  /// Writes a line of increments at any level, and sets all increments to zero. The line
+  /// has no label if `label` is null, and none in timed mode.
   virtual void WriteIncrements(const char* label) = 0;
-  /// Has everything written so far reach the files.
+  /// Has all lines reach their files that were written so far. Otherwise they are held
+  /// back for a while, and lines that are still held back are lost if the process dies.
   virtual void FlushOutputs() = 0;
 };
 
-/// Holds the process's I/O tracker, if there is one. Opening a file for writing makes
-/// sure that this holder exists, and utl_finalize ends it.
+/// Holds the process's I/O tracker, if there is one. Opening a utl_File for writing makes
+/// this holder at the latest, and utl_finalize ends it.
 ///
 /// Threads: any, through thr_GlobalSingleton<utl_IOTracker_Container>::Instance(). That
-/// is one object until the end, so a reference may be kept.
-///
-///     auto& holder = thr_GlobalSingleton<utl_IOTracker_Container>::Instance();
-///     ...
-///     if (utl_IOTracker* tracker = holder.Tracker()) tracker->CWrite(key, bytes, s);
+/// is the same object until the end, so a reference may be kept.
 class KSTUTL_EXPORT utl_IOTracker_Container {
  public:
-  /// Makes the tracker if KES_IO_TRACK is above 0, and starts its timed task.
+  /// Makes the tracker if KES_IO_TRACK is above 0, and starts its timed task in timed
+  /// mode. Throws std::bad_alloc. If the system gives no thread for the task, the pool's
+  /// other threads run it, if it has some.
   utl_IOTracker_Container();
-  /// Ends the tracker: it writes its summary, and in timed mode waits, a tenth of a
-  /// second or so, for the task. That finishes the time point that it is at, or writes
-  /// one more if it sleeps; then "Completed TimedOutTask" and a line end go to the
-  /// standard error stream. A process that ends without this has no summary, and of the
-  /// other outputs what had reached the files.
+  /// Ends the tracker, which writes its summary. In timed mode it waits for the task,
+  /// about a tenth of a second: the task finishes the time point that it is at, or writes
+  /// one more if it sleeps, and tells so by "Completed TimedOutTask" and a line end on
+  /// the standard error stream. A process that ends without this has no summary, and of
+  /// the other outputs what has reached the files.
   /// REQUIRES: no other thread uses the tracker any more.
   ~utl_IOTracker_Container();
   utl_IOTracker_Container(const utl_IOTracker_Container&) = delete;
   utl_IOTracker_Container& operator=(const utl_IOTracker_Container&) = delete;
 
-  /// The tracker, owned by this holder; null when tracking is off.
+  /// The tracker, which belongs to this holder; null when tracking is off.
   utl_IOTracker* Tracker() const { return tracker_.get(); }
+
+  // The rest is implementation.
 
  private:
   std::unique_ptr<utl_IOTracker> tracker_;
@@ -168,8 +203,10 @@ class KSTUTL_EXPORT utl_IOTracker_Container {
 
 extern template class KSTUTL_EXPORT thr_GlobalSingleton<utl_IOTracker_Container>;
 
-/// Writes a line at a code mark, as utl_IOTracker::Mark does. Does nothing when there is
-/// no tracker; it never makes the holder.
+/// Writes a line at a code mark, as utl_IOTracker::Mark does. Does nothing while there is
+/// no holder, which it never makes, and where the holder has no tracker.
+///
+///     utl_IOTracker_Mark("stiffness assembled");
 ///
 /// Threads: any, as long as nobody ends the library.
 extern "C" KSTUTL_EXPORT void utl_IOTracker_Mark(const char* label);

@@ -9,21 +9,21 @@
 #include "KSTutl_export.h"
 #include "omi/omi_Singleton.h"
 
-/// Writes a log of what the process uses: at each named mark one line with wall time,
-/// processor time and the process's memory counters, at the end the totals of up to 21
-/// named timers. docs/resource-log.md describes the file.
+/// Writes a log of what the process uses: at every named mark a line with wall time,
+/// processor time and the process's memory counters, and at the end what up to 21 named
+/// timers added up to. docs/resource-log.md describes the file.
 ///
-/// It is off unless the environment variable KES_RESOURCE_MONITOR is set when
-/// `Initialize` is called. Off, every operation is the test of a flag, so that the calls
-/// can stay in production code. The variable's value, case counting, chooses what is
+/// The monitor is off unless the environment variable KES_RESOURCE_MONITOR is set when
+/// `Initialize` is called. Off, every operation costs the test of a flag, so the calls
+/// can stay in production code. Its value, in exactly these letters, chooses what is
 /// written:
 ///
-///     FULL         labels are written whole and not in 40 columns
-///     METHOD       MarkMethod writes, too
+///     FULL         labels are written whole, and not in 40 columns
+///     METHOD       `MarkMethod` writes, too
 ///     FULLMETHOD   both
-///     MALLINFO     IsMallinfo answers true; the log is the same
+///     MALLINFO     `IsMallinfo` is true; the log is the same
 ///
-/// Any other value, the empty one too, turns the monitor on without these.
+/// Any other value, also the empty one, turns the monitor on without these.
 ///
 ///     auto& monitor = omi_Singleton<utl_ResourceMonitor>::Instance();
 ///     monitor.Initialize("beam");            // begins beam.use
@@ -31,32 +31,40 @@
 ///     ...
 ///     monitor.StopTimer(0);
 ///     monitor.Mark("stiffness assembled");
-///     omi_SingletonBase<utl_ResourceMonitor>::Finalize();   // summary; closes the log
+///     omi_SingletonBase<utl_ResourceMonitor>::Finalize();   // ends and closes the log
 ///
-/// One object a process. utl_finalize leaves it alone, so that the library's end can
-/// still be marked: the executable ends it with `Finalize` as its last step.
+/// There is one object in a process. utl_finalize leaves it alone, so that the library's
+/// end can still be marked: the executable ends it by `Finalize` as its last step.
 ///
-/// Nothing is reported. When the log cannot be opened the monitor stays off; what cannot
-/// be written is lost; a number that the system does not give is written as 0.
+/// Failures: none but std::bad_alloc is thrown. When the log cannot be opened the monitor
+/// stays off. What cannot be written is lost, and a number that the system does not tell
+/// is 0.
 ///
-/// Threads: none. It is meant for the main thread; it takes no lock.
+/// Threads: none. It is meant for the main thread and takes no lock.
+///
+/// On Linux the log belongs to the process that called `Initialize`. A child of `fork`
+/// that goes on without another program writes nothing into it, not even by `Finalize`;
+/// by `Initialize` it begins a log of its own, which replaces the parent's if the job has
+/// the same name.
 class KSTUTL_EXPORT utl_ResourceMonitor {
  public:
-  /// Writes the end mark and the summary if the monitor is on, and closes the log.
+  /// Ends the log: if the monitor is on it writes the mark JOB-End and the timers'
+  /// summary and closes the file.
   ~utl_ResourceMonitor();
   utl_ResourceMonitor(const utl_ResourceMonitor&) = delete;
   utl_ResourceMonitor& operator=(const utl_ResourceMonitor&) = delete;
 
-  /// Reads KES_RESOURCE_MONITOR; when it is set, creates or empties the log, the file
-  /// `jobName` with ".use" behind it (resolved by utl_FilePath against the current
-  /// directory), and writes its head and the mark `jobName`-Start. The environment's
-  /// KESTRA_SEQ, KESTRA_VERSION, COMPUTERNAME and PROCESSOR_IDENTIFIER go into the head,
-  /// "?" for one that is unset. Null counts as "".
+  /// Begins a log if KES_RESOURCE_MONITOR is set: creates or empties the file JOB.use,
+  /// JOB being `jobName`, and writes the head and the mark JOB-Start. The name is
+  /// resolved by utl_FilePath against the current directory; null counts as "". The head
+  /// shows the environment variables KESTRA_SEQ, KESTRA_VERSION, COMPUTERNAME and
+  /// PROCESSOR_IDENTIFIER, "?" for each that is not set.
   ///
-  /// It then starts and stops timer 20 a thousand times under the name "Self": the
-  /// summary shows there what timing itself costs. So timer 20 is taken.
+  /// It then starts and stops timer 20 a thousand times under the name "Self", so that
+  /// the summary shows what timing itself costs. That timer is not for others.
   ///
-  /// Called again, it first ends the log that is open, as the destructor does.
+  /// If a log is open already it is ended first, as by the destructor, and the
+  /// environment is read anew.
   void Initialize(const char* jobName);
   void Initialize(const cow_String& jobName) { Initialize(jobName.c_str()); }
 
@@ -64,53 +72,72 @@ class KSTUTL_EXPORT utl_ResourceMonitor {
   bool IsEnabled() const { return enabled_; }
 
   /// Writes one line with `label` and has it reach the file, so that the log is complete
-  /// up to here even if the process dies. A label counts up to its first zero byte;
-  /// unless labels are written whole, one of more than 40 bytes is shortened to its
-  /// first 19, "_" and its last 20. It should hold no line feed: the line would end
-  /// there.
+  /// up to here even if the process dies. Lines are numbered from 1 on; JOB-Start has the
+  /// first number. The label ends at its first zero byte; null is the empty label. Unless
+  /// labels are written whole, it is shown in 40 columns, right-aligned: of more than 40
+  /// bytes the first 19, "_" and the last 20. A line feed in it would end the line.
   void Mark(const cow_String& label) {
-    if (enabled_) WriteMark(label);
+    if (enabled_) {
+      WriteMark(label);
+    }
   }
-  /// The same; makes no string when the monitor is off.
+  /// The same, without making a string while the monitor is off.
   void Mark(const char* label) {
-    if (enabled_) WriteMark(label);
+    if (enabled_) {
+      WriteMark(label);
+    }
   }
 
-  /// Marks, if the environment asked for such marks.
+  /// Marks, if METHOD or FULLMETHOD asked for these marks.
   void MarkMethod(const cow_String& label) {
-    if (method_) Mark(label);
+    if (method_) {
+      Mark(label);
+    }
   }
   void MarkMethod(const char* label) {
-    if (method_) Mark(label);
+    if (method_) {
+      Mark(label);
+    }
   }
 
-  /// Starts timer `id`, 0 to 20; another number is ignored. The first start names it and
-  /// zeroes it; later ones keep the name. Started again before it is stopped, it
-  /// measures from the last start.
+  /// Starts timer `id`, from 0 to 20; any other number is ignored. The first start gives
+  /// the timer its name and sets it to zero; later ones keep the name. A timer that is
+  /// started again before it is stopped measures from the last start.
   void StartTimer(int id, const cow_String& name) {
-    if (enabled_) BeginInterval(id, name);
+    if (enabled_) {
+      BeginInterval(id, name);
+    }
   }
-  /// The same; makes no string when the monitor is off.
+  /// The same, without making a string while the monitor is off.
   void StartTimer(int id, const char* name) {
-    if (enabled_) BeginInterval(id, name);
+    if (enabled_) {
+      BeginInterval(id, name);
+    }
   }
 
-  /// Adds the processor and wall time since the start to timer `id`, and one call. A
-  /// number outside 0 to 20 is ignored. A timer that was never started does not get into
-  /// the summary.
+  /// Adds to timer `id`, from 0 to 20, one call and the processor time and wall time
+  /// since its start; any other number is ignored. A timer that was never started is not
+  /// shown in the summary. Stopped again without a start, it adds the time since the last
+  /// start once more.
   ///
-  /// Wall times are differences of times of day: an interval that passes midnight counts
-  /// 86,400 seconds too little.
+  /// Wall times are differences between times of day, so an interval that passes midnight
+  /// counts 86,400 seconds too little and may be negative.
   void StopTimer(int id) {
-    if (enabled_) EndInterval(id);
+    if (enabled_) {
+      EndInterval(id);
+    }
   }
 
-  /// Whether the environment said MALLINFO: for callers that write memory statistics of
-  /// their own. Nothing in the log depends on it.
+  /// Whether KES_RESOURCE_MONITOR was MALLINFO at `Initialize`, for callers that write
+  /// memory statistics of their own. Nothing in the log depends on it.
   bool IsMallinfo() const { return mallinfo_; }
 
-  /// The base name of the process's executable while the monitor is on, else "".
+  /// The base name of the process's executable while the monitor is on, of at most 519
+  /// characters; "" otherwise, or if the system does not tell it. The text belongs to the
+  /// monitor.
   const wchar_t* ModuleName() const { return moduleName_; }
+
+  // The rest is implementation.
 
  private:
   friend class omi_Singleton<utl_ResourceMonitor>;

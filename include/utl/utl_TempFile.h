@@ -69,7 +69,8 @@ class KSTUTL_EXPORT utl_TempFile {
   /// Opens the file if it exists; whether it does. Throws utl_TempFileOpenExc if it
   /// exists and cannot be opened.
   bool OpenIfPresent();
-  /// Closes the file if it is open. The name and the file stay.
+  /// Closes the file if it is open. The name and the file stay, but a closed file is
+  /// nobody's: another object that has the same name may open it, or remove it.
   void Close();
 
   /// Bytes that were free in the directory when the name was made.

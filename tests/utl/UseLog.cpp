@@ -44,7 +44,7 @@ class Line {
     rest_.erase(0, blank + 1);
     return Checked(field, 0);
   }
-  // The number with so many digits behind its point that stands behind the last blank;
+  // The number after the last blank, which has so many digits after its point;
   // the blank stays.
   std::string TakeLastNumber(std::size_t digits) {
     const std::size_t blank = rest_.rfind(' ');

@@ -245,13 +245,10 @@ void utl_ResourceMonitor::Write(std::string_view text) {
 }
 
 void utl_ResourceMonitor::Release() {
-  if (IsOwn()) {
-    log_.reset();
-    if (process_ != nullptr) {
-      CloseHandle(process_);
-    }
+  log_.reset();
+  if (process_ != nullptr) {
+    CloseHandle(process_);
   }
-  log_.release();  // what is left is the parent's: closing it might wait for its threads
   process_ = nullptr;
   enabled_ = full_ = method_ = mallinfo_ = false;
   jobName_ = {};

@@ -1,7 +1,7 @@
 #include "utl/impl/utl_ResourceSample.h"
 
 #include <windows.h>
-// Behind windows.h:
+// After windows.h, which it needs:
 #include <psapi.h>
 
 namespace {

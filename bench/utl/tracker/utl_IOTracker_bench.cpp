@@ -1,5 +1,5 @@
-// What one recorded operation costs: with the tracker off, beside a bare test of a
-// pointer; with the tracker on, beside a hash map of records behind a mutex.
+// What one recorded operation costs: with the tracker off, compared with a bare test of
+// a pointer; with the tracker on, compared with a hash map of records and a mutex.
 
 #include "utl/utl_IOTracker.h"
 

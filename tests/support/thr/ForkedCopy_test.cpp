@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <functional>
 #include <future>
-#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -15,6 +14,7 @@
 #include "aio/aio_ofstream.h"
 #include "common/child/ProcessCopy.h"
 #include "common/temp/TempDir.h"
+#include "common/thread/FunctionTask.h"
 #include "thr/thr_currentProcess.h"
 #include "thr/thr_GlobalLock.h"
 #include "thr/thr_GlobalSingleton.h"
@@ -125,19 +125,10 @@ TEST_F(ForkedCopyTest, HasAGlobalLockOfItsOwn) {
   EXPECT_EQ(&thr_GlobalLock::Instance(), &parents);
 }
 
-class FunctionTask : public thr_Task {
- public:
-  explicit FunctionTask(std::function<void()> work) : work_(std::move(work)) {}
-  void Run() override { work_(); }
-
- private:
-  std::function<void()> work_;
-};
-
 // Has a thread of the pool run `work`.
 void RunOnPool(std::function<void()> work) {
   Pool::Instance().AddThreads(1, 1);
-  Pool::Instance().RunTask(std::make_unique<FunctionTask>(std::move(work)));
+  Pool::Instance().RunTask(FunctionTask::Of(std::move(work)));
 }
 
 TEST_F(ForkedCopyTest, FinalizeWaitsForNoThreadOfTheParent) {

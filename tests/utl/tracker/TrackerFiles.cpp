@@ -24,7 +24,7 @@ namespace {
 
 constexpr char kComma[] = ", ";
 
-// The last `count` fields of a line, behind whatever stands before them. What stands
+// The last `count` fields of a line, whatever stands before them. What stands
 // before may have commas of its own.
 std::vector<std::string> LastFields(const std::string& line, std::size_t count,
                                     std::string& before) {

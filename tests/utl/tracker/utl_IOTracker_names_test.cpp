@@ -118,11 +118,11 @@ TEST_F(IOTrackerNamesTest, OutputDirectoryIsCutAt2048Characters) {
   while (directory.size() + 2 <= 2048) directory += "/.";
   if (directory.size() < 2048) directory += '/';
   ASSERT_EQ(directory.size(), 2048U);
-  for (const char* behind : {"", "/not there"}) {
-    LoadArguments({"-outdir", directory + behind, "-job", "beam"});
+  for (const char* more : {"", "/not there"}) {
+    LoadArguments({"-outdir", directory + more, "-job", "beam"});
     StartTracker("1");
     EndTracker();
-    EXPECT_TRUE(Exists("beam.ioFileSummary")) << behind;
+    EXPECT_TRUE(Exists("beam.ioFileSummary")) << more;
     std::filesystem::remove(File("beam.ioFileSummary"));
   }
 }
@@ -132,11 +132,11 @@ TEST_F(IOTrackerNamesTest, JobIsCutAt2048Characters) {
   while (job.size() < 2044) job += "./";
   job += "beam";
   ASSERT_EQ(job.size(), 2048U);
-  for (const char* behind : {"", "more"}) {
-    LoadArguments({"-job", job + behind});
+  for (const char* more : {"", "more"}) {
+    LoadArguments({"-job", job + more});
     StartTracker("1");
     EndTracker();
-    EXPECT_EQ(Files(), Names{"beam.ioFileSummary"}) << behind;
+    EXPECT_EQ(Files(), Names{"beam.ioFileSummary"}) << more;
     std::filesystem::remove("beam.ioFileSummary");
   }
 }
@@ -147,10 +147,10 @@ TEST_F(IOTrackerNamesTest, SuffixIsCutAt2048Characters) {
   while (suffix.size() < 2047) suffix += "./";
   suffix += 's';
   ASSERT_EQ(suffix.size(), 2048U);
-  for (const char* behind : {"", "more"}) {
-    StartTracker("1").SetSuffix((suffix + behind).c_str());
+  for (const char* more : {"", "more"}) {
+    StartTracker("1").SetSuffix((suffix + more).c_str());
     EndTracker();
-    EXPECT_EQ(Files("ioFileSummary_"), Names{"s"}) << behind;
+    EXPECT_EQ(Files("ioFileSummary_"), Names{"s"}) << more;
     std::filesystem::remove("ioFileSummary_/s");
   }
 }

@@ -42,7 +42,7 @@ TEST_F(IOTrackerTest, OrderOfTheInterface) {
       Slot(&T::UCount),    Slot(&T::UPath),           Slot(&T::Now),
       Slot(&T::Level),     Slot(&T::SumTotals),       Slot(&T::SumIncrements),
       Slot(&T::SetSuffix), Slot(&T::WriteIncrements), Slot(&T::FlushOutputs)};
-  std::intptr_t expected = 2;  // behind the destructor's two places
+  std::intptr_t expected = 2;  // after the destructor's two
   for (const std::intptr_t slot : slots) {
     EXPECT_EQ(slot, expected++);
   }

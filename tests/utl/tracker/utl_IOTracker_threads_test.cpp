@@ -16,7 +16,7 @@ namespace {
 
 constexpr int kThreads = 8;
 constexpr int kOperations = 125000;  // of a thread: a million in all
-// Both come out exactly in six digits behind the point.
+// Both come out exactly in six digits after the point.
 constexpr std::int64_t kBytes = 65536;
 constexpr double kSeconds = 1.0 / 64;
 
