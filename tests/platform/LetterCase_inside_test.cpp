@@ -9,6 +9,7 @@
 #include "common/child/ChildProcess.h"
 #include "common/shell/Shell.h"
 #include "platform/PlatformTest.h"
+#include "utl/utl_NativePath.h"
 
 namespace {
 
@@ -63,6 +64,31 @@ TEST_P(LetterCaseTest, DirectoriesOnTheWay) {
   EXPECT_EQ(CreateNew(Name("ONE\\TWO\\new")), 0u);
   EXPECT_TRUE(FileExists(Name("One/Two/new")));
   EXPECT_EQ(OpenCode(Name("one\\twoo\\three")), DWORD{ERROR_PATH_NOT_FOUND});
+}
+
+// In the encoding of each target's names.
+TEST_P(LetterCaseTest, LettersBeyondAscii) {
+  const auto name = [this](const std::u8string& text) {
+    return Name(utl_fromNativePath(std::filesystem::path(text)).c_str());
+  };
+  if (CreateNew(name(u8"Größe Ä1")) != 0) {
+    GTEST_SKIP() << "this locale has no such names";
+  }
+  EXPECT_EQ(OpenCode(name(u8"größe ä1")), 0u);
+  EXPECT_EQ(OpenCode(name(u8"GRÖßE Ä1")), 0u);
+  EXPECT_EQ(CreateNew(name(u8"gRÖßE ä1")), DWORD{ERROR_FILE_EXISTS});
+  EXPECT_EQ(OpenCode(name(u8"Grösse Ä1")), DWORD{ERROR_FILE_NOT_FOUND});
+  EXPECT_EQ(OpenCode(name(u8"Größe á1")), DWORD{ERROR_FILE_NOT_FOUND});
+  EXPECT_EQ(CreateNew(name(u8"É")), 0u);
+  EXPECT_EQ(CreateNew(name(u8"È")), 0u);
+  EXPECT_EQ(CreateNew(name(u8"é")), DWORD{ERROR_FILE_EXISTS});
+  WIN32_FIND_DATAA data = {};
+  const HANDLE search = FindFirstFileA(name(u8"gr*SSE Ä1").c_str(), &data);
+  EXPECT_EQ(search, INVALID_HANDLE_VALUE);
+  const HANDLE other = FindFirstFileA(name(u8"gr*E ä1").c_str(), &data);
+  EXPECT_NE(other, INVALID_HANDLE_VALUE);
+  EXPECT_EQ(Name(data.cFileName), name(u8"Größe Ä1"));
+  FindClose(other);
 }
 
 TEST_P(LetterCaseTest, NewNameIsWrittenAsItIsGiven) {

@@ -17,7 +17,6 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <cctype>
 #include <cerrno>
 #include <cstddef>
 #include <cstring>
@@ -25,6 +24,7 @@
 #include <string_view>
 
 #include "platform/posix/state/posix_error.h"
+#include "platform/posix/state/posix_letters.h"
 #include "platform/posix/state/posix_path.h"
 
 namespace posix {
@@ -43,7 +43,7 @@ struct Search {
 
   int fd = -1;
   std::string directory;
-  std::string pattern;
+  std::string pattern;  // folded
   bool takesAll = false;
   // What the system has told of the directory, and where the untold rest stands.
   ssize_t begin = 0;
@@ -75,12 +75,7 @@ HANDLE Keep(std::unique_ptr<Search> search) {
   return INVALID_HANDLE_VALUE;
 }
 
-bool EqualLetters(char a, char b) {
-  return std::tolower(static_cast<unsigned char>(a)) ==
-         std::tolower(static_cast<unsigned char>(b));
-}
-
-// "*" is any text, "?" any character. Walks back to the last "*" only.
+// "*" is any text, "?" any byte. Walks back to the last "*" only.
 bool Matches(std::string_view name, std::string_view pattern) {
   size_t n = 0;
   size_t p = 0;
@@ -90,8 +85,7 @@ bool Matches(std::string_view name, std::string_view pattern) {
     if (p < pattern.size() && pattern[p] == '*') {
       star = p++;
       afterStar = n;
-    } else if (p < pattern.size() &&
-               (pattern[p] == '?' || EqualLetters(pattern[p], name[n]))) {
+    } else if (p < pattern.size() && (pattern[p] == '?' || pattern[p] == name[n])) {
       ++n;
       ++p;
     } else if (star != std::string_view::npos) {
@@ -110,7 +104,7 @@ bool IsDotOrDots(const char* name) {
 
 bool IsListed(const Search& search, const char* name) {
   if (IsDotOrDots(name) && search.directory == "/") return false;
-  return search.takesAll || Matches(name, search.pattern);
+  return search.takesAll || Matches(Folded(name), search.pattern);
 }
 
 DWORD Open(Search& search) {
@@ -212,6 +206,7 @@ using namespace posix;
 HANDLE FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data) {
   std::unique_ptr<Search> search(new Search);  // records stay as they are
   DWORD code = Split(pattern, search->directory, search->pattern);
+  search->pattern = Folded(search->pattern);
   search->takesAll = search->pattern == "*" || search->pattern == "*.*";
   if (code == ERROR_SUCCESS) code = Open(*search);
   if (code == ERROR_SUCCESS) code = Next(*search, *data);

@@ -3,8 +3,7 @@
 // Not emulated: drives other than Z:, the current directories of other drives,
 // network names and the "\\?\" and "\\.\" prefixes (all fail with code 3), device
 // names (NUL, CON, ...: plain files here), alternate data streams ("file:stream" is
-// a plain name), short names (PROGRA~1), the limit of 260 characters, and letter
-// case beyond ASCII.
+// a plain name), short names (PROGRA~1), and the limit of 260 characters.
 
 #include "platform/posix/state/posix_path.h"
 

@@ -33,6 +33,7 @@
 #include <unordered_set>
 
 #include "platform/posix/state/posix_error.h"
+#include "platform/posix/state/posix_letters.h"
 
 namespace posix {
 namespace {
@@ -271,14 +272,6 @@ bool Listings::MindForks() {
 
 }  // namespace
 
-std::string Folded(std::string_view name) {
-  std::string folded(name);
-  for (char& c : folded) {
-    c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  }
-  return folded;
-}
-
 std::string FindSpelling(const std::string& directory, const std::string& name) {
   const std::string folded = Folded(name);
   if (!TheListings().MayHold(directory, HashOf(folded))) {
@@ -287,7 +280,7 @@ std::string FindSpelling(const std::string& directory, const std::string& name) 
   const Stream stream(opendir(directory.c_str()), closedir);
   size_t count = 0;
   while (const dirent* entry = stream ? readdir(stream.get()) : nullptr) {
-    if (Folded(entry->d_name) == folded) {
+    if (IsFolded(entry->d_name, folded)) {
       return entry->d_name;
     }
     ++count;

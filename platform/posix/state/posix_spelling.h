@@ -4,12 +4,8 @@
 // to the file systems of this system.
 
 #include <string>
-#include <string_view>
 
 namespace posix {
-
-/// The name with its letters brought to one case. Letters beyond ASCII stay as they are.
-std::string Folded(std::string_view name);
 
 /// An entry of `directory` that is `name` but for letter case, or "". Of several it is
 /// the one that the system tells first. `directory` ends in "/".
