@@ -15,4 +15,10 @@ std::filesystem::path NativePath(const char* name);
 /// and `name` then has the path as far as it can be shown.
 bool NameOf(const std::filesystem::path& path, std::string& name);
 
+/// The value of an environment variable, whatever its name's letter case; null when it is
+/// unset. Where two variables differ in letter case alone, which Windows does not know,
+/// the one with the exact name comes first. The text stays the environment's, as with
+/// std::getenv.
+char* Environment(const char* name);
+
 }  // namespace platform

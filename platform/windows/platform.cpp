@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <cstdlib>
+
 namespace {
 
 // Not the conversions of std::filesystem, which take narrow text for UTF-8. What cannot
@@ -37,6 +39,10 @@ std::filesystem::path NativePath(const char* name) {
 bool NameOf(const std::filesystem::path& path, std::string& name) {
   name = Narrow(path.native());
   return Wide(name) == path.native();
+}
+
+char* Environment(const char* name) {
+  return std::getenv(name);
 }
 
 }  // namespace platform

@@ -1,9 +1,9 @@
 #include "utl/utl_PathFinder.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <string_view>
 
+#include "platform/platform.h"
 #include "utl/utl_FilePath.h"
 
 namespace {
@@ -22,7 +22,7 @@ cow_String utl_PathFinder::getSubDirPath(const cow_String& variable,
                                          const cow_String& subDirectory,
                                          const cow_String& name, bool mustBeReadable,
                                          bool tryExe, bool withoutExe) {
-  const char* value = std::getenv(variable.c_str());
+  const char* value = platform::Environment(variable.c_str());
   if (value == nullptr || name.IsEmpty()) return {};
 
   std::string_view list = value;

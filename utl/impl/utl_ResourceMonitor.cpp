@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "platform/platform.h"
 #include "thr/thr_currentProcess.h"
 #include "utl/impl/text/utl_LineText.h"
 #include "utl/impl/utl_ResourceSample.h"
@@ -74,7 +75,7 @@ void AddNumbers(utl_LineText& line, const utl_ResourceSample& sample) {
 }
 
 const char* EnvironmentOrMark(const char* name) {
-  const char* value = std::getenv(name);
+  const char* value = platform::Environment(name);
   return value != nullptr ? value : "?";
 }
 
@@ -98,7 +99,7 @@ void utl_ResourceMonitor::Initialize(const char* jobName) {
   initialized_ = true;
   nextMark_ = 1;
   processId_ = thr_currentProcess();
-  const char* mode = std::getenv("KES_RESOURCE_MONITOR");
+  const char* mode = platform::Environment("KES_RESOURCE_MONITOR");
   if (mode == nullptr) {
     return;
   }

@@ -5,10 +5,10 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <string>
 
 #include "omi/omi_SystemErrorCode.h"
+#include "platform/platform.h"
 #include "thr/thr_currentProcess.h"
 #include "utl/utl_CommandLine.h"
 #include "utl/utl_DirPathUtils.h"
@@ -42,7 +42,7 @@ cow_String Directory() {
     if (IsDirectory(option)) return utl_DirPathUtils::AddSeparator(option);
   }
   for (const char* variable : {"SCRATCH", "TMPDIR"}) {
-    const char* value = std::getenv(variable);
+    const char* value = platform::Environment(variable);
     if (value != nullptr && IsDirectory(value)) {
       return utl_DirPathUtils::AddSeparator(value);
     }

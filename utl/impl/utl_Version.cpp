@@ -1,7 +1,8 @@
 #include "utl/utl_Version.h"
 
-#include <cstdlib>
 #include <string>
+
+#include "platform/platform.h"
 
 template class omi_Singleton<utl_Version>;
 
@@ -29,7 +30,7 @@ constexpr struct {
               {"IP", false}, {"MNT", true}, {"PR", false}};
 
 cow_String Environment(const char* name) {
-  return std::getenv(name);
+  return platform::Environment(name);
 }
 
 cow_String Decimal(int number) {
@@ -127,7 +128,7 @@ cow_String utl_Version::DevelopmentInfo() const {
   }
   const cow_String snapshot = sequence.Substr(sequence.Find(" ") + 1, sequence.Length());
 
-  if (const char* work = std::getenv("WORK")) {
+  if (const char* work = platform::Environment("WORK")) {
     cow_String info = "Work: " + utl_FilePath(work, "").BaseName();
     if (!snapshot.IsEmpty()) info += " (" + snapshot + ")";
     return info;

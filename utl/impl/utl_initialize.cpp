@@ -2,7 +2,6 @@
 
 #include <winsock2.h>
 
-#include <cstdlib>
 #include <string_view>
 
 #include "atr/atr_initialize.h"
@@ -10,6 +9,7 @@
 #include "mem/mem_initialize.h"
 #include "nex/nex_initialize.h"
 #include "omi/omni_initialize.h"
+#include "platform/platform.h"
 #include "pnt/pnt_initialize.h"
 #include "rgx/rgx_funcs.h"
 #include "thr/thr_initialize.h"
@@ -44,7 +44,7 @@ void StartLibraries(int count) {
 
 // Only the exact word creates the version object.
 void ApplyLearnerSwitch() {
-  const char* learner = std::getenv("KES_LEARNER");
+  const char* learner = platform::Environment("KES_LEARNER");
   if (learner != nullptr && std::string_view(learner) == "ON") {
     omi_Singleton<utl_Version>::Instance().SetLearnerEdition();
   }

@@ -1,9 +1,14 @@
 #include "platform/platform.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cctype>
+#include <cstdlib>
+#include <cstring>
 #include <string_view>
 
+#include "platform/posix/state/posix_letters.h"
 #include "platform/posix/state/posix_path.h"
 
 namespace platform {
@@ -52,6 +57,21 @@ bool NameOf(const std::filesystem::path& path, std::string& name) {
     name.insert(0, ".\\");
   }
   return true;
+}
+
+char* Environment(const char* name) {
+  char* const exact = std::getenv(name);
+  if (exact != nullptr || environ == nullptr) {
+    return exact;
+  }
+  const std::string folded = posix::Folded(name);
+  for (char** entry = environ; *entry != nullptr; ++entry) {
+    char* const end = std::strchr(*entry, '=');
+    if (end != nullptr && posix::Folded({*entry, end}) == folded) {
+      return end + 1;
+    }
+  }
+  return nullptr;
 }
 
 }  // namespace platform

@@ -42,7 +42,7 @@ namespace {
 constexpr size_t kFewNames = 256;
 // What is remembered at the most: some 40 MB.
 constexpr size_t kMostNames = 1'000'000;
-constexpr size_t kMostDirectories = 64;
+constexpr size_t kMostDirectories = 16;
 
 constexpr unsigned kZfsMagic = 0x2FC12FC1;
 constexpr unsigned kLocalFileSystems[] = {

@@ -9,7 +9,8 @@
 ///     ScopedEnvironment off("SCRATCH", nullptr);
 class ScopedEnvironment {
  public:
-  /// A null `value` clears the variable.
+  /// A null `value` clears the variable, and so does "": not every run time has a way to
+  /// set a variable of its own process to nothing. Of a child it can be set so.
   ScopedEnvironment(const char* name, const char* value);
   ~ScopedEnvironment();
   ScopedEnvironment(const ScopedEnvironment&) = delete;
@@ -21,9 +22,8 @@ class ScopedEnvironment {
   std::string earlier_;
 };
 
-/// Sets `name` to the empty text for the processes started from here on. (Some run times
-/// cannot set a variable of their own process to nothing: that clears it.)
+/// Sets `name` to the empty text for the processes started from here on.
 void SetEmptyForChildren(const char* name);
 
-/// Sets (or with null clears) `name` where std::getenv reads; one version a target.
+/// Sets (or with null or "" clears) `name` where std::getenv reads; one version a target.
 void SetEnvironment(const char* name, const char* value);

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 
+#include "platform/platform.h"
 #include "utl/utl_CommandLine.h"
 
 namespace {
@@ -16,7 +17,7 @@ constexpr std::int64_t kIntervalUnit = 10;       // milliseconds
 // The number that the variable begins with, as atoi reads it; 0 if it is unset. One that
 // does not fit is the nearest that does.
 int EnvironmentNumber(const char* name) {
-  const char* const text = std::getenv(name);
+  const char* const text = platform::Environment(name);
   const long long number = text == nullptr ? 0 : std::strtoll(text, nullptr, 10);
   using Limits = std::numeric_limits<int>;
   return static_cast<int>(std::clamp<long long>(number, Limits::min(), Limits::max()));

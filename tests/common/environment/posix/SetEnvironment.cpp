@@ -3,7 +3,7 @@
 #include "common/environment/ScopedEnvironment.h"
 
 void SetEnvironment(const char* name, const char* value) {
-  if (value == nullptr) {
+  if (value == nullptr || *value == '\0') {
     unsetenv(name);
   } else {
     setenv(name, value, 1);
