@@ -16,6 +16,19 @@ class cow_List : public cow_Container<std::deque<T>> {
  public:
   cow_List() noexcept = default;
 
-  void Prepend(T value) { this->WriteOneMore().push_front(std::move(value)); }
-  void Append(T value) { this->WriteOneMore().push_back(std::move(value)); }
+  void Prepend(T value);
+  void Append(T value);
 };
+
+// The rest is implementation. It stands outside the class so that a library can export
+// the list of a class of its own: see utl_FilePath.h.
+
+template <class T>
+void cow_List<T>::Prepend(T value) {
+  this->WriteOneMore().push_front(std::move(value));
+}
+
+template <class T>
+void cow_List<T>::Append(T value) {
+  this->WriteOneMore().push_back(std::move(value));
+}

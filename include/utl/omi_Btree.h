@@ -46,7 +46,7 @@ inline constexpr bool omi_BtreeExists =
 
 /// An entry of the map and the root of its subtree. What is not const is for the map.
 template <class K, class V>
-class omi_BtreeNode {
+class KSTUTL_EXPORT omi_BtreeNode {
  public:
   /// A node without children, of height 0.
   omi_BtreeNode(const K& key, const V& value);
@@ -97,7 +97,7 @@ class omi_BtreeNode {
 };
 
 template <class K, class V>
-class omi_Btree {
+class KSTUTL_EXPORT omi_Btree {
   static_assert(omi_BtreeExists<K, V>,
                 "omi_Btree exists for <int, int>, <cow_String, int> and "
                 "<cow_String, void*> only: take std::map for other keys and values");
@@ -142,7 +142,7 @@ class omi_Btree {
 /// be used after the map has changed. To the standard library it is a forward iterator
 /// over pairs of references.
 template <class K, class V>
-class omi_BtreeIterator {
+class KSTUTL_EXPORT omi_BtreeIterator {
  public:
   using iterator_concept = std::forward_iterator_tag;
   using value_type = std::pair<const K&, const V&>;
@@ -199,13 +199,3 @@ class omi_BtreeIterator {
   const omi_Btree<K, V>* tree_ = nullptr;
   std::vector<const Node*> path_;  // from the root to the current node
 };
-
-extern template class KSTUTL_EXPORT omi_BtreeNode<int, int>;
-extern template class KSTUTL_EXPORT omi_BtreeNode<cow_String, int>;
-extern template class KSTUTL_EXPORT omi_BtreeNode<cow_String, void*>;
-extern template class KSTUTL_EXPORT omi_Btree<int, int>;
-extern template class KSTUTL_EXPORT omi_Btree<cow_String, int>;
-extern template class KSTUTL_EXPORT omi_Btree<cow_String, void*>;
-extern template class KSTUTL_EXPORT omi_BtreeIterator<int, int>;
-extern template class KSTUTL_EXPORT omi_BtreeIterator<cow_String, int>;
-extern template class KSTUTL_EXPORT omi_BtreeIterator<cow_String, void*>;
