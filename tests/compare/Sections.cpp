@@ -10,6 +10,7 @@
 #include "compare/Inputs.h"
 #include "compare/Subject.h"
 #include "utl/utl_MultisectionFile.h"
+#include "utl/utl_NativePath.h"
 
 namespace {
 
@@ -39,6 +40,11 @@ class Sections : public Subject {
   static constexpr int kFiles = 2;
 
   utl_MultisectionFile& File() { return *files_[number_]; }
+
+  // In whatever letter case the library has made it.
+  std::filesystem::path OnDisk(const std::string& name) const {
+    return utl_nativePath(cow_String(std::string_view(world_.shown + '\\' + name)));
+  }
 
   static cow_String SomeSection(Random& random) {
     constexpr const char* kSections[] = {"a", "a", "b", "loads", "", "two words", "\xE4"};
@@ -106,7 +112,7 @@ class Sections : public Subject {
       for (const auto& subject : world_.subjects) {
         subject->Close();
       }
-      const std::string path = world_.directory + "/x.kdb";
+      const std::filesystem::path path = OnDisk("x.kdb");
       std::ifstream in(path, std::ios::binary);
       std::string bytes{std::istreambuf_iterator<char>(in), {}};
       in.close();
@@ -124,7 +130,7 @@ class Sections : public Subject {
       for (const auto& subject : world_.subjects) {
         subject->Close();
       }
-      const std::string path = world_.directory + "/x.kdb.lock";
+      const std::filesystem::path path = OnDisk("x.kdb.lock");
       if (make) {
         std::ofstream stream(path);
       } else {

@@ -60,7 +60,7 @@ const Theme kThemes[] = {
     {{{MakeEntries, 1}, {MakeSupport, 6}}},
 };
 
-// Whatever a sequence may have set.
+// Whatever a sequence may have set, and the variable of a name like "$_" that shells set.
 void ClearEnvironment() {
   for (const char* name : {"V", "W", "PATHS", "NONE", "SUPAUXNAME", "SCRATCH", "TMPDIR",
                            "KES_COMMAND", "KES_LEARNER", "KES_RESOURCE_MONITOR",
