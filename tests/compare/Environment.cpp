@@ -37,7 +37,7 @@ class Environment : public Subject {
                                        "%V%x",
                                        "$V$V",
                                        "x$Wy",
-                                       "C",
+                                       "Q",
                                        "kstrdb://h/p",
                                        "Z:\\d",
                                        "launcher",

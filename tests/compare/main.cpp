@@ -62,8 +62,8 @@ const Theme kThemes[] = {
 
 // Whatever a sequence may have set, and the variable of a name like "$_" that shells set.
 void ClearEnvironment() {
-  for (const char* name : {"V", "W", "PATHS", "NONE", "SUPAUXNAME", "SCRATCH", "TMPDIR",
-                           "KES_COMMAND", "KES_LEARNER", "KES_RESOURCE_MONITOR",
+  for (const char* name : {"_", "V", "W", "PATHS", "NONE", "SUPAUXNAME", "SCRATCH",
+                           "TMPDIR", "KES_COMMAND", "KES_LEARNER", "KES_RESOURCE_MONITOR",
                            "KES_IO_TRACK", "KES_IO_INDIVIDUAL", "KES_IO_TIMEPOINTS",
                            "KESTRA_SEQ", "KESTRA_VERSION", "KESTRA_DEVL_MODE", "WORK"}) {
     SetEnvironment(name, nullptr);
