@@ -6,7 +6,6 @@
 #include <psapi.h>
 #include <share.h>
 
-#include <cstdlib>
 #include <string>
 
 #include "platform/platform.h"
