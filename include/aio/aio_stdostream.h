@@ -14,7 +14,7 @@
 ///     out << "mass " << 3.0 << endl;
 ///
 /// Whatever goes wrong below, an exception of the std::ostream too, is a failure of this
-/// stream; only std::bad_alloc passes through.
+/// stream. Nothing throws.
 ///
 /// Threads: used by one thread at a time.
 class KSTUTL_EXPORT aio_stdostream final : public aio_ostream {
@@ -29,9 +29,6 @@ class KSTUTL_EXPORT aio_stdostream final : public aio_ostream {
   bool good() const override { return good_; }
 
  private:
-  template <class Operation>
-  void Do(Operation operation);
-
   std::ostream& out_;
   bool good_;
 };

@@ -188,13 +188,6 @@ class KSTUTL_EXPORT omi_BtreeIterator {
 
  private:
   using Node = omi_BtreeNode<K, V>;
-  using Child = const Node* (Node::*)() const;
-  template <Child side>
-  void Begin();
-  template <Child side>
-  void Descend(const Node* node);
-  template <Child ahead, Child behind>
-  void Step();
 
   const omi_Btree<K, V>* tree_ = nullptr;
   std::vector<const Node*> path_;  // from the root to the current node

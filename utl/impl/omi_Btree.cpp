@@ -38,6 +38,37 @@ void DeleteSubtree(Node* node, Node* Node::*left, Node* Node::*right) {
   }
 }
 
+// The root of a map, or of none.
+template <class K, class V>
+const omi_BtreeNode<K, V>* RootOf(const omi_Btree<K, V>* tree) {
+  return tree != nullptr ? tree->Root() : nullptr;
+}
+
+// Lengthens the way from the root by a node and what follows it on that side.
+template <auto side, class Node>
+void Descend(std::vector<const Node*>& way, const Node* node) {
+  for (; node != nullptr; node = (node->*side)()) {
+    way.push_back(node);
+  }
+}
+
+// Leads the way to the next node in the direction `ahead`, or nowhere.
+template <auto ahead, auto behind, class Node>
+void Step(std::vector<const Node*>& way) {
+  if (way.empty()) {
+    return;
+  }
+  const Node* node = way.back();
+  if (const Node* const child = (node->*ahead)()) {
+    Descend<behind>(way, child);
+    return;
+  }
+  do {
+    node = way.back();
+    way.pop_back();
+  } while (!way.empty() && (way.back()->*ahead)() == node);
+}
+
 }  // namespace
 
 template <class K, class V>
@@ -263,53 +294,24 @@ omi_BtreeIterator<K, V>::omi_BtreeIterator(const omi_Btree<K, V>& tree) : tree_(
 
 template <class K, class V>
 void omi_BtreeIterator<K, V>::First() {
-  Begin<&Node::Left>();
+  path_.clear();
+  Descend<&Node::Left>(path_, RootOf(tree_));
 }
 
 template <class K, class V>
 void omi_BtreeIterator<K, V>::Last() {
-  Begin<&Node::Right>();
+  path_.clear();
+  Descend<&Node::Right>(path_, RootOf(tree_));
 }
 
 template <class K, class V>
 void omi_BtreeIterator<K, V>::Next() {
-  Step<&Node::Right, &Node::Left>();
+  Step<&Node::Right, &Node::Left>(path_);
 }
 
 template <class K, class V>
 void omi_BtreeIterator<K, V>::Prev() {
-  Step<&Node::Left, &Node::Right>();
-}
-
-template <class K, class V>
-template <typename omi_BtreeIterator<K, V>::Child side>
-void omi_BtreeIterator<K, V>::Begin() {
-  path_.clear();
-  if (tree_ != nullptr) {
-    Descend<side>(tree_->Root());
-  }
-}
-
-template <class K, class V>
-template <typename omi_BtreeIterator<K, V>::Child side>
-void omi_BtreeIterator<K, V>::Descend(const Node* node) {
-  for (; node != nullptr; node = (node->*side)()) path_.push_back(node);
-}
-
-template <class K, class V>
-template <typename omi_BtreeIterator<K, V>::Child ahead,
-          typename omi_BtreeIterator<K, V>::Child behind>
-void omi_BtreeIterator<K, V>::Step() {
-  if (AtEnd()) return;
-  const Node* node = path_.back();
-  if (const Node* const child = (node->*ahead)()) {
-    Descend<behind>(child);
-    return;
-  }
-  do {
-    node = path_.back();
-    path_.pop_back();
-  } while (!AtEnd() && (path_.back()->*ahead)() == node);
+  Step<&Node::Left, &Node::Right>(path_);
 }
 
 template class omi_BtreeNode<int, int>;

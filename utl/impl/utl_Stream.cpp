@@ -56,27 +56,25 @@ utl_Stream& utl_Stream::PrintReal(double value, int width, int precision) {
   return PrintText(number.Text());
 }
 
-template <class Value>
-utl_Stream& utl_Stream::PrintWhole(Value value, int width) {
-  utl_NumberText number(value);
+utl_Stream& utl_Stream::PrintWhole(utl_NumberText&& number, int width) {
   number.Justify(width);
   return PrintText(number.Text());
 }
 
 utl_Stream& utl_Stream::Print(int value, int width) {
-  return PrintWhole(value, width);
+  return PrintWhole(utl_NumberText(value), width);
 }
 
 utl_Stream& utl_Stream::Print(unsigned int value, int width) {
-  return PrintWhole(value, width);
+  return PrintWhole(utl_NumberText(value), width);
 }
 
 utl_Stream& utl_Stream::PrintLong(std::int64_t value, int width) {
-  return PrintWhole(value, width);
+  return PrintWhole(utl_NumberText(value), width);
 }
 
 utl_Stream& utl_Stream::PrintLong(std::uint64_t value, int width) {
-  return PrintWhole(value, width);
+  return PrintWhole(utl_NumberText(value), width);
 }
 
 utl_Stream& utl_Stream::Print(const cow_String& text) {

@@ -99,9 +99,8 @@ TEST(CowStringStdTest, IsAContiguousRangeOfItsBytes) {
 }
 
 TEST(CowStringStdTest, IteratingDoesNotDetach) {
-  const cow_String original("a text too long to stand in the object");
-  const cow_String copy =
-      original;  // NOLINT(performance-unnecessary-copy-initialization)
+  const cow_String original("a text that is too long to stand in the object itself");
+  const cow_String copy(original);  // NOLINT(performance-unnecessary-copy-initialization)
   EXPECT_EQ(copy.begin(), original.begin());
 }
 
