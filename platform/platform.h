@@ -21,4 +21,19 @@ bool NameOf(const std::filesystem::path& path, std::string& name);
 /// std::getenv.
 char* Environment(const char* name);
 
+// The rights of files: owner, group and permissions on POSIX. On Windows a file has those
+// that its directory hands down to new files, and these calls do nothing.
+
+/// For SECURITY_ATTRIBUTES, the descriptor of a file that only its owner may read and
+/// write.
+void* OwnersAlone();
+
+/// Gives an open file, which this process has made, the rights of another as far as it
+/// may: a group that it may not set loses its permissions. The owner always may read and
+/// write. Does nothing where the other is not open.
+void GiveRights(void* file, void* like);
+
+/// Whether two open files have the same rights.
+bool HaveSameRights(void* file, void* like);
+
 }  // namespace platform

@@ -1,11 +1,10 @@
-// Opening, closing and deleting files.
+// Opening and closing files.
 //
 // Not emulated: access rights other than GENERIC_READ, GENERIC_WRITE and DELETE;
 // flags and attributes other than READONLY (at creation), BACKUP_SEMANTICS and
 // DELETE_ON_CLOSE (a killed process leaves the file); security descriptors but for a
 // mode_t, the permissions of a file that is made; overlapped files; share modes of
-// directories between processes. A file deleted while others have it open loses its name
-// at once, not at the last close. Access 0 needs permission to read.
+// directories between processes. Access 0 needs permission to read.
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -183,16 +182,6 @@ int Open(const Request& request, DWORD& code) {
   return fd.Release();
 }
 
-DWORD CheckDeletion(const std::string& path, const struct stat& status) {
-  int fd = -1;
-  if (S_ISREG(status.st_mode)) fd = OpenRetried(path.c_str(), O_RDONLY | O_CLOEXEC, 0);
-  const bool denied = DeletionIsDenied(fd, status.st_dev, status.st_ino);
-  if (fd >= 0) close(fd);
-  if (denied) return ERROR_SHARING_VIOLATION;
-  const bool readOnly = !S_ISLNK(status.st_mode) && (status.st_mode & kMayWrite) == 0;
-  return readOnly ? ERROR_ACCESS_DENIED : ERROR_SUCCESS;
-}
-
 }  // namespace
 }  // namespace posix
 
@@ -224,21 +213,4 @@ BOOL CloseHandle(HANDLE handle) {
   if (handle == GetCurrentProcess()) return TRUE;
   const int number = CloseFile(DescriptorOf(handle));
   return number == 0 ? TRUE : Fail(CodeFromErrno(number));
-}
-
-BOOL DeleteFileA(LPCSTR name) try {
-  Path resolved;
-  DWORD code = Resolve(name, resolved);
-  if (code != ERROR_SUCCESS) return Fail(code);
-  struct stat status;
-  if (lstat(resolved.path.c_str(), &status) != 0) {
-    return Fail(CodeOfFailure(resolved.path));
-  }
-  if (S_ISDIR(status.st_mode)) return Fail(ERROR_ACCESS_DENIED);
-  if (resolved.separatorAtEnd) return Fail(ERROR_INVALID_NAME);
-  code = CheckDeletion(resolved.path, status);
-  if (code != ERROR_SUCCESS) return Fail(code);
-  return unlink(resolved.path.c_str()) == 0 ? TRUE : FailWithErrno();
-} catch (const std::bad_alloc&) {
-  return Fail(ERROR_NOT_ENOUGH_MEMORY);
 }

@@ -26,6 +26,7 @@ constexpr Message kMessages[] = {
     {5, "Access denied."},
     {6, "Invalid handle."},
     {8, "Not enough memory."},
+    {17, "Not same device."},
     {18, "No more files."},
     {19, "Write protected."},
     {25, "Seek error."},

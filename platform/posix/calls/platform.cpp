@@ -1,5 +1,6 @@
 #include "platform/platform.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -8,11 +9,20 @@
 #include <cstring>
 #include <string_view>
 
+#include "platform/posix/state/posix_file.h"
 #include "platform/posix/state/posix_letters.h"
 #include "platform/posix/state/posix_path.h"
 
 namespace platform {
 namespace {
+
+constexpr mode_t kPermissions = 0777;
+constexpr mode_t kOwnersAlone = 0600;
+constexpr mode_t kGroups = 0070;
+
+bool StatusOf(void* file, struct stat& status) {
+  return fstat(posix::DescriptorOf(file), &status) == 0;
+}
 
 // The name with "/" as its separator and without the drive Z:.
 std::string WithSlashes(std::string_view name) {
@@ -72,6 +82,33 @@ char* Environment(const char* name) {
     }
   }
   return nullptr;
+}
+
+void* OwnersAlone() {
+  static mode_t permissions = kOwnersAlone;
+  return &permissions;
+}
+
+void GiveRights(void* file, void* like) {
+  struct stat status;
+  if (!StatusOf(like, status)) {
+    return;
+  }
+  const int fd = posix::DescriptorOf(file);
+  mode_t permissions = (status.st_mode & kPermissions) | kOwnersAlone;
+  if (fchown(fd, status.st_uid, status.st_gid) != 0 &&
+      fchown(fd, static_cast<uid_t>(-1), status.st_gid) != 0) {
+    permissions &= ~kGroups;
+  }
+  fchmod(fd, permissions);
+}
+
+bool HaveSameRights(void* file, void* like) {
+  struct stat one;
+  struct stat other;
+  return StatusOf(file, one) && StatusOf(like, other) && one.st_uid == other.st_uid &&
+         one.st_gid == other.st_gid &&
+         ((one.st_mode ^ other.st_mode) & kPermissions) == 0;
 }
 
 }  // namespace platform

@@ -38,6 +38,7 @@ constexpr ErrorPair kCodes[] = {
     {EROFS, ERROR_WRITE_PROTECT},
     {ESPIPE, ERROR_SEEK},
     {ETXTBSY, ERROR_SHARING_VIOLATION},
+    {EXDEV, ERROR_NOT_SAME_DEVICE},
 };
 
 // Where several codes share a number, that of the run time, not the table above
