@@ -29,7 +29,7 @@ enum utl_FileSharing : int {
 /// Every failure is an exception, one class for each kind, raised at the call that
 /// failed; its text names the system call, the system's error and the path. The classes
 /// have no base of their own: catch nex_TextException for all of them. Nothing is tried
-/// again and nothing undone.
+/// again (but see Replace) and nothing undone.
 ///
 /// Threads: one object by one thread at a time.
 ///
@@ -59,6 +59,14 @@ class KSTUTL_EXPORT utl_File {
   /// directory included; the next operation then tries again. Opening for writing makes
   /// sure that the I/O tracker's holder exists.
   void Init();
+
+  /// Opens the file anew, as at first, if it is open and its path leads to another one by
+  /// now: somebody has replaced it. Throws as `Init`, and utl_FileExceptionClose.
+  void Renew();
+
+  /// The system's handle of the file, for calls that this class does not offer. It stays
+  /// this object's: do not close it.
+  void* Handle() const;
 
   /// Moves to `offset` bytes from the start; behind the end is allowed and does not
   /// change the size. Throws utl_FileExceptionSeek.
@@ -100,8 +108,45 @@ class KSTUTL_EXPORT utl_File {
   /// bytes it is not exact.
   void Extend(const utl_FileOffset& size);
 
+  /// Makes the file `path`, to take the place of the open file `original` (see Replace),
+  /// and opens it for reading and writing; others may read it meanwhile. A file of this
+  /// name that is there already is deleted, a link without a look at where it leads:
+  /// nothing that others have put there is written to.
+  ///
+  /// On Linux the file has the owner, group and permissions of `original` as far as this
+  /// process may give them away; a group that it may not give loses its permissions, and
+  /// the owner always may read and write. On Windows it has the rights that the directory
+  /// hands down.
+  ///
+  /// Throws utl_FileExceptionOpen, also when the file that is there cannot be deleted;
+  /// the object is then what it was. REQUIRES: this object is not open.
+  void OpenNew(const cow_String& path, const utl_File& original);
+
+  /// Puts this file, which OpenNew has made in the same directory, in the place of the
+  /// one that `target` has open, at one stroke: whatever happens, the path of `target`
+  /// leads to the old file as it was or to the new one. Flush this file before. `target`
+  /// then has the new file open, and this object the old one, to close it. Where the path
+  /// is a link, the file that it leads to is replaced. Other names of the old file (hard
+  /// links) keep the old file.
+  ///
+  /// Windows replaces no file that is open: there `target` is closed for a moment, and
+  /// while others have the file open, if only to read it, 20 attempts are made, 10 ms
+  /// apart. On Linux those others keep the old file.
+  ///
+  /// Throws utl_FileExceptionWrite, and nothing is replaced, when `target` is opened for
+  /// reading; with code 5 when this process could not give the new file the rights of the
+  /// old one (Linux) or others have the old one open (Windows); and with the system's
+  /// code when the renaming fails. `target` keeps the old file, which its next operation
+  /// opens again if need be. Throws utl_FileExceptionFlush when the file was replaced,
+  /// but the disk may not know of it yet.
+  void Replace(utl_File& target);
+
+  // The rest is implementation.
+
  private:
-  void* Handle() const;
+  unsigned Close() noexcept;
+  unsigned RenameOver(utl_File& target);
+  void TryToOpen();
   void* OpenRead(const cow_String& path) const;
   void* OpenUpdate(const cow_String& path) const;
   void* OpenWrite(const cow_String& path) const;

@@ -4,8 +4,10 @@
 
 #include <cstdint>
 #include <exception>
+#include <utility>
 
 #include "atr/atr_translate.h"
+#include "platform/platform.h"
 #include "utl/impl/ScopedHandle.h"
 #include "utl/impl/utl_fileErrors.h"
 #include "utl/utl_IOTracker.h"
@@ -16,6 +18,9 @@ constexpr char kSource[] = "utl/impl/utl_File";
 
 // The last bytes of the file that Extend rewrites.
 constexpr int kTail = 4;
+
+constexpr int kReplaceAttempts = 20;
+constexpr DWORD kReplacePause = 10;  // milliseconds
 
 atr_String Translated(const char* text) {
   return atr_translate(text).Result();
@@ -42,8 +47,9 @@ DWORD WriterShares(utl_FileSharing sharing) {
                                            : FILE_SHARE_READ;
 }
 
-HANDLE Create(const cow_String& path, DWORD access, DWORD shares, DWORD creation) {
-  return CreateFileA(path.c_str(), access, shares, nullptr, creation,
+HANDLE Create(const cow_String& path, DWORD access, DWORD shares, DWORD creation,
+              SECURITY_ATTRIBUTES* security = nullptr) {
+  return CreateFileA(path.c_str(), access, shares, security, creation,
                      FILE_FLAG_RANDOM_ACCESS | FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
@@ -58,6 +64,33 @@ HANDLE OpenExisting(const cow_String& path, DWORD access, DWORD shares, const ch
     utl_FileExceptionNoFile(path, Translated(where)).Throw(kSource);
   }
   Fail<utl_FileExceptionOpen>(operation, code, path);
+}
+
+// What came of a Create for writing. Makes sure that the I/O tracker's holder exists.
+HANDLE Written(HANDLE created, const cow_String& path) {
+  const DWORD code = GetLastError();
+  ScopedHandle handle(created);
+  thr_GlobalSingleton<utl_IOTracker_Container>::Instance();
+  if (!handle.IsValid()) {
+    Fail<utl_FileExceptionOpen>("CreateFile in OpenWrite", code, path);
+  }
+  return handle.Release();
+}
+
+// Makes a file that its owner alone may use for now. Fails where the name is taken and
+// cannot be freed.
+HANDLE CreateNew(const cow_String& path) {
+  if (!DeleteFileA(path.c_str()) && GetLastError() != ERROR_FILE_NOT_FOUND) {
+    return INVALID_HANDLE_VALUE;
+  }
+  SECURITY_ATTRIBUTES security = {sizeof security, platform::OwnersAlone(), FALSE};
+  // Shared for deletion, it can be renamed while it is open.
+  return Create(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE,
+                CREATE_NEW, &security);
+}
+
+bool IsInUse(DWORD code) {
+  return code == ERROR_ACCESS_DENIED || code == ERROR_SHARING_VIOLATION;
 }
 
 // The error number of a call that answers whether it succeeded; 0 for success.
@@ -81,6 +114,24 @@ DWORD MoveTo(HANDLE handle, std::int64_t offset) {
   return Move(handle, offset, FILE_BEGIN, position);
 }
 
+DWORD Rename(const cow_String& from, const cow_String& to) {
+  return ErrorOf(MoveFileExA(from.c_str(), to.c_str(),
+                             MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH));
+}
+
+bool LeadsTo(const cow_String& path, HANDLE file) {
+  const ScopedHandle there(Create(path, GENERIC_READ,
+                                  FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                  OPEN_EXISTING));
+  BY_HANDLE_FILE_INFORMATION one;
+  BY_HANDLE_FILE_INFORMATION other;
+  return there.IsValid() && GetFileInformationByHandle(there.Get(), &one) &&
+         GetFileInformationByHandle(file, &other) &&
+         one.dwVolumeSerialNumber == other.dwVolumeSerialNumber &&
+         one.nFileIndexHigh == other.nFileIndexHigh &&
+         one.nFileIndexLow == other.nFileIndexLow;
+}
+
 // Where the last bytes begin, computed in double precision. What no longer fits is the
 // processor's mark for it, a position that every system refuses.
 std::int64_t TailOf(std::int64_t size) {
@@ -91,7 +142,7 @@ std::int64_t TailOf(std::int64_t size) {
 }  // namespace
 
 void utl_fileFailAtEnd(const cow_String& path) {
-  Fail<utl_FileExceptionRead>("ReadFile", ERROR_HANDLE_EOF, path, __LINE__);
+  Fail<utl_FileExceptionRead>("ReadFile", ERROR_HANDLE_EOF, path);
 }
 
 utl_File::utl_File() = default;
@@ -100,13 +151,16 @@ utl_File::utl_File(const cow_String& path, utl_FileAccess access, utl_FileSharin
     : path_(path), access_(access), sharing_(sharing) {}
 
 utl_File::~utl_File() noexcept(false) {
-  if (!opened_) {
-    return;
-  }
-  const DWORD code = ErrorOf(CloseHandle(handle_));
+  const DWORD code = Close();
   if (code != ERROR_SUCCESS && std::uncaught_exceptions() == 0) {
     Fail<utl_FileExceptionClose>("CloseHandle", code, path_);
   }
+}
+
+// The error number, 0 for success and for a file that is not open.
+unsigned utl_File::Close() noexcept {
+  const bool wasOpened = std::exchange(opened_, false);
+  return wasOpened ? ErrorOf(CloseHandle(handle_)) : ERROR_SUCCESS;
 }
 
 void utl_File::Open(const cow_String& path, utl_FileAccess access,
@@ -119,6 +173,17 @@ void utl_File::Open(const cow_String& path, utl_FileAccess access,
 
 void utl_File::Init() {
   Handle();
+}
+
+void utl_File::Renew() {
+  if (!opened_ || LeadsTo(path_, handle_)) {
+    return;
+  }
+  const DWORD code = Close();
+  if (code != ERROR_SUCCESS) {
+    Fail<utl_FileExceptionClose>("CloseHandle", code, path_);
+  }
+  Init();
 }
 
 void* utl_File::Handle() const {
@@ -150,14 +215,9 @@ void* utl_File::OpenUpdate(const cow_String& path) const {
 }
 
 void* utl_File::OpenWrite(const cow_String& path) const {
-  ScopedHandle handle(
-      Create(path, GENERIC_READ | GENERIC_WRITE, WriterShares(sharing_), CREATE_ALWAYS));
-  const DWORD code = GetLastError();
-  thr_GlobalSingleton<utl_IOTracker_Container>::Instance();
-  if (!handle.IsValid()) {
-    Fail<utl_FileExceptionOpen>("CreateFile in OpenWrite", code, path);
-  }
-  return handle.Release();
+  return Written(
+      Create(path, GENERIC_READ | GENERIC_WRITE, WriterShares(sharing_), CREATE_ALWAYS),
+      path);
 }
 
 void utl_File::Seek(const utl_FileOffset& offset) {
@@ -259,4 +319,58 @@ void utl_File::Extend(const utl_FileOffset& size) {
   check("SetFilePointer 4", MoveTo(handle, tail));
   check("WriteFile", ErrorOf(WriteFile(handle, bytes, kTail, &done, nullptr)));
   check("SetFilePointer 5", MoveTo(handle, position));
+}
+
+void utl_File::OpenNew(const cow_String& path, const utl_File& original) {
+  void* const like = original.Handle();
+  handle_ = Written(CreateNew(path), path);
+  opened_ = true;
+  path_ = path;
+  access_ = utl_FileAccessUpdate;
+  sharing_ = utl_FileShareDefault;
+  platform::GiveRights(handle_, like);
+}
+
+void utl_File::Replace(utl_File& target) {
+  target.Write("", 0);  // refuses a file opened for reading
+  if (!platform::HaveSameRights(handle_, target.handle_)) {
+    Fail<utl_FileExceptionWrite>("rights in Replace", ERROR_ACCESS_DENIED, target.path_);
+  }
+  target.access_ = utl_FileAccessUpdate;  // opened again it must not be emptied
+  const DWORD code = RenameOver(target);
+  if (code != ERROR_SUCCESS && !LeadsTo(target.path_, handle_)) {
+    target.TryToOpen();
+    Fail<utl_FileExceptionWrite>("MoveFileEx in Replace", code, target.path_);
+  }
+  std::swap(opened_, target.opened_);
+  std::swap(handle_, target.handle_);
+  path_ = target.path_;
+  if (code != ERROR_SUCCESS) {
+    Fail<utl_FileExceptionFlush>("MoveFileEx in Replace", code, path_);
+  }
+}
+
+// The error number. The file of `target` is closed only where it has to be: nobody else
+// is to open it for writing meanwhile.
+unsigned utl_File::RenameOver(utl_File& target) {
+  DWORD code = Rename(path_, target.path_);
+  if (!IsInUse(code)) {
+    return code;
+  }
+  target.Close();
+  code = Rename(path_, target.path_);
+  for (int tries = 1; IsInUse(code) && tries < kReplaceAttempts; ++tries) {
+    Sleep(kReplacePause);
+    code = Rename(path_, target.path_);
+  }
+  return code;
+}
+
+// What keeps the file from being opened now, the next operation will tell.
+void utl_File::TryToOpen() {
+  try {
+    Init();
+  } catch (const nex_TextException&) {
+    opened_ = false;
+  }
 }

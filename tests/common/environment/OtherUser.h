@@ -11,6 +11,9 @@ std::optional<bool> OtherUserMayRead(const std::string& path);
 /// process only: there is no way back.
 bool BecomeOtherUser();
 
+/// Gives a file to the user that BecomeOtherUser makes; false when that cannot be done.
+bool GiveToOtherUser(const std::string& path);
+
 /// Takes the right to make files in a directory from everybody, and gives it back.
 void ForbidCreation(const std::string& directory);
 void AllowCreation(const std::string& directory);

@@ -54,6 +54,10 @@ REDIRECT(BOOL, CloseHandle, HANDLE handle) {
   return Fails(SystemCall::kCloseHandle) ? FALSE : closed;
 }
 
+REDIRECT(BOOL, DeleteFileA, LPCSTR name) {
+  return Fails(SystemCall::kDeleteFile) ? FALSE : REAL(DeleteFileA)(name);
+}
+
 REDIRECT(BOOL, FindNextFileA, HANDLE search, WIN32_FIND_DATAA* data) {
   return Fails(SystemCall::kFindNextFile) ? FALSE : REAL(FindNextFileA)(search, data);
 }
@@ -76,6 +80,14 @@ REDIRECT(DWORD, GetFileSize, HANDLE handle, LPDWORD sizeHigh) {
 
 REDIRECT(BOOL, GetUserNameA, LPSTR name, LPDWORD size) {
   return Fails(SystemCall::kGetUserName) ? FALSE : REAL(GetUserNameA)(name, size);
+}
+
+REDIRECT(BOOL, MoveFileExA, LPCSTR from, LPCSTR to, DWORD flags) {
+  if (Fails(SystemCall::kMoveFileEx)) {
+    return FALSE;
+  }
+  const BOOL moved = REAL(MoveFileExA)(from, to, flags);
+  return moved && Fails(SystemCall::kMoveFileExAfterwards) ? FALSE : moved;
 }
 
 REDIRECT(BOOL, ReadFile, HANDLE handle, LPVOID buffer, DWORD count, LPDWORD read,

@@ -7,6 +7,7 @@ enum class SystemCall {
   kAccess,
   kCloseHandle,
   kCreateFile,
+  kDeleteFile,
   kEnumProcessModules,
   kFindFirstFile,
   kFindFirstFileByNull,  // answers null instead of INVALID_HANDLE_VALUE
@@ -19,6 +20,8 @@ enum class SystemCall {
   kGetProcessMemoryInfo,
   kGetProcessTimes,
   kGetUserName,
+  kMoveFileEx,
+  kMoveFileExAfterwards,  // moves, and fails all the same
   kOpenProcess,
   kReadFile,
   kSetEndOfFile,

@@ -12,6 +12,10 @@ bool BecomeOtherUser() {
   return false;
 }
 
+bool GiveToOtherUser(const std::string&) {
+  return false;
+}
+
 void ForbidCreation(const std::string& directory) {
   SetFileAttributesA(directory.c_str(), FILE_ATTRIBUTE_READONLY);
 }

@@ -1,0 +1,128 @@
+// New files beside others, and in their places.
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <filesystem>
+#include <memory>
+#include <system_error>
+
+#include "common/expect/ExpectThrow.h"
+#include "common/failing/FailingCall.h"
+#include "common/failing/WatchedFileCalls.h"
+#include "common/temp/TempDir.h"
+#include "utl/utl_File.h"
+
+namespace {
+
+class FileReplaceTest : public testing::Test {
+ protected:
+  FileReplaceTest() { WriteWholeFile(path_, "old"); }
+
+  TempDir dir_;
+  const std::string path_ = dir_.File("job.dat");
+  const std::string newPath_ = dir_.File("job.new");
+  const cow_String name_ = path_.c_str();
+  const cow_String newName_ = newPath_.c_str();
+  const std::unique_ptr<utl_File> file_ =
+      std::make_unique<utl_File>(name_, utl_FileAccessUpdate, utl_FileShareDefault);
+};
+
+TEST_F(FileReplaceTest, NewFileIsOpenForReadingAndWriting) {
+  utl_File fresh;
+  fresh.OpenNew(newName_, *file_);
+  EXPECT_EQ(LastCreateFile().access, GENERIC_READ | GENERIC_WRITE);
+  EXPECT_EQ(LastCreateFile().shares, DWORD{FILE_SHARE_READ | FILE_SHARE_DELETE});
+  EXPECT_EQ(LastCreateFile().creation, DWORD{CREATE_NEW});
+  EXPECT_EQ(fresh.Write("abc", 3), 3);
+  fresh.Seek(1);
+  char bytes[2];
+  EXPECT_EQ(fresh.Read(bytes, 2), 2);
+  EXPECT_EQ(ReadWholeFile(newPath_), "abc");
+}
+
+TEST_F(FileReplaceTest, NewFileTakesThePlaceOfALeftOverOne) {
+  WriteWholeFile(newPath_, "left over");
+  utl_File fresh;
+  fresh.OpenNew(newName_, *file_);
+  EXPECT_EQ(ReadWholeFile(newPath_), "");
+}
+
+TEST_F(FileReplaceTest, DirectoryInTheNewFilesPlaceStays) {
+  std::filesystem::create_directory(newPath_);
+  utl_File fresh;
+  EXPECT_THROW_FROM(
+      fresh.OpenNew(newName_, *file_), utl_FileExceptionOpen,
+      utl_FileExceptionOpen(5, newName_, "CreateFile in OpenWrite").AsString(),
+      "utl/impl/utl_File");
+  EXPECT_TRUE(std::filesystem::is_directory(newPath_));
+}
+
+TEST_F(FileReplaceTest, NewFileWithoutADirectory) {
+  const cow_String name = dir_.File("missing/job.new").c_str();
+  utl_File fresh;
+  EXPECT_THROW_TEXT(fresh.OpenNew(name, *file_), utl_FileExceptionOpen,
+                    utl_FileExceptionOpen(3, name, "CreateFile in OpenWrite").AsString());
+}
+
+TEST_F(FileReplaceTest, FileAndNewFileChangePlaces) {
+  utl_File fresh;
+  fresh.OpenNew(newName_, *file_);
+  fresh.Write("new", 3);
+  fresh.Flush();
+  fresh.Replace(*file_);
+  file_->Write("er", 2);
+  EXPECT_EQ(ReadWholeFile(path_), "newer");
+  EXPECT_FALSE(FileExists(newPath_));
+}
+
+TEST_F(FileReplaceTest, FailedReplacementLeavesBothFiles) {
+  utl_File fresh;
+  fresh.OpenNew(newName_, *file_);
+  fresh.Write("new", 3);
+  {
+    const FailingCall failure(SystemCall::kMoveFileEx, ERROR_WRITE_PROTECT);
+    EXPECT_THROW_FROM(
+        fresh.Replace(*file_), utl_FileExceptionWrite,
+        utl_FileExceptionWrite(19, name_, "MoveFileEx in Replace").AsString(),
+        "utl/impl/utl_File");
+  }
+  EXPECT_EQ(ReadWholeFile(path_), "old");
+  EXPECT_EQ(ReadWholeFile(newPath_), "new");
+  file_->Write("OLD", 3);
+  EXPECT_EQ(ReadWholeFile(path_), "OLD");
+  fresh.Replace(*file_);
+  EXPECT_EQ(ReadWholeFile(path_), "new");
+}
+
+TEST_F(FileReplaceTest, RenewingGoesOnWithTheFileThatIsThere) {
+  EXPECT_EQ(file_->FileSize(), 3);
+  file_->Renew();
+  EXPECT_EQ(file_->FileSize(), 3);
+  std::error_code error;
+  std::filesystem::rename(path_, dir_.File("moved"), error);
+  if (error) {
+    GTEST_SKIP() << "nobody can move an open file here";
+  }
+  WriteWholeFile(path_, "another");
+  EXPECT_EQ(file_->FileSize(), 3);
+  file_->Renew();
+  EXPECT_EQ(file_->FileSize(), 7);
+  std::filesystem::remove(path_);
+  EXPECT_THROW_TEXT(file_->Renew(), utl_FileExceptionNoFile,
+                    utl_FileExceptionNoFile(name_, "in OpenUpdate").AsString());
+}
+
+TEST_F(FileReplaceTest, RenewingDoesNotOpenWhatIsNotOpen) {
+  utl_File file(dir_.File("none").c_str(), utl_FileAccessWrite, utl_FileShareDefault);
+  file.Renew();
+  EXPECT_FALSE(FileExists(dir_.File("none")));
+}
+
+TEST_F(FileReplaceTest, HandleIsTheSystems) {
+  BY_HANDLE_FILE_INFORMATION information;
+  ASSERT_TRUE(GetFileInformationByHandle(file_->Handle(), &information));
+  EXPECT_EQ(information.nFileSizeLow, 3u);
+}
+
+}  // namespace
