@@ -15,9 +15,13 @@ class utl_SectionDirectory;
 /// writer by a lock file and rewritten through a temporary file. The format stands in
 /// docs/multisection-file.md; a file is at most 2,147,483,647 bytes long.
 ///
+/// There are two ways to save. saveChanges copies over the file, which keeps its identity
+/// and can be lost when that copy fails; saveChangesAtomically replaces the file, which
+/// is never lost. Prefer the latter unless other programs hold on to the file itself.
+///
 /// Threads: one object is used by one thread at a time. Processes: writers exclude each
 /// other (see the constructor), readers take no lock and look at none: one that reads
-/// while a writer saves may find the file cut short or damaged.
+/// during saveChanges may find the file cut short or damaged.
 ///
 ///     utl_MultisectionFile file("job.kdb", utl_FileAccessUpdate);
 ///     if (file.hasSection("title")) {
@@ -25,9 +29,9 @@ class utl_SectionDirectory;
 ///       file.getSectionData("title", title.data());   // checked
 ///     }
 ///     file.setSectionData("loads", loads.data(), loadBytes);
-///     file.saveChanges();     // without it nothing of this reaches the file
+///     file.saveChangesAtomically();     // without it nothing of this reaches the file
 ///
-/// Sections that were set are held in memory until saveChanges; all others stay in the
+/// Sections that were set are held in memory until they are saved; all others stay in the
 /// file. Sections keep their order and are never removed. Names are compared byte by
 /// byte up to their first zero byte; of several sections of one name, which another
 /// writer may have made, the first is meant and the others are carried along.
@@ -47,16 +51,17 @@ class KSTUTL_EXPORT utl_MultisectionFile {
  public:
   /// Opens `path`, locks it unless it is opened for reading, and reads its directory.
   ///
-  /// `access`: utl_FileAccessRead and utl_FileAccessUpdate want an existing multisection
+  /// `access`: utl_FileAccessRead and utl_FileAccessUpdate open an existing multisection
   /// file; utl_FileAccessWrite creates it, or empties an existing one, and begins
   /// without sections. With utl_FileAccessWrite the file is emptied BEFORE the lock is
   /// tried, so a failure to lock leaves an empty file.
   ///
   /// The lock is the file `path`.lock, made when none exists, and removed by the
-  /// destructor. Ten attempts are made, each failed one (the last too) followed by a
-  /// pause of 10 ms. While another object has the file open for writing, in this process
-  /// or another, the share mode refuses the opening before the lock is tried; so the
-  /// lock shows when it was left behind by a process that was killed, or made by hand.
+  /// destructor. On Linux it has the permissions of the file. Ten attempts are made, each
+  /// failed one (the last too) followed by a pause of 10 ms. While another object has the
+  /// file open for writing, in this process or another, the share mode refuses the
+  /// opening before the lock is tried; so the lock shows when it was left behind by a
+  /// process that was killed, or made by hand.
   ///
   /// Throws nex_TextException with
   ///   "Cannot create the lock file."  the lock exists;
@@ -72,8 +77,8 @@ class KSTUTL_EXPORT utl_MultisectionFile {
   /// shows when the data is read.
   utl_MultisectionFile(const cow_String& path, utl_FileAccess access);
 
-  /// Releases the lock, then closes the file. Does NOT save: changes since the last
-  /// saveChanges are lost. Throws utl_FileExceptionClose if closing fails, except while
+  /// Releases the lock, then closes the file. Does NOT save: changes since the last time
+  /// are lost. Throws utl_FileExceptionClose if closing fails, except while
   /// another exception is on its way.
   ~utl_MultisectionFile() noexcept(false);
 
@@ -98,7 +103,7 @@ class KSTUTL_EXPORT utl_MultisectionFile {
   void getSectionData(const cow_String& name, void* buffer);
 
   /// Makes the section consist of a copy of the `length` bytes at `data`: in its old
-  /// place, or behind all others when the name is new. Touches memory only.
+  /// place, or after all others when the name is new. Touches memory only.
   ///
   /// Throws nex_AssertException when `length` is negative, std::bad_alloc when there is
   /// no memory; nothing has changed then. `data` may be null when `length` is 0.
@@ -106,24 +111,54 @@ class KSTUTL_EXPORT utl_MultisectionFile {
 
   /// Writes the whole file anew: first to the temporary file `path`.PID.tmp (PID the
   /// decimal process number), which is flushed to disk, then from there over the file
-  /// itself. Afterwards no section is held in memory. The temporary file is deleted in
-  /// any case; only a process that dies on the way leaves it behind, and then the file
-  /// is intact or the temporary file is complete (docs/multisection-file.md says how to
-  /// tell).
+  /// itself, which is flushed, too. Afterwards no section is held in memory. The
+  /// temporary file is deleted in any case; only a process that dies on the way leaves it
+  /// behind, and then the file is intact or the temporary file is complete
+  /// (docs/multisection-file.md says how to tell).
+  ///
+  /// The temporary file is always a new one: a file or link of its name is deleted
+  /// first, and never written to. On Linux it has the permissions of the file.
   ///
   /// Sections that were not set are copied without a look at their checksum: what was
   /// damaged stays so, and is still detected when it is read. That goes for a negative
-  /// length too, which misplaces all sections behind it when the file is opened again.
+  /// length too, which misplaces all sections after it when the file is opened again.
   ///
   /// Throws nex_TextException "Total size exceeds 2147483647 bytes" before anything is
   /// touched; utl_FileExceptionRead with code 38 when the file lacks bytes of a section,
   /// before the file is touched; utl_File's exceptions. A file opened for reading fails
   /// with its read-only error. After a failure the file is as it was unless the last
-  /// step, the copy over it, had begun. But sections that had already been written to
+  /// step, the copy over it, had begun: a full disk or an error of the device in that
+  /// step damages the file, and the temporary file is deleted even so.
+  /// saveChangesAtomically has no such step. Sections that had already been written to
   /// the temporary file count as saved: their new bytes are no longer in memory, and
   /// their places may be ones that the file does not have. Set them again, or give the
   /// object up.
   void saveChanges();
+
+  /// Saves as saveChanges does, with the same bytes as the result, but at one stroke:
+  /// whatever happens, an error of the file system, the end of the process or a loss of
+  /// power, `path` leads to the whole old file or to the whole new one. The temporary
+  /// file is flushed to disk and renamed over the file, and the renaming is flushed, too.
+  /// The object goes on with the new file under the same lock.
+  ///
+  /// The file is then another one:
+  /// - On Linux it has the owner, group and permissions of the old one (access control
+  ///   lists and extended attributes are not kept); when this process may not give it
+  ///   those, saving fails. On Windows it has the rights that its directory hands down.
+  /// - Where `path` is a link, it stays one, and the file that it leads to is replaced,
+  ///   provided that both are on one file system. Hard links keep the old file.
+  /// - On Linux a reader that has the old file open keeps it; one that opens `path` finds
+  ///   the old or the new file, never something in between. Windows replaces no file that
+  ///   others have open: saving waits up to 200 ms for them, and then fails.
+  ///
+  /// Throws what saveChanges throws, and utl_FileExceptionWrite when the file cannot be
+  /// replaced: with code 5 for the reasons above, with the system's code for others, and
+  /// for a file opened for reading. Nothing has changed then, in the file or in this
+  /// object: what was set is still set, and saving may be tried again. Two exceptions
+  /// come after the file was replaced, and the object goes on with the new one:
+  /// utl_FileExceptionFlush for `path`, when the disk may not know of the renaming yet,
+  /// and utl_FileExceptionClose, when the old file could not be closed.
+  void saveChangesAtomically();
 
   // The rest is implementation.
 

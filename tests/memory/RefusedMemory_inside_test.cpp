@@ -242,6 +242,8 @@ TEST_F(RefusedMemoryTest, MultisectionFile) {
         file.getSectionData("second", data);
         file.setSectionData("second", data, 4);
         file.saveChanges();
+        file.setSectionData("first", "abc", 3);
+        file.saveChangesAtomically();
       },
       [&] {
         expect("first", "abc");

@@ -41,10 +41,14 @@ std::uint32_t ReadChecked(utl_File& file, const cow_String& path, char* to, int 
 utl_MultisectionFile::utl_MultisectionFile(const cow_String& path, utl_FileAccess access)
     : path_(path) {
   file_.Open(path, access, utl_FileShareDefault);
-  lock_ = std::make_unique<utl_LockFileHolder>(path + ".lock", 0, kLockPause);
+  lock_ =
+      std::make_unique<utl_LockFileHolder>(path + ".lock", 0, kLockPause, file_.Handle());
   directory_ = std::make_unique<utl_SectionDirectory>();
-  if (access != utl_FileAccessRead && !lock_->acquire(kLockAttempts, kLockPause)) {
-    utl_multisectionFail(path, "Cannot create the lock file.");
+  if (access != utl_FileAccessRead) {
+    if (!lock_->acquire(kLockAttempts, kLockPause)) {
+      utl_multisectionFail(path, "Cannot create the lock file.");
+    }
+    file_.Renew();  // the holder of the lock before may have replaced it
   }
   if (access == utl_FileAccessRead || access == utl_FileAccessUpdate) {
     utl_multisectionReadDirectory(file_, path, *directory_);
@@ -95,4 +99,9 @@ void utl_MultisectionFile::setSectionData(const cow_String& name, const void* da
 void utl_MultisectionFile::saveChanges() {
   position_ = kUnknownPosition;
   utl_multisectionSave(file_, path_, *directory_);
+}
+
+void utl_MultisectionFile::saveChangesAtomically() {
+  position_ = kUnknownPosition;
+  utl_multisectionSaveAtomically(file_, path_, *directory_);
 }

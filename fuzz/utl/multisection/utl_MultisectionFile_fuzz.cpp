@@ -1,11 +1,12 @@
 // Any bytes as a multisection file: opening, reading every section it names, changing
-// and saving it must end well or in a text exception.
+// and saving it in both ways must end well or in a text exception.
 
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -46,6 +47,11 @@ Directory Parse(const std::string& bytes) {
   return directory;
 }
 
+std::string ReadWholeFile(const cow_String& path) {
+  std::ifstream file(path.c_str(), std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
 std::string Read(utl_MultisectionFile& file, const cow_String& name, std::size_t limit) {
   const int length = file.getSectionLength(name);
   if (length < 0 || static_cast<std::size_t>(length) > limit) {
@@ -69,9 +75,16 @@ void Use(const cow_String& path, const std::string& bytes) {
   }
   file.setSectionData("set", bytes.data(), static_cast<int>(bytes.size()));
   file.saveChanges();
-  utl_MultisectionFile saved(path, utl_FileAccessRead);
-  // A negative length misplaces what is behind it; all else must come back.
-  if (!directory.hasNegativeLength && Read(saved, "set", bytes.size()) != bytes) {
+  const std::string result = ReadWholeFile(path);
+  {
+    // A negative length misplaces what comes after it; all else must come back.
+    utl_MultisectionFile saved(path, utl_FileAccessRead);
+    if (!directory.hasNegativeLength && Read(saved, "set", bytes.size()) != bytes) {
+      std::abort();
+    }
+  }
+  file.saveChangesAtomically();
+  if (ReadWholeFile(path) != result) {
     std::abort();
   }
 }

@@ -10,6 +10,11 @@
 #include "utl/multisection/MultisectionImage.h"
 #include "utl/utl_MultisectionFile.h"
 
+/// The two ways to save, for tests of what they have in common.
+using Save = void (utl_MultisectionFile::*)();
+constexpr Save kSaves[] = {&utl_MultisectionFile::saveChanges,
+                           &utl_MultisectionFile::saveChangesAtomically};
+
 /// A directory with one multisection file, "model.dat", and what its tests ask for.
 class MultisectionTest : public testing::Test {
  protected:

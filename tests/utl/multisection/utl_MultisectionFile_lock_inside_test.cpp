@@ -73,6 +73,32 @@ TEST_F(MultisectionLockTest, TheTenthAttemptIsTheLast) {
   }
 }
 
+// Somebody saves atomically between the opening of the file and its locking.
+TEST_F(MultisectionLockTest, FileThatWasReplacedBeforeItWasLockedIsOpenedAnew) {
+  for (const utl_FileAccess access : {utl_FileAccessUpdate, utl_FileAccessWrite}) {
+    WriteImage({{"a", "old"}});
+    WriteWholeFile(lock_, "");
+    const std::string fresh = dir_.File("fresh");
+    WriteWholeFile(fresh, BuildImage({{"a", "new"}, {"b", "2"}}));
+    std::error_code error;
+    const InsteadOfSleep sleep([&](DWORD) {
+      std::filesystem::rename(fresh, file_, error);
+      std::filesystem::remove(lock_);
+    });
+    utl_MultisectionFile file(path_, access);
+    if (error) {
+      GTEST_SKIP() << "nobody can replace an open file here: " << error.message();
+    }
+    EXPECT_EQ(file.hasSection("b"), access == utl_FileAccessUpdate);
+    Set(file, "c", "3");
+    file.saveChanges();
+    EXPECT_EQ(ReadWholeFile(file_),
+              access == utl_FileAccessUpdate
+                  ? BuildImage({{"a", "new"}, {"b", "2"}, {"c", "3"}})
+                  : BuildImage({{"c", "3"}}));
+  }
+}
+
 TEST_F(MultisectionLockTest, DirectoryInTheLocksPlaceRefusesUpdateAndStays) {
   WriteImage({});
   std::filesystem::create_directory(lock_);

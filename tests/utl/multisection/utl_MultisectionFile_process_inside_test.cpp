@@ -14,11 +14,17 @@ namespace {
 using MultisectionProcessTest = MultisectionTest;
 
 constexpr int kProcesses = 20;
-constexpr int kUpdates = 50;
+
+constexpr char kAtomically[] = "atomically";
+
+Save SaveOf(const std::string& name) {
+  return name == kAtomically ? &utl_MultisectionFile::saveChangesAtomically
+                             : &utl_MultisectionFile::saveChanges;
+}
 
 // Adds 1 to the number in the section "counter". False when another process was at it:
 // it has the file open, or has closed it but not yet removed its lock.
-bool TryToCount(const cow_String& path) {
+bool TryToCount(const cow_String& path, Save save) {
   const atr_String inUse =
       utl_FileExceptionOpen(32, path, "CreateFile in OpenUpdate").AsString();
   const atr_String locked = "\"" + path + "\": Cannot create the lock file.";
@@ -28,7 +34,7 @@ bool TryToCount(const cow_String& path) {
     file.getSectionData("counter", digits.data());
     digits = std::to_string(std::stoi(digits) + 1);
     file.setSectionData("counter", digits.data(), static_cast<int>(digits.size()));
-    file.saveChanges();
+    (file.*save)();
     return true;
   } catch (const utl_FileExceptionOpen& refusal) {
     if (refusal.AsString() == inUse) {
@@ -47,8 +53,8 @@ TEST_CHILD(countInMultisectionFile) {
   ChildWriteLine("ready");
   ChildReadLine();
   try {
-    for (int i = 0; i < kUpdates; ++i) {
-      while (!TryToCount(argv[1])) {
+    for (int i = std::stoi(argv[3]); i > 0; --i) {
+      while (!TryToCount(argv[1], SaveOf(argv[2]))) {
         Sleep(1);
       }
     }
@@ -60,11 +66,12 @@ TEST_CHILD(countInMultisectionFile) {
   return 0;
 }
 
-TEST_F(MultisectionProcessTest, NoUpdateOfManyProcessesIsLost) {
-  WriteImage({{"counter", "0"}});
+void ExpectNoUpdateLost(const std::string& file, const std::string& save, int updates) {
+  WriteWholeFile(file, BuildImage({{"counter", "0"}}));
   std::vector<ChildProcess> children;
   for (int i = 0; i < kProcesses; ++i) {
-    children.push_back(ChildProcess::Start("countInMultisectionFile", {file_}));
+    children.push_back(ChildProcess::Start("countInMultisectionFile",
+                                           {file, save, std::to_string(updates)}));
   }
   for (ChildProcess& child : children) {
     ASSERT_EQ(child.ReadLine(), "ready");
@@ -76,8 +83,17 @@ TEST_F(MultisectionProcessTest, NoUpdateOfManyProcessesIsLost) {
     EXPECT_EQ(child.ReadLine(), "done");
     EXPECT_EQ(child.Wait(), 0);
   }
-  EXPECT_EQ(ReadWholeFile(file_),
-            BuildImage({{"counter", std::to_string(kProcesses * kUpdates)}}));
+  EXPECT_EQ(ReadWholeFile(file),
+            BuildImage({{"counter", std::to_string(kProcesses * updates)}}));
+}
+
+TEST_F(MultisectionProcessTest, NoUpdateOfManyProcessesIsLost) {
+  ExpectNoUpdateLost(file_, "", 50);
+  EXPECT_EQ(OtherFiles(), "");
+}
+
+TEST_F(MultisectionProcessTest, NoAtomicUpdateOfManyProcessesIsLost) {
+  ExpectNoUpdateLost(file_, kAtomically, 20);
   EXPECT_EQ(OtherFiles(), "");
 }
 
@@ -100,7 +116,7 @@ TEST_CHILD(saveMultisectionFileAgainAndAgain) {
                           static_cast<int>(section.data.size()));
     }
     ChildWriteLine("saving " + std::to_string(number));
-    file.saveChanges();
+    (file.*SaveOf(argv[2]))();
     ChildWriteLine("saved " + std::to_string(number));
   }
   return 0;
@@ -112,10 +128,12 @@ struct Killed {
   int fresh = 0;
 };
 
-// Kills at a random time after a save began, or, `inCopy`, as soon as the file's size
-// changes, which is where the copy over it begins.
-Killed KillWhileSaving(const std::string& file, std::mt19937& random, bool inCopy) {
-  ChildProcess child = ChildProcess::Start("saveMultisectionFileAgainAndAgain", {file});
+// Kills at a random time after a save began, or, `atNewSize`, as soon as the file's size
+// changes, which is where the copy over it begins, or where it has been replaced.
+Killed KillWhileSaving(const std::string& file, const std::string& save,
+                       std::mt19937& random, bool atNewSize) {
+  ChildProcess child =
+      ChildProcess::Start("saveMultisectionFileAgainAndAgain", {file, save});
   const std::string moment = "saving " + std::to_string(1 + random() % 3);
   Killed killed;
   const auto note = [&killed](const std::string& line) {
@@ -126,7 +144,7 @@ Killed KillWhileSaving(const std::string& file, std::mt19937& random, bool inCop
     line = child.ReadLine();
     note(line);
   }
-  if (inCopy) {
+  if (atNewSize) {
     const auto size = std::filesystem::file_size(file);
     while (std::filesystem::file_size(file) == size) {
     }
@@ -217,13 +235,14 @@ TEST_F(MultisectionProcessTest, RecoveryOfAFileWithANegativeLength) {
                                ImageHeader(2) + entry + ImageEntry({"b", "22"}) + "22");
 }
 
+constexpr int kRounds = 20;
+
 TEST_F(MultisectionProcessTest, KilledSaveLeavesTheOldOrTheNewFileOrACompleteCopy) {
-  constexpr int kRounds = 20;
   std::mt19937 random(20);
   for (int round = 0; round < kRounds; ++round) {
     SCOPED_TRACE("round " + std::to_string(round));
     WriteImage(Generation(0));
-    const Killed killed = KillWhileSaving(file_, random, round % 2 != 0);
+    const Killed killed = KillWhileSaving(file_, "", random, round % 2 != 0);
     const std::optional<Image> found = ParseImage(Recover(file_));
     ASSERT_TRUE(found == Generation(killed.old) || found == Generation(killed.fresh))
         << (found ? found->front().data : "nothing") << " found, old " << killed.old
@@ -236,6 +255,54 @@ TEST_F(MultisectionProcessTest, KilledSaveLeavesTheOldOrTheNewFileOrACompleteCop
       ASSERT_EQ(Get(file, section.name), section.data);
     }
   }
+}
+
+// Nothing is recovered here.
+TEST_F(MultisectionProcessTest, KilledAtomicSaveLeavesTheOldOrTheNewFile) {
+  std::mt19937 random(21);
+  for (int round = 0; round < kRounds; ++round) {
+    SCOPED_TRACE("round " + std::to_string(round));
+    WriteImage(Generation(0));
+    const Killed killed = KillWhileSaving(file_, kAtomically, random, round % 2 != 0);
+    const std::optional<Image> found = ParseImage(ReadWholeFile(file_));
+    ASSERT_TRUE(found == Generation(killed.old) || found == Generation(killed.fresh))
+        << (found ? found->front().data : "nothing") << " found, old " << killed.old
+        << ", new " << killed.fresh;
+    std::filesystem::remove(lock_);
+  }
+}
+
+TEST_CHILD(saveTwentyTimesAtomically) {
+  utl_MultisectionFile file(argv[1], utl_FileAccessUpdate);
+  for (int number = 1; number <= 20; ++number) {
+    for (const ImageSection& section : Generation(number)) {
+      file.setSectionData(cow_String(std::string_view(section.name)), section.data.data(),
+                          static_cast<int>(section.data.size()));
+    }
+    file.saveChangesAtomically();
+  }
+  ChildWriteLine("done");
+  return 0;
+}
+
+// Where nobody replaces a file that others have open, the saves find gaps in between.
+TEST_F(MultisectionProcessTest, ReadersFindTheOldOrTheNewFileDuringAtomicSaves) {
+  WriteImage(Generation(0));
+  ChildProcess child = ChildProcess::Start("saveTwentyTimesAtomically", {file_});
+  int last = 0;
+  do {
+    const std::optional<Image> found = ParseImage(ReadWholeFile(file_));
+    ASSERT_TRUE(found.has_value());
+    const int number = std::stoi(found->front().data);
+    ASSERT_EQ(*found, Generation(number));
+    ASSERT_GE(number, last);
+    last = number;
+    Sleep(1);
+  } while (child.IsRunning());
+  EXPECT_EQ(child.ReadLine(), "done");
+  EXPECT_EQ(child.Wait(), 0);
+  EXPECT_EQ(ReadWholeFile(file_), BuildImage(Generation(20)));
+  EXPECT_EQ(OtherFiles(), "");
 }
 
 }  // namespace

@@ -1,10 +1,11 @@
-// Saves that fail, and what they leave behind.
+// Saves that fail, and what they leave.
 
 #include <limits>
 #include <system_error>
 
 #include <windows.h>
 
+#include "common/environment/FileSizeLimit.h"
 #include "common/expect/PeakMemory.h"
 #include "utl/multisection/MultisectionTest.h"
 
@@ -53,10 +54,12 @@ TEST_F(MultisectionSaveTest, TemporaryFileThatCannotBeMade) {
 }
 
 TEST_F(MultisectionSaveTest, LeftOverTemporaryFileIsReplacedAndDeleted) {
-  WriteWholeFile(temporary_, std::string(1000, 'x'));
-  utl_MultisectionFile(path_, utl_FileAccessWrite).saveChanges();
-  EXPECT_EQ(ReadWholeFile(file_), ImageHeader(0));
-  EXPECT_EQ(OtherFiles(), "");
+  for (const Save save : kSaves) {
+    WriteWholeFile(temporary_, std::string(1000, 'x'));
+    (utl_MultisectionFile(path_, utl_FileAccessWrite).*save)();
+    EXPECT_EQ(ReadWholeFile(file_), ImageHeader(0));
+    EXPECT_EQ(OtherFiles(), "");
+  }
 }
 
 TEST_F(MultisectionSaveTest, SectionThatTheFileLacksFailsBeforeTheFileIsTouched) {
@@ -104,23 +107,60 @@ TEST_F(MultisectionSaveTest, TotalBeyondTheLimitIsRefusedBeforeAnythingIsTouched
   }
 }
 
-TEST_F(MultisectionSaveTest, FullDiskLeavesTheFileAndTheData) {
-  std::error_code error;
-  std::filesystem::create_symlink("/dev/full", temporary_, error);
-  if (error) {
-    GTEST_SKIP() << "no way to a full disk here: " << error.message();
+// No byte of a temporary file is written to what somebody has put in its place.
+TEST_F(MultisectionSaveTest, LinkInTheTemporaryFilesPlaceIsNotFollowed) {
+  const std::string victim = dir_.File("victim");
+  for (const Save save : kSaves) {
+    WriteWholeFile(victim, "untouched");
+    WriteImage({{"a", "old"}});
+    std::error_code error;
+    std::filesystem::create_symlink(victim, temporary_, error);
+    if (error) {
+      GTEST_SKIP() << "no links here: " << error.message();
+    }
+    utl_MultisectionFile file(path_, utl_FileAccessUpdate);
+    Set(file, "a", "new");
+    (file.*save)();
+    EXPECT_EQ(ReadWholeFile(victim), "untouched");
+    EXPECT_EQ(ReadWholeFile(file_), BuildImage({{"a", "new"}}));
+    EXPECT_FALSE(std::filesystem::is_symlink(temporary_));
   }
-  WriteImage({{"a", "old"}});
-  utl_MultisectionFile file(path_, utl_FileAccessUpdate);
-  Set(file, "a", "new");
-  EXPECT_THROW_TEXT(
-      file.saveChanges(), utl_FileExceptionWrite,
-      utl_FileExceptionWrite(112, temporary_.c_str(), "WriteFile").AsString());
-  EXPECT_EQ(ReadWholeFile(file_), BuildImage({{"a", "old"}}));
-  EXPECT_EQ(OtherFiles(), "model.dat.lock");
-  EXPECT_EQ(Get(file, "a"), "new");
-  file.saveChanges();
-  EXPECT_EQ(ReadWholeFile(file_), BuildImage({{"a", "new"}}));
+}
+
+TEST_F(MultisectionSaveTest, OtherNameOfALeftOverTemporaryFileKeepsItsBytes) {
+  const std::string victim = dir_.File("victim");
+  for (const Save save : kSaves) {
+    WriteWholeFile(victim, "untouched");
+    WriteImage({{"a", "old"}});
+    std::filesystem::create_hard_link(victim, temporary_);
+    utl_MultisectionFile file(path_, utl_FileAccessUpdate);
+    Set(file, "a", "new");
+    (file.*save)();
+    EXPECT_EQ(ReadWholeFile(victim), "untouched");
+    EXPECT_EQ(ReadWholeFile(file_), BuildImage({{"a", "new"}}));
+    EXPECT_FALSE(FileExists(temporary_));
+  }
+}
+
+TEST_F(MultisectionSaveTest, FullDiskLeavesTheFileAndTheData) {
+  if (!FileSizeLimit::IsAvailable()) {
+    GTEST_SKIP() << "no limit of a file's size here";
+  }
+  for (const Save save : kSaves) {
+    WriteImage({{"a", "old"}});
+    utl_MultisectionFile file(path_, utl_FileAccessUpdate);
+    Set(file, "a", "new");
+    {
+      const FileSizeLimit full(20);
+      EXPECT_THROW_TEXT((file.*save)(), utl_FileExceptionFull,
+                        utl_FileExceptionFull(temporary_.c_str()).AsString());
+    }
+    EXPECT_EQ(ReadWholeFile(file_), BuildImage({{"a", "old"}}));
+    EXPECT_EQ(OtherFiles(), "model.dat.lock");
+    EXPECT_EQ(Get(file, "a"), "new");
+    (file.*save)();
+    EXPECT_EQ(ReadWholeFile(file_), BuildImage({{"a", "new"}}));
+  }
 }
 
 }  // namespace

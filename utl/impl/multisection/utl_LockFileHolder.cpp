@@ -4,6 +4,8 @@
 #include <io.h>
 #include <windows.h>
 
+#include "platform/platform.h"
+
 namespace {
 
 constexpr int kExclusiveCreate = 0x500;  // create, and fail if the file exists
@@ -12,8 +14,8 @@ constexpr int kWritePermission = 0x80;
 }  // namespace
 
 utl_LockFileHolder::utl_LockFileHolder(const cow_String& path, int attempts,
-                                       unsigned pauseMilliseconds)
-    : path_(path) {
+                                       unsigned pauseMilliseconds, void* like)
+    : path_(path), like_(like) {
   acquire(attempts, pauseMilliseconds);
 }
 
@@ -38,6 +40,7 @@ bool utl_LockFileHolder::TryOnce() const {
   if (descriptor < 0) {
     return false;
   }
+  platform::GiveRights(reinterpret_cast<void*>(_get_osfhandle(descriptor)), like_);
   _close(descriptor);
   if (descriptor == 0) {
     // Counts as a failure, as it always has; but the file just made must not lock the

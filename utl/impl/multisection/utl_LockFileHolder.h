@@ -7,8 +7,10 @@
 /// Threads: one object is used by one thread at a time.
 class utl_LockFileHolder {
  public:
-  /// Makes `attempts` attempts at once; 0 only records the path.
-  utl_LockFileHolder(const cow_String& path, int attempts, unsigned pauseMilliseconds);
+  /// Makes `attempts` attempts at once; 0 only records the path. The lock file gets the
+  /// rights of the open file whose handle `like` is; without one it is its owner's alone.
+  utl_LockFileHolder(const cow_String& path, int attempts, unsigned pauseMilliseconds,
+                     void* like = nullptr);
   /// Removes the lock file if this object made it.
   ~utl_LockFileHolder();
   utl_LockFileHolder(const utl_LockFileHolder&) = delete;
@@ -23,4 +25,5 @@ class utl_LockFileHolder {
 
   bool held_ = false;
   cow_String path_;
+  void* like_;
 };

@@ -22,9 +22,11 @@ inline constexpr int kMultisectionPiece = 256 * 1024;
 void utl_multisectionReadDirectory(utl_File& file, const cow_String& path,
                                    utl_SectionDirectory& directory);
 
-/// Writes a temporary file and copies it over `file`: utl_MultisectionFile::saveChanges.
+/// What utl_MultisectionFile's saveChanges and saveChangesAtomically do.
 void utl_multisectionSave(utl_File& file, const cow_String& path,
                           utl_SectionDirectory& directory);
+void utl_multisectionSaveAtomically(utl_File& file, const cow_String& path,
+                                    utl_SectionDirectory& directory);
 
 /// Little-endian, whatever the machine.
 inline void utl_putInt(char* to, std::uint32_t value) {

@@ -126,35 +126,21 @@ void WriteSections(GatheringWriter& out, const utl_SectionDirectory& directory,
   }
 }
 
-// Writes the whole new file. What of it was written counts as saved, also after a
-// failure.
-void WriteTemporary(utl_File& temporary, utl_SectionDirectory& directory, utl_File& file,
-                    const cow_String& path) {
-  GatheringWriter out(temporary);
-  try {
-    WriteDirectory(out, directory);
-    WriteSections(out, directory, file, path);
-    out.Flush();
-  } catch (...) {
-    directory.Settle(out.Written());
-    throw;
-  }
-  directory.Settle(out.Written());
-}
-
-void CopyOver(utl_File& file, utl_File& temporary, const cow_String& temporaryPath) {
-  const auto size = static_cast<int>(static_cast<std::int64_t>(temporary.FileSize()));
-  file.Extend(size);
-  file.Seek(0);
-  temporary.Seek(0);
-  GatheringWriter out(file);
-  if (!out.AppendFrom(temporary, size)) {
-    utl_fileFailAtEnd(temporaryPath);
-  }
+// Writes the whole new file.
+void WriteAll(GatheringWriter& out, const utl_SectionDirectory& directory, utl_File& file,
+              const cow_String& path) {
+  WriteDirectory(out, directory);
+  WriteSections(out, directory, file, path);
   out.Flush();
 }
 
-/// Deletes the temporary file, whichever way the save ends.
+void CheckSize(const utl_SectionDirectory& directory, const cow_String& path) {
+  if (directory.FileSize() > std::numeric_limits<int>::max()) {
+    utl_multisectionFailTooLong(path);
+  }
+}
+
+/// Deletes a file at the end of its scope.
 class FileRemover {
  public:
   explicit FileRemover(const cow_String& path) : path_(path) {}
@@ -166,19 +152,69 @@ class FileRemover {
   cow_String path_;
 };
 
+/// The temporary file of a save: closed, then deleted whichever way the save ends.
+struct TemporaryFile {
+  TemporaryFile(const utl_File& original, const cow_String& originalPath)
+      : path(originalPath + "." + std::to_string(GetCurrentProcessId()) + ".tmp"),
+        remover(path) {
+    file.OpenNew(path, original);
+  }
+
+  const cow_String path;
+  const FileRemover remover;
+  utl_File file;
+};
+
+// What of the new file was written counts as saved, also after a failure.
+void WriteAndSettle(utl_File& temporary, utl_SectionDirectory& directory, utl_File& file,
+                    const cow_String& path) {
+  GatheringWriter out(temporary);
+  try {
+    WriteAll(out, directory, file, path);
+  } catch (...) {
+    directory.Settle(out.Written());
+    throw;
+  }
+  directory.Settle(out.Written());
+}
+
+void CopyOver(utl_File& file, TemporaryFile& temporary) {
+  const auto size =
+      static_cast<int>(static_cast<std::int64_t>(temporary.file.FileSize()));
+  file.Extend(size);
+  file.Seek(0);
+  temporary.file.Seek(0);
+  GatheringWriter out(file);
+  if (!out.AppendFrom(temporary.file, size)) {
+    utl_fileFailAtEnd(temporary.path);
+  }
+  out.Flush();
+}
+
 }  // namespace
 
 void utl_multisectionSave(utl_File& file, const cow_String& path,
                           utl_SectionDirectory& directory) {
-  if (directory.FileSize() > std::numeric_limits<int>::max()) {
-    utl_multisectionFailTooLong(path);
+  CheckSize(directory, path);
+  TemporaryFile temporary(file, path);
+  WriteAndSettle(temporary.file, directory, file, path);
+  temporary.file.Flush();
+  CopyOver(file, temporary);
+  file.Flush();  // before the temporary file goes, or a loss of power loses both
+}
+
+void utl_multisectionSaveAtomically(utl_File& file, const cow_String& path,
+                                    utl_SectionDirectory& directory) {
+  CheckSize(directory, path);
+  TemporaryFile temporary(file, path);
+  GatheringWriter out(temporary.file);
+  WriteAll(out, directory, file, path);
+  temporary.file.Flush();
+  try {
+    temporary.file.Replace(file);
+  } catch (const utl_FileExceptionFlush&) {
+    directory.Settle(out.Written());  // it was replaced all the same
+    throw;
   }
-  const cow_String temporaryPath =
-      path + "." + std::to_string(GetCurrentProcessId()) + ".tmp";
-  const FileRemover remover(temporaryPath);
-  utl_File temporary;
-  temporary.Open(temporaryPath, utl_FileAccessWrite, utl_FileShareDefault);
-  WriteTemporary(temporary, directory, file, path);
-  temporary.Flush();
-  CopyOver(file, temporary, temporaryPath);
+  directory.Settle(out.Written());
 }
