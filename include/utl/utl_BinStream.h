@@ -25,7 +25,12 @@
 /// The descriptor stays the caller's: it is neither closed nor flushed. Nothing is
 /// buffered: a number is at least one call of the system, and an array as a whole needs
 /// no more, so move bulk data as arrays. After an exception the stream is as before; what
-/// was transferred stays so.
+/// was transferred stays so. A descriptor that does not block, as another program may
+/// have set a pipe or a terminal, is waited for.
+///
+/// On Linux a write to a pipe that nobody reads, or beyond a limit of the file's size,
+/// ends the process by a signal. A program that is to get the exception instead has to
+/// ignore SIGPIPE and SIGXFSZ (`signal(SIGPIPE, SIG_IGN)`) before it writes.
 ///
 /// Threads: calls on one descriptor are to be made by one thread at a time.
 ///

@@ -29,7 +29,13 @@ enum utl_FileSharing : int {
 /// Every failure is an exception, one class for each kind, raised at the call that
 /// failed; its text names the system call, the system's error and the path. The classes
 /// have no base of their own: catch nex_TextException for all of them. Nothing is tried
-/// again (but see Replace) and nothing undone.
+/// again (but see Replace) and nothing undone, but that a file that cannot grow keeps its
+/// size.
+///
+/// On Linux a write beyond a limit of the file's size (`ulimit -f`), or to a pipe that
+/// nobody reads, ends the process by a signal. A program that is to get the exception
+/// instead has to ignore SIGXFSZ and SIGPIPE (`signal(SIGXFSZ, SIG_IGN)`) before it
+/// writes.
 ///
 /// Threads: one object by one thread at a time.
 ///
@@ -98,14 +104,15 @@ class KSTUTL_EXPORT utl_File {
   utl_FileOffset FileSize() const;
 
   /// Makes the file exactly `size` bytes long, longer or shorter than it was, and
-  /// rewrites its last four bytes, so that a full disk shows here and not at a later
-  /// write. The position stays.
+  /// rewrites its last four bytes. What is added takes its place on the disk at once, so
+  /// that a full disk shows here and not at a later write; on Linux this needs a file
+  /// system that can do so, as local ones can. The position stays.
   ///
-  /// Throws utl_FileExceptionExtend; the file may then have its new size already, and
-  /// the position may be anywhere. A size below 4 ends so, after the size was set, since
-  /// there are no last four bytes. Throws a plain nex_TextException for a file opened
-  /// for reading. The place of the last four bytes is computed as a double: above 2^53
-  /// bytes it is not exact.
+  /// Throws utl_FileExceptionExtend; the file may then have its new size already, unless
+  /// there is no space for it, and the position may be anywhere. A size below 4 ends so,
+  /// after the size was set, since there are no last four bytes. Throws a plain
+  /// nex_TextException for a file opened for reading. The place of the last four bytes is
+  /// computed as a double: above 2^53 bytes it is not exact.
   void Extend(const utl_FileOffset& size);
 
   /// Makes the file `path`, to take the place of the open file `original` (see Replace),

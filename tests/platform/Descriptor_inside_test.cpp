@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <io.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <filesystem>
@@ -10,6 +11,7 @@
 
 #include "common/environment/OtherUser.h"
 #include "common/handle/AsHandle.h"
+#include "common/handle/Pipe.h"
 #include "platform/PlatformTest.h"
 
 namespace {
@@ -197,4 +199,107 @@ TEST_F(DescriptorTest, DescriptorsDenyDeletion) {
   EXPECT_EQ(ErrnoOf([&] { return _unlink(Name("a").c_str()); }), ENOENT);
   EXPECT_EQ(ErrnoOf([&] { return _unlink(Name("d").c_str()); }), EACCES);
   EXPECT_EQ(ErrnoOf([&] { return _unlink(""); }), ENOENT);
+}
+
+// The system's own calls close and open, which the layer does not see: what it knows of
+// a descriptor is not to be taken for the next one's of the same number.
+class ReusedNumberTest : public PlatformTest {
+ protected:
+  ReusedNumberTest() { WriteWholeFile(Name("next"), "abcdef"); }
+
+  // Closes a descriptor, opens "next" in its place, in text mode, and closes that, too.
+  void Reuse(int number, int access) {
+    close(number);
+    next_ = open(Name("next").c_str(), access);
+    EXPECT_EQ(next_, number);
+  }
+  ~ReusedNumberTest() override {
+    if (next_ >= 0) close(next_);
+  }
+
+  int next_ = -1;
+};
+
+TEST_F(ReusedNumberTest, AccessIsThatOfTheNextFile) {
+  char byte = 0;
+  for (const int first : {_O_WRONLY, _O_RDONLY}) {
+    Reuse(_open(Name("a").c_str(), first | _O_BINARY), O_RDWR);
+    EXPECT_EQ(_read(next_, &byte, 1), 1);
+    EXPECT_EQ(_write(next_, "x", 1), 1);
+    DWORD done = 0;
+    EXPECT_TRUE(ReadFile(HandleOf(next_), &byte, 0, &done, nullptr));
+    EXPECT_TRUE(WriteFile(HandleOf(next_), &byte, 0, &done, nullptr));
+    EXPECT_TRUE(FlushFileBuffers(HandleOf(next_)));
+    EXPECT_TRUE(SetEndOfFile(HandleOf(next_)));
+    close(next_);
+  }
+  Reuse(_open(Name("a").c_str(), _O_RDWR | _O_BINARY), O_RDONLY);
+  EXPECT_EQ(ErrnoOf([&] { return _write(next_, "x", 1); }), EBADF);
+  EXPECT_EQ(CodeOf([&] { return FlushFileBuffers(HandleOf(next_)); }),
+            DWORD{ERROR_ACCESS_DENIED});
+}
+
+TEST_F(ReusedNumberTest, TextModeIsThatOfTheNextFile) {
+  const int first = _open(Name("a").c_str(), _O_RDONLY | _O_BINARY);
+  EXPECT_EQ(_setmode(first, _O_BINARY), _O_BINARY);
+  Reuse(first, O_RDONLY);
+  EXPECT_EQ(_setmode(next_, _O_BINARY), _O_TEXT);
+  Reuse(next_, O_RDONLY);
+  EXPECT_EQ(_setmode(next_, _O_TEXT), _O_TEXT);
+}
+
+TEST_F(ReusedNumberTest, TextModeOfWhatWasOpenedElsewhere) {
+  const Pipe pipe;
+  const int ends[] = {pipe.Reader(), pipe.Writer()};
+  for (const int end : ends) _setmode(end, _O_BINARY);
+  EXPECT_EQ(_setmode(pipe.Reader(), _O_TEXT), _O_BINARY);
+  EXPECT_EQ(_setmode(pipe.Writer(), _O_BINARY), _O_BINARY);
+  EXPECT_EQ(_setmode(pipe.Reader(), _O_BINARY), _O_TEXT);
+}
+
+TEST_F(ReusedNumberTest, ShareModeEndsWithTheFile) {
+  const int first = _open(Name("a").c_str(), _O_RDWR | _O_BINARY);
+  EXPECT_EQ(OpenCode(Name("a"), GENERIC_READ, FILE_SHARE_READ),
+            DWORD{ERROR_SHARING_VIOLATION});
+  Reuse(first, O_RDWR);
+  EXPECT_EQ(OpenCode(Name("a"), GENERIC_READ, FILE_SHARE_READ), 0u);
+  EXPECT_EQ(_unlink(Name("a").c_str()), 0);
+}
+
+TEST_F(ReusedNumberTest, ShareModeEndsWithTheFileWhenTheNumberIsNotReused) {
+  close(_open(Name("a").c_str(), _O_RDWR | _O_BINARY));
+  EXPECT_EQ(OpenCode(Name("a"), GENERIC_READ, FILE_SHARE_READ), 0u);
+  EXPECT_EQ(_unlink(Name("a").c_str()), 0);
+}
+
+// Neither is it removed because of the file whose number it has, nor for its own end.
+TEST_F(ReusedNumberTest, TheNextFileIsNotDeletedAtItsEnd) {
+  Reuse(_open(Name("m").c_str(), _O_CREAT | _O_RDWR | _O_TEMPORARY, 0600), O_RDWR);
+  EXPECT_EQ(_close(next_), 0);
+  next_ = -1;
+  EXPECT_EQ(ReadWholeFile(Name("next")), "abcdef");
+}
+
+TEST_F(ReusedNumberTest, ClosingTheNextFileGivesBackWhatIsItsOwn) {
+  const int first = _open(Name("a").c_str(), _O_RDWR | _O_BINARY);
+  close(first);
+  const int second = _open(Name("next").c_str(), _O_RDWR | _O_BINARY);
+  ASSERT_EQ(second, first);
+  EXPECT_EQ(OpenCode(Name("a"), GENERIC_READ, FILE_SHARE_READ), 0u);
+  EXPECT_EQ(OpenCode(Name("next"), GENERIC_READ, FILE_SHARE_READ),
+            DWORD{ERROR_SHARING_VIOLATION});
+  EXPECT_EQ(_close(second), 0);
+  EXPECT_EQ(OpenCode(Name("next"), GENERIC_READ, FILE_SHARE_READ), 0u);
+}
+
+TEST_F(ReusedNumberTest, ACopyHasWhatItsFileHas) {
+  const int first = _open(Name("a").c_str(), _O_WRONLY | _O_BINARY);
+  const int copy = dup(first);
+  EXPECT_EQ(_setmode(copy, _O_TEXT), _O_BINARY);
+  EXPECT_EQ(_write(copy, "x", 1), 1);
+  EXPECT_EQ(_close(copy), 0);
+  EXPECT_EQ(OpenCode(Name("a"), GENERIC_READ, FILE_SHARE_READ),
+            DWORD{ERROR_SHARING_VIOLATION});
+  EXPECT_EQ(_close(first), 0);
+  EXPECT_EQ(OpenCode(Name("a"), GENERIC_READ, FILE_SHARE_READ), 0u);
 }

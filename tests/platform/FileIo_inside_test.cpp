@@ -117,10 +117,27 @@ TEST_F(FileIoTest, AccessThatWasNotOpenedFor) {
   EXPECT_EQ(ReadCode(directory), DWORD{ERROR_INVALID_FUNCTION});
   for (const HANDLE handle : {HANDLE{reader}, HANDLE{neither}, HANDLE{directory}}) {
     EXPECT_EQ(CodeOf([&] { return FlushFileBuffers(handle); }), denied);
-    EXPECT_EQ(CodeOf([&] { return SetEndOfFile(handle); }),
-              DWORD{ERROR_INVALID_PARAMETER});
   }
   EXPECT_TRUE(FlushFileBuffers(writer));
+}
+
+// Whoever may not write is told so by one code for shrinking, by another for growing.
+TEST_F(FileIoTest, SizesThatAreNotSet) {
+  const ScopedHandle directory(Open(Name("d"), GENERIC_READ, kShareAll, OPEN_EXISTING,
+                                    FILE_FLAG_BACKUP_SEMANTICS));
+  for (const DWORD access : {DWORD{GENERIC_READ}, DWORD{0}}) {
+    const ScopedHandle handle(Open(Name("a"), access));
+    for (const long long size : {0, 9, 10, 11, 20}) {
+      SeekTo(handle, size);
+      SeekTo(directory, size);
+      EXPECT_EQ(CodeOf([&] { return SetEndOfFile(handle); }),
+                size < 10 ? DWORD{ERROR_INVALID_PARAMETER} : DWORD{ERROR_INVALID_HANDLE})
+          << size;
+      EXPECT_EQ(CodeOf([&] { return SetEndOfFile(directory); }),
+                DWORD{ERROR_INVALID_PARAMETER});
+    }
+    EXPECT_EQ(SizeOf(handle), 10);
+  }
 }
 
 TEST_F(FileIoTest, BadBuffers) {

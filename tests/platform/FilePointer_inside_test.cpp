@@ -50,6 +50,26 @@ TEST_F(FilePointerTest, NegativePositions) {
   EXPECT_EQ(SeekTo(handle_, 0, FILE_CURRENT), 5);
 }
 
+// From the beginning, a negative position is told whatever the handle is.
+TEST_F(FilePointerTest, NegativePositionsOfNoHandle) {
+  const DWORD invalid = ERROR_INVALID_HANDLE;
+  HANDLE closed = Open(Name("a"));
+  CloseHandle(closed);
+  for (const HANDLE handle : {closed, INVALID_HANDLE_VALUE, HANDLE{}}) {
+    const auto code = [handle](LONG distance, DWORD method) {
+      return CodeOf([&] {
+        return SetFilePointer(handle, distance, nullptr, method) !=
+               INVALID_SET_FILE_POINTER;
+      });
+    };
+    EXPECT_EQ(code(-1, FILE_BEGIN), DWORD{ERROR_NEGATIVE_SEEK});
+    EXPECT_EQ(code(1, FILE_BEGIN), invalid);
+    EXPECT_EQ(code(-1, FILE_CURRENT), invalid);
+    EXPECT_EQ(code(-1, FILE_END), invalid);
+    EXPECT_EQ(code(-1, 3), DWORD{ERROR_INVALID_PARAMETER});
+  }
+}
+
 TEST_F(FilePointerTest, BadMethod) {
   EXPECT_EQ(ShortSeekCode(handle_, 0, 3), DWORD{ERROR_INVALID_PARAMETER});
   EXPECT_EQ(ShortSeekCode(handle_, -1, 3), DWORD{ERROR_INVALID_PARAMETER});
@@ -57,6 +77,8 @@ TEST_F(FilePointerTest, BadMethod) {
 
 TEST_F(FilePointerTest, LowHalfThatLooksLikeFailure) {
   LONG high = 0;
+  SeekTo(handle_, kGiB4 - 1000);
+  WriteText(handle_, "x");  // so that few blocks are taken
   SetLastError(kUntouched);
   EXPECT_EQ(SetFilePointer(handle_, -1, &high, FILE_BEGIN), INVALID_SET_FILE_POINTER);
   EXPECT_EQ(GetLastError(), DWORD{NO_ERROR});
@@ -84,6 +106,10 @@ TEST_F(FilePointerTest, PastFourGibibytes) {
 
 TEST_F(FilePointerTest, SizeFollowsThePosition) {
   for (const long long size : {20LL, 3LL, 0LL, kGiB4 + 7, 1LL}) {
+    if (size > kGiB4) {
+      SeekTo(handle_, kGiB4);
+      WriteText(handle_, "x");  // so that few blocks are taken
+    }
     SeekTo(handle_, size);
     EXPECT_TRUE(SetEndOfFile(handle_));
     EXPECT_EQ(SizeOf(handle_), size);

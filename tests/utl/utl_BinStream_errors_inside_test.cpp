@@ -1,12 +1,16 @@
 // Binary streams on descriptors that do not give or take everything at once, or at all.
 
 #include <fcntl.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <io.h>
 #include <sys/stat.h>
 
+#include <array>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <numeric>
@@ -14,6 +18,9 @@
 #include <thread>
 #include <vector>
 
+#include "common/child/ChildProcess.h"
+#include "common/environment/FileSizeLimit.h"
+#include "common/environment/OnlyReadAndWrite.h"
 #include "common/expect/ExceptionContract.h"
 #include "common/expect/ExpectThrow.h"
 #include "common/failing/FailingCall.h"
@@ -75,8 +82,13 @@ TEST(BinStreamPipeTest, ValuesThatArriveByteByByte) {
   writer.join();
 }
 
-void SendThroughPipe(const std::vector<int>& sent) {
+enum class Ends { kBlock, kDoNotBlock };
+
+void SendThroughPipe(const std::vector<int>& sent, Ends ends = Ends::kBlock) {
   Pipe pipe;
+  if (ends == Ends::kDoNotBlock) {
+    pipe.DoNotBlock();
+  }
   const int count = static_cast<int>(sent.size());
   std::thread writer([&] {
     utl_BinOStream(pipe.Writer(), kOrder).WriteIntArray(sent.data(), count);
@@ -97,6 +109,62 @@ TEST(BinStreamPipeTest, ArraysLargerThanThePipe) {
 TEST(BinStreamPipeTest, InterruptedCallsGoOn) {
   const Interruptions interruptions;
   SendThroughPipe(Numbers(3000000));
+}
+
+// As another program may have set a pipe or a terminal that both use. The array is many
+// times what the pipe takes, so that either end has to wait.
+TEST(BinStreamPipeTest, EndsThatDoNotBlockAreWaitedFor) {
+  SendThroughPipe(Numbers(1000000), Ends::kDoNotBlock);
+  const Interruptions interruptions;
+  SendThroughPipe(Numbers(1000000), Ends::kDoNotBlock);
+}
+
+// The run time's reason is that of a broken pipe, but under Wine an invalid argument.
+TEST(BinStreamPipeTest, NoReaderIsAWriteErrorWhereTheSignalIsIgnored) {
+  const IgnoredPipeSignal ignored;
+  Pipe pipe;
+  pipe.CloseReader();
+  utl_BinOStream out(pipe.Writer(), kOrder);
+  ASSERT_EQ(_write(pipe.Writer(), "x", 1), -1);
+  EXPECT_THAT(errno, testing::AnyOf(EPIPE, EINVAL));
+  const std::string reason = std::strerror(errno);
+  EXPECT_THROW_AT(out.WriteInt(1), utl_BinStreamWriteError, reason, kSource, 42);
+  EXPECT_THROW_TEXT(out.WriteString("abc"), utl_BinStreamWriteError, reason);
+}
+
+// The reader goes while the writer waits for it.
+TEST(BinStreamPipeTest, AReaderThatGoesEndsTheWaitForIt) {
+  const IgnoredPipeSignal ignored;
+  for (const Ends ends : {Ends::kBlock, Ends::kDoNotBlock}) {
+    Pipe pipe;
+    if (ends == Ends::kDoNotBlock) {
+      pipe.DoNotBlock();
+    }
+    std::thread reader([&pipe] {
+      utl_BinIStream(pipe.Reader(), kOrder).ReadUchar();
+      pipe.CloseReader();
+    });
+    const std::vector<int> numbers = Numbers(1000000);
+    utl_BinOStream out(pipe.Writer(), kOrder);
+    EXPECT_THROW_TEXT(out.WriteIntArray(numbers.data(), 1000000), utl_BinStreamWriteError,
+                      std::strerror(EPIPE));
+    reader.join();
+  }
+}
+
+TEST(BinStreamErrorTest, LimitOfTheFilesSize) {
+  if (!FileSizeLimit::IsAvailable()) {
+    GTEST_SKIP() << "this system limits no file's size";
+  }
+  const TempDir dir;
+  const Descriptor file(dir.File("f"), _O_WRONLY | _O_CREAT);
+  utl_BinOStream out(file.Get(), kOrder);
+  {
+    const FileSizeLimit ten(10);
+    out.WriteInt64(1);
+    EXPECT_THROW_TEXT(out.WriteInt64(2), utl_BinStreamWriteError, std::strerror(ENOSPC));
+  }
+  EXPECT_EQ(ReadWholeFile(dir.File("f")), std::string("\1\0\0\0\0\0\0\0\2\0", 10));
 }
 
 TEST(BinStreamErrorTest, NoBinaryModeForADescriptorThatIsNotOpen) {
@@ -176,6 +244,74 @@ class BinStreamCallsTest : public testing::Test {
   const TempDir dir_;
   const Descriptor file_{dir_.File("f"), _O_RDWR | _O_CREAT};
 };
+
+TEST_F(BinStreamCallsTest, AValueIsWrittenAndReadAtOnce) {
+  utl_BinOStream out(file_.Get(), kOrder);
+  utl_BinIStream in(file_.Get(), kOrder);
+  const std::function<void()> values[] = {
+      [&] { out.WriteSchar(1); },  [&] { out.WriteUchar(1); },
+      [&] { out.WriteShort(1); },  [&] { out.WriteUShort(1); },
+      [&] { out.WriteInt(1); },    [&] { out.WriteUInt(1); },
+      [&] { out.WriteInt64(1); },  [&] { out.WriteUInt64(1); },
+      [&] { out.Write("abc", 3); }};
+  for (const auto& write : values) {
+    const FailingCall second(SystemCall::kWriteFile, ERROR_DISK_FULL, 2);
+    write();
+    EXPECT_FALSE(second.Happened());
+  }
+  _lseeki64(file_.Get(), 0, SEEK_SET);
+  const std::function<void()> reads[] = {
+      [&] { in.ReadSchar(); },  [&] { in.ReadUchar(); }, [&] { in.ReadShort(); },
+      [&] { in.ReadUShort(); }, [&] { in.ReadInt(); },   [&] { in.ReadUInt(); },
+      [&] { in.ReadInt64(); },  [&] { in.ReadUInt64(); }};
+  for (const auto& read : reads) {
+    const FailingCall second(SystemCall::kReadFile, ERROR_ACCESS_DENIED, 2);
+    read();
+    EXPECT_FALSE(second.Happened());
+  }
+}
+
+// Transfers values and arrays while no other call of the system is allowed than one that
+// reads or writes. `argv[1]` is a file of 100 bytes.
+TEST_CHILD(transferByReadsAndWritesAlone) {
+  const bool isLibrarys = std::string(argv[2]) == "library";
+  const auto opened = [&](int access) {
+    return isLibrarys ? _open(argv[1], access | _O_BINARY) : open(argv[1], access);
+  };
+  utl_BinOStream out(opened(O_WRONLY), kOrder);
+  utl_BinIStream in(opened(O_RDONLY), kOrder);
+  if (!AllowOnlyReadAndWrite()) {
+    return 2;
+  }
+  std::array<double, 4> doubles = {};
+  for (int i = 0; i < 3; ++i) {
+    out.WriteInt(4711);
+    out.WriteInt64(12);
+    out.WriteString("abcd");
+    out.WriteSchar('x');
+    in.ReadInt();
+    in.ReadInt64();
+    in.ReadString();
+    in.ReadSchar();
+  }
+  out.WriteDoubleArray(doubles.data(), 4);
+  in.ReadDoubleArray(doubles.data(), 4);
+  std::_Exit(0);
+}
+
+TEST(BinStreamSystemCallsTest, NothingButReadsAndWrites) {
+  const TempDir dir;
+  for (const char* opener : {"library", "system"}) {
+    WriteWholeFile(dir.File("f"), std::string(100, 'x'));
+    ChildProcess child =
+        ChildProcess::Start("transferByReadsAndWritesAlone", {dir.File("f"), opener});
+    const int result = child.Wait();
+    if (result == 2) {
+      GTEST_SKIP() << "this system does not limit what a process may call";
+    }
+    EXPECT_EQ(result, 0) << opener;
+  }
+}
 
 // A second call would fail.
 TEST_F(BinStreamCallsTest, AnArrayIsWrittenAndReadAtOnce) {

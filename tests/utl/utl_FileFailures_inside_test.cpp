@@ -4,11 +4,14 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <optional>
 #include <stdexcept>
 #include <string>
 
+#include "common/child/ChildProcess.h"
 #include "common/environment/FileSizeLimit.h"
+#include "common/environment/SmallDisk.h"
 #include "common/failing/FailingCall.h"
 #include "common/failing/ShortWrites.h"
 #include "common/temp/TempDir.h"
@@ -267,6 +270,56 @@ TEST_F(FileFailuresTest, SpaceThatEndsInTheMiddleOfAWriteIsAFullDisk) {
                       Text("Extend failed", "SetEndOfFile", ERROR_DISK_FULL));
   }
   EXPECT_EQ(ReadWholeFile(path_), "01234ABCDE");
+}
+
+std::string OnOneLine(std::string text) {
+  std::replace_if(
+      text.begin(), text.end(), [](char c) { return c < ' '; }, ' ');
+  return text;
+}
+
+// Extends the file argv[2] on a disk of a megabyte at argv[1]: by more than there is, by
+// what there is, and by more again when the disk is full. Prints what is thrown, and the
+// size after it.
+TEST_CHILD(extendOnASmallDisk) {
+  constexpr int kDisk = 1 << 20;
+  if (!MountSmallDisk(argv[1], kDisk)) {
+    return 2;
+  }
+  WriteWholeFile(argv[2], std::string(100, 'x'));
+  utl_File file(argv[2], utl_FileAccessUpdate, utl_FileShareReadWrite);
+  for (const int size : {100 * kDisk, kDisk + 1, kDisk, kDisk + 5000}) {
+    try {
+      file.Extend(size);
+      ChildWriteLine("extended");
+    } catch (const utl_FileExceptionExtend& thrown) {
+      ChildWriteLine(OnOneLine(thrown.AsString().c_str()));
+    }
+    ChildWriteLine(std::to_string(file.FileSize()));
+  }
+  file.Extend(100);
+  ChildWriteLine(ReadWholeFile(argv[2]) == std::string(100, 'x') ? "unchanged"
+                                                                 : "changed");
+  return 0;
+}
+
+TEST_F(FileFailuresTest, AFullDiskShowsInExtendAndLeavesTheSize) {
+  ChildProcess child = ChildProcess::Start("extendOnASmallDisk", {dir_.Path(), path_});
+  const std::string full = child.ReadLine();
+  if (full.empty() && child.Wait() == 2) {
+    GTEST_SKIP() << "no disk of its own to be had for a process here";
+  }
+  const std::string expected =
+      OnOneLine(Text("Extend failed", "SetEndOfFile", ERROR_DISK_FULL));
+  EXPECT_EQ(full, expected);
+  EXPECT_EQ(child.ReadLine(), "100");
+  EXPECT_EQ(child.ReadLine(), expected);
+  EXPECT_EQ(child.ReadLine(), "100");
+  EXPECT_EQ(child.ReadLine(), "extended");
+  EXPECT_EQ(child.ReadLine(), std::to_string(1 << 20));
+  EXPECT_EQ(child.ReadLine(), expected);
+  EXPECT_EQ(child.ReadLine(), std::to_string(1 << 20));
+  EXPECT_EQ(child.ReadLine(), "unchanged");
 }
 
 // How many bytes Extend reads and writes back is not checked.

@@ -8,6 +8,8 @@
 #include <type_traits>
 
 #include "common/failing/WatchedFileCalls.h"
+#include "common/handle/BytesOnDisk.h"
+#include "common/handle/Pipe.h"
 #include "common/temp/TempDir.h"
 #include "FileTexts.h"
 #include "utl/utl_IOTracker.h"
@@ -215,8 +217,8 @@ TEST_F(FileTest, OffsetsAbove4GiB) {
   EXPECT_EQ(file.FileSize(), 5 * kGiB + 10);
 
   file.Seek(5 * kGiB + 7);
-  file.Extend(9 * kGiB + 5);
-  EXPECT_EQ(file.FileSize(), 9 * kGiB + 5);
+  file.Extend(5 * kGiB + 5000);
+  EXPECT_EQ(file.FileSize(), 5 * kGiB + 5000);
   EXPECT_EQ(file.Location(), 5 * kGiB + 7);
   EXPECT_EQ(ReadAll(file, 4), std::string("far\0", 4));
 
@@ -236,6 +238,8 @@ TEST_F(FileTest, OffsetsWhoseLowHalfIsAllOnes) {
   file.Init();
   for (const std::int64_t offset : {kAllOnes, kAllOnes + 4 * kGiB}) {
     SCOPED_TRACE(offset);
+    file.Seek(offset - 1000);
+    file.Write("x", 1);  // so that few blocks are taken
     SetLastError(ERROR_ACCESS_DENIED);
     file.Seek(offset);
     SetLastError(ERROR_ACCESS_DENIED);
@@ -269,6 +273,32 @@ TEST_F(FileTest, ExtendMakesLongerAndShorter) {
   file.Extend(4);
   EXPECT_EQ(Contents(), "0123");
   EXPECT_EQ(file.Location(), 9);
+}
+
+TEST_F(FileTest, ExtendTakesTheBlocksOfWhatItAdds) {
+  constexpr std::int64_t kSize = std::int64_t{5} << 20;
+  SetContents("0123456789");
+  utl_File file(name_, utl_FileAccessUpdate, utl_FileShareReadWrite);
+  file.Extend(kSize);
+  EXPECT_GE(BytesOnDisk(path_), kSize);
+  // What is far behind the end gets no blocks before it.
+  file.Seek(kSize * 100);
+  file.Write("x", 1);
+  EXPECT_EQ(file.FileSize(), kSize * 100 + 1);
+  file.Extend(kSize * 101);
+  EXPECT_GE(BytesOnDisk(path_), kSize * 2);
+  file.Seek(0);
+  EXPECT_EQ(ReadAll(file, 12), std::string("0123456789\0\0", 12));
+}
+
+TEST_F(FileTest, ExtendIsNotInterrupted) {
+  const Interruptions interruptions;
+  utl_File file(name_, utl_FileAccessWrite, utl_FileShareReadWrite);
+  for (int i = 1; i <= 50; ++i) {
+    file.Extend(i << 20);
+  }
+  EXPECT_EQ(file.FileSize(), 50 << 20);
+  EXPECT_GE(BytesOnDisk(path_), 50 << 20);
 }
 
 TEST_F(FileTest, ExtendBelowFourFailsAfterTheSizeWasSet) {

@@ -228,3 +228,53 @@ TEST_F(FlockTest, InterruptedWaitLocksNoOtherFileOfTheNumber) {
     }
   }
 }
+
+namespace {
+
+long long NumberIn(const std::string& path) {
+  return std::stoll("0" + ReadWholeFile(path));
+}
+
+// Adds to the number in argv[2] as often as argv[3] says, each time with argv[1] locked
+// exclusively by a descriptor opened for argv[4]; every second time it locks it shared
+// and looks whether the number stays. Answers with the number of surprises.
+TEST_CHILD(addUnderLock) {
+  const std::string counter = argv[2];
+  const int descriptor = _open(argv[1], std::stoi(argv[4]) | _O_BINARY);
+  int surprises = 0;
+  ChildReadLine();
+  for (int round = 0; round < 2 * std::stoi(argv[3]); ++round) {
+    const int mode = round % 2 == 0 ? kExclusive : kShared;
+    surprises += utl_flock(descriptor, mode) == 0 ? 0 : 1;
+    const long long number = NumberIn(counter);
+    if (mode == kExclusive) {
+      WriteWholeFile(counter, std::to_string(number + 1));
+    }
+    surprises += NumberIn(counter) == number + (mode == kExclusive ? 1 : 0) ? 0 : 1;
+    surprises += utl_flock(descriptor, kUnlock) == 0 ? 0 : 1;
+  }
+  ChildWriteLine(std::to_string(surprises));
+  return 0;
+}
+
+}  // namespace
+
+// Those that may write the locked file, and those that may not.
+TEST_F(FlockTest, ProcessesTakeTurns) {
+  constexpr int kRounds = 25;
+  const std::string counter = dir_.File("counter");
+  WriteWholeFile(counter, "0");
+  std::vector<ChildProcess> children;
+  for (const int access : {_O_RDWR, _O_RDONLY, _O_RDWR, _O_RDONLY}) {
+    children.push_back(ChildProcess::Start(
+        "addUnderLock",
+        {path_, counter, std::to_string(kRounds), std::to_string(access)}));
+  }
+  for (ChildProcess& child : children) {
+    child.WriteLine("go");
+  }
+  for (ChildProcess& child : children) {
+    EXPECT_EQ(child.ReadLine(), "0");
+  }
+  EXPECT_EQ(NumberIn(counter), 4 * kRounds);
+}

@@ -46,9 +46,9 @@ bool IsOpen(int fd);
 /// The access of an open descriptor in `access`; false when it is not open.
 bool AccessOf(int fd, unsigned& access);
 
-/// False when the descriptor is open and was not opened for all of `rights` by this
-/// layer, which may have opened it for more to the system. Whatever else is wrong with it
-/// is the system's to say.
+/// False when this layer has opened the file under this number, and not for all of
+/// `rights`; to the system it may have opened it for more. Whatever else is wrong with the
+/// descriptor is the system's to say.
 bool MayHave(int fd, unsigned rights);
 
 /// Whether it is an open process's.

@@ -11,7 +11,10 @@ class Pipe {
 
   int Reader() const { return ends_[0]; }
   int Writer() const { return ends_[1]; }
+  void CloseReader();
   void CloseWriter();
+  /// Has calls on both ends fail rather than wait, on systems that know such a thing.
+  void DoNotBlock();
 
  private:
   int ends_[2];
@@ -28,4 +31,14 @@ class Interruptions {
 
   /// Whether the system knows them.
   static bool AreKnown();
+};
+
+/// While it lives, a write to a pipe without a reader does not end the process, as it
+/// does on systems that have a signal for it.
+class IgnoredPipeSignal {
+ public:
+  IgnoredPipeSignal();
+  ~IgnoredPipeSignal();
+  IgnoredPipeSignal(const IgnoredPipeSignal&) = delete;
+  IgnoredPipeSignal& operator=(const IgnoredPipeSignal&) = delete;
 };

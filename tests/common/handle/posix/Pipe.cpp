@@ -14,6 +14,13 @@ void SetTimer(int microseconds) {
   setitimer(ITIMER_REAL, &timer, nullptr);
 }
 
+void Close(int& end) {
+  if (end >= 0) {
+    close(end);
+  }
+  end = -1;
+}
+
 }  // namespace
 
 Pipe::Pipe() {
@@ -22,12 +29,21 @@ Pipe::Pipe() {
 
 Pipe::~Pipe() {
   CloseWriter();
-  close(ends_[0]);
+  CloseReader();
+}
+
+void Pipe::CloseReader() {
+  Close(ends_[0]);
 }
 
 void Pipe::CloseWriter() {
-  if (ends_[1] >= 0) close(ends_[1]);
-  ends_[1] = -1;
+  Close(ends_[1]);
+}
+
+void Pipe::DoNotBlock() {
+  for (const int end : ends_) {
+    fcntl(end, F_SETFL, fcntl(end, F_GETFL) | O_NONBLOCK);
+  }
 }
 
 Interruptions::Interruptions() {
@@ -44,4 +60,12 @@ Interruptions::~Interruptions() {
 
 bool Interruptions::AreKnown() {
   return true;
+}
+
+IgnoredPipeSignal::IgnoredPipeSignal() {
+  signal(SIGPIPE, SIG_IGN);
+}
+
+IgnoredPipeSignal::~IgnoredPipeSignal() {
+  signal(SIGPIPE, SIG_DFL);
 }

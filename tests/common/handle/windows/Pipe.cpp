@@ -11,15 +11,32 @@ Pipe::Pipe() {
   }
 }
 
+namespace {
+
+void Close(int& end) {
+  if (end >= 0) {
+    _close(end);
+  }
+  end = -1;
+}
+
+}  // namespace
+
 Pipe::~Pipe() {
   CloseWriter();
-  _close(ends_[0]);
+  CloseReader();
+}
+
+void Pipe::CloseReader() {
+  Close(ends_[0]);
 }
 
 void Pipe::CloseWriter() {
-  if (ends_[1] >= 0) _close(ends_[1]);
-  ends_[1] = -1;
+  Close(ends_[1]);
 }
+
+// The run time's pipes always wait.
+void Pipe::DoNotBlock() {}
 
 // Calls are not interrupted here.
 Interruptions::Interruptions() = default;
@@ -28,3 +45,7 @@ Interruptions::~Interruptions() = default;
 bool Interruptions::AreKnown() {
   return false;
 }
+
+// There is none.
+IgnoredPipeSignal::IgnoredPipeSignal() = default;
+IgnoredPipeSignal::~IgnoredPipeSignal() = default;

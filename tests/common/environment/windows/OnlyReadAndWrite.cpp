@@ -1,0 +1,5 @@
+#include "common/environment/OnlyReadAndWrite.h"
+
+bool AllowOnlyReadAndWrite() {
+  return false;
+}

@@ -1,0 +1,5 @@
+#include "common/environment/SmallDisk.h"
+
+bool MountSmallDisk(const std::string& /*directory*/, std::int64_t /*bytes*/) {
+  return false;
+}
