@@ -47,8 +47,8 @@ bool IsOpen(int fd);
 bool AccessOf(int fd, unsigned& access);
 
 /// False when this layer has opened the file under this number, and not for all of
-/// `rights`; to the system it may have opened it for more. Whatever else is wrong with the
-/// descriptor is the system's to say.
+/// `rights`; to the system it may have opened it for more. Whatever else is wrong with
+/// the descriptor is the system's to say.
 bool MayHave(int fd, unsigned rights);
 
 /// Whether it is an open process's.
