@@ -43,7 +43,7 @@ class KSTUTL_EXPORT aio_ostrstream final : public aio_ostream {
   /// An offset outside 0 to `length` changes nothing and is a failure.
   void seekp(std::int64_t offset);
 
-  /// A copy of the text with a zero byte behind it, in a block that `allocate` gave and
+  /// A copy of the text with a zero byte after it, in a block that `allocate` gave and
   /// that the caller owns. The stream keeps its text. What `allocate` throws passes
   /// through; when it returns null, so does this.
   char* adoptString(void* (*allocate)(std::size_t)) const;
@@ -52,6 +52,8 @@ class KSTUTL_EXPORT aio_ostrstream final : public aio_ostream {
   void close();
 
   bool is_open() const { return open_; }
+
+  // The rest is implementation.
 
  private:
   void WriteAcross(const char* data, int length);

@@ -28,6 +28,8 @@ class KSTUTL_EXPORT aio_stdostream final : public aio_ostream {
   void flush() override;
   bool good() const override { return good_; }
 
+  // The rest is implementation.
+
  private:
   std::ostream& out_;
   bool good_;

@@ -36,6 +36,8 @@ class KSTUTL_EXPORT atr_String {
     return a.View() == b.View();
   }
 
+  // The rest is implementation.
+
  private:
   struct Copied {};
   atr_String(Copied, std::string_view text);

@@ -12,7 +12,7 @@ KSTUTL_EXPORT void atr_setNaturalOrder(bool on);
 /// however long, all else by unsigned bytes; a prefix comes first. Leading zeros do not
 /// count in a value; texts that differ in nothing else are ordered by their bytes, so
 /// that only identical texts are equal. Returns a number below, equal to or above 0 as
-/// `a` comes before, with or behind `b`. REQUIRES: neither is null.
+/// `a` comes before, with or after `b`. REQUIRES: neither is null.
 ///
 ///     strnatcmp("file9", "file10") < 0;   strnatcmp("file01", "file1") < 0;
 KSTUTL_EXPORT int strnatcmp(const char* a, const char* b);

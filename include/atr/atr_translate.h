@@ -27,6 +27,8 @@ class KSTUTL_EXPORT atr_translate {
   /// The template with all arguments given so far.
   atr_String Result() const;
 
+  // The rest is implementation.
+
  private:
   friend KSTUTL_EXPORT void atr_SubstituteFormat(atr_translate& text, int position,
                                                  const atr_String& argument);

@@ -32,12 +32,14 @@ class cow_1DArray : public cow_Container<std::vector<T>> {
   void Reserve(int capacity);
   void Append(T value);
 
+  // The rest is implementation.
+
  private:
   std::size_t Checked(int index) const;
 };
 
-// The rest is implementation. It stands outside the class so that a library can export
-// the array of a class of its own: see utl_FilePath.h.
+// Members stand outside the class so that a library can export the array of a class of
+// its own: see utl_FilePath.h.
 
 template <class T>
 const T& cow_1DArray<T>::operator[](int index) const {

@@ -48,6 +48,8 @@ class cow_Container {
     return Write();
   }
 
+  // The rest is implementation.
+
  private:
   struct Shared : cow_Shared {
     Standard items;

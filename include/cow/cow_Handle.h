@@ -13,6 +13,8 @@ class cow_Shared {
   cow_Shared& operator=(const cow_Shared&) = delete;
   ~cow_Shared() = default;
 
+  // The rest is implementation.
+
  private:
   template <class T>
   friend class cow_Handle;
@@ -93,6 +95,8 @@ class cow_Handle {
   static bool IsHeldOnce(const T& object) noexcept {
     return object.holders_.load(std::memory_order_acquire) == 1;
   }
+
+  // The rest is implementation.
 
  private:
   T* object_ = nullptr;

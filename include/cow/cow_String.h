@@ -86,7 +86,7 @@ class KSTUTL_EXPORT cow_String {
     return {c_str(), static_cast<std::size_t>(Length())};
   }
 
-  /// Position of the first `text` at or behind `from`, Length() when there is none. A
+  /// Position of the first `text` at or after `from`, Length() when there is none. A
   /// negative `from` counts as 0.
   int Find(std::string_view text, int from = 0) const noexcept;
   /// Position of the last `c`, Length() when there is none.
@@ -177,6 +177,8 @@ class KSTUTL_EXPORT cow_String {
     return Joined(View(a), b);
   }
   friend cow_String operator+(char a, const cow_String& b) { return Joined({&a, 1}, b); }
+
+  // The rest is implementation.
 
  private:
   static constexpr int kMostShort = 23;

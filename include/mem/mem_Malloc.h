@@ -27,6 +27,6 @@ KSTUTL_EXPORT void* mem_Malloc(std::size_t size);
 KSTUTL_EXPORT void mem_Free(void* block);
 
 /// Moves a block's contents into a block of at least `size` bytes and releases the old
-/// one; contents behind `size` are cut off. A null `block` is an empty one. Throws
+/// one; contents beyond `size` are cut off. A null `block` is an empty one. Throws
 /// `std::bad_alloc` when there is no memory; the old block is then untouched.
 KSTUTL_EXPORT void* mem_Realloc(void* block, std::size_t size);

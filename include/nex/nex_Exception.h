@@ -50,6 +50,8 @@ class KSTUTL_EXPORT nex_Exception {
   nex_Exception(const nex_Exception&) noexcept = default;
   nex_Exception& operator=(const nex_Exception&) noexcept = default;
 
+  // The rest is implementation.
+
  private:
   const char* sourceFile_ = "";
   int sourceLine_ = 0;

@@ -16,6 +16,8 @@ class KSTUTL_EXPORT nex_SystemErrorException : public nex_TextException {
   nex_Exception* Copy() const override;
   unsigned int DynTypeId() const override;
 
+  // The rest is implementation.
+
  private:
   omi_SystemErrorCode error_;
 };

@@ -18,6 +18,8 @@ class KSTUTL_EXPORT nex_TextException : public nex_Exception {
   unsigned int DynTypeId() const override;
   void DBWrite(const cls_WriteVisitor& visitor) const override;
 
+  // The rest is implementation.
+
  private:
   atr_String text_;
 };

@@ -62,6 +62,8 @@ class omi_BlkBitVectTrav {
   /// The highest set bit; -1 if none is set.
   KSTUTL_EXPORT std::int64_t Last() const;
 
+  // The rest is implementation.
+
  private:
   const omi_BlkBitVect& vector_;
 };

@@ -27,6 +27,8 @@ class omi_Singleton {
   /// Destroys the object, if there is one; a later `Instance` creates it anew.
   static void Finalize();
 
+  // The rest is implementation.
+
  private:
   static T* object_;
 };
@@ -35,8 +37,6 @@ class omi_Singleton {
 /// singleton are one class, so that one `extern template` covers all of its state.
 template <class T>
 using omi_SingletonBase = omi_Singleton<T>;
-
-// Implementation.
 
 template <class T>
 T* omi_Singleton<T>::object_ = nullptr;

@@ -37,6 +37,8 @@ class omi_SystemErrorCode {
   /// `errno` nor the last error.
   KSTUTL_EXPORT std::string Text() const;
 
+  // The rest is implementation.
+
  private:
   int kind_ = kRunTime;
   int code_ = 0;

@@ -36,6 +36,8 @@ class omi_Timer {
     return running_ ? sum_ + Seconds(Clock::now() - start_).count() : sum_;
   }
 
+  // The rest is implementation.
+
  private:
   using Clock = std::chrono::steady_clock;
   using Seconds = std::chrono::duration<double>;

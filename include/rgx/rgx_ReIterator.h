@@ -49,9 +49,11 @@ class KSTUTL_EXPORT rgx_ReIterator {
   int StringAsGroupNum() const;
 
   /// The text of group n, whatever the current group is. -2 stands for the text before
-  /// the match, -1 for the text behind it; every other number outside the groups gives
+  /// the match, -1 for the text after it; every other number outside the groups gives
   /// "".
   cow_String NthString(int n) const;
+
+  // The rest is implementation.
 
  private:
   cow_String Between(int start, int end) const;

@@ -44,14 +44,14 @@ KSTUTL_EXPORT rgx_ReIterator rgx_match(const cow_String& pattern, const char* su
 ///
 /// After each match the search starts anew on the remaining text as if that were all:
 /// "^" matches at its start. No empty field is made before a match, so that a run of
-/// separators counts as one, but behind the last match there is always a field:
+/// separators counts as one, but after the last match there is always a field:
 ///
 ///     rgx_split(",", "a,,b");   // "a", "b"
 ///     rgx_split(",", ",a,");    // "a", ""
 ///
 /// Throws nex_TextException with "rgx_split: pattern matches the empty string" when a
 /// match ends where the remaining text starts, since it would never get on; the remaining
-/// text may be empty itself. No match is found behind a zero byte: all text from there on
+/// text may be empty itself. No match is found after a zero byte: all text from there on
 /// belongs to the last field.
 KSTUTL_EXPORT cow_1DArrayList<cow_String> rgx_split(const cow_String& pattern,
                                                     const cow_String& subject);
@@ -67,7 +67,7 @@ KSTUTL_EXPORT cow_String rgx_join(const cow_1DArrayList<cow_String>& items,
 /// is no match or `count` is below 1.
 ///
 /// In the replacement "$1" to "$9", and longer runs of the digits 1 to 9, stand for that
-/// group, "$&" for the match, "$`" for the text before it, "$'" for the text behind it; a
+/// group, "$&" for the match, "$`" for the text before it, "$'" for the text after it; a
 /// group that the match does not have is "". Zero is no such digit: "$10" is group 1 and
 /// a "0", "$0" stays as it is. References name the groups of the FIRST match at every
 /// place: the replacement is made once. As in rgx_split each search starts anew on the

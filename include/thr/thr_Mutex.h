@@ -26,6 +26,8 @@ class thr_Mutex {
   /// Gives the lock back. REQUIRES: the calling thread holds it.
   void unlock() { mutex_.unlock(); }
 
+  // The rest is implementation.
+
  private:
   std::mutex mutex_;
 };

@@ -40,11 +40,11 @@ class thr_ThreadSingleton {
   /// it anew.
   static void Destroy();
 
+  // The rest is implementation.
+
  private:
   static thr_ThreadSlot slot_;
 };
-
-// Implementation.
 
 template <class T>
 thr_ThreadSlot thr_ThreadSingleton<T>::slot_;

@@ -27,6 +27,8 @@ class KSTUTL_EXPORT thr_ThreadSlot {
   /// Takes the calling thread's pointer out; null if it has set none.
   void* Take();
 
+  // The rest is implementation.
+
  private:
   static constexpr unsigned kNone = 0xFFFFFFFF;
 

@@ -73,6 +73,8 @@ class KSTUTL_EXPORT omi_BtreeNode {
   /// The node of `key` at or below this one, or null.
   omi_BtreeNode* Find(const K& key) const;
 
+  // The rest is implementation.
+
  private:
   friend class omi_Btree<K, V>;
 
@@ -132,6 +134,8 @@ class KSTUTL_EXPORT omi_Btree {
   omi_BtreeIterator<K, V> begin() const;
   std::default_sentinel_t end() const { return {}; }
 
+  // The rest is implementation.
+
  private:
   omi_BtreeNode<K, V>* root_;
   int count_;
@@ -156,7 +160,7 @@ class KSTUTL_EXPORT omi_BtreeIterator {
   void First();
   void Last();
 
-  /// Go to the next larger, to the next smaller key, or to the end behind the last one.
+  /// Go to the next larger, to the next smaller key, or to the end after the last one.
   /// At the end they do nothing.
   void Next();
   void Prev();
@@ -185,6 +189,8 @@ class KSTUTL_EXPORT omi_BtreeIterator {
                                     : path_.back() == other.path_.back();
   }
   bool operator==(std::default_sentinel_t) const { return AtEnd(); }
+
+  // The rest is implementation.
 
  private:
   using Node = omi_BtreeNode<K, V>;

@@ -29,6 +29,8 @@ class KSTUTL_EXPORT utl_CmdLineArgFormatException : public nex_TextException {
   atr_String AsString() const override;
   [[noreturn]] void Propagate() const override;
 
+  // The rest is implementation.
+
  private:
   cow_String name_;
 };
@@ -37,7 +39,7 @@ class KSTUTL_EXPORT utl_CmdLineArgFormatException : public nex_TextException {
 /// `thr_GlobalSingleton<utl_CommandLine>::Instance()`, filled once at start-up through
 /// utl_CommandLineLoader. Until then it has no arguments.
 ///
-/// An argument that begins with "-" names an option; the argument right behind it is the
+/// An argument that begins with "-" names an option; the argument right after it is the
 /// option's value unless that begins with "-" too. An option without a value has the
 /// value "". Everything else is known by its position only. There is no other syntax: of
 /// "--name" the option is "-name", and no value can be a negative number. An option given
@@ -94,6 +96,8 @@ class KSTUTL_EXPORT utl_CommandLine {
   /// is empty but a last one, which then gives an empty key. Throws
   /// utl_MissingCmdLineArgException if the option was not given.
   cow_Map<cow_String, cow_String> ConstGetValueAsDictionary(const cow_String& name) const;
+
+  // The rest is implementation.
 
  private:
   friend class utl_CommandLineLoader;

@@ -3,7 +3,7 @@
 //
 // The three names in capitals follow the convention for by-reference languages: every
 // argument is a pointer, a text is not terminated but padded with blanks, and its length
-// in bytes is passed by value behind all other arguments (below 0 counts as 0). They
+// in bytes is passed by value after all other arguments (below 0 counts as 0). They
 // strip blanks from both ends of an option's name; the other two take it as it is.
 //
 // Apart from one case nothing throws: a missing option shows in the result.

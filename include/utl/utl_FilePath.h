@@ -50,9 +50,9 @@ class KSTUTL_EXPORT utl_FilePath {
   /// - Every `/` becomes `\`; then references %NAME% and $NAME to environment variables
   ///   are replaced by their values, over and over, in both arguments. A variable that
   ///   is unset or whose name has 256 characters or more stays as written. So that a
-  ///   variable that names itself comes to an end, each form is replaced 1,000 times
-  ///   at the most in one argument, and an argument that has grown beyond 1,048,576 bytes
-  ///   is left as it is then.
+  ///   variable that names itself comes to an end, each form is replaced at most 1,000
+  ///   times in one argument, and an argument that has grown beyond 1,048,576 bytes is
+  ///   left as it is then.
   /// - An absolute name (`\dir...`, `\\host...`, `C:\...`) ignores the directory. A name
   ///   such as "C:data" is sought in the current directory of drive C.
   /// - Any other name is anchored at the directory if that is absolute, has a drive or

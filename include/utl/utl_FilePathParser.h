@@ -40,7 +40,7 @@ class KSTUTL_EXPORT utl_FilePathParser {
   /// Whether `path` is Windows style and starts with a non-empty host.
   static bool HasHost(const cow_String& path);
 
-  /// The host of `\\host\...`, or "". It needs the backslash behind it: `\\server`
+  /// The host of `\\host\...`, or "". It needs the backslash after it: `\\server`
   /// alone has none. The style is not tested.
   static cow_String Host(const cow_String& path);
 
@@ -64,7 +64,7 @@ class KSTUTL_EXPORT utl_FilePathParser {
   /// Whether the last component holds a dot; false for a path of neither style.
   static bool HasExtension(const cow_String& path);
 
-  /// The last component behind its last dot, possibly empty. A path that is not
+  /// The last component after its last dot, possibly empty. A path that is not
   /// Windows style is read as Unix style.
   static cow_String Extension(const cow_String& path);
 };

@@ -103,7 +103,7 @@ class KSTUTL_EXPORT utl_Stream {
   ///     "1.5e+005"  ->  "1.5e+05"
   ///     "  1.5e+005", width 10  ->  "   1.5e+05"
   ///
-  /// REQUIRES: room for one more character behind the terminator.
+  /// REQUIRES: room for one more character after the terminator.
   static void FixNumericString(char* text, int width);
 
   // The rest is implementation.
@@ -167,6 +167,8 @@ class KSTUTL_EXPORT utl_StreamSmallReal {
   ~utl_StreamSmallReal();
   utl_StreamSmallReal(const utl_StreamSmallReal&) = delete;
   utl_StreamSmallReal& operator=(const utl_StreamSmallReal&) = delete;
+
+  // The rest is implementation.
 
  private:
   utl_Stream& stream_;

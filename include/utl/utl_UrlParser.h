@@ -9,7 +9,7 @@
 ///
 /// The parts follow fixed patterns rather than RFC 3986. A scheme consists of letters,
 /// "+", "." and "-", a host of letters, digits, "." and "-". The user is everything up
-/// to the first "@", "/" included, and is never returned; each part is looked for behind
+/// to the first "@", "/" included, and is never returned; each part is looked for after
 /// a user first, and without one if it is not found there. A port counts only when a "/"
 /// follows it. The path lacks its first "/", ends before the first "?" and is not empty.
 /// Parts are returned as they are written; no letter case is changed, nothing is decoded.
@@ -37,8 +37,9 @@ class KSTUTL_EXPORT utl_UrlParser {
   /// Whether the text starts with `scheme` and ":". The scheme is used as a pattern: "."
   /// stands for any character and "+" repeats the character before it. A scheme with
   /// other characters than letters, "+", "." and "-" gives false (a line feed at its end
-  /// is let pass); one that is no valid pattern, like "+", throws the nex_TextException
-  /// of rgx_match. A scheme with a zero byte is a pattern that ends there, without the
+  /// is passed over); one that is no valid pattern, like "+", throws the
+  /// nex_TextException of rgx_match. A scheme with a zero byte is a pattern that ends
+  /// there, without the
   /// ":".
   static bool IsScheme(const cow_String& s, const cow_String& scheme);
 

@@ -94,6 +94,8 @@ class KSTUTL_EXPORT utl_Version {
   /// variable WORK) and the snapshot (KESTRA_SEQ) follow.
   cow_String Title(bool withDevelopmentInfo) const;
 
+  // The rest is implementation.
+
  private:
   friend class omi_Singleton<utl_Version>;
   utl_Version();

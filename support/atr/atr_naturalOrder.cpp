@@ -13,7 +13,7 @@ bool IsDigit(char c) {
   return c >= '0' && c <= '9';
 }
 
-// The run of digits at `text`, which is moved behind it, without its leading zeros.
+// The run of digits at `text`, which is moved past it, without its leading zeros.
 std::string_view TakeNumber(const char*& text) {
   while (*text == '0') {
     ++text;

@@ -27,7 +27,7 @@ std::size_t Size(int length) {
 
 }  // namespace
 
-/// What long texts share: the bytes with a terminating zero, either right behind this
+/// What long texts share: the bytes with a terminating zero, either right after this
 /// header in the same block or in a block that was adopted.
 class cow_StringStorage : public cow_Shared {
  public:

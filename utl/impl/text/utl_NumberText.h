@@ -50,6 +50,6 @@ class utl_NumberText {
   bool onlyDigits_ = false;  // known to have neither point nor exponent
 };
 
-/// Puts a point behind a text of `length` characters, where there is room for it, and
+/// Puts a point after a text of `length` characters, where there is room for it, and
 /// takes a blank away at its front if there is one; the new length.
 std::size_t utl_addPoint(char* text, std::size_t length);
