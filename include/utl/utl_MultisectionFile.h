@@ -21,7 +21,8 @@ class utl_SectionDirectory;
 ///
 /// Threads: one object is used by one thread at a time. Processes: writers exclude each
 /// other (see the constructor), readers take no lock and look at none: one that reads
-/// during saveChanges may find the file cut short or damaged.
+/// during saveChanges may find the file cut short or damaged. The copy of an object in a
+/// forked child leaves the lock to the parent; nothing else may be done with it there.
 ///
 ///     utl_MultisectionFile file("job.kdb", utl_FileAccessUpdate);
 ///     if (file.hasSection("title")) {

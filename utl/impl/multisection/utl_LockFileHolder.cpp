@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include "platform/platform.h"
+#include "thr/thr_currentProcess.h"
 
 namespace {
 
@@ -20,13 +21,14 @@ utl_LockFileHolder::utl_LockFileHolder(const cow_String& path, int attempts,
 }
 
 utl_LockFileHolder::~utl_LockFileHolder() {
-  if (held_) {
+  if (held_ && process_ == thr_currentProcess()) {
     _unlink(path_.c_str());
   }
 }
 
 bool utl_LockFileHolder::acquire(int attempts, unsigned pauseMilliseconds) {
   for (int tries = 0; !held_ && tries < attempts; ++tries) {
+    process_ = thr_currentProcess();
     held_ = TryOnce();
     if (!held_) {
       Sleep(pauseMilliseconds);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include "cow/cow_String.h"
 
 /// A lock that is held by the mere existence of an empty file, made by the run time's
@@ -11,7 +13,8 @@ class utl_LockFileHolder {
   /// rights of the open file whose handle `like` is; without one it is its owner's alone.
   utl_LockFileHolder(const cow_String& path, int attempts, unsigned pauseMilliseconds,
                      void* like = nullptr);
-  /// Removes the lock file if this object made it.
+  /// Removes the lock file if this object made it; the copy of it in a forked child
+  /// leaves the file to the parent.
   ~utl_LockFileHolder();
   utl_LockFileHolder(const utl_LockFileHolder&) = delete;
   utl_LockFileHolder& operator=(const utl_LockFileHolder&) = delete;
@@ -24,6 +27,7 @@ class utl_LockFileHolder {
   bool TryOnce() const;
 
   bool held_ = false;
+  std::uint32_t process_ = 0;  // who made the file
   cow_String path_;
   void* like_;
 };
