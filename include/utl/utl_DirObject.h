@@ -17,7 +17,9 @@
 ///
 /// The system hands out the entries in an order of its own, the enumeration order: on
 /// Windows mostly by name, without regard to letter case, on Linux any. "." and ".." are
-/// directories among the others; a drive's root has neither.
+/// directories among the others; a drive's root has neither. A link is among the files or
+/// the directories by what it leads to; one that leads nowhere is a file (Wine leaves it
+/// out). FIFOs and devices are files too.
 ///
 /// The paths are made by utl_FilePath from the directory's absolute name, a backslash and
 /// the entry's name. So an entry whose name looks like a reference to an environment

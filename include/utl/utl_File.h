@@ -26,6 +26,9 @@ enum utl_FileSharing : int {
 /// The file is opened by the first operation and closed by the destructor. Operations
 /// that find it not open yet open it, and may then throw what `Init` throws.
 ///
+/// Letter case of the path does not matter, as utl_FilePath tells: writing "LOWER.TXT"
+/// empties an existing "lower.txt".
+///
 /// Every failure is an exception, one class for each kind, raised at the call that
 /// failed; its text names the system call, the system's error and the path. The classes
 /// have no base of their own: catch nex_TextException for all of them. Nothing is tried

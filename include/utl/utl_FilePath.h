@@ -19,8 +19,18 @@
 /// namespace, is kept whole: it is no plain path, and the file system is never asked
 /// about it.
 ///
+/// Letter case of file names does not matter to any question, nor to whatever opens the
+/// file. Where a file system tells names apart by it, as most do on Linux, an existing
+/// file of exactly this name comes first, then one whose name differs in letter case
+/// alone; of several such files the system chooses. So writing "LOWER.TXT" empties
+/// "lower.txt" where only that one exists. A new file gets its name as it is written.
+///
+/// Blanks and dots at the end of a name do not count, so that "a. " is the file "a". A
+/// name of which nothing else is left after its last separator ends in that separator:
+/// `dir\ ` is `dir\`.
+///
 /// Nothing throws but std::bad_alloc, except where it is said: what the system refuses is
-/// answered by false.
+/// answered by false. Nothing waits: a FIFO or a device is not opened to be asked about.
 ///
 /// Threads: a plain value. Resolving (SetFilePath and the constructor with arguments)
 /// reads the environment and the current directory of the process; while it runs no
@@ -49,10 +59,11 @@ class KSTUTL_EXPORT utl_FilePath {
   /// Resolves `fileName` against `directory`:
   /// - Every `/` becomes `\`; then references %NAME% and $NAME to environment variables
   ///   are replaced by their values, over and over, in both arguments. A variable that
-  ///   is unset or whose name has 256 characters or more stays as written. So that a
-  ///   variable that names itself comes to an end, each form is replaced at most 1,000
-  ///   times in one argument, and an argument that has grown beyond 1,048,576 bytes is
-  ///   left as it is then.
+  ///   is unset or whose name has 256 characters or more stays as written. Letter case
+  ///   of a variable's name does not matter; where two names differ in it alone, which
+  ///   Linux allows, the exact one comes first. So that a variable that names itself
+  ///   comes to an end, each form is replaced at most 1,000 times in one argument, and
+  ///   an argument that has grown beyond 1,048,576 bytes is left as it is then.
   /// - An absolute name (`\dir...`, `\\host...`, `C:\...`) ignores the directory. A name
   ///   such as "C:data" is sought in the current directory of drive C.
   /// - Any other name is anchored at the directory if that is absolute, has a drive or
@@ -76,15 +87,20 @@ class KSTUTL_EXPORT utl_FilePath {
   /// Whether a file or directory of this name exists; true for a path that is not plain.
   bool Exists() const;
 
-  /// Whether it exists and may be read; true for a path that is not plain.
+  /// Whether it exists; true for a path that is not plain. On both targets existence is
+  /// all that counts, not whose file it is and what its permissions say: opening it may
+  /// still be refused.
   bool IsReadable() const;
 
   /// Whether it may be written, or, when it does not exist, created: that is tried, and
-  /// nothing is left behind. False for a path that is not plain.
+  /// nothing is left behind. What exists may be written unless it is read-only: on
+  /// Windows it has that attribute, on Linux its permissions let nobody write, neither
+  /// the owner nor the group nor others. Whether this process is among those who may is
+  /// not asked. False for a path that is not plain.
   bool IsWriteable() const;
 
-  /// Whether the extension is ".exe" or ".bat", in lower case only, and the file may be
-  /// read. False for a path that is not plain.
+  /// Whether the extension is ".exe" or ".bat", in lower case only, and the file
+  /// IsReadable(). False for a path that is not plain.
   bool IsExecutable() const;
 
   /// Whether it is a directory. A path that ends in a separator is none: the system's

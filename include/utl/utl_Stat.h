@@ -10,6 +10,9 @@
 /// is made, and kept in plain members. That a name does not exist is an answer, not an
 /// error: `record` is then null and all other members but `error` are zero.
 ///
+/// A FIFO or a device is not opened for it, so that nothing waits: on Linux it has a
+/// status, of size 0; under Wine it has none, which throws.
+///
 /// Threads: a plain value.
 ///
 ///     utl_Stat status("C:\\work\\job.dat");
@@ -45,6 +48,8 @@ class KSTUTL_EXPORT utl_Stat {
   /// Seconds since 1970-01-01 00:00 UTC, to the nearest second.
   std::int32_t accessTime = 0;
   std::int32_t writeTime = 0;
+  /// When the file was made. Where the system does not keep that (Wine, some file systems
+  /// of Linux), the earlier of its last write and its last change.
   std::int32_t creationTime = 0;
   bool isDirectory = false;
   /// The system's "normal" attribute. It is given only to a file that has no other

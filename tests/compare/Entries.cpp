@@ -34,7 +34,8 @@ class Entries : public Subject {
       for (const auto& subject : world_.subjects) {
         subject->Close();
       }
-      fs::current_path(world_.directory);  // left-out.md
+      // The standard library removes a current directory on one target alone.
+      fs::current_path(world_.directory);
       Change(name, what, contents, other);
     });
   }

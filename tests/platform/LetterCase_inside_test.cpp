@@ -66,10 +66,14 @@ TEST_P(LetterCaseTest, DirectoriesOnTheWay) {
   EXPECT_EQ(OpenCode(Name("one\\twoo\\three")), DWORD{ERROR_PATH_NOT_FOUND});
 }
 
-// In the encoding of each target's names.
+// In the encoding of each target's names, in which the standard library does not join
+// them on Windows.
 TEST_P(LetterCaseTest, LettersBeyondAscii) {
-  const auto name = [this](const std::u8string& text) {
-    return Name(utl_fromNativePath(std::filesystem::path(text)).c_str());
+  const auto encoded = [](const std::u8string& text) {
+    return std::string(utl_fromNativePath(std::filesystem::path(text)).c_str());
+  };
+  const auto name = [&](const std::u8string& text) {
+    return dir_.Path() + "\\" + encoded(text);
   };
   if (CreateNew(name(u8"Größe Ä1")) != 0) {
     GTEST_SKIP() << "this locale has no such names";
@@ -87,7 +91,7 @@ TEST_P(LetterCaseTest, LettersBeyondAscii) {
   EXPECT_EQ(search, INVALID_HANDLE_VALUE);
   const HANDLE other = FindFirstFileA(name(u8"gr*E ä1").c_str(), &data);
   EXPECT_NE(other, INVALID_HANDLE_VALUE);
-  EXPECT_EQ(Name(data.cFileName), name(u8"Größe Ä1"));
+  EXPECT_EQ(data.cFileName, encoded(u8"Größe Ä1"));
   FindClose(other);
 }
 

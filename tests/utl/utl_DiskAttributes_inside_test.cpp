@@ -165,6 +165,8 @@ TEST(DiskAttributesTest, CutRelativePath) {
   EXPECT_FAILURE(utl_DiskAttributes("data"), ERROR_FILE_NOT_FOUND, "da\\");
   std::filesystem::create_directory("da");
   EXPECT_GT(utl_DiskAttributes("data").GetFreeDiskSpace(), 0U);
+  WriteWholeFile("fi", "");
+  EXPECT_FAILURE(utl_DiskAttributes("file"), ERROR_INVALID_NAME, "fi\\");
 }
 
 TEST(DiskAttributesTest, EmptyPathIsTheRootOfTheCurrentDrive) {

@@ -6,6 +6,7 @@
 
 #include "common/child/ChildProcess.h"
 #include "common/environment/OtherUser.h"
+#include "common/environment/ScopedEnvironment.h"
 #include "common/failing/FailingCall.h"
 #include "common/failing/WatchedFileCalls.h"
 #include "common/temp/TempDir.h"
@@ -48,6 +49,35 @@ TEST(FilePathAccessTest, ReadOnlyDirectoryIsNotWriteableAndGetsNoFile) {
   EXPECT_TRUE(std::filesystem::is_empty(dir.Path()));
   if (result == 2) GTEST_SKIP() << "no other user than root to be had on this target";
   EXPECT_EQ(result, 0);
+}
+
+TEST(FilePathAccessTest, NamesThatComeDownToATrailingSeparator) {
+  TempDir dir;
+  WriteWholeFile(dir.File("a"), "");
+  std::filesystem::create_directory(dir.File("dir"));
+  const auto path = [&](const char* name) {
+    return utl_FilePath(name, cow_String(dir.ShownPath()));
+  };
+  EXPECT_FALSE(path("dir\\ ").IsDir());
+  EXPECT_TRUE(path("dir\\ ").Exists());
+  EXPECT_TRUE(path("dir ").IsDir());
+  for (const char* none : {"a\\ ", "a\\...", "a \\x", "no\\ "}) {
+    EXPECT_FALSE(path(none).Exists()) << none;
+    EXPECT_FALSE(path(none).IsReadable()) << none;
+    EXPECT_FALSE(path(none).IsWriteable()) << none;
+  }
+  for (const char* same : {"a..\\.", "a \\.", "a.", "a ", "A. ."}) {
+    EXPECT_TRUE(path(same).Exists()) << same;
+    EXPECT_TRUE(path(same).IsWriteable()) << same;
+    EXPECT_FALSE(path(same).IsDir()) << same;
+  }
+  EXPECT_TRUE(path("no ").IsWriteable());
+}
+
+TEST(FilePathAccessTest, LetterCaseOfVariablesDoesNotMatter) {
+  const ScopedEnvironment variable("KST_FilePath", "value");
+  EXPECT_EQ(utl_FilePath("$kst_filepath\\%Kst_FILEPATH%.x", "Z:\\").PathName(),
+            "value\\value.x");
 }
 
 TEST(FilePathAccessTest, RefusedQuestionsAreAnsweredByFalse) {

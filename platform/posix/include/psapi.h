@@ -1,6 +1,10 @@
 #pragma once
 
 // The process-status calls, on POSIX, for the own process.
+//
+// A counter that a system does not keep is 0 (page faults under Wine, pool quotas), and a
+// peak that it does not keep is at least the present value: the highest that a call has
+// seen, or just the present one.
 
 #include <windows.h>
 
