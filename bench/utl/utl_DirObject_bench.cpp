@@ -48,7 +48,9 @@ const ScratchDirectory& Directory() {
 }
 
 void CheckCount(benchmark::State& state, int count) {
-  if (count != kEntries) state.SkipWithError("entries are missing");
+  if (count != kEntries) {
+    state.SkipWithError("entries are missing");
+  }
   state.SetItemsProcessed(state.iterations() * kEntries);
 }
 
@@ -85,7 +87,9 @@ void BM_ReaddirKeepingNames(benchmark::State& state) {
   for (auto _ : state) {
     std::vector<std::string> names;
     DIR* stream = opendir(path.c_str());
-    while (const dirent* entry = readdir(stream)) names.emplace_back(entry->d_name);
+    while (const dirent* entry = readdir(stream)) {
+      names.emplace_back(entry->d_name);
+    }
     closedir(stream);
     count = static_cast<int>(names.size());
   }

@@ -32,7 +32,9 @@ void BM_Peer(benchmark::State& state) {
   Peer& peer = ThePeer();
   for ([[maybe_unused]] auto _ : state) {
     benchmark::ClobberMemory();
-    if (peer.on) ++peer.calls;
+    if (peer.on) {
+      ++peer.calls;
+    }
   }
 }
 BENCHMARK(BM_Peer)->Name("off/peer: a flag");
@@ -107,7 +109,9 @@ class Running {
 void BM_OnMark(benchmark::State& state) {
   const Running running;
   utl_ResourceMonitor& monitor = Monitor();
-  if (!monitor.IsEnabled()) state.SkipWithError("no log");
+  if (!monitor.IsEnabled()) {
+    state.SkipWithError("no log");
+  }
   for ([[maybe_unused]] auto _ : state) {
     monitor.Mark("stiffness assembled");
   }
@@ -129,7 +133,9 @@ BENCHMARK(BM_OnPeer)->Name("on/peer: fprintf and fflush of a line");
 void BM_OnTimer(benchmark::State& state) {
   const Running running;
   utl_ResourceMonitor& monitor = Monitor();
-  if (!monitor.IsEnabled()) state.SkipWithError("no log");
+  if (!monitor.IsEnabled()) {
+    state.SkipWithError("no log");
+  }
   for ([[maybe_unused]] auto _ : state) {
     monitor.StartTimer(0, "assembly");
     monitor.StopTimer(0);

@@ -18,7 +18,8 @@
 ///     if (!out.good()) { ... }
 ///
 /// The stream belongs to the process that opened it. In a child of `fork` what it holds
-/// back is dropped, and handing bytes on fails: the parent's bytes get into the file once.
+/// back is dropped, and handing bytes on fails: the parent's bytes get into the file
+/// once.
 ///
 /// Threads: used by one thread at a time.
 class KSTUTL_EXPORT aio_ofstream final : public aio_ostream {

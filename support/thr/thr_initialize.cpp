@@ -1,8 +1,8 @@
 #include "thr/thr_initialize.h"
 
-#include "thr/thr_threadsAreGone.h"
 #include "thr/thr_GlobalLock.h"
 #include "thr/thr_ThreadPool.h"
+#include "thr/thr_threadsAreGone.h"
 
 void thr_initialize(int& /*count*/) {
   thr_GlobalLock::Instance();

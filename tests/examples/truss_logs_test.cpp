@@ -57,7 +57,9 @@ std::vector<Totals> ReadTotals(const std::string& file) {
   for (std::size_t i = 2; i < lines.size(); ++i) {
     std::istringstream in(lines[i]);
     std::vector<std::string> words;
-    for (std::string word; std::getline(in, word, ',');) words.push_back(word);
+    for (std::string word; std::getline(in, word, ',');) {
+      words.push_back(word);
+    }
     EXPECT_EQ(words.size(), 14u) << lines[i];
     words.resize(14, "0");
     totals.push_back({words[0], std::stod(words[2]), std::stod(words[3]),

@@ -153,7 +153,9 @@ TEST_F(RefusedMemoryTest, FileLockThrowsNothing) {
   const std::string name = Name("a");
   const auto lock = [&](int mode) {
     const int fd = _open(name.c_str(), _O_RDONLY | _O_BINARY);
-    if (fd < 0) return;
+    if (fd < 0) {
+      return;
+    }
     int result = -1;
     EXPECT_NO_THROW(result = utl_flock(fd, mode));
     EXPECT_TRUE(result == 0 || errno == ERROR_NOT_ENOUGH_MEMORY);

@@ -7,12 +7,16 @@
 #include "common/temp/TempDir.h"
 
 TEST_CHILD(echoArguments) {
-  for (int i = 0; i < argc; ++i) ChildWriteLine(argv[i]);
+  for (int i = 0; i < argc; ++i) {
+    ChildWriteLine(argv[i]);
+  }
   return 7;
 }
 
 TEST_CHILD(echoLines) {
-  for (std::string line; !(line = ChildReadLine()).empty();) ChildWriteLine(line + "!");
+  for (std::string line; !(line = ChildReadLine()).empty();) {
+    ChildWriteLine(line + "!");
+  }
   return 0;
 }
 
@@ -21,7 +25,9 @@ TEST(ChildProcessTest, ArgumentsArriveUnchanged) {
                                          "a\\\"b", "\"quoted\"", "tail \\\\"};
   ChildProcess child = ChildProcess::Start("echoArguments", args);
   EXPECT_EQ(child.ReadLine(), "echoArguments");
-  for (const std::string& arg : args) EXPECT_EQ(child.ReadLine(), arg);
+  for (const std::string& arg : args) {
+    EXPECT_EQ(child.ReadLine(), arg);
+  }
   EXPECT_EQ(child.ReadLine(), "");
   EXPECT_EQ(child.Wait(), 7);
   EXPECT_EQ(child.Wait(), 7);

@@ -214,7 +214,9 @@ class ReusedNumberTest : public PlatformTest {
     EXPECT_EQ(next_, number);
   }
   ~ReusedNumberTest() override {
-    if (next_ >= 0) close(next_);
+    if (next_ >= 0) {
+      close(next_);
+    }
   }
 
   int next_ = -1;
@@ -251,7 +253,9 @@ TEST_F(ReusedNumberTest, TextModeIsThatOfTheNextFile) {
 TEST_F(ReusedNumberTest, TextModeOfWhatWasOpenedElsewhere) {
   const Pipe pipe;
   const int ends[] = {pipe.Reader(), pipe.Writer()};
-  for (const int end : ends) _setmode(end, _O_BINARY);
+  for (const int end : ends) {
+    _setmode(end, _O_BINARY);
+  }
   EXPECT_EQ(_setmode(pipe.Reader(), _O_TEXT), _O_BINARY);
   EXPECT_EQ(_setmode(pipe.Writer(), _O_BINARY), _O_BINARY);
   EXPECT_EQ(_setmode(pipe.Reader(), _O_BINARY), _O_TEXT);

@@ -38,7 +38,9 @@ Listed List(const std::string& pattern) {
   WIN32_FIND_DATAA data;
   SetLastError(kUntouched);
   const HANDLE search = FindFirstFileA(pattern.c_str(), &data);
-  if (search == INVALID_HANDLE_VALUE) return {{}, GetLastError()};
+  if (search == INVALID_HANDLE_VALUE) {
+    return {{}, GetLastError()};
+  }
   Listed listed;
   do {
     listed.names.emplace_back(data.cFileName);
@@ -129,7 +131,9 @@ TEST_F(DirectoryTest, LongestName) {
   const std::string longest(255, 'n');
   std::filesystem::current_path(dir_.Path() + "/d");
   std::ofstream file(longest);
-  if (!file.is_open()) GTEST_SKIP() << "a file of such a name cannot be made here";
+  if (!file.is_open()) {
+    GTEST_SKIP() << "a file of such a name cannot be made here";
+  }
   EXPECT_EQ(List("n*").Sorted(), longest + " ");
 }
 
@@ -168,7 +172,9 @@ TEST_F(DirectoryTest, SearchesDoNotMeet) {
   EXPECT_NE(one, other);
   const auto entriesLeft = [&data](HANDLE search) {
     int count = 0;
-    while (FindNextFileA(search, &data)) ++count;
+    while (FindNextFileA(search, &data)) {
+      ++count;
+    }
     return count;
   };
   EXPECT_EQ(entriesLeft(other), 2);
@@ -200,7 +206,9 @@ TEST_F(DirectoryTest, EntriesThatGoMeanwhile) {
   }
   int count = 1;
   SetLastError(kUntouched);
-  while (FindNextFileA(search, &data)) ++count;
+  while (FindNextFileA(search, &data)) {
+    ++count;
+  }
   EXPECT_EQ(GetLastError(), DWORD{ERROR_NO_MORE_FILES});
   EXPECT_LE(count, kFiles + 4);
   EXPECT_TRUE(FindClose(search));

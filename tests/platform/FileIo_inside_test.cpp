@@ -208,6 +208,8 @@ TEST_F(FileIoTest, ThreadsOpenAndClose) {
       }
     });
   }
-  for (std::thread& thread : threads) thread.join();
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
   EXPECT_EQ(failures, 0);
 }

@@ -324,9 +324,13 @@ TEST_F(InheritedLockTest, AChildThatClosesUnlocksNothing) {
 
 // Run as a user who may not write the file: how others are refused, and not refused.
 TEST_CHILD(lockUnwritable) {
-  if (!BecomeOtherUser()) return 2;
+  if (!BecomeOtherUser()) {
+    return 2;
+  }
   const ScopedHandle handle(Open(argv[1]));
-  if (!handle.IsValid() || Open(argv[1], GENERIC_WRITE) != INVALID_HANDLE_VALUE) return 3;
+  if (!handle.IsValid() || Open(argv[1], GENERIC_WRITE) != INVALID_HANDLE_VALUE) {
+    return 3;
+  }
   for (std::string line; !(line = ChildReadLine()).empty();) {
     ChildWriteLine(std::to_string(line == "u" ? UnlockCode(handle, 0, 10)
                                               : LockCode(handle, kTryExclusive, 0, 10)));

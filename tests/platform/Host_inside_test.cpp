@@ -281,11 +281,15 @@ TEST(HostTest, SocketLayer) {
     WSADATA data = {};
     EXPECT_EQ(WSAStartup(one.asked, &data), one.result);
     EXPECT_EQ(data.wVersion, one.granted);
-    if (one.result == 0) ++starts;
+    if (one.result == 0) {
+      ++starts;
+    }
   }
   EXPECT_EQ(gethostname(name, sizeof name), 0);
   EXPECT_STRNE(name, "");
-  for (; starts > 0; --starts) EXPECT_EQ(WSACleanup(), 0);
+  for (; starts > 0; --starts) {
+    EXPECT_EQ(WSACleanup(), 0);
+  }
   EXPECT_EQ(WSACleanup(), -1);
 }
 

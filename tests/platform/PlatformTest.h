@@ -26,7 +26,9 @@ class ScopedHandle {
   operator HANDLE() const { return handle_; }
   bool IsValid() const { return handle_ != INVALID_HANDLE_VALUE; }
   void Close() {
-    if (IsValid()) CloseHandle(handle_);
+    if (IsValid()) {
+      CloseHandle(handle_);
+    }
     handle_ = INVALID_HANDLE_VALUE;
   }
 
@@ -56,7 +58,9 @@ inline DWORD OpenCode(const std::string& path, DWORD access = GENERIC_READ,
                       DWORD flags = 0) {
   SetLastError(kUntouched);
   const HANDLE handle = Open(path, access, share, disposition, flags);
-  if (handle == INVALID_HANDLE_VALUE) return GetLastError();
+  if (handle == INVALID_HANDLE_VALUE) {
+    return GetLastError();
+  }
   CloseHandle(handle);
   return 0;
 }

@@ -19,7 +19,9 @@ struct OneOpen {
 std::vector<OneOpen> AllOpens() {
   std::vector<OneOpen> all;
   for (const DWORD access : kAccesses) {
-    for (DWORD share = 0; share <= kShareAll; ++share) all.push_back({access, share});
+    for (DWORD share = 0; share <= kShareAll; ++share) {
+      all.push_back({access, share});
+    }
   }
   return all;
 }
@@ -64,7 +66,9 @@ TEST_F(ShareModeTest, EveryPairInOneProcess) {
 TEST_CHILD(openAsTold) {
   HANDLE handle = INVALID_HANDLE_VALUE;
   for (std::string line; !(line = ChildReadLine()).empty();) {
-    if (handle != INVALID_HANDLE_VALUE) CloseHandle(handle);
+    if (handle != INVALID_HANDLE_VALUE) {
+      CloseHandle(handle);
+    }
     OneOpen open = {};
     std::istringstream(line) >> open.access >> open.share;
     handle = Open(argv[1], open.access, open.share);

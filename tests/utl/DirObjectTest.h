@@ -25,7 +25,9 @@ inline utl_DirObject Listing(const std::string& directory) {
 inline Texts Each(const cow_List<utl_FilePath>& paths,
                   cow_String (utl_FilePath::*query)() const) {
   Texts texts;
-  for (const utl_FilePath& path : paths) texts.emplace_back((path.*query)().c_str());
+  for (const utl_FilePath& path : paths) {
+    texts.emplace_back((path.*query)().c_str());
+  }
   return texts;
 }
 
@@ -50,10 +52,14 @@ inline Texts Joined(Texts first, const Texts& second) {
 class DirObjectTest : public testing::Test {
  protected:
   void MakeFiles(std::initializer_list<const char*> names) const {
-    for (const char* name : names) WriteWholeFile(dir_.File(name), "");
+    for (const char* name : names) {
+      WriteWholeFile(dir_.File(name), "");
+    }
   }
   void MakeDirectories(std::initializer_list<const char*> names) const {
-    for (const char* name : names) std::filesystem::create_directory(dir_.File(name));
+    for (const char* name : names) {
+      std::filesystem::create_directory(dir_.File(name));
+    }
   }
 
   /// The names in enumeration order.
@@ -63,7 +69,9 @@ class DirObjectTest : public testing::Test {
   /// The absolute names of entries.
   Texts Below(const Texts& names) const {
     Texts paths;
-    for (const std::string& name : names) paths.push_back(dir_.ShownPath() + "\\" + name);
+    for (const std::string& name : names) {
+      paths.push_back(dir_.ShownPath() + "\\" + name);
+    }
     return paths;
   }
 

@@ -53,7 +53,9 @@ class LockedDescriptor {
 
   operator int() const { return number_; }
   void Close() {
-    if (number_ >= 0) _close(number_);
+    if (number_ >= 0) {
+      _close(number_);
+    }
     number_ = -1;
   }
 

@@ -26,7 +26,9 @@ class TempFileFixture : public testing::Test {
   static void LoadOptions(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), "prog");
     std::vector<char*> argv;
-    for (std::string& argument : arguments) argv.push_back(argument.data());
+    for (std::string& argument : arguments) {
+      argv.push_back(argument.data());
+    }
     utl_CommandLineLoader::SetArgs(static_cast<int>(argv.size()), argv.data());
   }
 

@@ -29,17 +29,23 @@ class Line {
   }
 
   void TakeFront(const std::string& text) {
-    if (!rest_.starts_with(text)) Fail("<" + text + "> in front");
+    if (!rest_.starts_with(text)) {
+      Fail("<" + text + "> in front");
+    }
     rest_.erase(0, text.size());
   }
   void TakeBack(const std::string& text) {
-    if (!rest_.ends_with(text)) Fail("<" + text + "> at the end");
+    if (!rest_.ends_with(text)) {
+      Fail("<" + text + "> at the end");
+    }
     rest_.erase(rest_.size() - text.size());
   }
   // The integer in front of the first blank, which goes, too.
   std::string TakeFirstNumber() {
     const std::size_t blank = rest_.find(' ');
-    if (blank == std::string::npos) Fail("a blank");
+    if (blank == std::string::npos) {
+      Fail("a blank");
+    }
     const std::string field = rest_.substr(0, blank);
     rest_.erase(0, blank + 1);
     return Checked(field, 0);
@@ -48,7 +54,9 @@ class Line {
   // the blank stays.
   std::string TakeLastNumber(std::size_t digits) {
     const std::size_t blank = rest_.rfind(' ');
-    if (blank == std::string::npos) Fail("a blank");
+    if (blank == std::string::npos) {
+      Fail("a blank");
+    }
     const std::string field = rest_.substr(blank + 1);
     rest_.erase(blank + 1);
     return Checked(field, digits);
@@ -61,7 +69,9 @@ class Line {
     const std::size_t point = digits == 0 ? body.size() : body.size() - digits - 1;
     for (std::size_t i = 0; i < body.size(); ++i) {
       const bool isDigit = std::isdigit(static_cast<unsigned char>(body[i])) != 0;
-      if (i == point ? body[i] != '.' : !isDigit) Fail("a number, not " + field);
+      if (i == point ? body[i] != '.' : !isDigit) {
+        Fail("a number, not " + field);
+      }
     }
     if (body.empty() || point == 0 || point > body.size()) {
       Fail("a number, not " + field);
@@ -100,14 +110,18 @@ UseMark ReadMark(const std::string& text, const std::string& phase, bool wholeLa
     const bool isTime = i == 1 || i == 2 || i == 5;
     const bool isReserved = i == 12 || i == 13 || i == 14;
     const std::string number = line.TakeLastNumber(isTime ? 1 : 0);
-    if (isReserved && number != "0") line.Fail("0, not " + number);
+    if (isReserved && number != "0") {
+      line.Fail("0, not " + number);
+    }
     mark.fields.insert(mark.fields.begin(), number);
     line.TakeBack(" ");
   }
   line.TakeFront(phase + " ");
   const std::string wall = line.TakeFirstNumber();
   const std::string label = line.Rest();
-  if (!wholeLabels && label.size() != kLabelColumns) line.Fail("40 columns");
+  if (!wholeLabels && label.size() != kLabelColumns) {
+    line.Fail("40 columns");
+  }
   mark.fields.insert(mark.fields.begin(), {phase, wall, label});
   return mark;
 }
@@ -128,7 +142,9 @@ UseTimer ReadTimer(const std::string& text) {
   line.TakeBack(sixBlanks);
   timer.calls = std::stoi(line.TakeLastNumber(0));
   line.TakeBack("   ");
-  if (line.Rest().size() < kNameColumns) line.Fail("20 columns");
+  if (line.Rest().size() < kNameColumns) {
+    line.Fail("20 columns");
+  }
   timer.name = line.Rest().substr(
       std::min(line.Rest().find_first_not_of(' '), line.Rest().size()));
   return timer;
@@ -137,10 +153,16 @@ UseTimer ReadTimer(const std::string& text) {
 // From the columns' header on, which is line `next`.
 void ReadEnd(const std::vector<std::string>& lines, std::size_t next, UseLog& log) {
   log.finished = true;
-  if (lines[next] != kColumns) Line(lines[next]).Fail("the columns' header");
+  if (lines[next] != kColumns) {
+    Line(lines[next]).Fail("the columns' header");
+  }
   log.columns = Split(lines[next].substr(1), ',');
-  if (++next == lines.size()) throw std::runtime_error("no summary");
-  if (lines[next] != kTitle) Line(lines[next]).Fail("the summary's title");
+  if (++next == lines.size()) {
+    throw std::runtime_error("no summary");
+  }
+  if (lines[next] != kTitle) {
+    Line(lines[next]).Fail("the summary's title");
+  }
   for (++next; next < lines.size(); ++next) {
     const UseTimer timer = ReadTimer(lines[next]);
     if (timer.id <= (log.timers.empty() ? -1 : log.timers.back().id) || timer.id > 20) {
@@ -154,15 +176,21 @@ void ReadEnd(const std::vector<std::string>& lines, std::size_t next, UseLog& lo
 
 double UseLog::Number(const UseMark& mark, const std::string& column) const {
   const auto found = std::find(columns.begin(), columns.end(), column);
-  if (found == columns.end()) throw std::runtime_error("no column " + column);
+  if (found == columns.end()) {
+    throw std::runtime_error("no column " + column);
+  }
   return std::stod(mark.fields.at(static_cast<std::size_t>(found - columns.begin())));
 }
 
 UseLog ReadUseLog(const std::string& text, const std::string& job, bool wholeLabels) {
   std::vector<std::string> lines = Split(text, '\n');
-  if (!lines.back().empty()) Line(lines.back()).Fail("the end of the line");
+  if (!lines.back().empty()) {
+    Line(lines.back()).Fail("the end of the line");
+  }
   lines.pop_back();
-  if (lines.size() < 3) throw std::runtime_error("no head");
+  if (lines.size() < 3) {
+    throw std::runtime_error("no head");
+  }
 
   UseLog log;
   log.snapshot = Value(lines[0], "Snapshot");
@@ -173,7 +201,11 @@ UseLog ReadUseLog(const std::string& text, const std::string& job, bool wholeLab
     const std::string phase = job + "." + std::to_string(next - 2);
     log.marks.push_back(ReadMark(lines[next], phase, wholeLabels));
   }
-  if (log.marks.empty()) throw std::runtime_error("no marks");
-  if (next < lines.size()) ReadEnd(lines, next, log);
+  if (log.marks.empty()) {
+    throw std::runtime_error("no marks");
+  }
+  if (next < lines.size()) {
+    ReadEnd(lines, next, log);
+  }
   return log;
 }

@@ -25,14 +25,18 @@ class Model {
   bool Insert(const K& key, const V& value) {
     bool added = false;
     root_ = Inserted(root_, key, value, added);
-    if (added) root_ = Rebalanced(root_);
+    if (added) {
+      root_ = Rebalanced(root_);
+    }
     return added;
   }
 
   bool Remove(const K& key) {
     bool removed = false;
     root_ = Removed(root_, key, removed);
-    if (removed && root_ != kNone) root_ = Rebalanced(root_);
+    if (removed && root_ != kNone) {
+      root_ = Rebalanced(root_);
+    }
     return removed;
   }
 
@@ -51,7 +55,9 @@ class Model {
   void Measure(int i) {
     int height = 0;
     for (int child : {At(i).left, At(i).right}) {
-      if (child != kNone && At(child).height >= height) height = At(child).height + 1;
+      if (child != kNone && At(child).height >= height) {
+        height = At(child).height + 1;
+      }
     }
     At(i).height = height;
   }
@@ -59,7 +65,9 @@ class Model {
 
   int Rebalanced(int i) {
     const int lean = Counted(At(i).right) - Counted(At(i).left);
-    if (lean > -2 && lean < 2) return i;
+    if (lean > -2 && lean < 2) {
+      return i;
+    }
     const bool toRight = lean > 0;
     const int up = toRight ? At(i).right : At(i).left;
     int& given = toRight ? At(up).left : At(up).right;
@@ -77,16 +85,22 @@ class Model {
       return static_cast<int>(entries_.size()) - 1;
     }
     const int order = order_(key, At(i).key);
-    if (order == 0) return i;
+    if (order == 0) {
+      return i;
+    }
     const bool toRight = order > 0;
     const int child = Inserted(toRight ? At(i).right : At(i).left, key, value, added);
     (toRight ? At(i).right : At(i).left) = added ? Rebalanced(child) : child;
-    if (added) Measure(i);
+    if (added) {
+      Measure(i);
+    }
     return i;
   }
 
   int Removed(int i, const K& key, bool& removed) {
-    if (i == kNone) return kNone;
+    if (i == kNone) {
+      return kNone;
+    }
     const int order = order_(key, At(i).key);
     if (order == 0) {
       removed = true;
@@ -94,14 +108,18 @@ class Model {
     }
     const bool toRight = order > 0;
     int child = Removed(toRight ? At(i).right : At(i).left, key, removed);
-    if (!removed) return i;
+    if (!removed) {
+      return i;
+    }
     (toRight ? At(i).right : At(i).left) = child == kNone ? kNone : Rebalanced(child);
     Measure(i);
     return i;
   }
 
   int Joined(int left, int right) {
-    if (left == kNone || right == kNone) return left == kNone ? right : left;
+    if (left == kNone || right == kNone) {
+      return left == kNone ? right : left;
+    }
     int parent = kNone, smallest = right;
     while (At(smallest).left != kNone) {
       parent = smallest;
@@ -118,7 +136,9 @@ class Model {
   }
 
   bool Equals(const omi_BtreeNode<K, V>* node, int i) const {
-    if (node == nullptr || i == kNone) return node == nullptr && i == kNone;
+    if (node == nullptr || i == kNone) {
+      return node == nullptr && i == kNone;
+    }
     return node->Key() == At(i).key && node->Value() == At(i).value &&
            node->Height() == At(i).height && Equals(node->Left(), At(i).left) &&
            Equals(node->Right(), At(i).right);
@@ -158,7 +178,9 @@ void ExpectContentsAndShape(const std::vector<K>& keys, const std::vector<V>& va
     const auto found = map.find(asked);
     ASSERT_EQ(tree.Find(asked), found == map.end() ? tree.GetNullValue() : found->second);
 
-    if (step % 1000 != 0) continue;
+    if (step % 1000 != 0) {
+      continue;
+    }
     omi_BtreeIterator<K, V> i(tree);
     auto forth = map.begin();
     for (i.First(); !i.AtEnd(); i.Next(), ++forth) {
@@ -167,7 +189,9 @@ void ExpectContentsAndShape(const std::vector<K>& keys, const std::vector<V>& va
     }
     ASSERT_EQ(forth, map.end());
     auto back = map.rbegin();
-    for (i.Last(); !i.AtEnd(); i.Prev(), ++back) ASSERT_EQ(i.Key(), back->first);
+    for (i.Last(); !i.AtEnd(); i.Prev(), ++back) {
+      ASSERT_EQ(i.Key(), back->first);
+    }
     ASSERT_EQ(back, map.rend());
   }
 }
@@ -175,13 +199,17 @@ void ExpectContentsAndShape(const std::vector<K>& keys, const std::vector<V>& va
 std::vector<int> SomeInts() {
   std::vector<int> keys;
   keys.reserve(300);
-  for (int i = -150; i < 150; ++i) keys.push_back(i * 7919);
+  for (int i = -150; i < 150; ++i) {
+    keys.push_back(i * 7919);
+  }
   return keys;
 }
 
 std::vector<cow_String> SomeNames() {
   std::vector<cow_String> keys;
-  for (int i = 0; i < 150; ++i) keys.push_back(("file" + std::to_string(i)).c_str());
+  for (int i = 0; i < 150; ++i) {
+    keys.push_back(("file" + std::to_string(i)).c_str());
+  }
   for (int i = 0; i < 128; ++i) {
     keys.push_back((std::string(1, static_cast<char>(2 * i + 1)) + "x").c_str());
   }
@@ -258,7 +286,9 @@ TEST(OmiBtreeTest, SortedKeysKeepTheShape) {
 TEST(OmiBtreeTest, KeysOfTheWholeRangeKeepTheShape) {
   std::mt19937 random(6);
   std::vector<int> keys = {INT_MIN, INT_MAX, 0, -1, 1};
-  for (int i = 0; i < 2000; ++i) keys.push_back(static_cast<int>(random()));
+  for (int i = 0; i < 2000; ++i) {
+    keys.push_back(static_cast<int>(random()));
+  }
   ExpectShape(keys, [](int a, int b) {
     const std::int64_t difference = std::int64_t{a} - b;
     return static_cast<int>(static_cast<std::uint32_t>(difference));
@@ -275,7 +305,9 @@ TEST(OmiBtreeTest, InsertOfAnExistingKeyKeepsTheFirstValue) {
 
 TEST(OmiBtreeTest, ThreeInOrderStayAChainAndTheFourthRotates) {
   omi_Btree<int, int> tree;
-  for (int key : {1, 2, 3}) tree.Insert(key, key);
+  for (int key : {1, 2, 3}) {
+    tree.Insert(key, key);
+  }
   EXPECT_EQ(tree.Root()->Key(), 1);
   EXPECT_EQ(tree.Root()->Right()->Key(), 2);
   EXPECT_EQ(tree.Root()->Right()->Right()->Key(), 3);
@@ -304,7 +336,9 @@ TEST(OmiBtreeTest, RemovingTheOnlyEntryLeavesAnEmptyMap) {
 
 TEST(OmiBtreeTest, NodeWithTwoChildrenIsReplacedByTheNextLargerKey) {
   omi_Btree<int, int> tree;
-  for (int key : {50, 30, 80, 20, 40, 70, 90, 60}) tree.Insert(key, key);
+  for (int key : {50, 30, 80, 20, 40, 70, 90, 60}) {
+    tree.Insert(key, key);
+  }
   ASSERT_EQ(tree.Root()->Key(), 50);
   tree.Remove(50);
   EXPECT_EQ(tree.Root()->Key(), 60);
@@ -373,7 +407,9 @@ TEST(OmiBtreeTest, NodesAnswerForTheirSubtrees) {
 
 TEST(OmiBtreeTest, ANodeDoesNotRebalanceItself) {
   omi_BtreeNode<int, int> node(1, 1);
-  for (int key : {2, 3, 4}) node.Insert(key, key);
+  for (int key : {2, 3, 4}) {
+    node.Insert(key, key);
+  }
   EXPECT_EQ(node.Height(), 3);
   EXPECT_EQ(node.Right()->Key(), 2);
   node.Insert(5, 5);
@@ -383,7 +419,9 @@ TEST(OmiBtreeTest, ANodeDoesNotRebalanceItself) {
 
 TEST(OmiBtreeTest, AKeyOfTheMapItselfMayBeRemoved) {
   omi_Btree<cow_String, int> tree;
-  for (const char* key : {"a", "b", "c", "d"}) tree.Insert(key, 1);
+  for (const char* key : {"a", "b", "c", "d"}) {
+    tree.Insert(key, 1);
+  }
   while (!tree.IsEmpty()) {
     const cow_String& key = tree.Root()->Key();
     ASSERT_TRUE(tree.Remove(key));
@@ -402,7 +440,9 @@ TEST(OmiBtreeTest, IntComparisonWraps) {
 
 TEST(OmiBtreeTest, CopiesAreDeepAndKeepTheShape) {
   omi_Btree<cow_String, int> tree;
-  for (const cow_String& key : SomeNames()) tree.Insert(key, key.Length());
+  for (const cow_String& key : SomeNames()) {
+    tree.Insert(key, key.Length());
+  }
   omi_Btree<cow_String, int> copy(tree), assigned;
   assigned.Insert("other", 1);
   assigned = tree;
@@ -413,7 +453,9 @@ TEST(OmiBtreeTest, CopiesAreDeepAndKeepTheShape) {
   const std::function<bool(const omi_BtreeNode<cow_String, int>*,
                            const omi_BtreeNode<cow_String, int>*)>
       same = [&](const auto* a, const auto* b) {
-        if (a == nullptr || b == nullptr) return a == b;
+        if (a == nullptr || b == nullptr) {
+          return a == b;
+        }
         return a != b && a->Key() == b->Key() && a->Value() == b->Value() &&
                a->Height() == b->Height() && same(a->Left(), b->Left()) &&
                same(a->Right(), b->Right());
@@ -430,7 +472,9 @@ TEST(OmiBtreeTest, CopiesAreDeepAndKeepTheShape) {
 
 TEST(OmiBtreeTest, IteratorTurnsAndStaysAtTheEnd) {
   omi_Btree<int, int> tree;
-  for (int key = 0; key < 10; ++key) tree.Insert(key, key);
+  for (int key = 0; key < 10; ++key) {
+    tree.Insert(key, key);
+  }
   omi_BtreeIterator<int, int> i(tree);
   EXPECT_TRUE(i.AtEnd());
   i.Next();
@@ -453,11 +497,15 @@ TEST(OmiBtreeTest, IteratorTurnsAndStaysAtTheEnd) {
 
 TEST(OmiBtreeTest, MillionSortedInsertions) {
   omi_Btree<int, int> tree;
-  for (int key = 0; key < 1000000; ++key) ASSERT_TRUE(tree.Insert(key, -key));
+  for (int key = 0; key < 1000000; ++key) {
+    ASSERT_TRUE(tree.Insert(key, -key));
+  }
   EXPECT_LT(tree.Root()->Height(), 40);
   omi_BtreeIterator<int, int> i(tree);
   int expected = 0;
-  for (i.First(); !i.AtEnd(); i.Next()) ASSERT_EQ(i.Key(), expected++);
+  for (i.First(); !i.AtEnd(); i.Next()) {
+    ASSERT_EQ(i.Key(), expected++);
+  }
   EXPECT_EQ(expected, 1000000);
 }
 
@@ -469,7 +517,9 @@ TEST(OmiBtreeTest, OrderThatUnbalancesTheTreeDoesNotExhaustTheStack) {
   }
   const omi_Btree<int, int> copy(tree);
   EXPECT_EQ(copy.Size(), 40000);
-  for (int key = 0; key < 20000; ++key) ASSERT_TRUE(tree.Remove(key));
+  for (int key = 0; key < 20000; ++key) {
+    ASSERT_TRUE(tree.Remove(key));
+  }
   EXPECT_EQ(tree.Size(), 20000);
 }
 

@@ -121,7 +121,9 @@ TEST_F(DirObjectFailureTest, DirectoryThatComesAndGoes) {
 
 // The number of entries that another user sees.
 TEST_CHILD(listAsOtherUser) {
-  if (!BecomeOtherUser()) return 100;
+  if (!BecomeOtherUser()) {
+    return 100;
+  }
   return Listing(argv[1]).GetAllEntries().Length();
 }
 
@@ -130,7 +132,9 @@ TEST_F(DirObjectFailureTest, UnreadableDirectory) {
   MakeFiles({"d/a"});
   const std::string name = dir_.ShownPath() + "\\d";
   const int readable = ChildProcess::Start("listAsOtherUser", {name}).Wait();
-  if (readable == 100) GTEST_SKIP() << "no other user than root to be had on this target";
+  if (readable == 100) {
+    GTEST_SKIP() << "no other user than root to be had on this target";
+  }
   EXPECT_EQ(readable, 3);
   std::filesystem::permissions(dir_.File("d"), std::filesystem::perms::none);
   EXPECT_EQ(ChildProcess::Start("listAsOtherUser", {name}).Wait(), 0);

@@ -214,5 +214,7 @@ TEST_F(DirObjectTest, ThreadsListAndShare) {
       }
     });
   }
-  for (std::thread& thread : threads) thread.join();
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
 }

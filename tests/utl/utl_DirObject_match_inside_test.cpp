@@ -11,8 +11,9 @@ namespace {
 Texts Ordered(const Texts& all, const Texts& names) {
   Texts result;
   for (const std::string& name : all) {
-    if (std::find(names.begin(), names.end(), name) != names.end())
+    if (std::find(names.begin(), names.end(), name) != names.end()) {
       result.push_back(name);
+    }
   }
   return result;
 }

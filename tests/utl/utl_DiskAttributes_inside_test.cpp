@@ -106,7 +106,9 @@ TEST(DiskAttributesTest, ColonAtTheVeryStartIsNoDrive) {
   const CurrentDirectory current(directory.File("gone"));
   std::error_code error;
   std::filesystem::remove(directory.File("gone"), error);
-  if (error) GTEST_SKIP() << "a current directory cannot be removed here";
+  if (error) {
+    GTEST_SKIP() << "a current directory cannot be removed here";
+  }
   const FakeDiskSpace space(1, 2);
   EXPECT_EQ(utl_DiskAttributes(":\\x").GetFreeDiskSpace(), 1U);
   EXPECT_EQ(space.Asked(), ":\\x");

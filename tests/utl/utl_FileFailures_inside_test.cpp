@@ -255,7 +255,9 @@ TEST_F(FileFailuresTest, AShortWriteIsAFullDisk) {
 
 // The system takes what still fits. That is a count, and no error.
 TEST_F(FileFailuresTest, SpaceThatEndsInTheMiddleOfAWriteIsAFullDisk) {
-  if (!FileSizeLimit::IsAvailable()) GTEST_SKIP() << "this system limits no file's size";
+  if (!FileSizeLimit::IsAvailable()) {
+    GTEST_SKIP() << "this system limits no file's size";
+  }
   utl_File file(name_, utl_FileAccessWrite, utl_FileShareReadWrite);
   {
     const FileSizeLimit ten(10);

@@ -53,8 +53,9 @@ struct Case {
 };
 
 void ExpectAll(const std::vector<Case>& cases) {
-  for (const Case& c : cases)
+  for (const Case& c : cases) {
     EXPECT_EQ(Parsed(c.path), c.parts) << "path '" << c.path << "'";
+  }
 }
 
 TEST(FilePathParserTest, SplitsPathsOfBothStyles) {
@@ -165,30 +166,46 @@ class Model {
  private:
   bool Windows() const {
     for (char c : path_) {
-      if (std::string("<>\"/|").find(c) != std::string::npos) return false;
-      if (c > 0 && c < 32) return false;
+      if (std::string("<>\"/|").find(c) != std::string::npos) {
+        return false;
+      }
+      if (c > 0 && c < 32) {
+        return false;
+      }
     }
     return true;
   }
   bool Unix() const {
-    if (std::count(path_.begin(), path_.end(), '/') > 0) return true;
-    if (std::count(path_.begin(), path_.end(), '\\') > 0) return false;
+    if (std::count(path_.begin(), path_.end(), '/') > 0) {
+      return true;
+    }
+    if (std::count(path_.begin(), path_.end(), '\\') > 0) {
+      return false;
+    }
     return Drive() == 0;
   }
   char Drive() const {
-    if (path_.length() < 2 || path_[1] != ':') return 0;
+    if (path_.length() < 2 || path_[1] != ':') {
+      return 0;
+    }
     const int letter = path_[0] & 127;
     return std::isalpha(letter) ? static_cast<char>(std::tolower(letter)) : '\0';
   }
   std::string Host() const {
-    if (path_.substr(0, 2) != "\\\\") return "";
+    if (path_.substr(0, 2) != "\\\\") {
+      return "";
+    }
     for (std::size_t i = 2; i < path_.length(); ++i) {
-      if (path_[i] == '\\') return path_.substr(2, i - 2);
+      if (path_[i] == '\\') {
+        return path_.substr(2, i - 2);
+      }
     }
     return "";
   }
   std::string Searched() const {
-    if (!Windows()) return path_;
+    if (!Windows()) {
+      return path_;
+    }
     if (path_.length() >= 2 && path_[1] == ':' && path_[0] > 0 &&
         std::isalpha(path_[0])) {
       return path_.substr(2);
@@ -203,7 +220,9 @@ class Model {
     const std::string text = Searched();
     int last = -1;
     for (int i = 0; i < static_cast<int>(text.length()); ++i) {
-      if (text[static_cast<std::size_t>(i)] == (Windows() ? '\\' : '/')) last = i;
+      if (text[static_cast<std::size_t>(i)] == (Windows() ? '\\' : '/')) {
+        last = i;
+      }
     }
     return last;
   }
@@ -220,7 +239,9 @@ TEST(FilePathParserTest, AgreesWithAModelOnEveryShortString) {
   for (std::size_t begin = 0, length = 1; length <= 5; ++length) {
     const std::size_t end = paths.size();
     for (; begin < end; ++begin) {
-      for (char c : alphabet) paths.push_back(paths[begin] + c);
+      for (char c : alphabet) {
+        paths.push_back(paths[begin] + c);
+      }
     }
   }
   ASSERT_EQ(paths.size(), 1u + 8 + 64 + 512 + 4096 + 32768);

@@ -36,7 +36,9 @@ TEST(FilePathAccessTest, DirectoryWhereNobodyWritesIsNotWriteable) {
 }
 
 TEST_CHILD(tryReadOnlyDirectory) {
-  if (!BecomeOtherUser()) return 2;
+  if (!BecomeOtherUser()) {
+    return 2;
+  }
   return utl_FilePath("new.dat", argv[1]).IsWriteable() ? 1 : 0;
 }
 
@@ -47,7 +49,9 @@ TEST(FilePathAccessTest, ReadOnlyDirectoryIsNotWriteableAndGetsNoFile) {
       ChildProcess::Start("tryReadOnlyDirectory", {dir.ShownPath()}).Wait();
   AllowCreation(dir.Path());
   EXPECT_TRUE(std::filesystem::is_empty(dir.Path()));
-  if (result == 2) GTEST_SKIP() << "no other user than root to be had on this target";
+  if (result == 2) {
+    GTEST_SKIP() << "no other user than root to be had on this target";
+  }
   EXPECT_EQ(result, 0);
 }
 

@@ -86,7 +86,9 @@ void ExpectRowsFrom(const std::string& current) {
     SCOPED_TRACE(std::string("name '") + row.name + "', directory '" + row.directory +
                  "'");
     std::string absolute = row.absolute;
-    if (absolute.starts_with('@')) absolute.replace(0, 1, current);
+    if (absolute.starts_with('@')) {
+      absolute.replace(0, 1, current);
+    }
     const utl_FilePath path(row.name, row.directory);
     EXPECT_EQ(path.AbsolutePathName(), absolute);
     EXPECT_EQ(path.PathName(), row.pathName);
@@ -359,7 +361,9 @@ TEST(FilePathTest, ContainersHoldPaths) {
   list.Prepend(utl_FilePath("b", "D:\\"));
   list.Prepend(utl_FilePath("a", "D:\\"));
   cow_1DArray<utl_FilePath> array;
-  for (const utl_FilePath& path : list) array.Append(path);
+  for (const utl_FilePath& path : list) {
+    array.Append(path);
+  }
   EXPECT_EQ(array.Length(), 2);
   EXPECT_EQ(array[0].FileName(), "a");
 }

@@ -25,7 +25,9 @@ bool LetterAndColon(const string& s) {
 
 // The character at `i` as a class: a backslash, a colon, the end, anything else.
 char Kind(const string& s, std::size_t i) {
-  if (i >= s.length()) return '$';
+  if (i >= s.length()) {
+    return '$';
+  }
   return s[i] == '\\' || s[i] == ':' ? s[i] : 'x';
 }
 
@@ -49,7 +51,9 @@ class Model {
         given_(std::move(directory)),
         current_(std::move(current)) {
     for (string* text : {&name_, &given_}) {
-      for (char& c : *text) c = c == '/' ? '\\' : c;
+      for (char& c : *text) {
+        c = c == '/' ? '\\' : c;
+      }
     }
   }
 
@@ -58,14 +62,18 @@ class Model {
       const bool none = given_.empty() || given_ == ".";
       return {Closed(none ? current_ : given_), "", "", ""};
     }
-    if (!Rooted(name_) && !StartsLike(name_, '\\', 'x', '*')) Place();
+    if (!Rooted(name_) && !StartsLike(name_, '\\', 'x', '*')) {
+      Place();
+    }
     CutEnd();
     Parts parts{parts_.directory, "", "", ""};
     while (name_.find('\\') != string::npos) {
       parts.subdirectory += name_.substr(0, name_.find('\\') + 1);
       name_.erase(0, name_.find('\\') + 1);
     }
-    if (!parts.subdirectory.empty() && name_.empty()) name_ = ".";
+    if (!parts.subdirectory.empty() && name_.empty()) {
+      name_ = ".";
+    }
     if (std::count(name_.begin(), name_.end(), '.') > 0) {
       const std::size_t dot = name_.find_last_of('.');
       parts.extension = name_.substr(dot);
@@ -82,11 +90,15 @@ class Model {
   string OfDrive(char letter) const { return letter == 'Z' ? current_ : ""; }
 
   string Anchor() const {
-    if (Rooted(given_)) return given_;
+    if (Rooted(given_)) {
+      return given_;
+    }
     if (LetterAndColon(given_)) {
       return Kind(name_, 0) == '\\' ? given_.substr(0, 2) : OfDrive(given_[0]);
     }
-    if (Kind(given_, 0) == '\\' && Kind(given_, 1) != '\\') return "Z:" + given_;
+    if (Kind(given_, 0) == '\\' && Kind(given_, 1) != '\\') {
+      return "Z:" + given_;
+    }
     return current_;
   }
 
@@ -97,17 +109,25 @@ class Model {
     } else {
       parts_.directory = Anchor();
       const bool separated = Kind(name_, 0) == '\\';
-      while (Kind(name_, 0) == '\\') name_.erase(0, 1);
-      if (separated && name_.empty()) name_ = "\\";
+      while (Kind(name_, 0) == '\\') {
+        name_.erase(0, 1);
+      }
+      if (separated && name_.empty()) {
+        name_ = "\\";
+      }
     }
-    if (!parts_.directory.empty()) parts_.directory = Closed(parts_.directory);
+    if (!parts_.directory.empty()) {
+      parts_.directory = Closed(parts_.directory);
+    }
   }
 
   void CutEnd() {
     if (LetterAndColon(name_) && name_.length() == 2) {
       name_ += '\\';
     } else if (!(name_.length() == 3 && LetterAndColon(name_))) {
-      while (name_.length() > 1 && name_.back() == '\\') name_.pop_back();
+      while (name_.length() > 1 && name_.back() == '\\') {
+        name_.pop_back();
+      }
     }
   }
 
@@ -118,7 +138,9 @@ class Model {
 std::vector<string> EveryStringUpTo(std::size_t longest, const string& alphabet) {
   std::vector<string> all = {""};
   for (std::size_t i = 0; all[i].length() < longest; ++i) {
-    for (char c : alphabet) all.push_back(all[i] + c);
+    for (char c : alphabet) {
+      all.push_back(all[i] + c);
+    }
   }
   return all;
 }
@@ -128,7 +150,9 @@ void ExpectModel(const string& name, const string& directory, const string& curr
   const Parts parts = Model(name, directory, current).Resolve();
   string joined = parts.directory;
   if (!parts.subdirectory.empty() && parts.subdirectory[0] == '\\') {
-    while (!joined.empty() && joined.back() == '\\') joined.pop_back();
+    while (!joined.empty() && joined.back() == '\\') {
+      joined.pop_back();
+    }
   }
   joined += parts.subdirectory;
   const string component = parts.baseName + parts.extension;

@@ -22,7 +22,9 @@ class JobFileNameTest : public testing::Test {
   static void Load(std::vector<std::string> arguments) {
     thr_GlobalSingleton<utl_CommandLine>::Destroy();
     std::vector<char*> argv;
-    for (std::string& argument : arguments) argv.push_back(argument.data());
+    for (std::string& argument : arguments) {
+      argv.push_back(argument.data());
+    }
     utl_CommandLineLoader::SetArgs(static_cast<int>(argv.size()), argv.data());
   }
   static std::string Name(const char* suffix) {

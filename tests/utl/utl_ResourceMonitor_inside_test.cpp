@@ -315,7 +315,9 @@ TEST_F(ResourceMonitorOnTest, AfterALogThatCannotBeOpenedAnotherCan) {
 TEST_F(ResourceMonitorOnTest, WhatCannotBeWrittenIsLostInSilence) {
   std::error_code error;
   std::filesystem::create_symlink("/dev/full", "beam.use", error);
-  if (error) GTEST_SKIP() << "no way to a full disk here: " << error.message();
+  if (error) {
+    GTEST_SKIP() << "no way to a full disk here: " << error.message();
+  }
   Monitor().Initialize("beam");
   EXPECT_TRUE(Monitor().IsEnabled());
   Monitor().Mark("lost");

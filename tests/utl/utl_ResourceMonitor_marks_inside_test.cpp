@@ -115,7 +115,9 @@ TEST_F(ResourceMonitorOnTest, TheColumnsOfARealRun) {
     EXPECT_GT(number("PeakPageFileUsage"), 0);
     EXPECT_GE(number("PageFaults"), 0);
     EXPECT_EQ(number("ProcessID"), static_cast<int>(GetCurrentProcessId()));
-    for (std::size_t reserved : {14u, 15u, 16u}) EXPECT_EQ(mark.fields[reserved], "0");
+    for (std::size_t reserved : {14u, 15u, 16u}) {
+      EXPECT_EQ(mark.fields[reserved], "0");
+    }
     if (before != nullptr) {
       for (const char* column : {"UserCPU", "SysCPU", "WSP", "PageFaults"}) {
         EXPECT_GE(number(column), log.Number(*before, column)) << column;

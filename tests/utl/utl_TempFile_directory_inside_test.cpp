@@ -94,13 +94,17 @@ TEST_F(TempFileDirectoryTest, TheFirstDirectoryIsTakenWhateverTheOthersAre) {
     SCOPED_TRACE("SCRATCH \"" + second + "\"");
     SCOPED_TRACE("TMPDIR \"" + third + "\"");
     thr_GlobalSingleton<utl_CommandLine>::Destroy();
-    if (!option.empty()) LoadOptions({"-tmpdir", option});
+    if (!option.empty()) {
+      LoadOptions({"-tmpdir", option});
+    }
     const ScopedEnvironment scratch("SCRATCH", second.empty() ? nullptr : second.c_str());
     const ScopedEnvironment tmpdir("TMPDIR", third.empty() ? nullptr : third.c_str());
     std::string expected;
     for (const auto& [given, directory] :
          {std::pair{option, "o"}, {second, "s"}, {third, "t"}}) {
-      if (expected.empty() && given == Shown(directory)) expected = given;
+      if (expected.empty() && given == Shown(directory)) {
+        expected = given;
+      }
     }
     const utl_TempFile file("");
     if (expected.empty()) {

@@ -144,7 +144,9 @@ TEST_F(FlockTest, ThreadsTakeTurns) {
         }
       });
     }
-    for (std::thread& thread : threads) thread.join();
+    for (std::thread& thread : threads) {
+      thread.join();
+    }
     EXPECT_EQ(counter, kThreads * kRounds);
   }
 }
@@ -162,7 +164,9 @@ TEST_F(FlockTest, ThreadsShareAndExclude) {
           std::array{kShared, kExclusive, kTryShared, kTryExclusive}[seed >> 16 & 3];
       const int error = ErrorOf(own, mode);
       EXPECT_TRUE(error == 0 || ((mode & 4) != 0 && error == kLocked)) << error;
-      if (error != 0) continue;
+      if (error != 0) {
+        continue;
+      }
       const bool exclusive = (mode & kExclusive) != 0;
       (exclusive ? writers : readers) += 1;
       EXPECT_EQ(writers, exclusive ? 1 : 0);
@@ -179,7 +183,9 @@ TEST_F(FlockTest, ThreadsShareAndExclude) {
   for (const int access : {_O_RDWR, _O_RDONLY, _O_WRONLY, _O_RDWR}) {
     threads.emplace_back(work, access, seed++);
   }
-  for (std::thread& thread : threads) thread.join();
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
 }
 
 TEST_F(FlockTest, WaitOfADescriptorThatIsClosedEndsWithoutALock) {

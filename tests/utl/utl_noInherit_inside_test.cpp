@@ -36,7 +36,9 @@ class InheritedFile {
   std::string Handle() const { return std::to_string(_get_osfhandle(descriptor_)); }
   std::string Index() const { return std::to_string(utl_Stat(descriptor_).fileIndex); }
   void Close() {
-    if (descriptor_ >= 0) _close(descriptor_);
+    if (descriptor_ >= 0) {
+      _close(descriptor_);
+    }
     descriptor_ = -1;
   }
 

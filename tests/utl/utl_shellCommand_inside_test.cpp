@@ -38,7 +38,9 @@ int Questions(Search search) {
   for (int nth = 1;; ++nth) {
     const FailingCall asked(SystemCall::kAccess, ERROR_ACCESS_DENIED, nth);
     EXPECT_THROW(search(), nex_TextException);
-    if (!asked.Happened()) return nth - 1;
+    if (!asked.Happened()) {
+      return nth - 1;
+    }
   }
 }
 

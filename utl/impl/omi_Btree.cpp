@@ -84,7 +84,9 @@ omi_BtreeNode<K, V>::omi_BtreeNode(const omi_BtreeNode& other)
   while (!open.empty()) {
     const auto [slot, source] = open.back();
     open.pop_back();
-    if (source == nullptr) continue;
+    if (source == nullptr) {
+      continue;
+    }
     omi_BtreeNode* const copy = *slot = new omi_BtreeNode(source->key_, source->value_);
     copy->height_ = source->height_;
     open.push_back({&copy->left_, source->left_});
@@ -104,7 +106,9 @@ bool omi_BtreeNode<K, V>::Insert(const K& key, const V& value) {
   way.reserve(kUsualDepth);
   for (omi_BtreeNode* node = this; node != nullptr; node = *way.back().child) {
     const int comparison = Compare(key, node->key_);
-    if (comparison == 0) return false;
+    if (comparison == 0) {
+      return false;
+    }
     way.push_back({node, node->ChildSlot(comparison)});
   }
   *way.back().child = new omi_BtreeNode(key, value);
@@ -120,7 +124,9 @@ bool omi_BtreeNode<K, V>::Remove(const K& key, omi_BtreeNode& parent) {
   omi_BtreeNode* node = this;
   while (const int comparison = Compare(key, node->key_)) {
     omi_BtreeNode** const child = node->ChildSlot(comparison);
-    if (*child == nullptr) return false;
+    if (*child == nullptr) {
+      return false;
+    }
     way.push_back({node, child});
     above = node;
     node = *child;
@@ -135,7 +141,9 @@ omi_BtreeNode<K, V>* omi_BtreeNode<K, V>::Find(const K& key) const {
   auto* node = const_cast<omi_BtreeNode*>(this);  // as its parent would give it
   while (node != nullptr) {
     const int comparison = Compare(key, node->key_);
-    if (comparison == 0) break;
+    if (comparison == 0) {
+      break;
+    }
     node = comparison < 1 ? node->left_ : node->right_;
   }
   return node;
@@ -152,7 +160,9 @@ void omi_BtreeNode<K, V>::UpdateHeight() {
 template <class K, class V>
 void omi_BtreeNode<K, V>::Retrace(const std::vector<Step>& way) {
   for (auto step = way.rbegin(); step != way.rend(); ++step) {
-    if (*step->child != nullptr) Rebalance(*step->child);
+    if (*step->child != nullptr) {
+      Rebalance(*step->child);
+    }
     step->node->UpdateHeight();
   }
 }
@@ -187,8 +197,12 @@ template <class K, class V>
 omi_BtreeNode<K, V>* omi_BtreeNode<K, V>::TakeReplacement() {
   omi_BtreeNode* const left = std::exchange(left_, nullptr);
   omi_BtreeNode* const right = std::exchange(right_, nullptr);
-  if (right == nullptr) return left;
-  if (left == nullptr) return right;
+  if (right == nullptr) {
+    return left;
+  }
+  if (left == nullptr) {
+    return right;
+  }
 
   omi_BtreeNode* parent = nullptr;
   omi_BtreeNode* smallest = right;
@@ -224,7 +238,9 @@ omi_Btree<K, V>::omi_Btree(const omi_Btree& other)
 
 template <class K, class V>
 omi_Btree<K, V>& omi_Btree<K, V>::operator=(const omi_Btree& other) {
-  if (this == &other) return *this;
+  if (this == &other) {
+    return *this;
+  }
   omi_Btree copy(other);
   std::swap(root_, copy.root_);
   count_ = copy.count_;
@@ -242,7 +258,9 @@ bool omi_Btree<K, V>::Insert(const K& key, const V& value) {
   if (root_ == nullptr) {
     root_ = new omi_BtreeNode<K, V>(key, value);
   } else {
-    if (!root_->Insert(key, value)) return false;
+    if (!root_->Insert(key, value)) {
+      return false;
+    }
     omi_BtreeNode<K, V>::Rebalance(root_);
   }
   ++count_;
@@ -251,7 +269,9 @@ bool omi_Btree<K, V>::Insert(const K& key, const V& value) {
 
 template <class K, class V>
 bool omi_Btree<K, V>::Remove(const K& key) {
-  if (root_ == nullptr) return false;
+  if (root_ == nullptr) {
+    return false;
+  }
   omi_BtreeNode<K, V> above(root_->key_, nullValue_);
   above.left_ = root_;
   bool removed = false;
@@ -262,8 +282,12 @@ bool omi_Btree<K, V>::Remove(const K& key) {
     throw;
   }
   root_ = std::exchange(above.left_, nullptr);
-  if (removed) --count_;
-  if (removed && root_ != nullptr) omi_BtreeNode<K, V>::Rebalance(root_);
+  if (removed) {
+    --count_;
+  }
+  if (removed && root_ != nullptr) {
+    omi_BtreeNode<K, V>::Rebalance(root_);
+  }
   return removed;
 }
 

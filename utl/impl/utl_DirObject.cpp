@@ -14,7 +14,9 @@ class ScopedSearch {
  public:
   explicit ScopedSearch(HANDLE handle) noexcept : handle_(handle) {}
   ~ScopedSearch() {
-    if (IsValid()) FindClose(handle_);
+    if (IsValid()) {
+      FindClose(handle_);
+    }
   }
   ScopedSearch(const ScopedSearch&) = delete;
   ScopedSearch& operator=(const ScopedSearch&) = delete;
@@ -38,7 +40,9 @@ void PrependMatchingFiles(const cow_List<utl_FilePath>& files, const cow_String&
                           cow_List<utl_FilePath>& result) {
   for (const utl_FilePath& file : files) {
     const cow_String name = file.FileName();
-    if (Contains(name, text)) result.Prepend(utl_FilePath(name, ""));
+    if (Contains(name, text)) {
+      result.Prepend(utl_FilePath(name, ""));
+    }
   }
 }
 
@@ -46,7 +50,9 @@ void PrependMatchingDirs(const cow_List<utl_FilePath>& dirs, const cow_String& t
                          cow_List<utl_FilePath>& result) {
   for (const utl_FilePath& dir : dirs) {
     const cow_String path = dir.AbsoluteDirectoryPath();
-    if (Contains(path, text)) result.Prepend(utl_FilePath(path, ""));
+    if (Contains(path, text)) {
+      result.Prepend(utl_FilePath(path, ""));
+    }
   }
 }
 
@@ -66,7 +72,9 @@ void utl_DirObject::Read() {
   const cow_String prefix = directory_.AbsolutePathName() + '\\';
   WIN32_FIND_DATAA entry;
   const ScopedSearch search(FindFirstFileA((prefix + '*').c_str(), &entry));
-  if (!search.IsValid()) return;
+  if (!search.IsValid()) {
+    return;
+  }
   utl_EntryPaths paths(prefix);
   do {
     const bool isDir = (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
@@ -77,8 +85,12 @@ void utl_DirObject::Read() {
 
 cow_List<utl_FilePath> utl_DirObject::GetAllEntries() const {
   cow_List<utl_FilePath> result;
-  for (const utl_FilePath& dir : dirs_) result.Prepend(dir);
-  for (const utl_FilePath& file : files_) result.Prepend(file);
+  for (const utl_FilePath& dir : dirs_) {
+    result.Prepend(dir);
+  }
+  for (const utl_FilePath& file : files_) {
+    result.Prepend(file);
+  }
   return result;
 }
 
@@ -117,7 +129,9 @@ cow_List<utl_FilePath> utl_DirObject::FindFileNamesWithExtension(
   cow_List<utl_FilePath> result;
   for (const utl_FilePath& file : files_) {
     const cow_String name = file.FileName();
-    if (HasExtension(name, extension)) result.Prepend(utl_FilePath(name, ""));
+    if (HasExtension(name, extension)) {
+      result.Prepend(utl_FilePath(name, ""));
+    }
   }
   return result;
 }

@@ -28,7 +28,9 @@ constexpr Unit kMegabytes = {"MB", 20};
 
 // One unit of the larger kind is still told in the smaller one.
 Unit UnitFor(std::uint64_t bytes) {
-  if (bytes > std::uint64_t{1} << kMegabytes.shift) return kMegabytes;
+  if (bytes > std::uint64_t{1} << kMegabytes.shift) {
+    return kMegabytes;
+  }
   return bytes > std::uint64_t{1} << kKilobytes.shift ? kKilobytes : kBytes;
 }
 
@@ -59,7 +61,9 @@ atr_String FailureText(DWORD code, const cow_String& path) {
 utl_DiskAttributes::utl_DiskAttributes(const cow_String& path) : path_(path) {
   const cow_String absolute = utl_FilePath(path, "").Portable().AbsolutePathName();
   const int colon = absolute.Find(":/");
-  if (colon >= 1 && colon < absolute.Length()) path_ = path.Substr(0, colon + 1) + '\\';
+  if (colon >= 1 && colon < absolute.Length()) {
+    path_ = path.Substr(0, colon + 1) + '\\';
+  }
 }
 
 utl_DiskAttributes::~utl_DiskAttributes() = default;

@@ -253,6 +253,8 @@ void utl_ResourceMonitor::Release() {
   enabled_ = full_ = method_ = mallinfo_ = false;
   jobName_ = {};
   reserved_ = {};
-  for (a_timer_record& timer : timers_) timer = {};
+  for (a_timer_record& timer : timers_) {
+    timer = {};
+  }
   moduleName_[0] = L'\0';
 }

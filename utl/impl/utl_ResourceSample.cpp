@@ -53,7 +53,9 @@ double utl_secondsOfDay() {
 
 utl_ProcessorTimes utl_processorTimes() {
   FILETIME creation, exit, kernel, user;
-  if (!GetProcessTimes(GetCurrentProcess(), &creation, &exit, &kernel, &user)) return {};
+  if (!GetProcessTimes(GetCurrentProcess(), &creation, &exit, &kernel, &user)) {
+    return {};
+  }
   return {Seconds(user), Seconds(kernel)};
 }
 

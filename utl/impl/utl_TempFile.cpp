@@ -39,7 +39,9 @@ cow_String Directory() {
   const auto& commandLine = thr_GlobalSingleton<utl_CommandLine>::Instance();
   if (commandLine.IsMember("tmpdir")) {
     const cow_String option = commandLine.ConstGetValue("tmpdir");
-    if (IsDirectory(option)) return utl_DirPathUtils::AddSeparator(option);
+    if (IsDirectory(option)) {
+      return utl_DirPathUtils::AddSeparator(option);
+    }
   }
   for (const char* variable : {"SCRATCH", "TMPDIR"}) {
     const char* value = platform::Environment(variable);
@@ -52,12 +54,16 @@ cow_String Directory() {
 
 cow_String UnusedPath(const cow_String& directory) {
   std::string path = std::string(directory) + kTemplate;
-  if (_mktemp(path.data()) == nullptr) utl_TempFileCantExc().Throw(kSource);
+  if (_mktemp(path.data()) == nullptr) {
+    utl_TempFileCantExc().Throw(kSource);
+  }
   return cow_String(path);
 }
 
 cow_String WithSuffix(const cow_String& path, const cow_String& suffix) {
-  if (suffix.IsEmpty() || suffix[0] == '.') return path + suffix;
+  if (suffix.IsEmpty() || suffix[0] == '.') {
+    return path + suffix;
+  }
   return path + "." + suffix;
 }
 
@@ -66,7 +72,9 @@ cow_String WithSuffix(const cow_String& path, const cow_String& suffix) {
 utl_TempFile::utl_TempFile(const cow_String& suffix) : name_(suffix) {}
 
 utl_TempFile::~utl_TempFile() {
-  if (!named_) return;
+  if (!named_) {
+    return;
+  }
   Close();
   if (process_ == thr_currentProcess()) {
     _unlink(name_.c_str());
@@ -75,12 +83,16 @@ utl_TempFile::~utl_TempFile() {
 
 void utl_TempFile::Create() {
   const int descriptor = _open(Name().c_str(), kCreateFlags, kPermission);
-  if (descriptor < 0) ThrowCannotOpen(errno);
+  if (descriptor < 0) {
+    ThrowCannotOpen(errno);
+  }
   Keep(descriptor);
 }
 
 void utl_TempFile::Open() {
-  if (!OpenIfPresent()) ThrowCannotOpen(ENOENT);
+  if (!OpenIfPresent()) {
+    ThrowCannotOpen(ENOENT);
+  }
 }
 
 bool utl_TempFile::OpenIfPresent() {
@@ -94,7 +106,9 @@ bool utl_TempFile::OpenIfPresent() {
 }
 
 void utl_TempFile::Close() {
-  if (descriptor_ >= 0) _close(descriptor_);
+  if (descriptor_ >= 0) {
+    _close(descriptor_);
+  }
   descriptor_ = -1;
 }
 
@@ -110,9 +124,13 @@ const cow_String& utl_TempFile::Name() const {
 
 // Changes nothing unless all succeeds.
 void utl_TempFile::MakeName() const {
-  if (named_) return;
+  if (named_) {
+    return;
+  }
   const cow_String directory = Directory();
-  if (directory.IsEmpty()) utl_TempFileCantExc().Throw(kSource);
+  if (directory.IsEmpty()) {
+    utl_TempFileCantExc().Throw(kSource);
+  }
   utl_DiskAttributes disk(utl_DirPathUtils::TrimSeparator(directory));
   const std::uint64_t space = disk.GetFreeDiskSpace();
   name_ = WithSuffix(UnusedPath(directory), name_);

@@ -116,7 +116,9 @@ cow_String utl_Version::Title(bool withDevelopmentInfo) const {
   cow_String title = productName_;
   title += IsLearnerEdition() ? " Learner Edition " : " Version ";
   title += VersionNumber();
-  if (developmentMode_ && withDevelopmentInfo) title += ", " + DevelopmentInfo();
+  if (developmentMode_ && withDevelopmentInfo) {
+    title += ", " + DevelopmentInfo();
+  }
   return title;
 }
 
@@ -130,11 +132,17 @@ cow_String utl_Version::DevelopmentInfo() const {
 
   if (const char* work = platform::Environment("WORK")) {
     cow_String info = "Work: " + utl_FilePath(work, "").BaseName();
-    if (!snapshot.IsEmpty()) info += " (" + snapshot + ")";
+    if (!snapshot.IsEmpty()) {
+      info += " (" + snapshot + ")";
+    }
     return info;
   }
-  if (snapshot.IsEmpty()) return {};
+  if (snapshot.IsEmpty()) {
+    return {};
+  }
   cow_String info = "Snapshot: " + snapshot;
-  if (!date.IsEmpty()) info += " ( " + date + " )";
+  if (!date.IsEmpty()) {
+    info += " ( " + date + " )";
+  }
   return info;
 }

@@ -19,7 +19,9 @@ constexpr DWORD kLengthHigh = 0;
 constexpr int kBadMode = 22;  // EINVAL
 
 int Result(BOOL succeeded) {
-  if (succeeded) return 0;
+  if (succeeded) {
+    return 0;
+  }
   errno = static_cast<int>(GetLastError());
   return -1;
 }

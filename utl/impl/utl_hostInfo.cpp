@@ -55,8 +55,12 @@ cow_String utl_getTime() {
 cow_String utl_getHostName() {
   WSADATA granted;
   char name[kHostNameSize] = "";
-  if (WSAStartup(MAKEWORD(1, 1), &granted) != 0) return {};
-  if (gethostname(name, sizeof name) != 0) return {};
+  if (WSAStartup(MAKEWORD(1, 1), &granted) != 0) {
+    return {};
+  }
+  if (gethostname(name, sizeof name) != 0) {
+    return {};
+  }
   return name;
 }
 
@@ -108,6 +112,10 @@ int utl_sleep(unsigned int milliseconds) {
 
 void utl_InitializeWinsock() {
   WSADATA granted;
-  if (WSAStartup(MAKEWORD(2, 0), &granted) != 0) return;
-  if (granted.wVersion != MAKEWORD(2, 0)) WSACleanup();
+  if (WSAStartup(MAKEWORD(2, 0), &granted) != 0) {
+    return;
+  }
+  if (granted.wVersion != MAKEWORD(2, 0)) {
+    WSACleanup();
+  }
 }

@@ -9,7 +9,9 @@ namespace {
 
 // Handles fit 32 bits and widen with their sign.
 bool ClearInheritance(int handle) {
-  if (handle == -1) return false;
+  if (handle == -1) {
+    return false;
+  }
   // NOLINTNEXTLINE(performance-no-int-to-ptr)
   const auto wide = reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(handle));
   return SetHandleInformation(wide, HANDLE_FLAG_INHERIT, 0) != FALSE;

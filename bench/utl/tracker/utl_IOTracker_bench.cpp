@@ -60,7 +60,9 @@ void BM_OffPeer(benchmark::State& state) {
   utl_IOTracker** pointer = &none;
   for ([[maybe_unused]] auto _ : state) {
     benchmark::DoNotOptimize(pointer);
-    if (*pointer != nullptr) (*pointer)->CWrite(3, kBytes, kSeconds);
+    if (*pointer != nullptr) {
+      (*pointer)->CWrite(3, kBytes, kSeconds);
+    }
   }
 }
 BENCHMARK(BM_OffPeer)->Name("off/peer, a null test");
@@ -119,7 +121,9 @@ void BM_Peer(benchmark::State& state) {
 void Sizes(benchmark::internal::Benchmark* benchmark) {
   benchmark->ArgNames({"files", "addresses"});
   for (const int files : {1, 16, 1000, 100000}) {
-    for (const int addresses : {0, 1}) benchmark->Args({files, addresses});
+    for (const int addresses : {0, 1}) {
+      benchmark->Args({files, addresses});
+    }
   }
 }
 

@@ -51,10 +51,13 @@ bool IsNameOfStatus(std::string_view name) {
 }
 
 bool IsProgram(std::string_view path) {
-  if (path.size() < 4) return false;
+  if (path.size() < 4) {
+    return false;
+  }
   std::string ending(path.substr(path.size() - 4));
-  for (char& c : ending)
+  for (char& c : ending) {
     c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  }
   return ending == ".exe" || ending == ".bat" || ending == ".cmd" || ending == ".com";
 }
 

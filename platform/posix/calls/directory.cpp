@@ -58,7 +58,9 @@ char* _getcwd(char* buffer, int size) {
   const auto room = static_cast<size_t>(size < 0 ? 0 : size);
   if (buffer == nullptr) {
     buffer = static_cast<char*>(std::malloc(std::max(room, shown.size() + 1)));
-    if (buffer == nullptr) return FailWith(ENOMEM);
+    if (buffer == nullptr) {
+      return FailWith(ENOMEM);
+    }
   } else if (room <= shown.size()) {
     return FailWith(ERANGE);
   }
@@ -101,10 +103,18 @@ BOOL GetDiskFreeSpaceExA(LPCSTR directory, ULARGE_INTEGER* freeToCaller,
     return Fail(code);
   }
   struct statvfs space;
-  if (statvfs(resolved.path.c_str(), &space) != 0) return FailWithErrno();
-  if (freeToCaller != nullptr) freeToCaller->QuadPart = space.f_bavail * space.f_frsize;
-  if (total != nullptr) total->QuadPart = space.f_blocks * space.f_frsize;
-  if (totalFree != nullptr) totalFree->QuadPart = space.f_bfree * space.f_frsize;
+  if (statvfs(resolved.path.c_str(), &space) != 0) {
+    return FailWithErrno();
+  }
+  if (freeToCaller != nullptr) {
+    freeToCaller->QuadPart = space.f_bavail * space.f_frsize;
+  }
+  if (total != nullptr) {
+    total->QuadPart = space.f_blocks * space.f_frsize;
+  }
+  if (totalFree != nullptr) {
+    totalFree->QuadPart = space.f_bfree * space.f_frsize;
+  }
   return TRUE;
 }
 
@@ -113,7 +123,9 @@ BOOL GetDiskFreeSpaceExA(LPCSTR directory, ULARGE_INTEGER* freeToCaller,
 char* _mktemp(char* nameTemplate) {
   constexpr std::string_view kPlaces = "XXXXXX";
   const std::string_view whole = nameTemplate;
-  if (!whole.ends_with(kPlaces)) return nullptr;
+  if (!whole.ends_with(kPlaces)) {
+    return nullptr;
+  }
   char* places = nameTemplate + whole.size() - kPlaces.size();
   unsigned number = static_cast<unsigned>(getpid());
   for (size_t i = kPlaces.size() - 1; i > 0; --i, number /= 10) {

@@ -104,13 +104,17 @@ bool IsRegular(int fd) {
 // A directory's size shows as 0.
 bool SizeOf(int fd, off_t& size) {
   struct stat status;
-  if (fstat(fd, &status) != 0) return false;
+  if (fstat(fd, &status) != 0) {
+    return false;
+  }
   size = S_ISDIR(status.st_mode) ? 0 : status.st_size;
   return true;
 }
 
 off_t Joined(LONG low, const LONG* high) {
-  if (high == nullptr) return low;
+  if (high == nullptr) {
+    return low;
+  }
   return static_cast<off_t>(static_cast<ULONGLONG>(static_cast<DWORD>(*high)) << 32 |
                             static_cast<DWORD>(low));
 }
@@ -119,7 +123,9 @@ off_t Joined(LONG low, const LONG* high) {
 // set. From the beginning, one that is negative is told before the handle counts.
 off_t Target(int fd, off_t distance, DWORD method) {
   off_t base = 0;
-  if (method == FILE_CURRENT) base = lseek(fd, 0, SEEK_CUR);
+  if (method == FILE_CURRENT) {
+    base = lseek(fd, 0, SEEK_CUR);
+  }
   if (base < 0 || (method == FILE_END && !SizeOf(fd, base))) {
     FailWithErrno();
     return -1;
@@ -171,7 +177,9 @@ bool SetSize(int fd, off_t from, off_t to) {
 // A low half that looks like the failure mark is told from it by a last error of 0.
 DWORD LowHalf(off_t value) {
   const auto low = static_cast<DWORD>(value);
-  if (low == INVALID_FILE_SIZE) SetLastError(NO_ERROR);
+  if (low == INVALID_FILE_SIZE) {
+    SetLastError(NO_ERROR);
+  }
   return low;
 }
 
@@ -229,12 +237,16 @@ DWORD SetFilePointer(HANDLE handle, LONG distance, PLONG distanceHigh, DWORD met
   }
   const int fd = DescriptorOf(handle);
   const off_t target = Target(fd, Joined(distance, distanceHigh), method);
-  if (target < 0) return INVALID_SET_FILE_POINTER;
+  if (target < 0) {
+    return INVALID_SET_FILE_POINTER;
+  }
   if (lseek(fd, target, SEEK_SET) < 0) {
     FailWithErrno();
     return INVALID_SET_FILE_POINTER;
   }
-  if (distanceHigh != nullptr) *distanceHigh = static_cast<LONG>(target >> 32);
+  if (distanceHigh != nullptr) {
+    *distanceHigh = static_cast<LONG>(target >> 32);
+  }
   return LowHalf(target);
 }
 
@@ -262,13 +274,17 @@ DWORD GetFileSize(HANDLE handle, LPDWORD sizeHigh) {
     FailWithErrno();
     return INVALID_FILE_SIZE;
   }
-  if (sizeHigh != nullptr) *sizeHigh = static_cast<DWORD>(size >> 32);
+  if (sizeHigh != nullptr) {
+    *sizeHigh = static_cast<DWORD>(size >> 32);
+  }
   return LowHalf(size);
 }
 
 BOOL FlushFileBuffers(HANDLE handle) {
   const int fd = UsableForSure(handle, kWrite);
-  if (fd < 0) return FALSE;
+  if (fd < 0) {
+    return FALSE;
+  }
   const int result = Retried([&] { return fsync(fd); });
   // Devices that have nothing to flush say EINVAL.
   return result == 0 || errno == EINVAL ? TRUE : FailWithErrno();

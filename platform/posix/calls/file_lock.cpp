@@ -34,8 +34,12 @@ Range RangeOf(const OVERLAPPED& at, DWORD lengthLow, DWORD lengthHigh) {
 // Files alone have ranges to lock.
 DWORD CheckFile(int fd) {
   struct stat status;
-  if (fd < 0 || fstat(fd, &status) != 0) return ERROR_INVALID_HANDLE;
-  if (S_ISREG(status.st_mode)) return ERROR_SUCCESS;
+  if (fd < 0 || fstat(fd, &status) != 0) {
+    return ERROR_INVALID_HANDLE;
+  }
+  if (S_ISREG(status.st_mode)) {
+    return ERROR_SUCCESS;
+  }
   const bool isDevice = S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode);
   return isDevice ? ERROR_INVALID_FUNCTION : ERROR_INVALID_HANDLE;
 }
@@ -53,10 +57,14 @@ BOOL LockFileEx(HANDLE handle, DWORD flags, DWORD, DWORD lengthLow, DWORD length
                 OVERLAPPED* overlapped) try {
   const int fd = DescriptorOf(handle);
   const DWORD code = CheckFile(fd);
-  if (code != ERROR_SUCCESS) return Fail(code);
+  if (code != ERROR_SUCCESS) {
+    return Fail(code);
+  }
   const LockedRange lock = {RangeOf(*overlapped, lengthLow, lengthHigh),
                             (flags & LOCKFILE_EXCLUSIVE_LOCK) != 0};
-  if (lock.range.length == 0) return Fail(ERROR_INVALID_PARAMETER);
+  if (lock.range.length == 0) {
+    return Fail(ERROR_INVALID_PARAMETER);
+  }
   const int number = errno;  // of the run time, which has no part in this
   const DWORD result = LockRange(fd, lock, (flags & LOCKFILE_FAIL_IMMEDIATELY) == 0);
   errno = number;
@@ -70,7 +78,9 @@ BOOL UnlockFileEx(HANDLE handle, DWORD, DWORD lengthLow, DWORD lengthHigh,
   const int fd = DescriptorOf(handle);
   const DWORD code = CheckFile(fd);
   // A device has no locks, so that none is found.
-  if (code != ERROR_SUCCESS && code != ERROR_INVALID_FUNCTION) return Fail(code);
+  if (code != ERROR_SUCCESS && code != ERROR_INVALID_FUNCTION) {
+    return Fail(code);
+  }
   const int number = errno;
   const DWORD result = UnlockRange(fd, RangeOf(*overlapped, lengthLow, lengthHigh));
   errno = number;

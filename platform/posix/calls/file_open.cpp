@@ -68,7 +68,9 @@ int OpenExisting(const Request& request) {
   const char* path = request.name.path.c_str();
   const int inherit = request.inherit ? 0 : O_CLOEXEC;
   const bool writes = (request.access & kWrite) != 0 || request.Truncates();
-  if (!writes) return OpenRetried(path, O_RDONLY | inherit, 0);
+  if (!writes) {
+    return OpenRetried(path, O_RDONLY | inherit, 0);
+  }
   const int fd = OpenRetried(path, O_RDWR | inherit, 0);
   const bool mayOnlyWrite = fd < 0 && errno == EACCES && (request.access & kRead) == 0;
   return mayOnlyWrite ? OpenRetried(path, O_WRONLY | inherit, 0) : fd;
@@ -85,12 +87,18 @@ int OpenOrCreate(const Request& request, bool& existed) {
   int fd = -1;
   for (int tries = 0; tries < kTries; ++tries) {
     existed = request.disposition != CREATE_NEW;
-    if (existed) fd = OpenExisting(request);
+    if (existed) {
+      fd = OpenExisting(request);
+    }
     const bool missing = fd < 0 && (!existed || errno == ENOENT);
-    if (!missing || !request.MayCreate()) return fd;
+    if (!missing || !request.MayCreate()) {
+      return fd;
+    }
     existed = false;
     fd = OpenNew(request, O_EXCL);
-    if (fd >= 0 || errno != EEXIST || request.disposition == CREATE_NEW) return fd;
+    if (fd >= 0 || errno != EEXIST || request.disposition == CREATE_NEW) {
+      return fd;
+    }
   }
   // A link that leads nowhere: the file is made where it leads.
   existed = true;
@@ -98,8 +106,12 @@ int OpenOrCreate(const Request& request, bool& existed) {
 }
 
 DWORD DirectoryCode(const Request& request) {
-  if (request.disposition == CREATE_NEW) return ERROR_FILE_EXISTS;
-  if ((request.flags & FILE_FLAG_BACKUP_SEMANTICS) == 0) return ERROR_ACCESS_DENIED;
+  if (request.disposition == CREATE_NEW) {
+    return ERROR_FILE_EXISTS;
+  }
+  if ((request.flags & FILE_FLAG_BACKUP_SEMANTICS) == 0) {
+    return ERROR_ACCESS_DENIED;
+  }
   return request.disposition == CREATE_ALWAYS ? ERROR_FILE_EXISTS : ERROR_SUCCESS;
 }
 
@@ -136,7 +148,9 @@ DWORD CheckName(const Request& request, Kind kind) {
 // Enters the open file and, only then, empties it if asked for.
 DWORD Complete(int fd, const Request& request, bool existed) {
   struct stat status;
-  if (fstat(fd, &status) != 0) return CodeFromErrno(errno);
+  if (fstat(fd, &status) != 0) {
+    return CodeFromErrno(errno);
+  }
   OpenFile file;
   file.access = request.access;
   file.share = request.share;
@@ -145,7 +159,9 @@ DWORD Complete(int fd, const Request& request, bool existed) {
   if ((request.flags & FILE_FLAG_DELETE_ON_CLOSE) != 0) {
     file.removeAtEnd = request.name.path;
   }
-  if (!EnterFile(fd, file)) return ERROR_SHARING_VIOLATION;
+  if (!EnterFile(fd, file)) {
+    return ERROR_SHARING_VIOLATION;
+  }
   const bool empties = existed && request.Truncates() && file.isRegular;
   const bool failed = empties && Retried([fd] { return ftruncate(fd, 0); }) != 0;
   return failed ? CodeFromErrno(errno) : ERROR_SUCCESS;
@@ -170,15 +186,21 @@ int OpenByKind(const Request& request, Kind kind, bool& existed) {
 int Open(const Request& request, DWORD& code) {
   const Kind kind = KindOf(request.name.path);
   code = CheckName(request, kind);
-  if (code != ERROR_SUCCESS) return -1;
+  if (code != ERROR_SUCCESS) {
+    return -1;
+  }
   bool existed = true;
   NewDescriptor fd(OpenByKind(request, kind, existed));
   code = fd.Get() < 0 ? CodeOfFailure(request.name.path)
                       : Complete(fd.Get(), request, existed);
-  if (code != ERROR_SUCCESS) return -1;
+  if (code != ERROR_SUCCESS) {
+    return -1;
+  }
   const bool tellsExistence =
       request.disposition == CREATE_ALWAYS || request.disposition == OPEN_ALWAYS;
-  if (existed && tellsExistence) code = ERROR_ALREADY_EXISTS;
+  if (existed && tellsExistence) {
+    code = ERROR_ALREADY_EXISTS;
+  }
   return fd.Release();
 }
 
@@ -202,7 +224,9 @@ HANDLE CreateFileA(LPCSTR name, DWORD access, DWORD share, SECURITY_ATTRIBUTES* 
                        Permissions(security, flags),
                        security != nullptr && security->bInheritHandle};
     code = Resolve(name, request.name);
-    if (code == ERROR_SUCCESS) fd = Open(request, code);
+    if (code == ERROR_SUCCESS) {
+      fd = Open(request, code);
+    }
   }
   SetLastError(code);
   return fd < 0 ? INVALID_HANDLE_VALUE : HandleOf(fd);
@@ -210,7 +234,9 @@ HANDLE CreateFileA(LPCSTR name, DWORD access, DWORD share, SECURITY_ATTRIBUTES* 
 
 BOOL CloseHandle(HANDLE handle) {
   // -1 stands for the own process, whose closing changes nothing.
-  if (handle == GetCurrentProcess()) return TRUE;
+  if (handle == GetCurrentProcess()) {
+    return TRUE;
+  }
   const int number = CloseFile(DescriptorOf(handle));
   return number == 0 ? TRUE : Fail(CodeFromErrno(number));
 }

@@ -55,8 +55,12 @@ using namespace posix;
 BOOL GetFileInformationByHandle(HANDLE handle, BY_HANDLE_FILE_INFORMATION* information) {
   struct stat status;
   const int fd = DescriptorOf(handle);
-  if (fd < 0) return Fail(ERROR_INVALID_HANDLE);
-  if (fstat(fd, &status) != 0) return FailWithErrno();
+  if (fd < 0) {
+    return Fail(ERROR_INVALID_HANDLE);
+  }
+  if (fstat(fd, &status) != 0) {
+    return FailWithErrno();
+  }
   const bool isDirectory = S_ISDIR(status.st_mode);
   const ULONGLONG size = isDirectory ? 0 : static_cast<ULONGLONG>(status.st_size);
   information->dwFileAttributes = AttributesOf(status);

@@ -36,7 +36,9 @@ constexpr size_t kRecordsSize = size_t{32} * 1024;
 struct Search {
   Search() = default;
   ~Search() {
-    if (fd >= 0) close(fd);
+    if (fd >= 0) {
+      close(fd);
+    }
   }
   Search(const Search&) = delete;
   Search& operator=(const Search&) = delete;
@@ -103,7 +105,9 @@ bool IsDotOrDots(const char* name) {
 }
 
 bool IsListed(const Search& search, const char* name) {
-  if (IsDotOrDots(name) && search.directory == "/") return false;
+  if (IsDotOrDots(name) && search.directory == "/") {
+    return false;
+  }
   return search.takesAll || Matches(Folded(name), search.pattern);
 }
 
@@ -123,12 +127,18 @@ DWORD Open(Search& search) {
 // Reads on when all records have been told. A directory that has been removed has come
 // to its end.
 DWORD Refill(Search& search) {
-  if (search.begin < search.end) return ERROR_SUCCESS;
+  if (search.begin < search.end) {
+    return ERROR_SUCCESS;
+  }
   search.begin = search.end = 0;
   const ssize_t size =
       Retried([&] { return getdents64(search.fd, search.records, kRecordsSize); });
-  if (size < 0 && errno != ENOENT) return CodeFromErrno(errno);
-  if (size <= 0) return ERROR_NO_MORE_FILES;
+  if (size < 0 && errno != ENOENT) {
+    return CodeFromErrno(errno);
+  }
+  if (size <= 0) {
+    return ERROR_NO_MORE_FILES;
+  }
   search.end = size;
   return ERROR_SUCCESS;
 }
@@ -174,9 +184,13 @@ bool Fits(const dirent64& entry) {
 DWORD Next(Search& search, WIN32_FIND_DATAA& data) {
   for (;;) {
     const DWORD code = Refill(search);
-    if (code != ERROR_SUCCESS) return code;
+    if (code != ERROR_SUCCESS) {
+      return code;
+    }
     const dirent64& entry = TakeRecord(search);
-    if (!Fits(entry) || !IsListed(search, entry.d_name)) continue;
+    if (!Fits(entry) || !IsListed(search, entry.d_name)) {
+      continue;
+    }
     data.dwFileAttributes = AttributesOf(search, entry);
     std::memcpy(data.cFileName, entry.d_name, std::min(RoomOf(entry), kNameSize));
     return ERROR_SUCCESS;
@@ -208,9 +222,15 @@ HANDLE FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data) {
   DWORD code = Split(pattern, search->directory, search->pattern);
   search->pattern = Folded(search->pattern);
   search->takesAll = search->pattern == "*" || search->pattern == "*.*";
-  if (code == ERROR_SUCCESS) code = Open(*search);
-  if (code == ERROR_SUCCESS) code = Next(*search, *data);
-  if (code == ERROR_SUCCESS) return Keep(std::move(search));
+  if (code == ERROR_SUCCESS) {
+    code = Open(*search);
+  }
+  if (code == ERROR_SUCCESS) {
+    code = Next(*search, *data);
+  }
+  if (code == ERROR_SUCCESS) {
+    return Keep(std::move(search));
+  }
   SetLastError(code == ERROR_NO_MORE_FILES ? ERROR_FILE_NOT_FOUND : code);
   return INVALID_HANDLE_VALUE;
 }

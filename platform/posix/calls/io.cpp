@@ -65,7 +65,9 @@ mode_t Permissions(int mode) {
 // The result of a read or write: a file that was not opened for it counts as a bad
 // descriptor.
 int Moved(BOOL succeeded, DWORD count) {
-  if (succeeded) return static_cast<int>(count);
+  if (succeeded) {
+    return static_cast<int>(count);
+  }
   return GetLastError() == ERROR_ACCESS_DENIED ? FailRunTime(EBADF) : FailWithLastError();
 }
 
@@ -93,17 +95,25 @@ int _open(const char* path, int flags, ...) {
     const int mode = va_arg(arguments, int);
     va_end(arguments);
     permissions = Permissions(mode);
-    if ((mode & _S_IWRITE) == 0) attributes = FILE_ATTRIBUTE_READONLY;
+    if ((mode & _S_IWRITE) == 0) {
+      attributes = FILE_ATTRIBUTE_READONLY;
+    }
   }
-  if ((flags & _O_TEMPORARY) != 0) attributes |= FILE_FLAG_DELETE_ON_CLOSE;
+  if ((flags & _O_TEMPORARY) != 0) {
+    attributes |= FILE_FLAG_DELETE_ON_CLOSE;
+  }
   SECURITY_ATTRIBUTES security = {sizeof security, &permissions,
                                   (flags & _O_NOINHERIT) == 0};
   const HANDLE handle =
       CreateFileA(path, Access(flags), FILE_SHARE_READ | FILE_SHARE_WRITE, &security,
                   Disposition(flags), attributes, nullptr);
-  if (handle == INVALID_HANDLE_VALUE) return FailWithLastError();
+  if (handle == INVALID_HANDLE_VALUE) {
+    return FailWithLastError();
+  }
   const int fd = DescriptorOf(handle);
-  if ((flags & _O_APPEND) != 0) fcntl(fd, F_SETFL, O_APPEND);
+  if ((flags & _O_APPEND) != 0) {
+    fcntl(fd, F_SETFL, O_APPEND);
+  }
   ExchangeTextMode(fd, (flags & _O_BINARY) != 0 ? _O_BINARY : _O_TEXT);
   return fd;
 }
@@ -132,8 +142,12 @@ int _write(int fd, const void* buffer, unsigned int count) {
 }
 
 long long _lseeki64(int fd, long long offset, int origin) {
-  if (!IsOpen(fd)) return FailRunTime(EBADF);
-  if (origin < 0 || origin > 2) return FailRunTime(EINVAL);
+  if (!IsOpen(fd)) {
+    return FailRunTime(EBADF);
+  }
+  if (origin < 0 || origin > 2) {
+    return FailRunTime(EINVAL);
+  }
   auto high = static_cast<LONG>(offset >> 32);
   SetLastError(NO_ERROR);
   const DWORD low = SetFilePointer(HandleOf(fd), static_cast<LONG>(offset), &high,
@@ -149,12 +163,18 @@ int _unlink(const char* path) {
 }
 
 int _setmode(int fd, int mode) {
-  if (!IsOpen(fd)) return FailRunTime(EBADF);
-  if (mode != _O_TEXT && mode != _O_BINARY) return FailRunTime(EINVAL);
+  if (!IsOpen(fd)) {
+    return FailRunTime(EBADF);
+  }
+  if (mode != _O_TEXT && mode != _O_BINARY) {
+    return FailRunTime(EINVAL);
+  }
   return ExchangeTextMode(fd, mode);
 }
 
 std::intptr_t _get_osfhandle(int fd) {
-  if (!IsOpen(fd)) return FailRunTime(EBADF);
+  if (!IsOpen(fd)) {
+    return FailRunTime(EBADF);
+  }
   return reinterpret_cast<std::intptr_t>(HandleOf(fd));
 }

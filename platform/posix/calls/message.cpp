@@ -56,7 +56,9 @@ constexpr Message kMessages[] = {
 
 const char* TextOf(DWORD code) {
   for (const Message& message : kMessages) {
-    if (message.code == code) return message.text;
+    if (message.code == code) {
+      return message.text;
+    }
   }
   return nullptr;
 }
@@ -69,13 +71,19 @@ using namespace posix;
 DWORD FormatMessageA(DWORD flags, LPCVOID, DWORD messageId, DWORD, LPSTR buffer,
                      DWORD size, void*) {
   const auto failed = [](DWORD code) { return static_cast<DWORD>(Fail(code)); };
-  if ((flags & FORMAT_MESSAGE_FROM_SYSTEM) == 0) return failed(ERROR_INVALID_PARAMETER);
+  if ((flags & FORMAT_MESSAGE_FROM_SYSTEM) == 0) {
+    return failed(ERROR_INVALID_PARAMETER);
+  }
   const char* found = TextOf(messageId);
-  if (found == nullptr) return failed(ERROR_MR_MID_NOT_FOUND);
+  if (found == nullptr) {
+    return failed(ERROR_MR_MID_NOT_FOUND);
+  }
   const std::string text = std::string(found) + "\r\n";
   if ((flags & FORMAT_MESSAGE_ALLOCATE_BUFFER) != 0) {
     char* block = static_cast<char*>(std::malloc(text.size() + 1));
-    if (block == nullptr) return failed(ERROR_NOT_ENOUGH_MEMORY);
+    if (block == nullptr) {
+      return failed(ERROR_NOT_ENOUGH_MEMORY);
+    }
     // The caller passes the address of the pointer that is to receive the block.
     std::memcpy(buffer, &block, sizeof block);
     buffer = block;

@@ -163,9 +163,13 @@ HANDLE OpenProcess(DWORD, BOOL inherit, DWORD processId) {
 
 BOOL GetProcessTimes(HANDLE process, FILETIME* creation, FILETIME* exit, FILETIME* kernel,
                      FILETIME* user) {
-  if (!IsOwnProcess(process)) return Fail(ERROR_INVALID_HANDLE);
+  if (!IsOwnProcess(process)) {
+    return Fail(ERROR_INVALID_HANDLE);
+  }
   rusage usage;
-  if (getrusage(RUSAGE_SELF, &usage) != 0) return FailWithErrno();
+  if (getrusage(RUSAGE_SELF, &usage) != 0) {
+    return FailWithErrno();
+  }
   *creation = {};
   *exit = {};
   *kernel = Duration(usage.ru_stime);
@@ -174,10 +178,16 @@ BOOL GetProcessTimes(HANDLE process, FILETIME* creation, FILETIME* exit, FILETIM
 }
 
 BOOL GetProcessMemoryInfo(HANDLE process, PROCESS_MEMORY_COUNTERS* counters, DWORD size) {
-  if (size < sizeof *counters) return Fail(ERROR_INSUFFICIENT_BUFFER);
-  if (!IsOwnProcess(process)) return Fail(ERROR_INVALID_HANDLE);
+  if (size < sizeof *counters) {
+    return Fail(ERROR_INSUFFICIENT_BUFFER);
+  }
+  if (!IsOwnProcess(process)) {
+    return Fail(ERROR_INVALID_HANDLE);
+  }
   rusage usage;
-  if (getrusage(RUSAGE_SELF, &usage) != 0) return FailWithErrno();
+  if (getrusage(RUSAGE_SELF, &usage) != 0) {
+    return FailWithErrno();
+  }
   *counters = {};
   counters->cb = sizeof *counters;
   counters->PageFaultCount = static_cast<DWORD>(usage.ru_minflt + usage.ru_majflt);
@@ -217,7 +227,11 @@ DWORD GetModuleBaseNameW(HANDLE process, HMODULE module, LPWSTR name, DWORD size
   }
   const std::string base = found->path.substr(found->path.find_last_of('/') + 1);
   const auto length = std::min<size_t>(base.size(), size);
-  for (size_t i = 0; i < length; ++i) name[i] = static_cast<unsigned char>(base[i]);
-  if (length < size) name[length] = L'\0';  // else there is none
+  for (size_t i = 0; i < length; ++i) {
+    name[i] = static_cast<unsigned char>(base[i]);
+  }
+  if (length < size) {  // else there is none
+    name[length] = L'\0';
+  }
   return static_cast<DWORD>(length);
 }

@@ -46,15 +46,27 @@ LSTATUS RegOpenKeyExA(HKEY key, LPCSTR subKey, DWORD, DWORD, HKEY* result) {
 
 LSTATUS RegQueryValueExA(HKEY key, LPCSTR name, LPDWORD, LPDWORD type, LPBYTE data,
                          LPDWORD size) {
-  if (key != kProcessorKey) return Code(ERROR_INVALID_HANDLE);
+  if (key != kProcessorKey) {
+    return Code(ERROR_INVALID_HANDLE);
+  }
   const DWORD rate = ClockRate();
-  if (strcasecmp(name, "~MHz") != 0 || rate == 0) return Code(ERROR_FILE_NOT_FOUND);
-  if (type != nullptr) *type = REG_DWORD;
-  if (size == nullptr) return Code(ERROR_SUCCESS);
+  if (strcasecmp(name, "~MHz") != 0 || rate == 0) {
+    return Code(ERROR_FILE_NOT_FOUND);
+  }
+  if (type != nullptr) {
+    *type = REG_DWORD;
+  }
+  if (size == nullptr) {
+    return Code(ERROR_SUCCESS);
+  }
   const bool fits = *size >= sizeof rate;
   *size = sizeof rate;
-  if (data == nullptr) return Code(ERROR_SUCCESS);
-  if (!fits) return Code(ERROR_MORE_DATA);
+  if (data == nullptr) {
+    return Code(ERROR_SUCCESS);
+  }
+  if (!fits) {
+    return Code(ERROR_MORE_DATA);
+  }
   std::memcpy(data, &rate, sizeof rate);
   return Code(ERROR_SUCCESS);
 }

@@ -28,7 +28,9 @@ struct OpenStream {
 
 // 0 for a mode that is not emulated.
 int FlagsOf(const char* mode) {
-  if (std::strcmp(mode, "w") == 0) return _O_TRUNC;
+  if (std::strcmp(mode, "w") == 0) {
+    return _O_TRUNC;
+  }
   return std::strcmp(mode, "a") == 0 ? _O_APPEND : 0;
 }
 
@@ -43,7 +45,9 @@ ssize_t WriteStream(void* cookie, const char* buffer, size_t size) {
   while (done < size) {
     const auto piece = static_cast<unsigned int>(std::min(size - done, kPiece));
     const int written = _write(stream->fd, buffer + done, piece);
-    if (written <= 0) break;
+    if (written <= 0) {
+      break;
+    }
     done += static_cast<size_t>(written);
   }
   return static_cast<ssize_t>(done);

@@ -42,7 +42,9 @@ void GetLocalTime(SYSTEMTIME* time) {
 
 __time64_t _time64(__time64_t* result) {
   const __time64_t now = time(nullptr);
-  if (result != nullptr) *result = now;
+  if (result != nullptr) {
+    *result = now;
+  }
   return now;
 }
 
@@ -63,12 +65,16 @@ BOOL GetUserNameA(LPSTR buffer, LPDWORD size) {
   passwd entry = {};
   passwd* found = nullptr;
   getpwuid_r(geteuid(), &entry, text, sizeof text, &found);
-  if (found == nullptr) return Fail(ERROR_NO_SUCH_USER);
+  if (found == nullptr) {
+    return Fail(ERROR_NO_SUCH_USER);
+  }
   const std::string name = found->pw_name;
   const auto needed = static_cast<DWORD>(name.size() + 1);
   const bool fits = *size >= needed;
   *size = needed;
-  if (!fits) return Fail(ERROR_INSUFFICIENT_BUFFER);
+  if (!fits) {
+    return Fail(ERROR_INSUFFICIENT_BUFFER);
+  }
   std::memcpy(buffer, name.c_str(), needed);
   return TRUE;
 }

@@ -23,7 +23,9 @@ bool IsAboveHighest(WORD version) {
 int WSAStartup(WORD version, WSADATA* data) {
   data->wHighVersion = kHighest;
   data->wVersion = version == 0 || IsAboveHighest(version) ? kHighest : version;
-  if (LOBYTE(version) == 0) return kVersionNotSupported;
+  if (LOBYTE(version) == 0) {
+    return kVersionNotSupported;
+  }
   ++starts;
   return 0;
 }

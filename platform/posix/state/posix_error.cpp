@@ -66,14 +66,18 @@ thread_local DWORD lastError = ERROR_SUCCESS;
 
 DWORD CodeFromErrno(int number) {
   for (const ErrorPair& pair : kCodes) {
-    if (pair.number == number) return pair.code;
+    if (pair.number == number) {
+      return pair.code;
+    }
   }
   return ERROR_GEN_FAILURE;
 }
 
 int ErrnoFromCode(DWORD code) {
   for (const ErrorPair& pair : kNumbers) {
-    if (pair.code == code) return pair.number;
+    if (pair.code == code) {
+      return pair.number;
+    }
   }
   return EINVAL;
 }

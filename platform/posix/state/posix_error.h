@@ -29,7 +29,9 @@ int FailRunTime(int number);
 template <typename Call>
 auto Retried(Call call) {
   auto result = call();
-  while (result == -1 && errno == EINTR) result = call();
+  while (result == -1 && errno == EINTR) {
+    result = call();
+  }
   return result;
 }
 

@@ -74,7 +74,9 @@ class NewDescriptor {
   NewDescriptor(const NewDescriptor&) = delete;
   NewDescriptor& operator=(const NewDescriptor&) = delete;
   ~NewDescriptor() {
-    if (fd_ >= 0) CloseFile(fd_);
+    if (fd_ >= 0) {
+      CloseFile(fd_);
+    }
   }
 
   int Get() const { return fd_; }

@@ -31,7 +31,9 @@ bool IsMarked(int fd, off_t mark) {
 
 off_t PutMark(int fd) {
   std::uint64_t lot = 0;
-  if (getrandom(&lot, sizeof lot, 0) != sizeof lot) return 0;
+  if (getrandom(&lot, sizeof lot, 0) != sizeof lot) {
+    return 0;
+  }
   const off_t mark = kFirstMark + static_cast<off_t>(lot % kMarks);
   const bool locked = SetLock(fd, F_RDLCK, {mark, 1}) || SetLock(fd, F_WRLCK, {mark, 1});
   // A file system may take locks and keep no account of them.
@@ -39,7 +41,9 @@ off_t PutMark(int fd) {
 }
 
 bool IsOf(int fd, const Identity& identity) {
-  if (identity.mark != 0) return IsMarked(fd, identity.mark);
+  if (identity.mark != 0) {
+    return IsMarked(fd, identity.mark);
+  }
   struct stat status;
   return fstat(fd, &status) == 0 &&
          identity.IsOfSameFile({status.st_dev, status.st_ino, 0});

@@ -215,7 +215,9 @@ DWORD CodeOfFailure(const std::string& path) {
 std::string Shown(const std::string& path) {
   std::string shown = "Z:" + path;
   for (char& c : shown) {
-    if (c == '/') c = '\\';
+    if (c == '/') {
+      c = '\\';
+    }
   }
   return shown;
 }

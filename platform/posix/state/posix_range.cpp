@@ -40,7 +40,9 @@ bool OthersForbid(int fd, short type, const Range& range) {
 // every open file are somebody else's.
 std::optional<Range> FirstLock(int fd, short type, const Range& range) {
   flock record = Record(type, range);
-  if (fcntl(fd, F_GETLK, &record) != 0 || record.l_type == F_UNLCK) return std::nullopt;
+  if (fcntl(fd, F_GETLK, &record) != 0 || record.l_type == F_UNLCK) {
+    return std::nullopt;
+  }
   return Range{record.l_start, record.l_len};
 }
 

@@ -30,7 +30,9 @@ bool SomebodyTells(int fd, unsigned right, bool denied) {
 
 bool IsDeniedElsewhere(int fd, unsigned rights) {
   for (const unsigned right : kRights) {
-    if ((rights & right) != 0 && SomebodyTells(fd, right, true)) return true;
+    if ((rights & right) != 0 && SomebodyTells(fd, right, true)) {
+      return true;
+    }
   }
   return false;
 }
@@ -39,14 +41,24 @@ bool TellShares(int fd, unsigned access, unsigned share) {
   // First told, then looked: of two that do so at once at least one sees the other.
   bool refused = false;
   for (const unsigned right : kRights) {
-    if ((access & right) != 0) SetLock(fd, F_RDLCK, ShareByte(right, false));
-    if ((share & right) == 0) SetLock(fd, F_RDLCK, ShareByte(right, true));
+    if ((access & right) != 0) {
+      SetLock(fd, F_RDLCK, ShareByte(right, false));
+    }
+    if ((share & right) == 0) {
+      SetLock(fd, F_RDLCK, ShareByte(right, true));
+    }
   }
   for (const unsigned right : kRights) {
-    if ((share & right) == 0 && SomebodyTells(fd, right, false)) refused = true;
+    if ((share & right) == 0 && SomebodyTells(fd, right, false)) {
+      refused = true;
+    }
   }
-  if (IsDeniedElsewhere(fd, access)) refused = true;
-  if (refused) TakeSharesBack(fd);
+  if (IsDeniedElsewhere(fd, access)) {
+    refused = true;
+  }
+  if (refused) {
+    TakeSharesBack(fd);
+  }
   return !refused;
 }
 

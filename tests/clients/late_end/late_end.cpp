@@ -7,7 +7,9 @@ namespace {
 class Client {
  public:
   ~Client() {
-    if (count_ > 0) utl_finalize(count_);
+    if (count_ > 0) {
+      utl_finalize(count_);
+    }
   }
   void Begin() { utl_initialize(count_); }
 

@@ -13,7 +13,9 @@ int main(int, char** argv) {
   static char track[] = "KES_IO_TRACK=1";
   static char points[] = "KES_IO_TIMEPOINTS=2";
   static char interval[] = "KES_IO_TIMEINTERVAL=1000000";
-  for (char* setting : {track, points, interval}) putenv(setting);
+  for (char* setting : {track, points, interval}) {
+    putenv(setting);
+  }
 
   DynamicLibrary library(argv[1]);
   // thr_GlobalSingleton<utl_IOTracker_Container>::Instance()

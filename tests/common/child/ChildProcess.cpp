@@ -16,7 +16,9 @@ std::map<std::string, ChildMain>& Registry() {
 }
 
 void DropReturn(std::string& line) {
-  if (!line.empty() && line.back() == '\r') line.pop_back();
+  if (!line.empty() && line.back() == '\r') {
+    line.pop_back();
+  }
 }
 
 }  // namespace
@@ -37,7 +39,9 @@ ChildProcess::~ChildProcess() = default;
 std::string ChildProcess::ReadLine() {
   size_t end;
   while ((end = received_.find('\n')) == std::string::npos) {
-    if (!system_->Receive(received_)) return std::exchange(received_, {});
+    if (!system_->Receive(received_)) {
+      return std::exchange(received_, {});
+    }
   }
   std::string line = received_.substr(0, end);
   received_.erase(0, end + 1);

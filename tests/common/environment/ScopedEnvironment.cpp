@@ -5,7 +5,9 @@
 ScopedEnvironment::ScopedEnvironment(const char* name, const char* value) : name_(name) {
   const char* earlier = std::getenv(name);
   wasSet_ = earlier != nullptr;
-  if (wasSet_) earlier_ = earlier;
+  if (wasSet_) {
+    earlier_ = earlier;
+  }
   SetEnvironment(name, value);
 }
 

@@ -37,7 +37,9 @@ std::string TempDir::File(const std::string& name) const {
 std::string TempDir::ShownPath() const {
   std::string shown = path_;
   for (char& c : shown) {
-    if (c == '/') c = '\\';
+    if (c == '/') {
+      c = '\\';
+    }
   }
   return shown[0] == '\\' ? "Z:" + shown : shown;
 }
@@ -46,12 +48,16 @@ void WriteWholeFile(const std::string& path, const std::string& bytes) {
   std::ofstream file(path, std::ios::binary | std::ios::trunc);
   file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   file.close();
-  if (!file) throw std::runtime_error("cannot write " + path);
+  if (!file) {
+    throw std::runtime_error("cannot write " + path);
+  }
 }
 
 std::string ReadWholeFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
-  if (!file) throw std::runtime_error("cannot read " + path);
+  if (!file) {
+    throw std::runtime_error("cannot read " + path);
+  }
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 

@@ -11,7 +11,9 @@ class PermissionsTest : public PlatformTest {};
 
 // Run as a user to whom the permissions of files apply.
 TEST_CHILD(openForbidden) {
-  if (!BecomeOtherUser()) return 2;
+  if (!BecomeOtherUser()) {
+    return 2;
+  }
   const std::string dir = argv[1];
   const bool expected =
       OpenCode(dir + "\\readonly", GENERIC_WRITE) == ERROR_ACCESS_DENIED &&

@@ -35,7 +35,9 @@ std::vector<std::string> LastFields(const std::string& line, std::size_t count,
     const std::size_t start = comma == std::string::npos ? 0 : comma + 2;
     fields.insert(fields.begin(), line.substr(start, end - start));
     end = comma == std::string::npos ? 0 : comma;
-    if (comma == std::string::npos) break;
+    if (comma == std::string::npos) {
+      break;
+    }
   }
   before = line.substr(0, end);
   EXPECT_EQ(fields.size(), count) << line;
@@ -63,7 +65,9 @@ double Number(const std::string& text) {
   const bool isFixed = areDigits(0, point) && text.size() == point + 7 &&
                        areDigits(point + 1, text.size());
   EXPECT_TRUE(isWhole || isFixed || text == "inf") << text;
-  if (text == "inf") return HUGE_VAL;
+  if (text == "inf") {
+    return HUGE_VAL;
+  }
   std::istringstream stream(text);
   stream.imbue(std::locale::classic());
   double number = -1;
@@ -79,7 +83,9 @@ TrackerLine ParseLine(const std::string& text, const std::vector<std::string>& c
   TrackerLine line;
   std::string before;
   const std::vector<std::string> fields = LastFields(text, columns.size() + 1, before);
-  if (fields.size() <= columns.size()) return line;
+  if (fields.size() <= columns.size()) {
+    return line;
+  }
   line.hasLabel = text.size() > before.size() && text.starts_with(before + kComma);
   line.label = before;
   line.elapsed = Number(fields[0]);
@@ -133,7 +139,9 @@ std::vector<double> TrackerLine::Of(const std::string& prefix) const {
 
 std::vector<std::string> ReadTextLines(const std::string& path) {
   std::vector<std::string> lines;
-  if (!FileExists(path)) return lines;
+  if (!FileExists(path)) {
+    return lines;
+  }
   const std::string text = ReadWholeFile(path);
   static const std::string lineEnd = TextFileEnd();
   for (std::size_t start = 0; start < text.size();) {
@@ -158,7 +166,9 @@ TrackerFile ReadTrackerFile(const std::string& path) {
   EXPECT_EQ(lines[0], "IO Tracking Totals");
   file.columns = SplitHead(lines[1]);
   file.hasLabels = file.columns[0] == "Code Mark";
-  if (file.hasLabels) file.columns.erase(file.columns.begin());
+  if (file.hasLabels) {
+    file.columns.erase(file.columns.begin());
+  }
   EXPECT_EQ(file.columns.empty() ? "" : file.columns[0], "Elapsed Time");
   file.columns.erase(file.columns.begin());
   for (std::size_t i = 2; i < lines.size(); ++i) {

@@ -51,7 +51,9 @@ class TrackerSurroundings {
 inline void LoadArguments(const std::vector<std::string>& arguments) {
   thr_GlobalSingleton<utl_CommandLine>::Destroy();
   cow_1DArrayList<cow_String> list;
-  for (const std::string& argument : arguments) list.Append(argument.c_str());
+  for (const std::string& argument : arguments) {
+    list.Append(argument.c_str());
+  }
   utl_CommandLineLoader::SetArgsList(list);
 }
 
@@ -84,7 +86,9 @@ class IOTrackerTest : public testing::Test {
   static std::vector<std::string> Files(const std::string& directory = ".") {
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(directory)) {
-      if (entry.is_regular_file()) names.push_back(entry.path().filename().string());
+      if (entry.is_regular_file()) {
+        names.push_back(entry.path().filename().string());
+      }
     }
     std::sort(names.begin(), names.end());
     return names;

@@ -180,11 +180,15 @@ TEST_F(IOTrackerIndividualTest, RevivedFileGoesOnInItsOutput) {
 TEST_F(IOTrackerIndividualTest, OfEqualNamesTheFirstFileGetsTheOutput) {
   utl_IOTracker& tracker = Start();
   const char* const paths[] = {"x\\a", "y\\a", "z\\A", " ", "./a", "d/..//a"};
-  for (int i = 0; i < 6; ++i) tracker.COpen(i, paths[i]);
+  for (int i = 0; i < 6; ++i) {
+    tracker.COpen(i, paths[i]);
+  }
   tracker.UOpen(0, "a");
   tracker.CWrite(0, 1, 1);
   tracker.CWrite(9, 1, 1);  // no path: it would be " "
-  for (int i = 0; i < 100; ++i) tracker.Mark("m");
+  for (int i = 0; i < 100; ++i) {
+    tracker.Mark("m");
+  }
   EndTracker();
   ASSERT_EQ(LinesOf("a_ioTotal"), 100U);
   for (const TrackerLine& line : Read("a_ioTotal").lines) {
@@ -213,7 +217,9 @@ TEST_F(IOTrackerIndividualTest, MoreFilesThanStreams) {
     EXPECT_NE(streams.back(), nullptr) << i;
   }
   for (std::FILE* stream : streams) {
-    if (stream != nullptr) std::fclose(stream);
+    if (stream != nullptr) {
+      std::fclose(stream);
+    }
   }
   EndTracker();
   for (int i = 0; i < kFiles; ++i) {

@@ -58,7 +58,9 @@ TEST_F(IOTrackerNamesTest, NamesOfTheFiles) {
     SCOPED_TRACE(testing::PrintToString(one.arguments));
     EndTracker();
     std::filesystem::remove_all("out");
-    for (const std::string& name : Files()) std::filesystem::remove(name);
+    for (const std::string& name : Files()) {
+      std::filesystem::remove(name);
+    }
     std::filesystem::create_directories("out/d");
     LoadArguments(one.arguments);
     utl_IOTracker& tracker = StartTracker("2");
@@ -115,8 +117,12 @@ TEST_F(IOTrackerNamesTest, NullOrNothingClearsTheSuffix) {
 
 TEST_F(IOTrackerNamesTest, OutputDirectoryIsCutAt2048Characters) {
   std::string directory = surroundings_.Dir().Path();
-  while (directory.size() + 2 <= 2048) directory += "/.";
-  if (directory.size() < 2048) directory += '/';
+  while (directory.size() + 2 <= 2048) {
+    directory += "/.";
+  }
+  if (directory.size() < 2048) {
+    directory += '/';
+  }
   ASSERT_EQ(directory.size(), 2048U);
   for (const char* more : {"", "/not there"}) {
     LoadArguments({"-outdir", directory + more, "-job", "beam"});
@@ -129,7 +135,9 @@ TEST_F(IOTrackerNamesTest, OutputDirectoryIsCutAt2048Characters) {
 
 TEST_F(IOTrackerNamesTest, JobIsCutAt2048Characters) {
   std::string job;
-  while (job.size() < 2044) job += "./";
+  while (job.size() < 2044) {
+    job += "./";
+  }
   job += "beam";
   ASSERT_EQ(job.size(), 2048U);
   for (const char* more : {"", "more"}) {
@@ -144,7 +152,9 @@ TEST_F(IOTrackerNamesTest, JobIsCutAt2048Characters) {
 TEST_F(IOTrackerNamesTest, SuffixIsCutAt2048Characters) {
   std::filesystem::create_directory("ioFileSummary_");
   std::string suffix = "/";
-  while (suffix.size() < 2047) suffix += "./";
+  while (suffix.size() < 2047) {
+    suffix += "./";
+  }
   suffix += 's';
   ASSERT_EQ(suffix.size(), 2048U);
   for (const char* more : {"", "more"}) {

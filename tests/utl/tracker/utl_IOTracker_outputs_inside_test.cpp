@@ -112,12 +112,16 @@ TEST_F(IOTrackerOutputsTest, LabelsAreWrittenAsTheyAre) {
   utl_IOTracker& tracker = StartTracker("1");
   const std::string labels[] = {
       "", "%s %d %n", ", ", "1, 2.000000", "\xFF\x01", std::string(100000, 'x')};
-  for (const std::string& label : labels) tracker.Mark(label.c_str());
+  for (const std::string& label : labels) {
+    tracker.Mark(label.c_str());
+  }
   tracker.Mark(nullptr);
   EndTracker();
   const TrackerFile totals = Read("ioTotal");
   ASSERT_EQ(totals.lines.size(), 7U);
-  for (std::size_t i = 0; i < 6; ++i) EXPECT_EQ(totals.lines[i].label, labels[i]);
+  for (std::size_t i = 0; i < 6; ++i) {
+    EXPECT_EQ(totals.lines[i].label, labels[i]);
+  }
   EXPECT_TRUE(totals.lines[6].hasLabel);
   EXPECT_EQ(totals.lines[6].label, "");
 }
@@ -329,7 +333,9 @@ TEST_F(IOTrackerOutputsTest, NumbersDoNotDependOnTheLocale) {
   SetEnvironment("KES_IO_INDIVIDUAL", "1");
   utl_IOTracker& tracker = StartTracker("2");
   UseFiles(tracker);
-  for (int i = 0; i < 1500; ++i) tracker.CWrite(1, kMegabyte, 1);
+  for (int i = 0; i < 1500; ++i) {
+    tracker.CWrite(1, kMegabyte, 1);
+  }
   tracker.Mark("m");
   EndTracker();
   const Numbers expected = {1502, 1502, 1500.75, 1, 4, 1.5};
@@ -432,7 +438,9 @@ TEST_F(IOTrackerOutputsTest, FailingWritesPassInSilence) {
   const int fd = NextDescriptor();
   tracker.Mark("m");
   ASSERT_EQ(_close(fd), 0) << "the totals' own";
-  for (int i = 0; i < 1000; ++i) tracker.Mark("m");
+  for (int i = 0; i < 1000; ++i) {
+    tracker.Mark("m");
+  }
   tracker.FlushOutputs();
   EndTracker();
   EXPECT_EQ(ReadWholeFile(File("ioTotal")), "");
@@ -447,7 +455,9 @@ TEST_F(IOTrackerOutputsTest, FullDiskPassesInSilence) {
   utl_IOTracker& tracker = StartTracker("2");
   tracker.SetSuffix("/../../../../../../../../dev/full");
   UseFiles(tracker);
-  for (int i = 0; i < 1000; ++i) tracker.Mark("m");
+  for (int i = 0; i < 1000; ++i) {
+    tracker.Mark("m");
+  }
   tracker.FlushOutputs();
   utl_IOTrackerRecord record;
   EXPECT_TRUE(tracker.CTotals(1, record));

@@ -19,14 +19,18 @@ std::vector<std::vector<std::string>> Shown(const std::string& firstLine) {
   std::ifstream page(KST_IO_TRACKER_PAGE);
   bool inside = false;
   for (std::string line; std::getline(page, line);) {
-    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (!line.empty() && line.back() == '\r') {
+      line.pop_back();
+    }
     if (line == indent + firstLine) {
       inside = true;
       texts.emplace_back();
     } else if (!line.empty() && !line.starts_with(indent)) {
       inside = false;
     }
-    if (inside) texts.back().push_back(line.empty() ? line : line.substr(indent.size()));
+    if (inside) {
+      texts.back().push_back(line.empty() ? line : line.substr(indent.size()));
+    }
   }
   return texts;
 }
@@ -35,10 +39,16 @@ class IOTrackerPageTest : public testing::Test {
  protected:
   // A file with the lines of a text of the page.
   std::string FileOf(std::vector<std::string> lines, bool endsWithEmptyLine) const {
-    while (!lines.empty() && lines.back().empty()) lines.pop_back();
-    if (endsWithEmptyLine) lines.emplace_back();
+    while (!lines.empty() && lines.back().empty()) {
+      lines.pop_back();
+    }
+    if (endsWithEmptyLine) {
+      lines.emplace_back();
+    }
     std::ofstream file(dir_.File("shown"));
-    for (const std::string& line : lines) file << line << '\n';
+    for (const std::string& line : lines) {
+      file << line << '\n';
+    }
     return dir_.File("shown");
   }
 

@@ -119,7 +119,9 @@ TEST_CHILD(endsWithoutFinalize) {
   tracker.FlushOutputs();
   utl_IOTracker_Mark("two");
   const std::string way = argv[1];
-  if (way == "exit") std::exit(0);
+  if (way == "exit") {
+    std::exit(0);
+  }
   if (way == "thread") {
     std::thread([] { std::exit(0); }).join();
   }
@@ -195,7 +197,9 @@ TEST_CHILD(clientEndsLate) {
   // Threads that record to their end, as far as the system lets them live.
   for (int i = 0; i < std::atoi(argv[2]); ++i) {
     std::thread([&tracker] {
-      for (;;) tracker.CRead(0, kMegabyte, 1);
+      for (;;) {
+        tracker.CRead(0, kMegabyte, 1);
+      }
     }).detach();
   }
   utl_sleep(static_cast<unsigned>(std::atoi(argv[3])));
@@ -256,11 +260,15 @@ TEST_F(IOTrackerProcessTest, FinalizeWhenThePoolsIdleThreadsAreGone) {
 }
 
 TEST_CHILD(cannotWrite) {
-  if (!BecomeOtherUser()) return 2;
+  if (!BecomeOtherUser()) {
+    return 2;
+  }
   int count = 0;
   utl_initialize(count);
   Tracker().COpen(1, "a");
-  for (int i = 0; i < 10; ++i) utl_IOTracker_Mark("m");
+  for (int i = 0; i < 10; ++i) {
+    utl_IOTracker_Mark("m");
+  }
   Tracker().FlushOutputs();
   utl_finalize(count);
   return 0;
@@ -273,7 +281,9 @@ TEST_F(IOTrackerProcessTest, DirectoryWithoutPermissionIsPassedOverInSilence) {
     ForbidCreation(surroundings_.Dir().Path());
     const int status = Run("cannotWrite");
     AllowCreation(surroundings_.Dir().Path());
-    if (status == 2) GTEST_SKIP() << "no user to whom permissions apply";
+    if (status == 2) {
+      GTEST_SKIP() << "no user to whom permissions apply";
+    }
     EXPECT_EQ(status, 0);
     EXPECT_FALSE(Exists("ioTotal"));
     EXPECT_FALSE(Exists("a_ioTotal"));

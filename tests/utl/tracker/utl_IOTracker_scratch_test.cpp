@@ -127,7 +127,9 @@ TEST_F(IOTrackerScratchTest, OptionWithoutValueIsNoDirectory) {
 
 TEST_F(IOTrackerScratchTest, NameIsCutAt2048Characters) {
   std::string scratch = "/";
-  while (scratch.size() < 2045) scratch += "d/";
+  while (scratch.size() < 2045) {
+    scratch += "d/";
+  }
   scratch += "eee";
   ASSERT_EQ(scratch.size(), 2048U);
   EXPECT_EQ(KindOf(scratch, scratch + "/f"), 0);

@@ -128,7 +128,9 @@ TEST_P(IOTrackerTableTest, WritesAndReadsAreCounted) {
 TEST_P(IOTrackerTableTest, MegabytesOfManyBytesAreExact) {
   Start();
   Open(7, "a");
-  for (int i = 0; i < 1024; ++i) Write(7, (std::int64_t{1} << 42) + (i % 2));
+  for (int i = 0; i < 1024; ++i) {
+    Write(7, (std::int64_t{1} << 42) + (i % 2));
+  }
   EXPECT_EQ(Totals(7).writeMB, double(1LL << 32) + 512.0 / kMegabyte);
 }
 
@@ -417,10 +419,16 @@ TEST_P(IOTrackerTableTest, AnyNumberIsAKey) {
   using Limits = std::numeric_limits<std::int64_t>;
   const std::int64_t keys[] = {
       0, -1, Limits::min(), Limits::max(), 0x7F0000000010, std::int64_t{1} << 32};
-  for (const std::int64_t key : keys) Open(key, std::to_string(key).c_str());
-  for (const std::int64_t key : keys) Write(key, 1);
+  for (const std::int64_t key : keys) {
+    Open(key, std::to_string(key).c_str());
+  }
+  for (const std::int64_t key : keys) {
+    Write(key, 1);
+  }
   EXPECT_EQ(Count(), 6);
-  for (const std::int64_t key : keys) EXPECT_EQ(Totals(key).writeCount, 1) << key;
+  for (const std::int64_t key : keys) {
+    EXPECT_EQ(Totals(key).writeCount, 1) << key;
+  }
 }
 
 TEST_P(IOTrackerTableTest, PathsAreCutAt1023Characters) {
@@ -470,7 +478,9 @@ TEST_P(IOTrackerTableTest, PathTextsStayWhileTheTableGrowsAndFilesAreRenamed) {
   const char* const first = PathText(0);
   Rename(0, "renamed");
   const char* const renamed = PathText(0);
-  for (int i = 1; i < 1000; ++i) Open(i, ("f" + std::to_string(i)).c_str());
+  for (int i = 1; i < 1000; ++i) {
+    Open(i, ("f" + std::to_string(i)).c_str());
+  }
   EXPECT_STREQ(first, "first");
   EXPECT_STREQ(renamed, "renamed");
   EXPECT_EQ(PathText(0), renamed);
@@ -481,7 +491,9 @@ TEST_P(IOTrackerTableTest, EntriesKeepTheOrderOfTheirMaking) {
   for (int i = 0; i < 50; ++i) {
     Open(1000 - i, ("f" + std::to_string(i)).c_str());
     Write(1000 - i, i);
-    if (i % 3 == 0) Close(1000 - i);
+    if (i % 3 == 0) {
+      Close(1000 - i);
+    }
   }
   ASSERT_EQ(Count(), 50);
   for (int i = 0; i < 50; ++i) {
@@ -492,9 +504,12 @@ TEST_P(IOTrackerTableTest, EntriesKeepTheOrderOfTheirMaking) {
 TEST_P(IOTrackerTableTest, HundredThousandFiles) {
   constexpr int kFiles = 100000;
   Start();
-  for (int i = 0; i < kFiles; ++i)
+  for (int i = 0; i < kFiles; ++i) {
     Open(std::int64_t{8} * i, ("f" + std::to_string(i)).c_str());
-  for (int i = 0; i < kFiles; ++i) Write(std::int64_t{8} * i, kMegabyte, 0.5);
+  }
+  for (int i = 0; i < kFiles; ++i) {
+    Write(std::int64_t{8} * i, kMegabyte, 0.5);
+  }
   ASSERT_EQ(Count(), kFiles);
   EXPECT_EQ(Path(kFiles - 1), "f99999");
   EXPECT_EQ(Totals(std::int64_t{8} * (kFiles / 2)).writeCount, 1);

@@ -33,7 +33,9 @@ void RunThreads(int count, const std::function<void(int)>& work) {
       work(i);
     });
   }
-  for (std::thread& thread : threads) thread.join();
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
 }
 
 // What `operations` of one kind come to.
@@ -48,7 +50,9 @@ Numbers Doubled(const Numbers& numbers) {
 }
 
 void operator+=(Numbers& sum, const Numbers& other) {
-  for (std::size_t i = 0; i < sum.size(); ++i) sum[i] += other[i];
+  for (std::size_t i = 0; i < sum.size(); ++i) {
+    sum[i] += other[i];
+  }
 }
 
 // Every thread writes to a file of its own and reads from one that all share.

@@ -29,14 +29,18 @@ class IOTrackerTimedTest : public IOTrackerTest {
  protected:
   IOTrackerTimedTest() { SetEnvironment("KES_IO_TIMEPOINTS", "2"); }
   ~IOTrackerTimedTest() override {
-    if (capturing_) End();
+    if (capturing_) {
+      End();
+    }
     EndPool();
   }
 
   // The standard error stream is captured from here on: doing so flushes all streams of
   // the process, which must not be while the task has some.
   utl_IOTracker& Start(const char* interval, const char* level = "1") {
-    if (!capturing_) testing::internal::CaptureStderr();
+    if (!capturing_) {
+      testing::internal::CaptureStderr();
+    }
     capturing_ = true;
     SetEnvironment("KES_IO_TIMEINTERVAL", interval);
     return StartTracker(level);
@@ -52,7 +56,9 @@ class IOTrackerTimedTest : public IOTrackerTest {
 
   // Waits until the files show that many.
   void AwaitPoints(utl_IOTracker& tracker, std::size_t count) const {
-    while (Points(tracker) < count) utl_sleep(10);
+    while (Points(tracker) < count) {
+      utl_sleep(10);
+    }
   }
 
   // Waits for a time point that shows all that was counted before the call. The one of
@@ -193,7 +199,9 @@ TEST_F(IOTrackerTimedTest, IntervalOfTheEnvironment) {
       std::this_thread::yield();
     });
     Start(one.value);
-    while (first == 0) std::this_thread::yield();
+    while (first == 0) {
+      std::this_thread::yield();
+    }
     End();
     EndPool();
     EXPECT_LE(first, one.firstPause);
@@ -215,14 +223,18 @@ TEST_F(IOTrackerTimedTest, PausesLastTheInterval) {
     double latestEnd = 0;
     const InsteadOfSleep watch([&](DWORD milliseconds) {
       const std::chrono::milliseconds pause(milliseconds);
-      if (Exists("ioTotal")) return std::this_thread::sleep_for(pause);
+      if (Exists("ioTotal")) {
+        return std::this_thread::sleep_for(pause);
+      }
       timer.Start();
       latestEnd = std::max(latestEnd, ended + milliseconds / 1000.0);
       std::this_thread::sleep_for(pause);
       ended = timer.Elapsed();
     });
     Start(one.value);
-    while (!Exists("ioTotal")) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    while (!Exists("ioTotal")) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
     End();
     EXPECT_GE(Read("ioTotal").lines.at(0).elapsed, one.seconds - 1e-6);
     EXPECT_LE(latestEnd, one.seconds + kRounding);
@@ -235,7 +247,9 @@ TEST_F(IOTrackerTimedTest, EndWhileTheTaskSleeps) {
   std::promise<void> sleeps;
   std::atomic<bool> told = false;
   const InsteadOfSleep watch([&](DWORD) {
-    if (!told.exchange(true)) sleeps.set_value();
+    if (!told.exchange(true)) {
+      sleeps.set_value();
+    }
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   });
   utl_IOTracker& tracker = Start("100000");
@@ -259,7 +273,9 @@ TEST_F(IOTrackerTimedTest, EndWaitsInPausesOfATenthOfASecond) {
   bool hasTotals = false;
   const InsteadOfSleep watch([&](DWORD milliseconds) {
     if (std::this_thread::get_id() != ending) {
-      if (std::exchange(told, true)) return;
+      if (std::exchange(told, true)) {
+        return;
+      }
       sleeps.set_value();
       mayWake.get_future().wait();
       return;
@@ -285,7 +301,9 @@ TEST_F(IOTrackerTimedTest, EndWaitsInPausesOfATenthOfASecond) {
 TEST_F(IOTrackerTimedTest, EndWhileTheTaskWrites) {
   for (int round = 0; round < 20; ++round) {
     utl_IOTracker& tracker = Start("1", "2");
-    for (int i = 0; i < 100; ++i) tracker.COpen(i, std::to_string(i).c_str());
+    for (int i = 0; i < 100; ++i) {
+      tracker.COpen(i, std::to_string(i).c_str());
+    }
     AwaitPoints(tracker, 1);
     EXPECT_EQ(End(), kCompleted);
     EXPECT_EQ(Read("ioTotal").lines.size(), Read("ioInc").lines.size());
@@ -327,7 +345,9 @@ TEST_F(IOTrackerTimedTest, TwoTrackersOneAfterTheOther) {
     LoadArguments({"-job", job});
     utl_IOTracker& tracker = Start("1");
     tracker.CWrite(1, kMegabyte, 1);
-    while (!Exists(std::string(job) + ".ioTotal")) utl_sleep(1);
+    while (!Exists(std::string(job) + ".ioTotal")) {
+      utl_sleep(1);
+    }
     EXPECT_EQ(End(), kCompleted);
     EXPECT_GE(Read(std::string(job) + ".ioTotal").lines.size(), 1U);
   }
@@ -342,10 +362,14 @@ TEST_F(IOTrackerTimedTest, OperationsGoOnWhileTheTaskWrites) {
   for (int thread = 0; thread < 4; ++thread) {
     threads.emplace_back([&, thread] {
       start.Wait();
-      for (int i = 0; i < 20000; ++i) tracker.CWrite(thread, kMegabyte, 1);
+      for (int i = 0; i < 20000; ++i) {
+        tracker.CWrite(thread, kMegabyte, 1);
+      }
     });
   }
-  for (std::thread& thread : threads) thread.join();
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
   AwaitNextPoint(tracker);
   End();
   EXPECT_EQ(Read("ioTotal").lines.back().Of("Work "),

@@ -24,7 +24,9 @@ class utl_LineText {
   }
   /// As "%*s".
   utl_LineText& Right(std::string_view text, std::size_t width) {
-    if (text.size() < width) text_.append(width - text.size(), ' ');
+    if (text.size() < width) {
+      text_.append(width - text.size(), ' ');
+    }
     return Text(text);
   }
 

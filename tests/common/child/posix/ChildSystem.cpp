@@ -32,7 +32,9 @@ ChildProcess::System::System(const std::vector<std::string>& args)
     throw std::runtime_error("no pipes for a child process");
   }
   std::vector<char*> argv = {const_cast<char*>("/proc/self/exe")};
-  for (const std::string& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
+  for (const std::string& arg : args) {
+    argv.push_back(const_cast<char*>(arg.c_str()));
+  }
   argv.push_back(nullptr);
   handles_->process = fork();
   if (handles_->process == 0) {
@@ -45,7 +47,9 @@ ChildProcess::System::System(const std::vector<std::string>& args)
   close(output[1]);
   handles_->input = input[0];
   handles_->output = output[0];
-  if (handles_->process < 0) throw std::runtime_error("no child process");
+  if (handles_->process < 0) {
+    throw std::runtime_error("no child process");
+  }
 }
 
 ChildProcess::System::~System() {
@@ -60,7 +64,9 @@ bool ChildProcess::System::Receive(std::string& bytes) {
   do {
     count = read(handles_->output, buffer, sizeof buffer);
   } while (count < 0 && errno == EINTR);
-  if (count > 0) bytes.append(buffer, static_cast<size_t>(count));
+  if (count > 0) {
+    bytes.append(buffer, static_cast<size_t>(count));
+  }
   return count > 0;
 }
 
@@ -70,7 +76,9 @@ bool ChildProcess::System::Send(const std::string& bytes) {
 }
 
 void ChildProcess::System::CloseInput() {
-  if (handles_->input >= 0) close(handles_->input);
+  if (handles_->input >= 0) {
+    close(handles_->input);
+  }
   handles_->input = -1;
 }
 
@@ -83,7 +91,9 @@ bool ChildProcess::System::IsRunning() {
 }
 
 void ChildProcess::System::Kill() {
-  if (IsRunning()) kill(handles_->process, SIGKILL);
+  if (IsRunning()) {
+    kill(handles_->process, SIGKILL);
+  }
   Wait();
 }
 

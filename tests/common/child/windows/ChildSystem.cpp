@@ -17,7 +17,9 @@ std::string Quoted(const std::string& arg) {
   std::string quoted = "\"";
   size_t backslashes = 0;
   for (const char c : arg) {
-    if (c == '"') quoted.append(backslashes + 1, '\\');
+    if (c == '"') {
+      quoted.append(backslashes + 1, '\\');
+    }
     backslashes = c == '\\' ? backslashes + 1 : 0;
     quoted += c;
   }
@@ -27,7 +29,9 @@ std::string Quoted(const std::string& arg) {
 std::string CommandLine(const std::string& program,
                         const std::vector<std::string>& args) {
   std::string line = Quoted(program);
-  for (const std::string& arg : args) (line += ' ') += Quoted(arg);
+  for (const std::string& arg : args) {
+    (line += ' ') += Quoted(arg);
+  }
   return line;
 }
 
@@ -62,7 +66,9 @@ ChildProcess::System::System(const std::vector<std::string>& args)
                                       nullptr, nullptr, &startup, &process);
   CloseHandle(startup.hStdInput);
   CloseHandle(startup.hStdOutput);
-  if (!started) throw std::runtime_error("no child process");
+  if (!started) {
+    throw std::runtime_error("no child process");
+  }
   CloseHandle(process.hThread);
   handles_->process = process.hProcess;
 }
@@ -77,7 +83,9 @@ ChildProcess::System::~System() {
 bool ChildProcess::System::Receive(std::string& bytes) {
   char buffer[4096];
   DWORD count = 0;
-  if (!ReadFile(handles_->output, buffer, sizeof buffer, &count, nullptr)) return false;
+  if (!ReadFile(handles_->output, buffer, sizeof buffer, &count, nullptr)) {
+    return false;
+  }
   bytes.append(buffer, count);
   return count > 0;
 }
@@ -90,7 +98,9 @@ bool ChildProcess::System::Send(const std::string& bytes) {
 }
 
 void ChildProcess::System::CloseInput() {
-  if (handles_->input != nullptr) CloseHandle(handles_->input);
+  if (handles_->input != nullptr) {
+    CloseHandle(handles_->input);
+  }
   handles_->input = nullptr;
 }
 
@@ -100,7 +110,9 @@ bool ChildProcess::System::IsRunning() {
 
 void ChildProcess::System::Kill() {
   // The code that the end by signal 9 has on the other target.
-  if (IsRunning()) TerminateProcess(handles_->process, 137);
+  if (IsRunning()) {
+    TerminateProcess(handles_->process, 137);
+  }
   Wait();
 }
 

@@ -7,7 +7,9 @@
 bool BecomeOtherUser() {
   const HANDLE handle = CreateFileA("Z:\\root\\", GENERIC_READ, 7, nullptr, OPEN_EXISTING,
                                     FILE_FLAG_BACKUP_SEMANTICS, nullptr);
-  if (handle == INVALID_HANDLE_VALUE) return true;
+  if (handle == INVALID_HANDLE_VALUE) {
+    return true;
+  }
   CloseHandle(handle);
   return false;
 }

@@ -24,7 +24,9 @@ void Close(int& end) {
 }  // namespace
 
 Pipe::Pipe() {
-  if (pipe2(ends_, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+  if (pipe2(ends_, O_CLOEXEC) != 0) {
+    throw std::runtime_error("no pipe");
+  }
 }
 
 Pipe::~Pipe() {

@@ -17,7 +17,9 @@ BoundSocket::BoundSocket() : number_(socket(AF_INET, SOCK_STREAM, 0)) {
 }
 
 void BoundSocket::Close() {
-  if (number_ >= 0) close(number_);
+  if (number_ >= 0) {
+    close(number_);
+  }
   number_ = -1;
 }
 

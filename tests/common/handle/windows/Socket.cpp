@@ -28,7 +28,9 @@ BoundSocket::BoundSocket() {
 }
 
 void BoundSocket::Close() {
-  if (number_ >= 0) closesocket(static_cast<SOCKET>(number_));
+  if (number_ >= 0) {
+    closesocket(static_cast<SOCKET>(number_));
+  }
   number_ = -1;
 }
 
