@@ -138,7 +138,7 @@ class KSTUTL_EXPORT utl_FilePath {
   // The rest is implementation.
 
  private:
-  void SetPlainPath(cow_String fileName, cow_String directory);
+  void SetPlainPath(const cow_String& fileName, const cow_String& directory);
   bool IsPlain() const { return !isUrl_ && !isNetworkConnector_; }
   cow_String Anchor(std::string_view name, std::string_view directory) const;
   cow_String CurrentDirectoryOfDrive(char letter) const;

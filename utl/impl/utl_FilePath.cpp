@@ -83,11 +83,11 @@ void utl_FilePath::SetFilePath(cow_String fileName, cow_String directory) {
   fileName.Replace('/', '\\');
   utl_expandEnvironment(directory);
   utl_expandEnvironment(fileName);
-  SetPlainPath(std::move(fileName), std::move(directory));
+  SetPlainPath(fileName, directory);
 }
 
 // Both are separated by `\` and expanded.
-void utl_FilePath::SetPlainPath(cow_String fileName, cow_String directory) {
+void utl_FilePath::SetPlainPath(const cow_String& fileName, const cow_String& directory) {
   subdirectory_ = baseName_ = extension_ = cow_String();
 
   std::string_view name = fileName;

@@ -154,7 +154,7 @@ void Settle(int fd, const LockNotes& notes, const Range& range) {
     isShared = true;
   }
   SetLock(fd, F_UNLCK, ReaderRange(range));
-  SetLock(fd, isShared ? TypeOf(notes, {range, false}) : F_UNLCK, range);
+  SetLock(fd, isShared ? TypeOf(notes, {range, false}) : short{F_UNLCK}, range);
 }
 
 // What stands against a lock before the system is told of it. `isBorrowed` when it need

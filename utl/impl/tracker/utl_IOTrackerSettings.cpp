@@ -77,6 +77,6 @@ std::string utl_IOTrackerSettings::IndividualName(std::string_view path) const {
   return WithSuffix((name += path) += "_ioTotal");
 }
 
-std::string utl_IOTrackerSettings::WithSuffix(std::string name) const {
+std::string utl_IOTrackerSettings::WithSuffix(const std::string& name) const {
   return suffix.empty() ? name : name + '_' + suffix;
 }

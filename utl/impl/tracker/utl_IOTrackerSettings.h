@@ -35,7 +35,7 @@ struct utl_IOTrackerSettings {
   std::string suffix;  // "": none
 
  private:
-  std::string WithSuffix(std::string name) const;
+  std::string WithSuffix(const std::string& name) const;
 };
 
 /// At most the first `most` characters of `text`; null is "".
