@@ -143,8 +143,8 @@ DWORD GetCurrentProcessId() {
 }
 
 // A descriptor stands behind the handle, so that it is closed as any other.
-HANDLE OpenProcess(DWORD, BOOL inherit, DWORD processId) {
-  if (processId != GetCurrentProcessId()) {
+HANDLE OpenProcess(DWORD, BOOL inherit, DWORD id) {
+  if (id != GetCurrentProcessId()) {
     SetLastError(ERROR_INVALID_PARAMETER);
     return nullptr;
   }
