@@ -97,7 +97,7 @@ TEST_F(DescriptorTest, PermissionsOfNewFiles) {
   };
   const std::optional<bool> usual = OtherUserMayRead(Name("a"));
   if (!usual) {
-    GTEST_SKIP() << "no other user than root to be had on this target";
+    GTEST_SKIP() << "this target has no other user than root";
   }
   EXPECT_EQ(created("everybody's", 0666), usual);
   EXPECT_EQ(created("own", _S_IREAD | _S_IWRITE), false);
