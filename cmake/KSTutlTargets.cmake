@@ -2,6 +2,12 @@
 
 find_package(Threads REQUIRED)
 
+# Ends the configuration because something is not there, and tells how to get it.
+function(kstutl_missing what package)
+  message(FATAL_ERROR "KSTutl needs ${what}, which was not found.\n"
+    "On Debian and Ubuntu: apt-get install ${package}\n${ARGN}")
+endfunction()
+
 # Strict warnings; errors only where the project is built for itself, so that
 # another compiler's new warning never breaks a client's build.
 function(kstutl_compile_options target)
@@ -57,18 +63,29 @@ function(kstutl_link_platform_calls target)
 endfunction()
 
 # kstutl_pcre2: the regular-expression engine, static where it was cross-built.
-find_path(PCRE2_INCLUDE_DIR pcre2.h REQUIRED)
-find_library(PCRE2_LIBRARY pcre2-8 REQUIRED)
+find_path(PCRE2_INCLUDE_DIR pcre2.h)
+find_library(PCRE2_LIBRARY pcre2-8)
+if(NOT PCRE2_INCLUDE_DIR OR NOT PCRE2_LIBRARY)
+  if(CMAKE_CROSSCOMPILING)
+    message(FATAL_ERROR "KSTutl needs PCRE2 (8 bit, static) for ${CMAKE_SYSTEM_NAME}, "
+      "which was not found.\n"
+      "scripts/windows-libs builds it for the toolchain of this project.")
+  endif()
+  kstutl_missing("PCRE2 (8 bit)" libpcre2-dev
+    "Elsewhere set PCRE2_INCLUDE_DIR and PCRE2_LIBRARY.")
+endif()
 add_library(kstutl_pcre2 INTERFACE)
 target_include_directories(kstutl_pcre2 SYSTEM INTERFACE "${PCRE2_INCLUDE_DIR}")
 target_link_libraries(kstutl_pcre2 INTERFACE "${PCRE2_LIBRARY}")
 target_compile_definitions(kstutl_pcre2 INTERFACE
   PCRE2_CODE_UNIT_WIDTH=8 $<$<BOOL:${WIN32}>:PCRE2_STATIC>)
 
-# kstutl_runtime: the compiler's run-time DLLs, stripped, beside the library.
-# They are shared because exceptions that cross a DLL's boundary need one run
-# time in the process. The Fortran ones are there only if its compiler is.
-function(kstutl_add_runtime folder)
+# The compiler's run-time DLLs, stripped, beside the library, which knows their names by
+# its property KSTUTL_RUNTIME. They are shared because exceptions that cross a DLL's
+# boundary need one run time in the process. The Fortran ones are there only if its
+# compiler is.
+function(kstutl_add_runtime library)
+  set(folder "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
   foreach(name libgcc_s_seh-1 libstdc++-6 libwinpthread-1
                libgfortran-5 libquadmath-0)
     execute_process(
@@ -82,7 +99,11 @@ function(kstutl_add_runtime folder)
       COMMAND "${CMAKE_COMMAND}" -E make_directory "${folder}"
       COMMAND "${CMAKE_STRIP}" -o "${folder}/${name}.dll" "${file}"
       DEPENDS "${file}" VERBATIM)
+    list(APPEND names "${name}.dll")
     list(APPEND copies "${folder}/${name}.dll")
   endforeach()
   add_custom_target(kstutl_runtime ALL DEPENDS ${copies})
+  add_dependencies(${library} kstutl_runtime)
+  set_target_properties(${library} PROPERTIES
+    KSTUTL_RUNTIME "${names}" EXPORT_PROPERTIES KSTUTL_RUNTIME)
 endfunction()

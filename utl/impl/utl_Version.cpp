@@ -8,9 +8,10 @@ template class omi_Singleton<utl_Version>;
 
 namespace {
 
-constexpr int kMajorVersion = 6;
-constexpr int kMinorVersion = 6;
-constexpr int kUpdateVersion = 7;
+// The build's project has the release.
+constexpr int kMajorVersion = KSTUTL_VERSION_MAJOR;
+constexpr int kMinorVersion = KSTUTL_VERSION_MINOR;
+constexpr int kUpdateVersion = KSTUTL_VERSION_UPDATE;
 constexpr int kCopyrightYear = 2007;
 constexpr utl_VersionTypeEnum kBuildType = VT_GENMAINT;
 

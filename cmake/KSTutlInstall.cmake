@@ -1,0 +1,65 @@
+# What cmake --install puts where, in four components:
+#   Runtime        what programs need that use the library
+#   Development    headers, CMake and pkg-config files, the Fortran module's source
+#   Tools          programs
+#   Documentation  pages and examples
+# Everything is found relative to its neighbours, so that the whole may be moved.
+
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+set(CMAKE_INSTALL_DOCDIR "${CMAKE_INSTALL_DATAROOTDIR}/doc/kstutl")
+set(headers "${CMAKE_INSTALL_INCLUDEDIR}/kstutl")
+set(config_folder "${CMAKE_INSTALL_LIBDIR}/cmake/KSTutl")
+set(generated "${CMAKE_CURRENT_BINARY_DIR}/install")
+
+install(TARGETS KSTutl EXPORT KSTutl
+  RUNTIME COMPONENT Runtime
+  LIBRARY COMPONENT Runtime NAMELINK_COMPONENT Development
+  ARCHIVE COMPONENT Development)
+if(WIN32)
+  get_target_property(names KSTutl KSTUTL_RUNTIME)
+  list(TRANSFORM names PREPEND "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/")
+  install(FILES ${names} DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT Runtime)
+endif()
+
+install(DIRECTORY include/ "${CMAKE_CURRENT_BINARY_DIR}/include/"
+  DESTINATION "${headers}" COMPONENT Development
+  FILES_MATCHING PATTERN "*.h" PATTERN "*.f90")
+install(EXPORT KSTutl FILE KSTutlExport.cmake NAMESPACE KSTutl::
+  DESTINATION "${config_folder}" COMPONENT Development)
+configure_package_config_file(cmake/KSTutlConfig.cmake.in "${generated}/KSTutlConfig.cmake"
+  INSTALL_DESTINATION "${config_folder}" PATH_VARS headers)
+write_basic_package_version_file("${generated}/KSTutlConfigVersion.cmake"
+  COMPATIBILITY SameMinorVersion)
+install(FILES
+  "${generated}/KSTutlConfig.cmake" "${generated}/KSTutlConfigVersion.cmake"
+  cmake/KSTutlCopyRuntime.cmake
+  DESTINATION "${config_folder}" COMPONENT Development)
+
+set(pc_folder "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+file(RELATIVE_PATH prefix_from_pc "/${pc_folder}" "/")
+string(REGEX REPLACE "/$" "" prefix_from_pc "${prefix_from_pc}")
+configure_file(cmake/kstutl.pc.in "${generated}/kstutl.pc" @ONLY)
+install(FILES "${generated}/kstutl.pc" DESTINATION "${pc_folder}" COMPONENT Development)
+
+# Programs find the library beside them, but where the system does so anyway.
+function(kstutl_install_tool target)
+  install(TARGETS ${target} RUNTIME COMPONENT Tools)
+  if(WIN32)
+    return()
+  endif()
+  file(RELATIVE_PATH libraries "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
+  set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries}")
+  install(CODE "
+    if(CMAKE_INSTALL_PREFIX STREQUAL \"/usr\")
+      file(RPATH_REMOVE FILE \"\$ENV{DESTDIR}/usr/${CMAKE_INSTALL_BINDIR}/${target}\")
+    endif()" COMPONENT Tools)
+endfunction()
+if(KSTUTL_EXAMPLES)
+  kstutl_install_tool(kst_truss)  # to try an installation with
+endif()
+
+install(FILES README.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT Documentation)
+install(DIRECTORY docs examples DESTINATION "${CMAKE_INSTALL_DOCDIR}"
+  COMPONENT Documentation)
