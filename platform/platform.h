@@ -21,6 +21,9 @@ bool NameOf(const std::filesystem::path& path, std::string& name);
 /// std::getenv.
 char* Environment(const char* name);
 
+/// Whether a file that is open can be replaced by renaming another one.
+bool OpenFilesCanBeReplaced();
+
 // The rights of files: owner, group and permissions on POSIX. On Windows a file has those
 // that its directory hands down to new files, and these calls do nothing.
 

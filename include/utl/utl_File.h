@@ -69,8 +69,12 @@ class KSTUTL_EXPORT utl_File {
   /// sure that the I/O tracker's holder exists.
   void Init();
 
-  /// Opens the file anew, as at first, if it is open and its path leads to another one by
-  /// now: somebody has replaced it. Throws as `Init`, and utl_FileExceptionClose.
+  /// Closes the file for now, so that others can replace it; the next operation opens it
+  /// again, at its start and without emptying it. Throws utl_FileExceptionClose.
+  void Release();
+
+  /// Opens the file anew if it is open and its path leads to another one by now: somebody
+  /// has replaced it. Throws as `Init`, and utl_FileExceptionClose.
   void Renew();
 
   /// The system's handle of the file, for calls that this class does not offer. It stays
@@ -139,9 +143,9 @@ class KSTUTL_EXPORT utl_File {
   /// is a link, the file that it leads to is replaced. Other names of the old file (hard
   /// links) keep the old file.
   ///
-  /// Windows replaces no file that is open: there `target` is closed for a moment, and
-  /// while others have the file open, if only to read it, 20 attempts are made, 10 ms
-  /// apart. On Linux those others keep the old file.
+  /// On Linux others who have the file open keep the old one. Windows replaces no file
+  /// that is open: there `target` is closed for a moment, and while others have the file
+  /// open, if only to read it, 20 attempts are made, 10 ms apart.
   ///
   /// Throws utl_FileExceptionWrite, and nothing is replaced, when `target` is opened for
   /// reading; with code 5 when this process could not give the new file the rights of the

@@ -150,8 +150,7 @@ class KSTUTL_EXPORT utl_MultisectionFile {
   ///   provided that both are on one file system. Hard links keep the old file.
   /// - On Linux a reader that has the old file open keeps it; one that opens `path` finds
   ///   the old or the new file, never something in between. Windows replaces no file that
-  ///   others have open: saving waits up to 200 ms for them, and then fails. What is
-  ///   said below of failures is tested on Linux alone so far.
+  ///   others have open: saving waits up to 200 ms for them, and then fails.
   ///
   /// Throws what saveChanges throws, and utl_FileExceptionWrite when the file cannot be
   /// replaced: with code 5 for the reasons above, with the system's code for others, and

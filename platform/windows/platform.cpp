@@ -45,6 +45,10 @@ char* Environment(const char* name) {
   return std::getenv(name);
 }
 
+bool OpenFilesCanBeReplaced() {
+  return false;
+}
+
 void* OwnersAlone() {
   return nullptr;
 }

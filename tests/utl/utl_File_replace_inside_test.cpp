@@ -113,6 +113,31 @@ TEST_F(FileReplaceTest, RenewingGoesOnWithTheFileThatIsThere) {
                     utl_FileExceptionNoFile(name_, "in OpenUpdate").AsString());
 }
 
+TEST_F(FileReplaceTest, ReleasedFileIsOpenedAgainByTheNextOperation) {
+  for (const utl_FileAccess access : {utl_FileAccessUpdate, utl_FileAccessWrite}) {
+    WriteWholeFile(newPath_, "");
+    utl_File file(newName_, access, utl_FileShareDefault);
+    file.Write("abcdef", 6);
+    file.Release();
+    utl_File(newName_, utl_FileAccessUpdate, utl_FileShareDefault).Init();
+    EXPECT_EQ(file.Write("xyz", 3), 3);
+    EXPECT_EQ(ReadWholeFile(newPath_), "xyzdef");
+  }
+}
+
+TEST_F(FileReplaceTest, ReleasingWhatIsNotOpenDoesNothing) {
+  utl_File file(dir_.File("none").c_str(), utl_FileAccessUpdate, utl_FileShareDefault);
+  file.Release();
+  EXPECT_THROW(file.FileSize(), utl_FileExceptionNoFile);
+}
+
+TEST_F(FileReplaceTest, FailedReleaseIsReported) {
+  file_->Init();
+  const FailingCall failure(SystemCall::kCloseHandle, ERROR_INVALID_HANDLE);
+  EXPECT_THROW_TEXT(file_->Release(), utl_FileExceptionClose,
+                    utl_FileExceptionClose(6, name_, "CloseHandle").AsString());
+}
+
 TEST_F(FileReplaceTest, RenewingDoesNotOpenWhatIsNotOpen) {
   utl_File file(dir_.File("none").c_str(), utl_FileAccessWrite, utl_FileShareDefault);
   file.Renew();

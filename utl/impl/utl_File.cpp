@@ -119,17 +119,22 @@ DWORD Rename(const cow_String& from, const cow_String& to) {
                              MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH));
 }
 
-bool LeadsTo(const cow_String& path, HANDLE file) {
+using FileInformation = BY_HANDLE_FILE_INFORMATION;
+
+// All zero for what is no file.
+FileInformation InformationOf(HANDLE file) {
+  FileInformation information;
+  return GetFileInformationByHandle(file, &information) ? information : FileInformation{};
+}
+
+bool LeadsTo(const cow_String& path, const FileInformation& file) {
   const ScopedHandle there(Create(path, GENERIC_READ,
                                   FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                   OPEN_EXISTING));
-  BY_HANDLE_FILE_INFORMATION one;
-  BY_HANDLE_FILE_INFORMATION other;
-  return there.IsValid() && GetFileInformationByHandle(there.Get(), &one) &&
-         GetFileInformationByHandle(file, &other) &&
-         one.dwVolumeSerialNumber == other.dwVolumeSerialNumber &&
-         one.nFileIndexHigh == other.nFileIndexHigh &&
-         one.nFileIndexLow == other.nFileIndexLow;
+  const FileInformation other = InformationOf(there.Get());
+  return there.IsValid() && file.dwVolumeSerialNumber == other.dwVolumeSerialNumber &&
+         file.nFileIndexHigh == other.nFileIndexHigh &&
+         file.nFileIndexLow == other.nFileIndexLow;
 }
 
 // Where the last bytes begin, computed in double precision. What no longer fits is the
@@ -175,15 +180,21 @@ void utl_File::Init() {
   Handle();
 }
 
-void utl_File::Renew() {
-  if (!opened_ || LeadsTo(path_, handle_)) {
-    return;
+void utl_File::Release() {
+  if (access_ == utl_FileAccessWrite) {
+    access_ = utl_FileAccessUpdate;
   }
   const DWORD code = Close();
   if (code != ERROR_SUCCESS) {
     Fail<utl_FileExceptionClose>("CloseHandle", code, path_);
   }
-  Init();
+}
+
+void utl_File::Renew() {
+  if (opened_ && !LeadsTo(path_, InformationOf(handle_))) {
+    Release();
+    Init();
+  }
 }
 
 void* utl_File::Handle() const {
@@ -337,8 +348,10 @@ void utl_File::Replace(utl_File& target) {
     Fail<utl_FileExceptionWrite>("rights in Replace", ERROR_ACCESS_DENIED, target.path_);
   }
   target.access_ = utl_FileAccessUpdate;  // opened again it must not be emptied
+  // Wine no longer knows the volume of a file that has replaced another one.
+  const FileInformation self = InformationOf(handle_);
   const DWORD code = RenameOver(target);
-  if (code != ERROR_SUCCESS && !LeadsTo(target.path_, handle_)) {
+  if (code != ERROR_SUCCESS && !LeadsTo(target.path_, self)) {
     target.TryToOpen();
     Fail<utl_FileExceptionWrite>("MoveFileEx in Replace", code, target.path_);
   }
@@ -351,14 +364,12 @@ void utl_File::Replace(utl_File& target) {
 }
 
 // The error number. The file of `target` is closed only where it has to be: nobody else
-// is to open it for writing meanwhile.
+// is to open it for writing meanwhile. Should that fail, the renaming tells.
 unsigned utl_File::RenameOver(utl_File& target) {
-  DWORD code = Rename(path_, target.path_);
-  if (!IsInUse(code)) {
-    return code;
+  if (!platform::OpenFilesCanBeReplaced()) {
+    target.Close();
   }
-  target.Close();
-  code = Rename(path_, target.path_);
+  DWORD code = Rename(path_, target.path_);
   for (int tries = 1; IsInUse(code) && tries < kReplaceAttempts; ++tries) {
     Sleep(kReplacePause);
     code = Rename(path_, target.path_);

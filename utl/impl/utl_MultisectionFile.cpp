@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/platform.h"
 #include "utl/impl/crc32/utl_crc32.h"
 #include "utl/impl/multisection/utl_LockFileHolder.h"
 #include "utl/impl/multisection/utl_MultisectionErrors.h"
@@ -45,10 +46,13 @@ utl_MultisectionFile::utl_MultisectionFile(const cow_String& path, utl_FileAcces
       std::make_unique<utl_LockFileHolder>(path + ".lock", 0, kLockPause, file_.Handle());
   directory_ = std::make_unique<utl_SectionDirectory>();
   if (access != utl_FileAccessRead) {
+    if (!platform::OpenFilesCanBeReplaced()) {
+      file_.Release();  // who holds the lock may be about to replace it
+    }
     if (!lock_->acquire(kLockAttempts, kLockPause)) {
       utl_multisectionFail(path, "Cannot create the lock file.");
     }
-    file_.Renew();  // the holder of the lock before may have replaced it
+    file_.Renew();  // who held the lock before may have replaced it
   }
   if (access == utl_FileAccessRead || access == utl_FileAccessUpdate) {
     utl_multisectionReadDirectory(file_, path, *directory_);

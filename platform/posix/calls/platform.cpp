@@ -84,6 +84,10 @@ char* Environment(const char* name) {
   return nullptr;
 }
 
+bool OpenFilesCanBeReplaced() {
+  return true;
+}
+
 void* OwnersAlone() {
   static mode_t permissions = kOwnersAlone;
   return &permissions;

@@ -61,21 +61,6 @@ class MultisectionTest : public testing::Test {
     return names;
   }
 
-  /// Whether a file can be replaced while it is open; Windows refuses that.
-  bool OpenFilesCanBeReplaced() const {
-    const std::string held = dir_.File("held");
-    const std::string other = dir_.File("other");
-    WriteWholeFile(other, "");
-    std::error_code error;
-    {
-      const std::ofstream open(held);
-      std::filesystem::rename(other, held, error);
-    }
-    std::filesystem::remove(held);
-    std::filesystem::remove(other);
-    return !error;
-  }
-
   TempDir dir_;
   const std::string file_ = dir_.File("model.dat");
   const std::string lock_ = file_ + ".lock";
