@@ -39,4 +39,10 @@ void GiveRights(void* file, void* like);
 /// Whether two open files have the same rights.
 bool HaveSameRights(void* file, void* like);
 
+// The signals that end a process (POSIX).
+
+/// Has a write to a pipe without a reader, or beyond a limit of the file's size, fail
+/// instead of ending the process, unless the program has handlers for these signals.
+void IgnoreSignalsOfWriting();
+
 }  // namespace platform

@@ -30,7 +30,8 @@
 ///
 /// On Linux a write to a pipe that nobody reads, or beyond a limit of the file's size,
 /// ends the process by a signal. A program that is to get the exception instead has to
-/// ignore SIGPIPE and SIGXFSZ (`signal(SIGPIPE, SIG_IGN)`) before it writes.
+/// ignore SIGPIPE and SIGXFSZ (`signal(SIGPIPE, SIG_IGN)`) before it writes, as
+/// utl_runMain does.
 ///
 /// Threads: calls on one descriptor are to be made by one thread at a time.
 ///

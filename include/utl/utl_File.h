@@ -38,7 +38,7 @@ enum utl_FileSharing : int {
 /// On Linux a write beyond a limit of the file's size (`ulimit -f`), or to a pipe that
 /// nobody reads, ends the process by a signal. A program that is to get the exception
 /// instead has to ignore SIGXFSZ and SIGPIPE (`signal(SIGXFSZ, SIG_IGN)`) before it
-/// writes.
+/// writes, as utl_runMain does.
 ///
 /// Threads: one object by one thread at a time.
 ///

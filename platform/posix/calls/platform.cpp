@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
@@ -113,6 +114,15 @@ bool HaveSameRights(void* file, void* like) {
   return StatusOf(file, one) && StatusOf(like, other) && one.st_uid == other.st_uid &&
          one.st_gid == other.st_gid &&
          ((one.st_mode ^ other.st_mode) & kPermissions) == 0;
+}
+
+void IgnoreSignalsOfWriting() {
+  for (const int number : {SIGPIPE, SIGXFSZ}) {
+    struct sigaction action;
+    if (sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_DFL) {
+      std::signal(number, SIG_IGN);
+    }
+  }
 }
 
 }  // namespace platform
