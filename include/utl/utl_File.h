@@ -52,6 +52,10 @@ class KSTUTL_EXPORT utl_File {
   utl_File(const cow_String& path, utl_FileAccess access, utl_FileSharing sharing);
   utl_File(const utl_File&) = delete;
   utl_File& operator=(const utl_File&) = delete;
+  /// Takes the file with its handle; `other` is then no file.
+  utl_File(utl_File&& other) noexcept;
+  /// The same, and closes the file that this object had, as the destructor does.
+  utl_File& operator=(utl_File&& other) noexcept(false);
 
   /// Closes the file. Throws utl_FileExceptionClose when that fails, but stays silent
   /// while another exception unwinds. An owner that must let it through needs a
@@ -158,6 +162,7 @@ class KSTUTL_EXPORT utl_File {
   // The rest is implementation.
 
  private:
+  void Swap(utl_File& other) noexcept;
   unsigned Close() noexcept;
   unsigned RenameOver(utl_File& target);
   void TryToOpen();

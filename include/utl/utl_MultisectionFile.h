@@ -1,8 +1,12 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <span>
+#include <type_traits>
+#include <vector>
 
 #include "cow/cow_String.h"
 #include "KSTutl_export.h"
@@ -10,6 +14,13 @@
 
 class utl_LockFileHolder;
 class utl_SectionDirectory;
+
+/// What utl_MultisectionFile::getSections tells of a section.
+struct utl_SectionInfo {
+  cow_String name;
+  int length = 0;  ///< in bytes; in a damaged file perhaps negative or more than it has
+  std::uint32_t checksum = 0;  ///< of the bytes that were saved or set
+};
 
 /// Named binary sections in one file, each with a checksum, guarded against a second
 /// writer by a lock file and rewritten through a temporary file. The format stands in
@@ -25,11 +36,11 @@ class utl_SectionDirectory;
 /// forked child leaves the lock to the parent; nothing else may be done with it there.
 ///
 ///     utl_MultisectionFile file("job.kdb", utl_FileAccessUpdate);
-///     if (file.hasSection("title")) {
-///       std::vector<char> title(file.getSectionLength("title"));
-///       file.getSectionData("title", title.data());   // checked
+///     if (file.hasSection("loads")) {
+///       std::vector<double> loads = file.getSection<double>("loads");   // checked
+///       loads.push_back(-2.5);
+///       file.setSection<double>("loads", loads);
 ///     }
-///     file.setSectionData("loads", loads.data(), loadBytes);
 ///     file.saveChangesAtomically();     // without it nothing of this reaches the file
 ///
 /// Sections that were set are held in memory until they are saved; all others stay in the
@@ -85,12 +96,27 @@ class KSTUTL_EXPORT utl_MultisectionFile {
 
   utl_MultisectionFile(const utl_MultisectionFile&) = delete;
   utl_MultisectionFile& operator=(const utl_MultisectionFile&) = delete;
+  /// Takes file, lock and what was set. Of `other` nothing is left; it may be destroyed
+  /// or assigned to.
+  utl_MultisectionFile(utl_MultisectionFile&& other) noexcept;
+  /// The same, after which the file that this object had is released as by the
+  /// destructor.
+  utl_MultisectionFile& operator=(utl_MultisectionFile&& other) noexcept(false);
+
+  /// All sections, saved or only set, in the order of the file. Those of a name that is
+  /// there already (see above) are among them.
+  ///
+  ///     for (const utl_SectionInfo& section : file.getSections()) {
+  ///       std::cout << section.name << ": " << section.length << " bytes\n";
+  ///     }
+  std::vector<utl_SectionInfo> getSections() const;
 
   /// Whether there is a section of this name, saved or only set.
   bool hasSection(const cow_String& name) const;
 
   /// The section's length in bytes. In a damaged file it may be negative, or more than
-  /// the file has. Throws nex_AssertException when there is no such section.
+  /// the file has. Throws nex_AssertException when there is no such section, with the
+  /// text "job.kdb": There is no section "loads"
   int getSectionLength(const cow_String& name) const;
 
   /// Copies the section's bytes to `buffer`, which has room for getSectionLength bytes.
@@ -100,8 +126,18 @@ class KSTUTL_EXPORT utl_MultisectionFile {
   /// holds the bytes as they are in the file. A negative length throws the same and
   /// leaves the buffer alone. Where the file ends before the section does,
   /// utl_FileExceptionRead with code 38 is thrown; the buffer's contents are then
-  /// unspecified. Throws nex_AssertException when there is no such section.
+  /// unspecified. Throws nex_AssertException when there is no such section, as
+  /// getSectionLength does.
   void getSectionData(const cow_String& name, void* buffer);
+
+  /// The section as values of type T, which lie in it one after the other in the form
+  /// that they have in memory: int, double, a structure without pointers.
+  ///
+  /// Throws what getSectionData throws, and nex_TextException "Section "NAME" has 7
+  /// bytes, which is no whole number of values of 8 bytes". Memory is taken only for
+  /// bytes that the file has.
+  template <class T>
+  std::vector<T> getSection(const cow_String& name);
 
   /// Makes the section consist of a copy of the `length` bytes at `data`: in its old
   /// place, or after all others when the name is new. Touches memory only.
@@ -109,6 +145,15 @@ class KSTUTL_EXPORT utl_MultisectionFile {
   /// Throws nex_AssertException when `length` is negative, std::bad_alloc when there is
   /// no memory; nothing has changed then. `data` may be null when `length` is 0.
   void setSectionData(const cow_String& name, const void* data, int length);
+
+  /// Makes the section consist of a copy of these values, as getSection reads them:
+  ///
+  ///     file.setSection<double>("loads", loads);   // a vector, an array, a span
+  ///
+  /// Throws nex_TextException "Total size exceeds 2147483647 bytes" when they alone are
+  /// more, std::bad_alloc when there is no memory; nothing has changed then.
+  template <class T>
+  void setSection(const cow_String& name, std::span<const T> values);
 
   /// Writes the whole file anew: first to the temporary file `path`.PID.tmp (PID the
   /// decimal process number), which is flushed to disk, then from there over the file
@@ -164,6 +209,10 @@ class KSTUTL_EXPORT utl_MultisectionFile {
   // The rest is implementation.
 
  private:
+  void Swap(utl_MultisectionFile& other) noexcept;
+  std::size_t CheckedCount(const cow_String& name, std::size_t valueSize) const;
+  void SetBytes(const cow_String& name, std::span<const std::byte> bytes);
+
   // Destroyed from the last to the first: the lock goes before the file is closed.
   utl_File file_;
   cow_String path_;
@@ -174,3 +223,25 @@ class KSTUTL_EXPORT utl_MultisectionFile {
   static constexpr auto kUnknownPosition = std::numeric_limits<std::int64_t>::min();
   std::int64_t position_ = kUnknownPosition;
 };
+
+/// What can be written to a file and read back as it lies in memory.
+template <class T>
+inline constexpr bool utl_isSectionValue =
+    std::is_trivially_copyable_v<T>&& std::is_default_constructible_v<T> &&
+    !std::is_pointer_v<T> && !std::is_const_v<T>;
+
+template <class T>
+std::vector<T> utl_MultisectionFile::getSection(const cow_String& name) {
+  static_assert(utl_isSectionValue<T> && !std::is_same_v<T, bool>,
+                "a section has values without pointers and constructors, no bool");
+  std::vector<T> values(CheckedCount(name, sizeof(T)));
+  getSectionData(name, values.data());
+  return values;
+}
+
+template <class T>
+void utl_MultisectionFile::setSection(const cow_String& name, std::span<const T> values) {
+  static_assert(utl_isSectionValue<T>,
+                "a section has values without pointers and constructors");
+  SetBytes(name, std::as_bytes(values));
+}

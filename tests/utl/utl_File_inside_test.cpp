@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 #include <type_traits>
+#include <utility>
 
 #include "common/failing/WatchedFileCalls.h"
 #include "common/handle/BytesOnDisk.h"
@@ -110,6 +111,24 @@ TEST_F(FileTest, WithoutArgumentsItIsForReadingWithWritersAtTheSideAndHasNoName)
       CallText("*** Error: File open failed", "CreateFile in OpenRead", 3, ""));
   EXPECT_EQ(LastCreateFile(),
             (CreateFileArguments{0x80000000, 3, 3, 0x10000080, false, false}));
+}
+
+TEST_F(FileTest, MovedFileIsTheOtherObjects) {
+  utl_File first(name_, utl_FileAccessWrite, utl_FileShareDefault);
+  first.Write("ab", 2);
+  utl_File second = std::move(first);
+  second.Write("cd", 2);
+  EXPECT_EQ(Contents(), "abcd");
+  EXPECT_THROW(first.Init(), nex_TextException) << "no file any more";
+  {
+    const std::string other = dir_.File("other.dat");
+    utl_File third(other.c_str(), utl_FileAccessWrite, utl_FileShareDefault);
+    third.Init();
+    second = std::move(third);
+  }
+  second.Write("x", 1);
+  EXPECT_EQ(ReadWholeFile(dir_.File("other.dat")), "x");
+  utl_File(name_, utl_FileAccessWrite, utl_FileShareDefault).Init();  // it is closed
 }
 
 TEST_F(FileTest, SharingIsAsymmetric) {

@@ -155,6 +155,24 @@ utl_File::utl_File() = default;
 utl_File::utl_File(const cow_String& path, utl_FileAccess access, utl_FileSharing sharing)
     : path_(path), access_(access), sharing_(sharing) {}
 
+utl_File::utl_File(utl_File&& other) noexcept {
+  Swap(other);
+}
+
+utl_File& utl_File::operator=(utl_File&& other) noexcept(false) {
+  utl_File taken(std::move(other));
+  Swap(taken);  // and `taken` closes what was open here
+  return *this;
+}
+
+void utl_File::Swap(utl_File& other) noexcept {
+  std::swap(opened_, other.opened_);
+  std::swap(handle_, other.handle_);
+  std::swap(path_, other.path_);
+  std::swap(access_, other.access_);
+  std::swap(sharing_, other.sharing_);
+}
+
 utl_File::~utl_File() noexcept(false) {
   const DWORD code = Close();
   if (code != ERROR_SUCCESS && std::uncaught_exceptions() == 0) {

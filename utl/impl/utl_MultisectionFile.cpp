@@ -16,9 +16,12 @@ namespace {
 constexpr int kLockAttempts = 10;
 constexpr unsigned kLockPause = 10;
 
-int Existing(utl_SectionDirectory& directory, const cow_String& name) {
+int Existing(utl_SectionDirectory& directory, const cow_String& path,
+             const cow_String& name) {
   const int section = directory.Find(name);
-  utl_multisectionAssert(section != utl_SectionDirectory::kNone, "hasSection(name)");
+  if (section == utl_SectionDirectory::kNone) {
+    utl_multisectionFailAbsent(path, name);
+  }
   return section;
 }
 
@@ -61,16 +64,45 @@ utl_MultisectionFile::utl_MultisectionFile(const cow_String& path, utl_FileAcces
 
 utl_MultisectionFile::~utl_MultisectionFile() noexcept(false) = default;
 
+utl_MultisectionFile::utl_MultisectionFile(utl_MultisectionFile&& other) noexcept {
+  Swap(other);
+}
+
+utl_MultisectionFile& utl_MultisectionFile::operator=(
+    utl_MultisectionFile&& other) noexcept(false) {
+  utl_MultisectionFile taken(std::move(other));
+  Swap(taken);  // and `taken` releases what was here
+  return *this;
+}
+
+void utl_MultisectionFile::Swap(utl_MultisectionFile& other) noexcept {
+  std::swap(file_, other.file_);
+  std::swap(path_, other.path_);
+  std::swap(lock_, other.lock_);
+  std::swap(directory_, other.directory_);
+  std::swap(position_, other.position_);
+}
+
+std::vector<utl_SectionInfo> utl_MultisectionFile::getSections() const {
+  std::vector<utl_SectionInfo> sections;
+  sections.reserve(static_cast<std::size_t>(directory_->Count()));
+  for (int i = 0; i < directory_->Count(); ++i) {
+    const utl_Section& section = (*directory_)[i];
+    sections.push_back({directory_->Name(i), section.length, section.checksum});
+  }
+  return sections;
+}
+
 bool utl_MultisectionFile::hasSection(const cow_String& name) const {
   return directory_->Find(name) != utl_SectionDirectory::kNone;
 }
 
 int utl_MultisectionFile::getSectionLength(const cow_String& name) const {
-  return (*directory_)[Existing(*directory_, name)].length;
+  return (*directory_)[Existing(*directory_, path_, name)].length;
 }
 
 void utl_MultisectionFile::getSectionData(const cow_String& name, void* buffer) {
-  const int number = Existing(*directory_, name);
+  const int number = Existing(*directory_, path_, name);
   const utl_Section& section = (*directory_)[number];
   if (section.data != nullptr) {
     std::copy_n(section.data.get(), section.length, static_cast<char*>(buffer));
@@ -98,6 +130,34 @@ void utl_MultisectionFile::setSectionData(const cow_String& name, const void* da
   auto block = std::make_unique_for_overwrite<char[]>(size);
   const std::uint32_t checksum = utl_crc32Copy(utl_kCrc32Start, block.get(), data, size);
   directory_->Set(name, std::move(block), length, checksum);
+}
+
+// How many values of this size the section has, after a look whether the file has them.
+std::size_t utl_MultisectionFile::CheckedCount(const cow_String& name,
+                                               std::size_t valueSize) const {
+  const int number = Existing(*directory_, path_, name);
+  const utl_Section& section = (*directory_)[number];
+  if (section.length < 0) {
+    utl_multisectionFailCorrupted(path_, directory_->Name(number));
+  }
+  const auto length = static_cast<std::size_t>(section.length);
+  if (length % valueSize != 0) {
+    utl_multisectionFailUneven(path_, directory_->Name(number), section.length,
+                               static_cast<unsigned>(valueSize));
+  }
+  if (section.data == nullptr && section.length > 0 &&
+      section.place + section.length > static_cast<std::int64_t>(file_.FileSize())) {
+    utl_fileFailAtEnd(path_);
+  }
+  return length / valueSize;
+}
+
+void utl_MultisectionFile::SetBytes(const cow_String& name,
+                                    std::span<const std::byte> bytes) {
+  if (bytes.size() > std::numeric_limits<int>::max()) {
+    utl_multisectionFailTooLong(path_);
+  }
+  setSectionData(name, bytes.data(), static_cast<int>(bytes.size()));
 }
 
 void utl_MultisectionFile::saveChanges() {

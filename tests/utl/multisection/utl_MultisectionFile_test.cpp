@@ -310,13 +310,14 @@ TEST_F(MultisectionFileTest, NameLongerThanTheReadBuffer) {
   EXPECT_EQ(ReadWholeFile(file_), BuildImage(image));
 }
 
-TEST_F(MultisectionFileTest, AbsentSectionIsAViolatedCondition) {
+TEST_F(MultisectionFileTest, AbsentSectionIsAViolatedConditionWithFileAndName) {
   utl_MultisectionFile file(path_, utl_FileAccessWrite);
   char buffer[8] = "as is";
-  EXPECT_THROW_AT(file.getSectionLength("no"), nex_AssertException, "hasSection(name)",
+  const std::string text = Message("There is no section \"no\"");
+  EXPECT_THROW_AT(file.getSectionLength("no"), nex_AssertException, text.c_str(),
                   "utl/impl/utl_MultisectionFile", 323);
-  EXPECT_THROW_AT(file.getSectionData("no", buffer), nex_AssertException,
-                  "hasSection(name)", "utl/impl/utl_MultisectionFile", 323);
+  EXPECT_THROW_AT(file.getSectionData("no", buffer), nex_AssertException, text.c_str(),
+                  "utl/impl/utl_MultisectionFile", 323);
   EXPECT_STREQ(buffer, "as is");
   EXPECT_FALSE(file.hasSection("no"));
 }

@@ -16,5 +16,14 @@
 [[noreturn]] void utl_multisectionFailCorrupted(const cow_String& path,
                                                 std::string_view section);
 
+/// Throws it for a section that is no whole number of values of `valueSize` bytes.
+[[noreturn]] void utl_multisectionFailUneven(const cow_String& path,
+                                             std::string_view section, int length,
+                                             unsigned valueSize);
+
+/// Throws the nex_AssertException "PATH": There is no section "NAME".
+[[noreturn]] void utl_multisectionFailAbsent(const cow_String& path,
+                                             const cow_String& section);
+
 /// Throws the nex_AssertException `text` unless `condition` holds.
 void utl_multisectionAssert(bool condition, const char* text);
