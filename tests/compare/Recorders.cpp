@@ -72,7 +72,7 @@ class Monitor final : public Subject {
   }
 };
 
-class Tracker : public Subject {
+class Tracker final : public Subject {
  public:
   Tracker(World& world, Random& random) : world_(world) {
     constexpr const char* kLevels[] = {"1", "2", "3", "4", "2x", "0", "-1", " 3"};
@@ -91,6 +91,10 @@ class Tracker : public Subject {
     }
     utl_CommandLineLoader::SetArgsList(arguments);
   }
+  ~Tracker() override { Close(); }
+
+  // The next operation makes another tracker.
+  void Close() override { thr_GlobalSingleton<utl_IOTracker_Container>::Destroy(); }
 
   void Run(Random& random, Log& log) override {
     constexpr void (Tracker::*kOperations[])(Random&, Log&) = {

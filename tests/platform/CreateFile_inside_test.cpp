@@ -40,6 +40,9 @@ TEST_F(CreateFileTest, NamesAndTheirCodes) {
       {"d", kBackup, 0},
       {"d\\", kBackup, 0},
       {"d\\", 0, ERROR_ACCESS_DENIED},
+      {"a*<\\..\\a", 0, 0},  // what it takes out need not be a name
+      {"d\\a?\\.\\..\\x", 0, 0},
+      {"d\\..\\a|", 0, ERROR_INVALID_NAME},
       {"a\\", 0, ERROR_INVALID_NAME},
       {"a\\", kBackup, ERROR_INVALID_NAME},
       {"missing\\", 0, ERROR_FILE_NOT_FOUND},
@@ -89,6 +92,9 @@ TEST_F(CreateFileTest, WholeNamesAndTheirCodes) {
       {"Q:f", 0, ERROR_FILE_NOT_FOUND},
       {"Q:\\d\\f", 0, ERROR_PATH_NOT_FOUND},
       {"Q:\\", kBackup, ERROR_PATH_NOT_FOUND},
+      {"Q:\\f\\", 0, ERROR_FILE_NOT_FOUND},
+      {"Q:\\f<", 0, ERROR_INVALID_NAME},
+      {"Q:\\f<\\..\\f", 0, ERROR_FILE_NOT_FOUND},
       {"\\\\nohost\\share\\f", 0, ERROR_PATH_NOT_FOUND},
   };
   for (const NameCase& one : cases) {
@@ -198,6 +204,10 @@ TEST_F(CreateFileTest, CreationOfBadNames) {
             DWORD{ERROR_INVALID_NAME});
   EXPECT_EQ(OpenCode(Name("m") + "\\f", GENERIC_WRITE, kShareAll, CREATE_ALWAYS),
             DWORD{ERROR_PATH_NOT_FOUND});
+  EXPECT_EQ(OpenCode("Q:\\m\\", GENERIC_WRITE, kShareAll, CREATE_ALWAYS),
+            DWORD{ERROR_INVALID_NAME});
+  EXPECT_EQ(OpenCode("Q:\\m", GENERIC_WRITE, kShareAll, CREATE_ALWAYS),
+            DWORD{ERROR_FILE_NOT_FOUND});
   EXPECT_EQ(OpenCode(Name("A"), GENERIC_WRITE, kShareAll, CREATE_NEW),
             DWORD{ERROR_FILE_EXISTS});
   EXPECT_EQ(OpenCode(Name(std::string(300, 'x')), GENERIC_WRITE, kShareAll, CREATE_NEW),

@@ -130,6 +130,13 @@ Kind KindOf(const std::string& path) {
   return S_ISREG(status.st_mode) ? Kind::kRegular : Kind::kSpecial;
 }
 
+// The code for a name that leads to nothing: one that ends in a separator cannot be
+// created.
+DWORD MissingNameCode(const Request& request, DWORD code) {
+  const bool isToBeMade = code == ERROR_FILE_NOT_FOUND && request.MayCreate();
+  return isToBeMade && request.name.separatorAtEnd ? ERROR_INVALID_NAME : code;
+}
+
 // What is wrong with the name before anything is opened.
 DWORD CheckName(const Request& request, Kind kind) {
   if (kind == Kind::kDirectory) {
@@ -141,8 +148,7 @@ DWORD CheckName(const Request& request, Kind kind) {
   if (kind != Kind::kNothing) {
     return request.disposition == CREATE_NEW ? ERROR_FILE_EXISTS : ERROR_INVALID_NAME;
   }
-  const DWORD code = MissingCode(request.name.path);
-  return code == ERROR_FILE_NOT_FOUND && request.MayCreate() ? ERROR_INVALID_NAME : code;
+  return MissingNameCode(request, MissingCode(request.name.path));
 }
 
 // Enters the open file and, only then, empties it if asked for.
@@ -226,6 +232,8 @@ HANDLE CreateFileA(LPCSTR name, DWORD access, DWORD share, SECURITY_ATTRIBUTES* 
     code = Resolve(name, request.name);
     if (code == ERROR_SUCCESS) {
       fd = Open(request, code);
+    } else {
+      code = MissingNameCode(request, code);
     }
   }
   SetLastError(code);

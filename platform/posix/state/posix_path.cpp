@@ -33,11 +33,10 @@ bool IsForbidden(char c) {
          std::string_view("<>\"|").find(c) != std::string_view::npos;
 }
 
-bool HasForbidden(std::string_view name, NameKind kind) {
-  const size_t last = name.find_last_of(kSeparators) + 1;  // npos + 1 is 0
-  const std::string_view plain = kind == NameKind::kPattern ? name.substr(0, last) : name;
-  return std::any_of(name.begin(), name.end(), IsForbidden) ||
-         plain.find_first_of(kWildcards) != std::string_view::npos;
+bool HasForbidden(std::string_view text, NameKind kind) {
+  return std::any_of(text.begin(), text.end(), IsForbidden) ||
+         (kind == NameKind::kPlain &&
+          text.find_first_of(kWildcards) != std::string_view::npos);
 }
 
 struct Components {
@@ -92,6 +91,20 @@ Components Split(std::string_view name) {
   return components;
 }
 
+// Whether a component has a forbidden character; `begin` is where the given name begins,
+// before which the current directory stands. What ".." has taken out does not count.
+bool HasForbidden(const Components& components, const char* begin, NameKind kind) {
+  const auto& names = components.names;
+  for (const std::string_view& name : names) {
+    const bool mayBePattern = &name == &names.back() && !components.separatorAtEnd;
+    if (name.data() >= begin &&
+        HasForbidden(name, mayBePattern ? kind : NameKind::kPlain)) {
+      return true;
+    }
+  }
+  return false;
+}
+
 std::string Join(const std::vector<std::string_view>& components) {
   std::string path;
   for (const std::string_view component : components) {
@@ -126,30 +139,37 @@ bool HasDrive(std::string_view name) {
 
 DWORD Read(const char* name, NameKind kind, Path& result) {
   std::string_view rest = name == nullptr ? "" : name;
-  if (HasForbidden(rest, kind)) {
-    return ERROR_INVALID_NAME;
-  }
   const bool isOfNetwork =
       rest.size() >= 2 && IsSeparator(rest[0]) && IsSeparator(rest[1]);
   if (isOfNetwork || rest.find_first_not_of(' ') == std::string_view::npos) {
-    return ERROR_PATH_NOT_FOUND;
+    return HasForbidden(rest, kind) ? ERROR_INVALID_NAME : ERROR_PATH_NOT_FOUND;
   }
-  const bool isAbsent = HasDrive(rest) && (rest[0] | 0x20) != 'z';
-  if (HasDrive(rest)) {
+  const bool hasDrive = HasDrive(rest);
+  const bool isAbsent = hasDrive && (rest[0] | 0x20) != 'z';
+  if (hasDrive) {
+    if (HasForbidden(rest.substr(0, 1), NameKind::kPlain)) {
+      return ERROR_INVALID_NAME;
+    }
     rest.remove_prefix(2);
   }
   const std::string whole = isAbsent ? std::string(rest) : Absolute(rest);
+  if (whole.empty()) {
+    return ERROR_PATH_NOT_FOUND;
+  }
   const Components components = Split(whole);
+  if (HasForbidden(components, whole.data() + whole.size() - rest.size(), kind)) {
+    return ERROR_INVALID_NAME;
+  }
   // Of three dots before a separator two are left, which no name may be.
   const auto& names = components.names;
   if (std::find(names.begin(), names.end(), "..") != names.end()) {
     return ERROR_INVALID_NAME;
   }
+  result = {Join(names), components.separatorAtEnd};
   if (isAbsent) {
     return AbsentDriveCode(components);
   }
-  result = {Join(names), components.separatorAtEnd};
-  return whole.empty() ? ERROR_PATH_NOT_FOUND : ERROR_SUCCESS;
+  return ERROR_SUCCESS;
 }
 
 // Callers' own calls tell what went wrong: errno stays as it was.
