@@ -106,6 +106,59 @@ TEST_F(FileLockTest, ReadersLocksGoWithTheirHandle) {
   EXPECT_EQ(LockCode(other_, kTryExclusive, 0, 10), 0u);
 }
 
+TEST_F(FileLockTest, WritersShare) {
+  const ScopedHandle writer(Open(Name("a"), GENERIC_WRITE));
+  const ScopedHandle otherWriter(Open(Name("a"), GENERIC_WRITE));
+  const ScopedHandle reader(Open(Name("a")));
+  for (const HANDLE handle :
+       {HANDLE{writer}, HANDLE{otherWriter}, HANDLE{one_}, HANDLE{reader}}) {
+    EXPECT_EQ(LockCode(handle, kTry, 0, 10), 0u);
+  }
+  EXPECT_EQ(UnlockCode(one_, 0, 10), 0u);
+  EXPECT_EQ(UnlockCode(reader, 0, 10), 0u);
+  EXPECT_EQ(UnlockCode(otherWriter, 0, 10), 0u);
+  for (const HANDLE handle :
+       {HANDLE{writer}, HANDLE{otherWriter}, HANDLE{one_}, HANDLE{reader}}) {
+    EXPECT_EQ(LockCode(handle, kTryExclusive, 0, 10), kLocked);
+  }
+  EXPECT_EQ(UnlockCode(writer, 0, 10), 0u);
+  EXPECT_EQ(UnlockCode(writer, 0, 10), kLocked);
+  for (const HANDLE handle : {HANDLE{otherWriter}, HANDLE{one_}, HANDLE{reader}}) {
+    EXPECT_EQ(LockCode(handle, kTryExclusive, 0, 10), 0u);
+    EXPECT_EQ(LockCode(writer, kTry, 0, 10), kLocked);
+    EXPECT_EQ(UnlockCode(handle, 0, 10), 0u);
+  }
+}
+
+TEST_F(FileLockTest, WritersLocksOfBothKinds) {
+  ScopedHandle writer(Open(Name("a"), GENERIC_WRITE));
+  EXPECT_EQ(LockCode(writer, kTryExclusive, 0, 10), 0u);
+  EXPECT_EQ(LockCode(writer, kTry, 0, 10), 0u);
+  EXPECT_EQ(LockCode(other_, kTry, 0, 10), kLocked);
+  EXPECT_EQ(UnlockCode(writer, 0, 10), 0u);
+  EXPECT_EQ(LockCode(other_, kTry, 0, 10), 0u);
+  EXPECT_EQ(UnlockCode(other_, 0, 10), 0u);
+  EXPECT_EQ(LockCode(other_, kTryExclusive, 0, 10), kLocked);
+  EXPECT_EQ(LockCode(writer, kTry, 0, 10), 0u);
+  EXPECT_EQ(UnlockCode(writer, 0, 10), 0u);
+  EXPECT_EQ(LockCode(other_, kTryExclusive, 0, 10), kLocked);
+  writer.Close();
+  EXPECT_EQ(LockCode(other_, kTryExclusive, 0, 10), 0u);
+}
+
+TEST_F(FileLockTest, WritersWait) {
+  const ScopedHandle writer(Open(Name("a"), GENERIC_WRITE));
+  ASSERT_EQ(LockCode(one_, kTryExclusive, 0, 10), 0u);
+  std::thread sharer([&] { EXPECT_EQ(LockCode(writer, 0, 0, 10), 0u); });
+  EXPECT_EQ(UnlockCode(one_, 0, 10), 0u);
+  sharer.join();
+  std::thread waiter(
+      [this] { EXPECT_EQ(LockCode(one_, LOCKFILE_EXCLUSIVE_LOCK, 0, 10), 0u); });
+  EXPECT_EQ(UnlockCode(writer, 0, 10), 0u);
+  waiter.join();
+  EXPECT_EQ(LockCode(writer, kTry, 0, 10), kLocked);
+}
+
 // A handle that has been given its number anew has none of the earlier one's locks.
 TEST_F(FileLockTest, LocksDoNotPassToTheNextHandle) {
   ScopedHandle first(Open(Name("a")));

@@ -21,7 +21,8 @@
 namespace posix {
 namespace {
 
-constexpr std::uint64_t kMarks = kFirstShareByte - kFirstMark;
+// As many as there are bytes for those who share and may not read, one for each mark.
+constexpr std::uint64_t kMarks = kFirstShareByte - kFirstSharersByte;
 
 bool IsMarked(int fd, off_t mark) {
   return ItselfForbids(fd, F_WRLCK, {mark, 1});

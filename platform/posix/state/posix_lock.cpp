@@ -11,15 +11,20 @@
 // they have their lock. Both first tell and then look: of two at once at least one sees
 // the other, and may have to look again.
 //
+// To the system a shared lock is that of somebody who may read. One who may not locks a
+// byte that is its own alone, far behind as well, at which all look who want a range
+// exclusively, once they have it.
+//
 // Whatever changes the system's view of an open file is done without waiting and under
 // the mutex, with one exception: one thread an open file may wait in the system. When
 // that returns, what it has brought is taken up like any other request, or given back.
 //
 // Not emulated: ranges of one handle that overlap without being equal stay locked until
-// the last of them is unlocked. A shared lock of a descriptor that may not read excludes
-// others that may not. How often each of several processes has locked a range that share
-// an open file. Programs that lock in other ways and only share are not kept out by an
-// exclusive lock of a descriptor that may not write.
+// the last of them is unlocked. How often each of several processes has locked a range
+// that share an open file. A shared lock of a descriptor that may not read counts for the
+// whole file, and not for another process that has the same open file. Programs that lock
+// in other ways are not kept out by it, nor, if they only share, by an exclusive lock of
+// a descriptor that may not write.
 
 #include "platform/posix/state/posix_lock.h"
 
@@ -105,7 +110,18 @@ bool IsReaders(const LockNotes& notes, const LockedRange& lock) {
   return lock.exclusive && !notes.mayWrite;
 }
 
-// How the system is told of a lock: as what it takes from this descriptor.
+constexpr Range kSharersBytes = {kFirstSharersByte, kFirstShareByte - kFirstSharersByte};
+
+// What somebody who may not read locks instead of a range that is shared.
+Range SharersByte(const LockNotes& notes) {
+  return {kFirstSharersByte + (notes.identity.mark - kFirstMark), 1};
+}
+
+bool IsSharers(const LockNotes& notes, const LockedRange& lock) {
+  return !lock.exclusive && !notes.mayRead && notes.identity.mark != 0;
+}
+
+// How the system is told of a lock on the range: as what it takes from this descriptor.
 short TypeOf(const LockNotes& notes, const LockedRange& lock) {
   const bool asExclusive = lock.exclusive ? notes.mayWrite : !notes.mayRead;
   return asExclusive ? F_WRLCK : F_RDLCK;
@@ -134,11 +150,25 @@ bool OwnCover(const LockNotes& notes, const Range& range) {
                      });
 }
 
+bool SystemKnows(int fd, const LockNotes& notes, const LockedRange& lock) {
+  return FirstLock(fd, F_WRLCK, lock.range) ||
+         (IsSharers(notes, lock) && FirstLock(fd, F_WRLCK, SharersByte(notes)));
+}
+
 // Forgets what the system does not know: another process has unlocked it.
 void DropUnlocked(int fd, LockNotes& notes, const Range& range) {
   std::erase_if(notes.locks, [&](const LockNotes::Noted& held) {
-    return Meet(held.lock.range, range) && !FirstLock(fd, F_WRLCK, held.lock.range);
+    return Meet(held.lock.range, range) && !SystemKnows(fd, notes, held.lock);
   });
+}
+
+// Locks or unlocks the byte of somebody who may not read, as is noted.
+void SettleSharersByte(int fd, const LockNotes& notes) {
+  const bool shares = std::any_of(
+      notes.locks.begin(), notes.locks.end(), [&notes](const LockNotes::Noted& held) {
+        return IsSharers(notes, held.lock) && !held.isBorrowed;
+      });
+  SetLock(fd, shares ? F_WRLCK : F_UNLCK, SharersByte(notes));
 }
 
 // Lets the system know of a range what is noted: it may hold more.
@@ -152,6 +182,10 @@ void Settle(int fd, const LockNotes& notes, const Range& range) {
       return;
     }
     isShared = true;
+  }
+  if (IsSharers(notes, {range, false})) {
+    SettleSharersByte(fd, notes);
+    isShared = false;
   }
   SetLock(fd, F_UNLCK, ReaderRange(range));
   SetLock(fd, isShared ? TypeOf(notes, {range, false}) : short{F_UNLCK}, range);
@@ -172,24 +206,49 @@ Outcome Look(int fd, const LockNotes& notes, const LockedRange& lock, bool& isBo
   return isBorrowed ? Outcome::kLocked : Outcome::kUndecided;
 }
 
-// Tells the system of a lock, and looks for what the system does not count against it.
-Outcome Tell(int fd, const LockNotes& notes, const LockedRange& lock, bool& isBorrowed) {
-  if (!SetLock(fd, TypeOf(notes, lock), lock.range)) {
-    return errno == EAGAIN || errno == EACCES ? Outcome::kRefusedThere : Outcome::kFailed;
+// Tells the system of a lock: what it answers.
+Outcome Tell(int fd, const LockNotes& notes, const LockedRange& lock) {
+  bool had = IsSharers(notes, lock) ? SetLock(fd, F_WRLCK, SharersByte(notes))
+                                    : SetLock(fd, TypeOf(notes, lock), lock.range);
+  if (had && IsReaders(notes, lock)) {
+    had = SetLock(fd, F_RDLCK, ReaderRange(lock.range));
+    if (!had) {
+      const int number = errno;
+      Settle(fd, notes, lock.range);
+      errno = number;
+    }
+  }
+  if (had) {
+    return Outcome::kLocked;
+  }
+  return errno == EAGAIN || errno == EACCES ? Outcome::kRefusedThere : Outcome::kFailed;
+}
+
+// Whether something stands against a lock that the system does not count against it.
+// `isBorrowed` as above.
+bool StandsAgainst(int fd, const LockNotes& notes, const LockedRange& lock,
+                   bool& isBorrowed) {
+  if (lock.exclusive) {
+    return (IsReaders(notes, lock) && OthersForbid(fd, F_WRLCK, lock.range)) ||
+           OthersForbid(fd, F_WRLCK, kSharersBytes);
+  }
+  if (IsSharers(notes, lock) && OthersForbid(fd, F_RDLCK, lock.range)) {
+    return true;
   }
   const Range readers = ReaderRange(lock.range);
-  if (IsReaders(notes, lock)) {
-    if (SetLock(fd, F_RDLCK, readers) && !OthersForbid(fd, F_WRLCK, lock.range)) {
-      return Outcome::kLocked;
-    }
-  } else {
-    if (lock.exclusive || !FirstLock(fd, F_WRLCK, readers)) {
-      return Outcome::kLocked;
-    }
-    isBorrowed = !OthersForbid(fd, F_WRLCK, readers);
-    if (isBorrowed) {
-      return Outcome::kLocked;
-    }
+  if (!FirstLock(fd, F_WRLCK, readers)) {
+    return false;
+  }
+  isBorrowed = !OthersForbid(fd, F_WRLCK, readers);
+  return !isBorrowed;
+}
+
+// Tells the system of a lock, and looks for what the system does not count against it.
+Outcome TellAndLook(int fd, const LockNotes& notes, const LockedRange& lock,
+                    bool& isBorrowed) {
+  const Outcome outcome = Tell(fd, notes, lock);
+  if (outcome != Outcome::kLocked || !StandsAgainst(fd, notes, lock, isBorrowed)) {
+    return outcome;
   }
   Settle(fd, notes, lock.range);
   return Outcome::kUndecided;
@@ -210,7 +269,7 @@ Outcome Try(int fd, LockNotes& notes, OneNote& note) {
   if (!OwnCover(notes, lock.range)) {
     Outcome outcome = Look(fd, notes, lock, isBorrowed);
     if (outcome == Outcome::kLocked && !isBorrowed) {
-      outcome = Tell(fd, notes, lock, isBorrowed);
+      outcome = TellAndLook(fd, notes, lock, isBorrowed);
     }
     if (outcome != Outcome::kLocked) {
       return outcome;

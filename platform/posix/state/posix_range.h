@@ -11,6 +11,7 @@
 //     from 2^61           the callers' ranges anew, where somebody locks one exclusively
 //                         who may not write (posix_lock.cpp)
 //     from 2^62           marks of open files (posix_identity.cpp)
+//     from 2^62 + 2^61    one byte each of those who share and may not read (posix_lock.cpp)
 //     the last six bytes  share modes (posix_share.cpp)
 
 #include <fcntl.h>
@@ -23,6 +24,7 @@ namespace posix {
 constexpr off_t kRangesEnd = off_t{1} << 61;
 constexpr off_t kFirstReaderByte = kRangesEnd;
 constexpr off_t kFirstMark = off_t{1} << 62;
+constexpr off_t kFirstSharersByte = kFirstMark + kRangesEnd;
 constexpr off_t kFirstShareByte = 0x7FFFFFFFFFFFFFF0;
 
 struct Range {
