@@ -83,7 +83,7 @@ class KSTUTL_EXPORT utl_BinIStream {
   /// as does all that follows, utl_BinStreamEOF "*** ERROR: End of file on binary
   /// stream." when the file ends before or within them, and utl_BinStreamReadError with
   /// the run time's reason; the bytes that came before are then read and `data` is
-  /// unspecified.
+  /// unspecified. After the end, what is appended to the file later is read all the same.
   void Read(char* data, int count) const;
 
   char ReadSchar();

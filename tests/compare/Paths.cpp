@@ -58,7 +58,7 @@ class Paths : public Subject {
     switch (random.Below(6)) {
       case 0: {
         const std::string text = SomeText(random);
-        return cow_String(std::string_view(text)).Replace(':', '=');  // left-out.md
+        return cow_String(std::string_view(text)).Replace(':', '=');  // no other drives
       }
       case 1:
       case 2:

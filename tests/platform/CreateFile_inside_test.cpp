@@ -1,6 +1,7 @@
 // Opening by name: what is created, what is refused, and with which code.
 
 #include <gmock/gmock.h>
+#include <io.h>
 
 #include <filesystem>
 #include <string>
@@ -107,6 +108,29 @@ TEST_F(CreateFileTest, WholeNamesAndTheirCodes) {
                                  nullptr) != INVALID_HANDLE_VALUE;
             }),
             DWORD{ERROR_PATH_NOT_FOUND});
+}
+
+// Which drives there are is the machine's own. The root of what Linux has is Z:.
+TEST_F(CreateFileTest, DrivesThatAreNotThere) {
+  std::string there;
+  for (char letter = 'A'; letter <= 'Z'; ++letter) {
+    const std::string drive = std::string(1, letter) + ":";
+    if (_access((drive + "\\").c_str(), 0) == 0) {
+      there += letter;
+      continue;
+    }
+    EXPECT_EQ(OpenCode(drive + "\\", GENERIC_READ, kShareAll, OPEN_EXISTING, kBackup),
+              DWORD{ERROR_PATH_NOT_FOUND})
+        << drive;
+    EXPECT_EQ(OpenCode(drive + "\\f"), DWORD{ERROR_FILE_NOT_FOUND}) << drive;
+    EXPECT_EQ(OpenCode(drive + "f"), DWORD{ERROR_FILE_NOT_FOUND}) << drive;
+    EXPECT_EQ(OpenCode(drive + "\\f", GENERIC_WRITE, 0, CREATE_ALWAYS),
+              DWORD{ERROR_FILE_NOT_FOUND})
+        << drive;
+    EXPECT_EQ(OpenCode(drive + "\\d\\f"), DWORD{ERROR_PATH_NOT_FOUND}) << drive;
+  }
+  EXPECT_TRUE(there.ends_with('Z')) << there;
+  EXPECT_FALSE(there.find('Q') < there.size()) << "tests take it for one that is missing";
 }
 
 namespace {

@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <fstream>
 #include <limits>
 #include <new>
 #include <string>
@@ -13,6 +14,7 @@
 #include <vector>
 
 #include "common/expect/ExpectThrow.h"
+#include "common/handle/Pipe.h"
 #include "common/temp/TempDir.h"
 
 namespace {
@@ -241,6 +243,35 @@ TEST_F(BinStreamTest, TheEndWithinAValueIsTheEndOfTheFile) {
   EXPECT_THROW_AT(in.ReadInt(), utl_BinStreamEOF, kEndOfFile, "utl/impl/utl_BinStream",
                   139);
   EXPECT_EQ(Position(), 3) << "what was there is read";
+  EXPECT_THROW_TEXT(in.ReadUchar(), utl_BinStreamEOF, kEndOfFile);
+}
+
+TEST_F(BinStreamTest, WhatIsAppendedBehindTheEndIsRead) {
+  utl_BinIStream in = Input("abc");
+  for (const char* appended : {"one", "two"}) {
+    EXPECT_THROW_TEXT(in.ReadInt(), utl_BinStreamEOF, kEndOfFile);
+    EXPECT_THROW_TEXT(in.ReadUchar(), utl_BinStreamEOF, kEndOfFile);
+    std::ofstream(path_, std::ios::binary | std::ios::app) << appended;
+    char bytes[3];
+    in.Read(bytes, 3);
+    EXPECT_EQ(std::string_view(bytes, 3), appended);
+  }
+}
+
+TEST_F(BinStreamTest, ThePositionStaysBehindTheEnd) {
+  utl_BinIStream in = Input("abc");
+  EXPECT_EQ(_lseeki64(fd_, 10, SEEK_SET), 10);
+  EXPECT_THROW_TEXT(in.ReadUchar(), utl_BinStreamEOF, kEndOfFile);
+  EXPECT_EQ(Position(), 10);
+}
+
+TEST_F(BinStreamTest, TheEndOfAPipe) {
+  Pipe pipe;
+  utl_BinIStream in(pipe.Reader(), kLittle);
+  utl_BinOStream(pipe.Writer(), kLittle).WriteShort(7);
+  pipe.CloseWriter();
+  EXPECT_EQ(in.ReadShort(), 7);
+  EXPECT_THROW_TEXT(in.ReadUchar(), utl_BinStreamEOF, kEndOfFile);
   EXPECT_THROW_TEXT(in.ReadUchar(), utl_BinStreamEOF, kEndOfFile);
 }
 

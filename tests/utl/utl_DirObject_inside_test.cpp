@@ -62,6 +62,24 @@ TEST_F(DirObjectTest, ManyEntries) {
   EXPECT_EQ(FileNames(listing.GetAllFileNames()), Reversed(FilesInOrder()));
 }
 
+// Of what the targets tell of an entry beside its name, the kind alone counts.
+TEST_F(DirObjectTest, EntriesOfAllSizesTimesAndPermissions) {
+  namespace fs = std::filesystem;
+  MakeFiles({"empty", "old", ".hidden", "readonly", "large"});
+  MakeDirectories({"dir", ".hiddendir", "readonlydir"});
+  fs::resize_file(dir_.File("large"), 1 << 20);
+  fs::last_write_time(dir_.File("old"), {});
+  for (const char* name : {"readonly", "readonlydir"}) {
+    fs::permissions(dir_.File(name), fs::perms::owner_read | fs::perms::owner_exec);
+  }
+  const utl_DirObject listing = List();
+  EXPECT_THAT(
+      FileNames(listing.GetAllFileNames()),
+      UnorderedElementsAreArray({"empty", "old", ".hidden", "readonly", "large"}));
+  EXPECT_THAT(FileNames(listing.GetAllDirNames()),
+              UnorderedElementsAreArray({".", "..", "dir", ".hiddendir", "readonlydir"}));
+}
+
 TEST_F(DirObjectTest, SnapshotDoesNotChange) {
   MakeFiles({"a", "b"});
   const utl_DirObject listing = List();

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -133,6 +134,9 @@ void utl_BinIStream::ReadBytes(void* data, std::int64_t count) const {
   while (count > 0) {
     const int read = _read(fd_, position, CallCount(count));
     if (read == 0) {
+      // Run times may remember the end until a seek: more is found if there is more
+      // later.
+      _lseeki64(fd_, 0, SEEK_CUR);
       utl_BinStreamEOF(atr_translate("*** ERROR: End of file on binary stream.").Result())
           .Throw(kSource, kEndOfFileLine);
     }

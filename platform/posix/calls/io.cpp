@@ -2,8 +2,9 @@
 // the system's own.
 //
 // Not emulated: text mode (line ends pass as they are; the mode is only kept and
-// told), _O_SEQUENTIAL, _O_RANDOM and the Unicode modes, _doserrno. The names'
-// restrictions are those of CreateFileA.
+// told), _O_SEQUENTIAL, _O_RANDOM and the Unicode modes, _doserrno, and that a descriptor
+// that was told of the end finds nothing that is appended later until it seeks. The
+// names' restrictions are those of CreateFileA.
 
 #include <io.h>
 

@@ -11,8 +11,8 @@
 //     from 2^61           the callers' ranges anew, where somebody locks one exclusively
 //                         who may not write (posix_lock.cpp)
 //     from 2^62           marks of open files (posix_identity.cpp)
-//     from 2^62 + 2^61    one byte each of those who share and may not read (posix_lock.cpp)
-//     the last six bytes  share modes (posix_share.cpp)
+//     from 2^62 + 2^61    one byte each of those who share and may not read
+//     (posix_lock.cpp) the last six bytes  share modes (posix_share.cpp)
 
 #include <fcntl.h>
 #include <sys/types.h>

@@ -54,10 +54,6 @@ REDIRECT(BOOL, CloseHandle, HANDLE handle) {
   return Fails(SystemCall::kCloseHandle) ? FALSE : closed;
 }
 
-REDIRECT(BOOL, DeleteFileA, LPCSTR name) {
-  return Fails(SystemCall::kDeleteFile) ? FALSE : REAL(DeleteFileA)(name);
-}
-
 REDIRECT(BOOL, FindNextFileA, HANDLE search, WIN32_FIND_DATAA* data) {
   return Fails(SystemCall::kFindNextFile) ? FALSE : REAL(FindNextFileA)(search, data);
 }

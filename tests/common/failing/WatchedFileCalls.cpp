@@ -16,6 +16,11 @@ struct {
 } searches;
 
 struct {
+  std::atomic<int> count = 0;
+  std::atomic<int> ofOpenFiles = 0;
+} deletions;
+
+struct {
   int calls = 0;
   HANDLE handle = nullptr;
   DWORD mask = 0;
@@ -75,6 +80,37 @@ REDIRECT(HANDLE, FindFirstFileA, LPCSTR pattern, WIN32_FIND_DATAA* data) {
 REDIRECT(BOOL, FindClose, HANDLE search) {
   ++searches.closed;
   return REAL(FindClose)(search);
+}
+
+WatchedDeletions::WatchedDeletions() {
+  deletions.count = deletions.ofOpenFiles = 0;
+}
+
+int WatchedDeletions::Count() const {
+  return deletions.count;
+}
+
+int WatchedDeletions::OfOpenFiles() const {
+  return deletions.ofOpenFiles;
+}
+
+REDIRECT(BOOL, DeleteFileA, LPCSTR name) {
+  if (Fails(SystemCall::kDeleteFile)) {
+    return FALSE;
+  }
+  const DWORD before = GetLastError();
+  // Nobody else may have the file open for any right of which no share is given here.
+  const HANDLE alone =
+      REAL(CreateFileA)(name, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+  const bool isOpen =
+      alone == INVALID_HANDLE_VALUE && GetLastError() == ERROR_SHARING_VIOLATION;
+  if (alone != INVALID_HANDLE_VALUE) {
+    REAL(CloseHandle)(alone);
+  }
+  deletions.count += isOpen || alone != INVALID_HANDLE_VALUE ? 1 : 0;
+  deletions.ofOpenFiles += isOpen ? 1 : 0;
+  SetLastError(before);
+  return REAL(DeleteFileA)(name);
 }
 
 WatchedInheritance::WatchedInheritance() {

@@ -31,6 +31,17 @@ class WatchedSearches {
   int Closed() const;
 };
 
+/// Counts the deletions by DeleteFileA, by any thread, from the construction on. One
+/// object at a time.
+class WatchedDeletions {
+ public:
+  WatchedDeletions();
+  /// How many files were there to be deleted.
+  int Count() const;
+  /// How many of them somebody had open.
+  int OfOpenFiles() const;
+};
+
 /// Watches SetHandleInformation from the construction on. One object at a time.
 class WatchedInheritance {
  public:

@@ -7,6 +7,8 @@
 
 #include "common/environment/FileSizeLimit.h"
 #include "common/expect/PeakMemory.h"
+#include "common/failing/FailingCall.h"
+#include "common/failing/WatchedFileCalls.h"
 #include "utl/multisection/MultisectionTest.h"
 
 namespace {
@@ -59,6 +61,29 @@ TEST_F(MultisectionSaveTest, LeftOverTemporaryFileIsReplacedAndDeleted) {
     (utl_MultisectionFile(path_, utl_FileAccessWrite).*save)();
     EXPECT_EQ(ReadWholeFile(file_), ImageHeader(0));
     EXPECT_EQ(OtherFiles(), "");
+  }
+}
+
+// A file that is open would keep its name on Windows until it is closed.
+TEST_F(MultisectionSaveTest, NobodyHasADeletedFileOpen) {
+  for (const Save save : kSaves) {
+    for (const SystemCall failing :
+         {SystemCall::kDeleteFile, SystemCall::kReadFile, SystemCall::kWriteFile,
+          SystemCall::kMoveFileEx, SystemCall::kFlushFileBuffers}) {
+      WriteImage({{"a", "old"}, {"b", "kept"}});
+      WriteWholeFile(temporary_, "left over");
+      utl_MultisectionFile file(path_, utl_FileAccessUpdate);
+      Set(file, "a", "new");
+      const WatchedDeletions deletions;
+      try {
+        const FailingCall failure(failing, ERROR_IO_DEVICE);
+        (file.*save)();
+      } catch (const nex_TextException&) {
+        // Whatever has failed, its temporary file is deleted.
+      }
+      EXPECT_GT(deletions.Count(), 0);
+      EXPECT_EQ(deletions.OfOpenFiles(), 0);
+    }
   }
 }
 
