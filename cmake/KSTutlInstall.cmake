@@ -23,6 +23,11 @@ if(WIN32)
   install(FILES ${names} DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT Runtime)
 endif()
 
+if(WIN32)
+  kstutl_write_definitions("${generated}/KSTutl.def")
+  install(FILES "${generated}/KSTutl.def"
+    DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT Development)
+endif()
 install(DIRECTORY include/ "${CMAKE_CURRENT_BINARY_DIR}/include/"
   DESTINATION "${headers}" COMPONENT Development
   FILES_MATCHING PATTERN "*.h" PATTERN "*.f90")

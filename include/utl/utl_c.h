@@ -1,0 +1,292 @@
+/* The library for programs in C, and for all other languages and compilers: C functions
+ * are what every linker takes.
+ *
+ *     #include "utl/utl_c.h"
+ *
+ *     int main(int argc, char** argv) {
+ *       double loads[2] = {1.5, -2.0};
+ *       kst_Sections* file = NULL;
+ *       kst_start(argc, argv);
+ *       if (kst_openSections("job.kdb", kst_Write, &file) != kst_Ok ||
+ *           kst_setSection(file, "loads", loads, sizeof loads) != kst_Ok ||
+ *           kst_saveSections(file) != kst_Ok ||
+ *           kst_getSection(file, "loads", loads, sizeof loads) != kst_Ok ||
+ *           kst_closeSections(file) != kst_Ok) {
+ *         fprintf(stderr, "%s\n", kst_lastError());
+ *         return 1;
+ *       }
+ *       return kst_end() == kst_Ok && loads[1] == -2.0 ? 0 : 1;
+ *     }
+ *
+ * Every function but kst_lastError answers with a status. Unless it is kst_Ok, what the
+ * function was to set is as it was, but where something else is said, and kst_lastError
+ * tells in words what was wrong. No C++ exception comes out of any function.
+ *
+ * Texts end with a zero byte and are bytes in the system's encoding. A null pointer in
+ * place of a text, of a handle or of a variable to be set gives kst_BadArgument.
+ *
+ * A text is handed out into the caller's `buffer` of `size` bytes, and its length without
+ * the zero byte goes to `length`, which may be null. If it does not fit, with its zero
+ * byte, the status is kst_WrongSize, the buffer is as it was, and `length` is set all the
+ * same. A null buffer of size 0 asks for the length alone.
+ *
+ * Handles (kst_Sections*, kst_File*) belong to the caller, who closes each one once. One
+ * that was closed, or is none, gives kst_BadHandle; it never does harm.
+ *
+ * Threads: one handle by one thread at a time, start, end and marks by the main thread,
+ * all else by any. The sources of C++ programs, and the classes behind these functions,
+ * are explained in the other headers. */
+
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "KSTutl_export.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* What became of a call. The numbers stay as they are. */
+typedef enum kst_Status {
+  kst_Ok = 0,
+  kst_BadArgument = 1, /* null, out of range, or of no meaning */
+  kst_NotStarted = 2,  /* before kst_start or after kst_end */
+  kst_BadHandle = 3,   /* the handle was closed, or is none of this kind */
+  kst_NotFound = 4,    /* no such option, argument, section or file */
+  kst_WrongSize = 5,   /* the caller's memory is not of the size that is needed */
+  kst_BadValue = 6,    /* an option's value is no whole number */
+  kst_Damaged = 7,     /* the contents of a file, or it is of another kind */
+  kst_Locked = 8,      /* another writer is at work, or left its lock behind */
+  kst_SystemError = 9, /* the system refused */
+  kst_NoMemory = 10,
+  kst_ReadOnly = 11, /* the handle was opened for reading */
+  kst_Failed = 12    /* anything else */
+} kst_Status;
+
+/* One line or more that tell why the last failed call of this thread failed, with its
+ * name:
+ *
+ *     kst_getSection: there is no section "loads"
+ *
+ * "" when none has failed. At most 1023 bytes, longer texts are cut. The text is the
+ * thread's own and stays until its next failed call. Never null. */
+KSTUTL_EXPORT const char* kst_lastError(void);
+
+/* Start and end */
+
+/* Starts the library, and loads the command line from what main was given; with argc 0,
+ * where argv may be null, there is no command line. Starts may be nested, each with a
+ * kst_end of its own: only the first one does something, and its command line counts.
+ *
+ * kst_BadArgument when argc is negative, or argv or one of the arguments is null; nothing
+ * is started then. */
+KSTUTL_EXPORT kst_Status kst_start(int argc, char** argv);
+
+/* Ends what the first kst_start began, at the call that matches it: closes the handles
+ * that are still open, ends the logs and the tracker, and then the library. Sections that
+ * were set and not saved are lost.
+ *
+ * kst_NotStarted when there is nothing to end; the status of a handle that could not be
+ * closed, although all is ended. */
+KSTUTL_EXPORT kst_Status kst_end(void);
+
+/* Version and paths */
+
+/* The release of the library: 6, 6, 7 for 6.6-7. */
+KSTUTL_EXPORT kst_Status kst_version(int* major, int* minor, int* update);
+
+/* The same as a text, "6.6-7". */
+KSTUTL_EXPORT kst_Status kst_versionText(char* buffer, size_t size, size_t* length);
+
+/* The path of the job's file with this ending, from the options "job" and "outdir":
+ * "Z:\out\beam.dat" for ".dat". kst_NotFound when there is no option "job". */
+KSTUTL_EXPORT kst_Status kst_jobFileName(const char* ending, char* buffer, size_t size,
+                                         size_t* length);
+
+/* A path of the library in the form of the system, for fopen and for people: on Linux
+ * "/out/beam.dat" for "Z:\out\beam.dat", on Windows the same text. All functions here
+ * take either form. */
+KSTUTL_EXPORT kst_Status kst_nativePath(const char* path, char* buffer, size_t size,
+                                        size_t* length);
+
+/* The command line: prog -job beam -interactive -cpus 4
+ *
+ * An argument that begins with "-" names an option, and the argument behind it is the
+ * option's value unless that begins with "-" too. Names are given without their "-",
+ * letter case counts. */
+
+/* Sets `isThere` to 1 when the option was given, with or without a value, and else to 0.
+ */
+KSTUTL_EXPORT kst_Status kst_hasOption(const char* name, int* isThere);
+
+/* The option's value, "" when it was given without one. kst_NotFound when it was not. */
+KSTUTL_EXPORT kst_Status kst_option(const char* name, char* buffer, size_t size,
+                                    size_t* length);
+
+/* The option's value as a number; 0 when it was given without one. kst_NotFound when it
+ * was not, so that what `value` was before is the default:
+ *
+ *     int64_t cpus = 1;
+ *     kst_optionNumber("cpus", &cpus);
+ *
+ * kst_BadValue when it has anything but digits in it, or does not fit. */
+KSTUTL_EXPORT kst_Status kst_optionNumber(const char* name, int64_t* value);
+
+/* The number of all arguments, the program's name included. */
+KSTUTL_EXPORT kst_Status kst_argumentCount(size_t* count);
+
+/* Argument number `index`, from 0 on, as it was given. kst_NotFound when there is none.
+ */
+KSTUTL_EXPORT kst_Status kst_argument(size_t index, char* buffer, size_t size,
+                                      size_t* length);
+
+/* How a file is opened. Arguments of such a kind are numbers to the compiler, so that a
+ * wrong one is met with kst_BadArgument. */
+typedef enum kst_Access {
+  kst_Read = 0,   /* an existing file, for reading */
+  kst_Update = 1, /* an existing file, for reading and writing */
+  kst_Write = 2   /* the same; the file is made, or emptied if it exists */
+} kst_Access;
+
+/* Sections: named blocks of bytes in one file, each with a checksum */
+
+typedef struct kst_Sections kst_Sections;
+
+/* Opens a file of sections. Between kst_Update or kst_Write and closing it is locked: the
+ * file `path`.lock says so to other writers.
+ *
+ * kst_NotFound when there is no such file, kst_Locked when another writer is at work or
+ * has left its lock behind, kst_Damaged when it is no file of sections, kst_SystemError.
+ */
+KSTUTL_EXPORT kst_Status kst_openSections(const char* path, int access,
+                                          kst_Sections** sections);
+
+/* Unlocks and closes. Does not save: what was set since the last time is lost. The handle
+ * is gone, whatever the status. */
+KSTUTL_EXPORT kst_Status kst_closeSections(kst_Sections* sections);
+
+/* Puts everything that was set into the file, at one stroke: whatever happens, the path
+ * leads to the whole old file or to the whole new one, which is another file under its
+ * name (utl_MultisectionFile::saveChangesAtomically). Until this the file has nothing of
+ * it. */
+KSTUTL_EXPORT kst_Status kst_saveSections(kst_Sections* sections);
+
+/* The same by writing over the file, which stays the same file for those who have it
+ * open, and is lost when that fails (utl_MultisectionFile::saveChanges). */
+KSTUTL_EXPORT kst_Status kst_saveSectionsInPlace(kst_Sections* sections);
+
+/* Sets `isThere` to 1 when there is a section of this name, saved or only set, else to 0.
+ */
+KSTUTL_EXPORT kst_Status kst_hasSection(kst_Sections* sections, const char* name,
+                                        int* isThere);
+
+/* The section's length in bytes. kst_NotFound; kst_Damaged when the file gives no
+ * possible length. In a damaged file it may be more than the file has. */
+KSTUTL_EXPORT kst_Status kst_sectionSize(kst_Sections* sections, const char* name,
+                                         size_t* size);
+
+/* Copies the section to `data`, and compares its checksum. `size` is the section's length
+ * exactly, else kst_WrongSize. kst_NotFound; kst_Damaged when the checksum is wrong or
+ * the file ends before the section does: `data` may have any bytes then. */
+KSTUTL_EXPORT kst_Status kst_getSection(kst_Sections* sections, const char* name,
+                                        void* data, size_t size);
+
+/* Has the section consist of a copy of these bytes, up to 2,147,483,647 of them: in its
+ * old place, or after all others when the name is new. `data` may be null when `size` is
+ * 0. They are in the file after kst_saveSections. */
+KSTUTL_EXPORT kst_Status kst_setSection(kst_Sections* sections, const char* name,
+                                        const void* data, size_t size);
+
+/* Files */
+
+typedef struct kst_File kst_File;
+
+/* What others may do meanwhile, in any process. */
+typedef enum kst_Sharing {
+  kst_ShareDefault = 0,  /* a reader lets read and write, a writer lets read */
+  kst_ShareRead = 1,     /* read */
+  kst_ShareReadWrite = 2 /* read and write */
+} kst_Sharing;
+
+/* Opens a file. kst_NotFound when it does not exist, kst_Locked when others that have it
+ * open do not share it so, kst_SystemError for all else, a missing directory included. */
+KSTUTL_EXPORT kst_Status kst_openFile(const char* path, int access, int sharing,
+                                      kst_File** file);
+
+/* Closes the file. The handle is gone, whatever the status. */
+KSTUTL_EXPORT kst_Status kst_closeFile(kst_File* file);
+
+/* Reads `size` bytes, or all up to the end of the file if that comes before, and sets
+ * `count` to their number. After a failure `buffer` may have any bytes. */
+KSTUTL_EXPORT kst_Status kst_readFile(kst_File* file, void* buffer, size_t size,
+                                      size_t* count);
+
+/* Writes all these bytes. After a failure some of them may have been written. */
+KSTUTL_EXPORT kst_Status kst_writeFile(kst_File* file, const void* data, size_t size);
+
+/* Goes to `offset` bytes from the start; behind the end is allowed. */
+KSTUTL_EXPORT kst_Status kst_seekFile(kst_File* file, int64_t offset);
+
+/* Where the next byte is read or written. */
+KSTUTL_EXPORT kst_Status kst_filePosition(kst_File* file, int64_t* offset);
+
+/* The file's size in bytes. */
+KSTUTL_EXPORT kst_Status kst_fileSize(kst_File* file, int64_t* size);
+
+/* Makes the file `size` bytes long, 4 at least; what is added takes its place on the disk
+ * at once. The position stays. */
+KSTUTL_EXPORT kst_Status kst_resizeFile(kst_File* file, int64_t size);
+
+/* Has the system put everything written on the disk. */
+KSTUTL_EXPORT kst_Status kst_flushFile(kst_File* file);
+
+/* Marks: what the program's phases use, in the logs that the environment asks for */
+
+/* Begins the resource log JOB.use, if the environment has KES_RESOURCE_MONITOR. kst_end
+ * ends it. `job` is the path without ".use", as kst_jobFileName gives it for "". */
+KSTUTL_EXPORT kst_Status kst_openLogs(const char* job);
+
+/* Writes a line with this label to the resource log and one to the tracker's. */
+KSTUTL_EXPORT kst_Status kst_mark(const char* label);
+
+/* Begins a phase of the program: `timer`, 0 to 19, runs until kst_endPhase, which marks
+ * the phase by its name. Several may run at once, each with a timer of its own.
+ * kst_BadArgument when the timer is out of range, or runs already or does not run. */
+KSTUTL_EXPORT kst_Status kst_beginPhase(int timer, const char* name);
+KSTUTL_EXPORT kst_Status kst_endPhase(int timer);
+
+/* The I/O tracker: counts what the program reports about its files, if the environment
+ * has KES_IO_TRACK. Otherwise reports do nothing, with kst_Ok. */
+
+/* What a file is known by: the number of a descriptor or the address of a stream, or the
+ * number of a Fortran unit. */
+typedef enum kst_Table { kst_Descriptors = 0, kst_Units = 1 } kst_Table;
+
+/* Sets `isTracking` to 1 when there is a tracker, else to 0. */
+KSTUTL_EXPORT kst_Status kst_isTracking(int* isTracking);
+
+/* Reports that `key` means the file `path` from now on, and that it does no more. */
+KSTUTL_EXPORT kst_Status kst_trackOpen(int table, int64_t key, const char* path);
+KSTUTL_EXPORT kst_Status kst_trackClose(int table, int64_t key);
+
+/* Reports one operation of so many bytes that took so many seconds. */
+KSTUTL_EXPORT kst_Status kst_trackRead(int table, int64_t key, int64_t bytes,
+                                       double seconds);
+KSTUTL_EXPORT kst_Status kst_trackWrite(int table, int64_t key, int64_t bytes,
+                                        double seconds);
+
+/* What was counted for one file. */
+typedef struct kst_Totals {
+  int64_t reads, bytesRead;
+  int64_t writes, bytesWritten; /* bytes are counted from tracking level 3 on */
+  double readSeconds, writeSeconds;
+} kst_Totals;
+
+/* kst_NotFound when the key is unknown or there is no tracker. */
+KSTUTL_EXPORT kst_Status kst_trackTotals(int table, int64_t key, kst_Totals* totals);
+
+#ifdef __cplusplus
+}
+#endif
