@@ -2,9 +2,11 @@
 
 #include <array>
 #include <Eigen/SparseCore>
+#include <string>
+#include <utility>
 #include <vector>
 
-#include "../job/Job.h"
+#include "utl/utl_CommandLine.h"
 
 struct Node {
   int id, line;
@@ -26,7 +28,7 @@ struct Bar {
 ///     fix NODE xyz           directions held; of several records, all
 ///     load NODE FX FY FZ     of several records, the sum
 struct Deck {
-  cow_String name, title;  ///< as the deck's file was named; "" without a title
+  std::string name, title;  ///< as the deck's file was named; "" without a title
   std::vector<Node> nodes;
   std::vector<Bar> bars;
 };
@@ -43,17 +45,49 @@ struct Results {
   Vector displacements, forces, reactions;  ///< forces: tension positive
 };
 
+/// What is kept of a job: lists of numbers, each under its name.
+///     node ids, bar ids            one of each
+///     bar nodes                    the ids of both ends of each
+///     node places                  x, y, z of each
+///     bar areas, bar moduli        one of each bar
+///     displacements, reactions     x, y, z of each node
+///     forces                       one of each bar
+struct Record {
+  std::string title;
+  std::vector<std::pair<std::string, std::vector<int>>> integers;
+  std::vector<std::pair<std::string, std::vector<double>>> reals;
+};
+
+/// What the command line asks for.
+struct Options {
+  std::string deck, result;        ///< the result: the path of the section file
+  std::string exported, imported;  ///< "" when not asked for
+  int digits;
+};
+
+/// Prints how the program is called, with an example.
+void PrintUsage();
+/// Throws std::invalid_argument for what the program does not take, and when the result
+/// could not be written.
+Options ReadOptions(const utl_CommandLine& line);
+
+/// Throws the nex_TextException "FILE:LINE: REASON", or "FILE: REASON", unless it is
+/// good.
+void Check(bool isGood, const std::string& file, const std::string& reason, int line = 0);
+
 /// The first three throw as Check does for a bad line, a mechanism, numbers too large.
-Deck ReadDeck(const cow_String& name);
+Deck ReadDeck(const std::string& name);
 Equations Assemble(const Deck& deck);
 Results Solve(const Deck& deck, const Equations& equations);
 /// Tables on standard output, with that many digits a number.
 void Print(const Deck& deck, const Results& results, int digits);
 
-/// What is kept of the job
-///     title                        text
-///     nodes                        int32 number, ids; float64 x, y, z of each
-///     bars                         int32 number, ids, nodes; float64 areas, moduli
-///     displacements, reactions     float64 x, y, z of each node
-///     forces                       float64 of the bars
-Blocks BlocksOf(const Deck& deck, const Results& results);
+Record RecordOf(const Deck& deck, const Results& results);
+/// Sets the sections of the multisection file `path`, "title" and the lists, and compares
+/// what it reads there.
+void Save(const std::string& path, const Record& record);
+/// Writes the file anew, as one binary stream: eight letters, the title, then each list
+/// with the number of its elements before it.
+void Export(const std::string& name, const Record& record);
+/// Throws as Check does unless it is such a file of this record.
+void Import(const std::string& name, const Record& record);

@@ -1,47 +1,57 @@
-#include <algorithm>
 #include <iostream>
-#include <stdexcept>
 
 #include "Truss.h"
-#include "utl/utl_JobFileName.h"
+#include "utl/utl_NativePath.h"
+#include "utl/utl_Phase.h"
+#include "utl/utl_runMain.h"
+#include "utl/utl_Version.h"
 
-// The last argument that is neither an option nor an option's value.
-static cow_String DeckName(const utl_CommandLine& line) {
-  for (int i = line.Size() - 1; i > 0; --i) {
-    if (line.ConstGet(i)[0] != '-' && (i == 1 || line.ConstGet(i - 1)[0] != '-')) {
-      return line.ConstGet(i);
-    }
-  }
-  throw std::invalid_argument(
-      "expected -job NAME [-outdir DIR] [-digits N] [-export FILE] [-import FILE] DECK");
-}
-
-static void SolveDeck(const utl_CommandLine& line) {
-  const int digits = std::clamp(line.ConstGetValueAsInt("digits", 6), 1, 17);
+// Each phase is timed and marked in the logs that the environment asks for.
+static void SolveDeck(const Options& options) {
   Deck deck;
   Equations equations;
   Results results;
-  InPhase(1, "read", [&] { deck = ReadDeck(DeckName(line)); });
-  InPhase(2, "assemble", [&] { equations = Assemble(deck); });
-  InPhase(3, "solve", [&] { results = Solve(deck, equations); });
-  InPhase(4, "write", [&] {
-    Print(deck, results, digits);
-    const Blocks blocks = BlocksOf(deck, results);
-    const cow_String path = utl_JobFileName(".kdb");
-    Save(path, blocks);
-    std::cout << "\nSaved in " << path << " and read back.\n";
-    constexpr char kTag[] = "KSTtruss";
-    if (line.IsMember("export")) {
-      Export(line.ConstGetValue("export"), kTag, blocks);
-      std::cout << "Exported to " << line.ConstGetValue("export") << ".\n";
+  {
+    const utl_Phase phase(1, "read");
+    deck = ReadDeck(options.deck);
+  }
+  {
+    const utl_Phase phase(2, "assemble");
+    equations = Assemble(deck);
+  }
+  {
+    const utl_Phase phase(3, "solve");
+    results = Solve(deck, equations);
+  }
+  {
+    const utl_Phase phase(4, "write");
+    Print(deck, results, options.digits);
+    const Record record = RecordOf(deck, results);
+    Save(options.result, record);
+    // People and other programs know the file by the system's own name for it.
+    std::cout << "\nSaved in " << utl_nativePath(options.result).string()
+              << " and read back.\n";
+    if (!options.exported.empty()) {
+      Export(options.exported, record);
+      std::cout << "Exported to " << options.exported << ".\n";
     }
-    if (line.IsMember("import")) {
-      Import(line.ConstGetValue("import"), kTag, blocks);
-      std::cout << "The same in " << line.ConstGetValue("import") << ".\n";
+    if (!options.imported.empty()) {
+      Import(options.imported, record);
+      std::cout << "The same in " << options.imported << ".\n";
     }
-  });
+  }
+}
+
+static void Work(const utl_CommandLine& line) {
+  if (line.Size() <= 1 || line.IsMember("help")) {
+    PrintUsage();
+    return;
+  }
+  const Options options = ReadOptions(line);
+  std::cout << omi_Singleton<utl_Version>::Instance().Title(true) << '\n';
+  SolveDeck(options);
 }
 
 int main(int argc, char** argv) {
-  return RunJob("kst_truss", argc, argv, SolveDeck);
+  return utl_runMain("kst_truss", argc, argv, Work);
 }

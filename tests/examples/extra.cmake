@@ -1,8 +1,7 @@
 # The truss program linked into the tests, its main under another name.
 find_package(Eigen3 3.3 REQUIRED NO_MODULE NO_CMAKE_FIND_ROOT_PATH)
 set(truss "${PROJECT_SOURCE_DIR}/examples/truss")
-file(GLOB truss_sources CONFIGURE_DEPENDS
-  "${truss}/*.cpp" "${PROJECT_SOURCE_DIR}/examples/job/*.cpp")
+file(GLOB truss_sources CONFIGURE_DEPENDS "${truss}/*.cpp")
 target_sources(${program} PRIVATE ${truss_sources})
 set_source_files_properties("${truss}/main.cpp" PROPERTIES
   COMPILE_DEFINITIONS main=kst_truss_main SKIP_PRECOMPILE_HEADERS ON)

@@ -8,7 +8,7 @@
 namespace {
 
 Deck ReadText(const std::string& text) {
-  return ReadDeck(TrussJob(text).DeckPath().c_str());
+  return ReadDeck(TrussJob(text).DeckPath());
 }
 
 TEST(TrussDeckTest, KeepsRowsInTheOrderOfTheDeck) {
@@ -188,8 +188,9 @@ TEST_P(TrussBadDeckTest, GetsOneLineAndTouchesNothing) {
   const TrussRun run = job.Run();
   EXPECT_EQ(run.status, 1);
   EXPECT_EQ(run.out, kTrussTitle);
-  EXPECT_EQ(run.err, job.DeckPath() + ":" + std::to_string(GetParam().line) + ": " +
-                         GetParam().reason + "\n");
+  EXPECT_EQ(run.err, "kst_truss: " + job.DeckPath() + ":" +
+                         std::to_string(GetParam().line) + ": " + GetParam().reason +
+                         "\n");
   EXPECT_EQ(ReadWholeFile(job.ResultPath()), "results of an earlier run");
   EXPECT_FALSE(FileExists(job.ResultPath() + ".lock"));
 }
@@ -205,16 +206,17 @@ TEST(TrussBadDeckTest, MakesNoResultFile) {
 
 TEST(TrussBadDeckTest, IsATextException) {
   const TrussJob job("beam\n");
-  EXPECT_THROW_TEXT(ReadDeck(job.DeckPath().c_str()), nex_TextException,
+  EXPECT_THROW_TEXT(ReadDeck(job.DeckPath()), nex_TextException,
                     job.DeckPath() + ":1: unknown word \"beam\"");
 }
 
 TEST(TrussBadDeckTest, MayBeAbsentOrADirectory) {
   const TrussJob job("");
-  for (const std::string& path : {job.DirPath(), job.DirPath() + "/none.deck"}) {
+  for (const std::string& path :
+       {job.DirPath(), job.DirPath() + "/none.deck", std::string(".")}) {
     const TrussRun run = RunTruss({"-job", "job", "-outdir", job.DirPath(), path});
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, path + ": cannot be read\n");
+    EXPECT_EQ(run.err, "kst_truss: " + path + ": cannot be read\n");
   }
   EXPECT_FALSE(FileExists(job.ResultPath()));
 }

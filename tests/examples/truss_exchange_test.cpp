@@ -17,22 +17,29 @@ namespace {
 constexpr char kTag[] = "KSTtruss";
 constexpr char kEarlyEnd[] = ": *** ERROR: End of file on binary stream.";
 
-std::string AsString(const std::string& bytes) {
+// A number of elements and the elements, or a text in place of these.
+template <class Value>
+std::string List(std::initializer_list<Value> values) {
+  return Bytes<std::int32_t>({static_cast<std::int32_t>(values.size())}) + Bytes(values);
+}
+std::string Text(const std::string& bytes) {
   return Bytes<std::int32_t>({static_cast<std::int32_t>(bytes.size())}) + bytes;
 }
 
-// Blocks of two bars by another road than the program's; one is empty.
-Blocks SampleBlocks() {
-  return {{"title", "Two bars"}, {"nodes", cow_String("\0\1\2\3", 4)}, {"forces", ""}};
+// Of two bars by another road than the program's; one list is empty.
+Record SampleRecord() {
+  return {
+      "Two bars", {{"node ids", {7, 0x01020304}}}, {{"forces", {}}, {"places", {0.5}}}};
 }
 
-TEST(TrussExportTest, IsTheTagAndAStringForEachBlock) {
+TEST(TrussExportTest, IsTheTagTheTitleAndTheLists) {
   const TempDir dir;
   const std::string file = dir.File("x.bin");
   WriteWholeFile(file, std::string(1000, 'x'));
-  Export(file.c_str(), kTag, SampleBlocks());
-  EXPECT_EQ(ReadWholeFile(file), "KSTtruss" + AsString("Two bars") +
-                                     AsString(std::string("\0\1\2\3", 4)) + AsString(""));
+  Export(file, SampleRecord());
+  EXPECT_EQ(ReadWholeFile(file), kTag + Text("Two bars") +
+                                     List<std::int32_t>({7, 0x01020304}) +
+                                     List<double>({}) + List<double>({0.5}));
 }
 
 TEST(TrussExportTest, HoldsNodesBarsAndResults) {
@@ -41,11 +48,11 @@ TEST(TrussExportTest, HoldsNodesBarsAndResults) {
   const TrussRun run = job.Run({"-export", file});
   EXPECT_EQ(run.status, 0) << run.err;
   EXPECT_TRUE(run.out.ends_with("read back.\nExported to " + file + ".\n")) << run.out;
-  const std::string start = "KSTtruss" + AsString("Two bars") +
-                            AsString(Bytes<std::int32_t>({3, 11, 2, 7}) +
-                                     Bytes<double>({-3, 0, 0, 3, 0, 0, 0, 4, 0})) +
-                            AsString(Bytes<std::int32_t>({2, 300, 1, 11, 7, 2, 7}) +
-                                     Bytes<double>({2, 4, 200, 100}));
+  const std::string start = kTag + Text("Two bars") + List<std::int32_t>({11, 2, 7}) +
+                            List<std::int32_t>({300, 1}) +
+                            List<std::int32_t>({11, 7, 2, 7}) +
+                            List<double>({-3, 0, 0, 3, 0, 0, 0, 4, 0}) +
+                            List<double>({2, 4}) + List<double>({200, 100});
   const std::string bytes = ReadWholeFile(file);
   ASSERT_EQ(bytes.size(), start.size() + (4 + 72) + (4 + 16) + (4 + 72));
   EXPECT_EQ(bytes.substr(0, start.size()), start);
@@ -66,12 +73,12 @@ TEST(TrussExportTest, FailsWithOneLine) {
   const TrussJob job(kTwoBarDeck);
   const std::string root = job.DirPath().substr(0, job.DirPath().find("tmp"));
   const std::string full = root + "dev" + root.back() + "full";
-  const std::pair<std::string, int> rows[] = {
-      {job.File("none/x.bin"), ENOENT}, {"", ENOENT}, {full, ENOSPC}};
+  const std::pair<std::string, int> rows[] = {{job.File("none/x.bin"), ENOENT},
+                                              {full, ENOSPC}};
   for (const auto& [file, error] : rows) {
     const TrussRun run = job.Run({"-export", file});
     EXPECT_EQ(run.status, 1) << file;
-    EXPECT_EQ(run.err, file + ": " + std::strerror(error) + "\n");
+    EXPECT_EQ(run.err, "kst_truss: " + file + ": " + std::strerror(error) + "\n");
     EXPECT_EQ(run.out.find("Exported"), std::string::npos) << run.out;
     EXPECT_TRUE(FileExists(job.ResultPath())) << "the job itself is saved";
   }
@@ -97,18 +104,16 @@ class TrussImportOfTest : public testing::Test {
   // What is said of a file of these bytes.
   void ExpectRefusal(const std::string& bytes, const std::string& reason) const {
     WriteWholeFile(file_, bytes);
-    EXPECT_THROW_TEXT(Import(name_, kTag, SampleBlocks()), nex_TextException,
-                      file_ + reason);
+    EXPECT_THROW_TEXT(Import(file_, SampleRecord()), nex_TextException, file_ + reason);
   }
 
   TempDir dir_;
   const std::string file_ = dir_.File("x.bin");
-  const cow_String name_ = file_.c_str();
-  const std::string good_ = (Export(name_, kTag, SampleBlocks()), ReadWholeFile(file_));
+  const std::string good_ = (Export(file_, SampleRecord()), ReadWholeFile(file_));
 };
 
-TEST_F(TrussImportOfTest, TheBlocks) {
-  EXPECT_NO_THROW(Import(name_, kTag, SampleBlocks()));
+TEST_F(TrussImportOfTest, TheRecord) {
+  EXPECT_NO_THROW(Import(file_, SampleRecord()));
 }
 
 TEST_F(TrussImportOfTest, AFileCutAnywhere) {
@@ -126,8 +131,9 @@ TEST_F(TrussImportOfTest, AFileWithAnyBitChanged) {
     const std::size_t at = bit / 8;
     ExpectRefusal(bytes, at < 8    ? ": no export of this program"
                          : at < 20 ? ": other title than this job's"
-                         : at < 28 ? ": other nodes than this job's"
-                                   : ": other forces than this job's");
+                         : at < 32 ? ": other node ids than this job's"
+                         : at < 36 ? ": other forces than this job's"
+                                   : ": other places than this job's");
   }
 }
 
@@ -145,14 +151,14 @@ TEST_F(TrussImportOfTest, ForeignFiles) {
 
 TEST_F(TrussImportOfTest, AMissingFile) {
   std::filesystem::remove(file_);
-  EXPECT_THROW_TEXT(Import(name_, kTag, SampleBlocks()), nex_TextException,
+  EXPECT_THROW_TEXT(Import(file_, SampleRecord()), nex_TextException,
                     file_ + ": " + std::strerror(ENOENT));
 }
 
 // Which call refuses it is the system's affair.
 TEST_F(TrussImportOfTest, ADirectory) {
   try {
-    Import(dir_.Path().c_str(), kTag, SampleBlocks());
+    Import(dir_.Path(), SampleRecord());
     FAIL();
   } catch (const nex_TextException& refusal) {
     EXPECT_TRUE(std::string(refusal.AsString().c_str()).starts_with(dir_.Path() + ": "));
@@ -168,10 +174,10 @@ struct OtherJob {
 
 const OtherJob kOtherJobs[] = {
     {"Title", "Two bars", "Two rods", "title"},
-    {"NumberOfNodes", "fix 11", "node 9 0 0 0\nfix 9 xyz\nfix 11", "nodes"},
-    {"Coordinate", "0 4 0", "0 4.5 0", "nodes"},
-    {"Area", "7 4\nfix", "7 5\nfix", "bars"},
-    {"Modulus", "material 100", "material 101", "bars"},
+    {"NumberOfNodes", "fix 11", "node 9 0 0 0\nfix 9 xyz\nfix 11", "node ids"},
+    {"Coordinate", "0 4 0", "0 4.5 0", "node places"},
+    {"Area", "7 4\nfix", "7 5\nfix", "bar areas"},
+    {"Modulus", "material 100", "material 101", "bar moduli"},
     {"Load", "-16 0", "-17 0", "displacements"},
     {"LoadOnASupport", "load", "load 2 1 0 0\nload", "reactions"},
 };
@@ -186,7 +192,8 @@ TEST_P(TrussImportFromTest, AnotherJobIsRefused) {
   other.replace(other.find(GetParam().from), std::strlen(GetParam().from), GetParam().to);
   const TrussRun run = TrussJob(other).Run({"-import", file});
   EXPECT_EQ(run.status, 1);
-  EXPECT_EQ(run.err, file + ": other " + GetParam().block + " than this job's\n");
+  EXPECT_EQ(run.err,
+            "kst_truss: " + file + ": other " + GetParam().block + " than this job's\n");
   EXPECT_EQ(run.out.find("The same"), std::string::npos) << run.out;
 }
 
@@ -207,7 +214,7 @@ TEST(TrussImportTest, ShowsWhatIsWrongInOneLine) {
     WriteWholeFile(file, content);
     const TrussRun run = job.Run({"-import", file});
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, file + reason + "\n");
+    EXPECT_EQ(run.err, "kst_truss: " + file + reason + "\n");
   }
 }
 

@@ -17,7 +17,7 @@ struct Solved {
 };
 
 Solved SolveDeck(const std::string& path) {
-  Solved solved{ReadDeck(path.c_str()), {}};
+  Solved solved{ReadDeck(path), {}};
   solved.results = Solve(solved.deck, Assemble(solved.deck));
   return solved;
 }
@@ -242,7 +242,7 @@ TEST(TrussShippedDecksTest, TheSpaceTrussHasThePublishedWeightAndLimits) {
 }
 
 TEST(TrussShippedDecksTest, TheTowerHasTwoThousandBars) {
-  const Deck deck = ReadDeck(ShippedDeck("tower").c_str());
+  const Deck deck = ReadDeck(ShippedDeck("tower"));
   EXPECT_EQ(deck.bars.size(), 2040u);
   EXPECT_EQ(deck.nodes.size(), 484u);
 }
