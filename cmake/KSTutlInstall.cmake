@@ -48,12 +48,15 @@ string(REGEX REPLACE "/$" "" prefix_from_pc "${prefix_from_pc}")
 configure_file(cmake/kstutl.pc.in "${generated}/kstutl.pc" @ONLY)
 install(FILES "${generated}/kstutl.pc" DESTINATION "${pc_folder}" COMPONENT Development)
 
-# Programs find the library beside them, but where the system does so anyway.
+# Programs, each with its page. They find the library beside them, but where the
+# system does so anyway.
 function(kstutl_install_tool target)
   install(TARGETS ${target} RUNTIME COMPONENT Tools)
   if(WIN32)
     return()
   endif()
+  install(FILES packaging/man/${target}.1
+    DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT Tools)
   file(RELATIVE_PATH libraries "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
   set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries}")
   install(CODE "
@@ -68,3 +71,5 @@ endif()
 install(FILES README.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT Documentation)
 install(DIRECTORY docs examples DESTINATION "${CMAKE_INSTALL_DOCDIR}"
   COMPONENT Documentation)
+
+include(KSTutlPackages)
