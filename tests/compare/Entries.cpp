@@ -56,15 +56,24 @@ class Entries : public Subject {
 
   void Write(const std::string& name, const std::string& contents) const {
     if (!fs::is_directory(Place(name))) {
-      MakeWriteable(name);
+      MakeWriteable(Place(name));
       std::ofstream(Place(name), std::ios::binary | std::ios::trunc) << contents;
     }
   }
 
   // Windows changes and removes no read-only file.
-  void MakeWriteable(const std::string& name) const {
+  static void MakeWriteable(const fs::path& path) {
     std::error_code ignored;
-    fs::permissions(Place(name), fs::perms::owner_write, fs::perm_options::add, ignored);
+    fs::permissions(path, fs::perms::owner_write, fs::perm_options::add, ignored);
+  }
+
+  void Remove(const std::string& name) const {
+    std::error_code ignored;
+    MakeWriteable(Place(name));
+    for (const auto& entry : fs::recursive_directory_iterator(Place(name), ignored)) {
+      MakeWriteable(entry.path());
+    }
+    fs::remove_all(Place(name), ignored);
   }
 
   void Change(const std::string& name, int what, const std::string& contents,
@@ -76,8 +85,7 @@ class Entries : public Subject {
         Write(name, contents);
         break;
       case 2:
-        MakeWriteable(name);
-        fs::remove_all(Place(name), ignored);
+        Remove(name);
         break;
       case 3:
         fs::create_directories(Place(name), ignored);

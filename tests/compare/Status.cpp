@@ -67,11 +67,10 @@ class Status : public Subject {
     });
   }
   void Native(Random& random, Log& log) {
-    // The C++ library under Windows does not find what ends in a blank.
-    cow_String path = Path(random);
-    while (std::string_view(path).ends_with(' ')) {
-      path.Remove(path.Length() - 1, 1);
-    }
+    // The C++ library under Windows finds neither what ends in a blank nor a drive alone.
+    const std::string text = SomePath(world_, random);
+    const cow_String path(
+        std::string_view(text).substr(0, text.find_last_not_of(" :") + 1));
     log.Call("utl_nativePath", path).Result([&] {
       // Where the library has no file it may still find a name.
       return utl_FilePath(path, "").Exists() &&
