@@ -31,7 +31,12 @@ class Listings : public Subject {
   explicit Listings(World& world) : world_(world) {}
 
   void Run(Random& random, Log& log) override {
-    const cow_String path(std::string_view(SomePath(world_, random)));
+    std::string name = SomePath(world_, random);
+    // Of the root's entries one target leaves out some, and others change them.
+    if (name.find_first_of("\\/") == 0 && name.find(world_.shown.substr(2)) != 0) {
+      name.insert(0, 1, '.');
+    }
+    const cow_String path{std::string_view(name)};
     const cow_String text(random.OneIn(2) ? PlainName(random).substr(0, 1)
                                           : SomeOf(random, "abmst.\\", 0, 2));
     constexpr const char* kExtensions[] = {".dat", ".txt", ".Txt", ".exe",

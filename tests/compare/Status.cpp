@@ -67,10 +67,12 @@ class Status : public Subject {
     });
   }
   void Native(Random& random, Log& log) {
-    // The C++ library under Windows finds neither what ends in a blank nor a drive alone.
-    const std::string text = SomePath(world_, random);
-    const cow_String path(
-        std::string_view(text).substr(0, text.find_last_not_of(" :") + 1));
+    // The C++ libraries do not agree on what ends in a blank, a drive alone and "...\\".
+    std::string text = SomePath(world_, random);
+    while (text.ends_with(' ') || text.ends_with(':') || text.find("...") < text.size()) {
+      text = SomePath(world_, random);
+    }
+    const cow_String path{std::string_view(text)};
     log.Call("utl_nativePath", path).Result([&] {
       // Where the library has no file it may still find a name.
       return utl_FilePath(path, "").Exists() &&

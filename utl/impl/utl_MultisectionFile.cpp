@@ -49,7 +49,8 @@ utl_MultisectionFile::utl_MultisectionFile(const cow_String& path, utl_FileAcces
       std::make_unique<utl_LockFileHolder>(path + ".lock", 0, kLockPause, file_.Handle());
   directory_ = std::make_unique<utl_SectionDirectory>();
   if (access != utl_FileAccessRead) {
-    if (!platform::OpenFilesCanBeReplaced()) {
+    const bool isOpen = access == utl_FileAccessUpdate || access == utl_FileAccessWrite;
+    if (isOpen && !platform::OpenFilesCanBeReplaced()) {
       file_.Release();  // who holds the lock may be about to replace it
     }
     if (!lock_->acquire(kLockAttempts, kLockPause)) {

@@ -107,6 +107,14 @@ TEST_F(MultisectionLockTest, DirectoryInTheLocksPlaceRefusesUpdateAndStays) {
   EXPECT_TRUE(std::filesystem::is_directory(lock_));
 }
 
+// An access that opens nothing leaves nothing to close either.
+TEST_F(MultisectionLockTest, LeftOverLockRefusesAnyOtherAccess) {
+  WriteWholeFile(lock_, "");
+  const InsteadOfSleep sleep([](DWORD) {});
+  EXPECT_CONTENTS_ERROR(utl_MultisectionFile(path_, static_cast<utl_FileAccess>(3)),
+                        kLocked);
+}
+
 TEST_F(MultisectionLockTest, LeftOverLockIsIgnoredByAReader) {
   WriteImage({{"a", "1"}});
   WriteWholeFile(lock_, "");
