@@ -57,6 +57,7 @@ utl_MultisectionFile::utl_MultisectionFile(const cow_String& path, utl_FileAcces
       utl_multisectionFail(path, "Cannot create the lock file.");
     }
     file_.Renew();  // who held the lock before may have replaced it
+    file_.Init();   // nobody else is to open it for writing from now on
   }
   if (access == utl_FileAccessRead || access == utl_FileAccessUpdate) {
     utl_multisectionReadDirectory(file_, path, *directory_);

@@ -73,6 +73,19 @@ TEST_F(MultisectionLockTest, TheTenthAttemptIsTheLast) {
   }
 }
 
+TEST_F(MultisectionLockTest, SecondWriterIsRefusedByTheFileItself) {
+  WriteImage({});
+  for (const utl_FileAccess access : {utl_FileAccessUpdate, utl_FileAccessWrite}) {
+    const utl_MultisectionFile first(path_, access);
+    EXPECT_THROW_TEXT(
+        utl_MultisectionFile(path_, utl_FileAccessUpdate), utl_FileExceptionOpen,
+        utl_FileExceptionOpen(32, path_, "CreateFile in OpenUpdate").AsString());
+    EXPECT_THROW_TEXT(
+        utl_MultisectionFile(path_, utl_FileAccessWrite), utl_FileExceptionOpen,
+        utl_FileExceptionOpen(32, path_, "CreateFile in OpenWrite").AsString());
+  }
+}
+
 // Somebody saves atomically between the opening of the file and its locking.
 TEST_F(MultisectionLockTest, FileThatWasReplacedBeforeItWasLockedIsOpenedAnew) {
   for (const utl_FileAccess access : {utl_FileAccessUpdate, utl_FileAccessWrite}) {
