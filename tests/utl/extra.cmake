@@ -21,6 +21,17 @@ foreach(wrong "int,double" "std::string,int")
     LABELS ${folder})
 endforeach()
 
+# So are values of a section that would not be the same when they are read.
+foreach(wrong std::string bool int*)
+  add_test(NAME MultisectionArgumentsTest.Refuses_${wrong}
+    COMMAND "${CMAKE_CXX_COMPILER}" -std=c++20 -fsyntax-only
+      "-I${PROJECT_SOURCE_DIR}/include" "-I${PROJECT_BINARY_DIR}/include"
+      "-DVALUE=${wrong}" "${CMAKE_CURRENT_SOURCE_DIR}/clients/wrong_section/wrong_section.cpp")
+  set_tests_properties(MultisectionArgumentsTest.Refuses_${wrong} PROPERTIES
+    PASS_REGULAR_EXPRESSION "a section has values without pointers and constructors, no bool"
+    LABELS ${folder})
+endforeach()
+
 # A client of the library that ends it late.
 add_client_library(late_end ${program})
 
