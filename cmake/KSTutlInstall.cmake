@@ -42,6 +42,11 @@ install(FILES
   cmake/KSTutlCopyRuntime.cmake
   DESTINATION "${config_folder}" COMPONENT Development)
 
+install(FILES debugger/kstutl_printers.py
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/kstutl/gdb" COMPONENT Development)
+install(FILES debugger/KSTutl.natvis
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/kstutl/natvis" COMPONENT Development)
+
 set(pc_folder "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 file(RELATIVE_PATH prefix_from_pc "/${pc_folder}" "/")
 string(REGEX REPLACE "/$" "" prefix_from_pc "${prefix_from_pc}")
