@@ -27,7 +27,9 @@
 ///
 /// Closing the descriptor unlocks, by whatever call it is closed, and so does the end of
 /// the process. A child process that has inherited the descriptor keeps the file locked
-/// even so; utl_noInheritFile prevents that.
+/// even so; utl_noInheritFile prevents that. On Linux a child has every descriptor until
+/// it runs its program: where other threads start programs, unlock before closing, or the
+/// next one to lock the file may be refused for a moment.
 ///
 /// REQUIRES: the file is not open for overlapped access, as no file of _open is.
 ///
