@@ -8,15 +8,6 @@
 
 namespace {
 
-// Locks a file as it is told, a mode a line, and answers each with errno, 0 on success.
-TEST_CHILD(lockFileAsTold) {
-  const int descriptor = _open(argv[1], _O_RDWR | _O_BINARY);
-  for (std::string mode = ChildReadLine(); mode != "end"; mode = ChildReadLine()) {
-    ChildWriteLine(std::to_string(ErrorOf(descriptor, std::stoi(mode))));
-  }
-  return 0;
-}
-
 // What a holder of the first mode lets others have.
 struct Pair {
   int held;

@@ -237,6 +237,15 @@ TEST_F(FlockTest, InterruptedWaitLocksNoOtherFileOfTheNumber) {
 
 namespace {
 
+// Locks a file as it is told, a mode a line, and answers each with errno, 0 on success.
+TEST_CHILD(lockFileAsTold) {
+  const int descriptor = _open(argv[1], _O_RDWR | _O_BINARY);
+  for (std::string mode = ChildReadLine(); mode != "end"; mode = ChildReadLine()) {
+    ChildWriteLine(std::to_string(ErrorOf(descriptor, std::stoi(mode))));
+  }
+  return 0;
+}
+
 long long NumberIn(const std::string& path) {
   return std::stoll("0" + ReadWholeFile(path));
 }

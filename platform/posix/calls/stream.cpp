@@ -76,7 +76,7 @@ FILE* _fsopen(const char* path, const char* mode, int share) {
   if (stream == nullptr) {
     _close(opened->fd);
   } else {
-    opened.release();
+    static_cast<void>(opened.release());  // the stream's own from here on
   }
   return stream;
 }

@@ -5,7 +5,8 @@
 #include <functional>
 
 /// Whether a process can be copied and the copy go on without a program of its own, as
-/// `fork` makes it. Windows can only start programs.
+/// `fork` makes it. Windows can only start programs, and the thread sanitizer cannot
+/// follow the threads of a copy.
 bool ProcessesCanBeCopied();
 
 /// Copies this process with the calling thread alone and runs `work` in the copy, which

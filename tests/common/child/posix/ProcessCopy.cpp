@@ -1,5 +1,6 @@
 #include "common/child/ProcessCopy.h"
 
+#include <dlfcn.h>
 #include <sanitizer/lsan_interface.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -21,8 +22,9 @@ int __lsan_is_turned_off() {
   return isCopy ? 1 : 0;
 }
 
+// Not under the thread sanitizer, which takes a copy's threads for its parent's.
 bool ProcessesCanBeCopied() {
-  return true;
+  return dlsym(RTLD_DEFAULT, "__tsan_init") == nullptr;
 }
 
 int RunInProcessCopy(const std::function<int()>& work) {
