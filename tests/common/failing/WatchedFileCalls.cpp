@@ -16,6 +16,7 @@ struct {
 } searches;
 
 struct {
+  std::atomic<bool> areWatched = false;
   std::atomic<int> count = 0;
   std::atomic<int> ofOpenFiles = 0;
 } deletions;
@@ -84,6 +85,11 @@ REDIRECT(BOOL, FindClose, HANDLE search) {
 
 WatchedDeletions::WatchedDeletions() {
   deletions.count = deletions.ofOpenFiles = 0;
+  deletions.areWatched = true;
+}
+
+WatchedDeletions::~WatchedDeletions() {
+  deletions.areWatched = false;
 }
 
 int WatchedDeletions::Count() const {
@@ -94,10 +100,7 @@ int WatchedDeletions::OfOpenFiles() const {
   return deletions.ofOpenFiles;
 }
 
-REDIRECT(BOOL, DeleteFileA, LPCSTR name) {
-  if (Fails(SystemCall::kDeleteFile)) {
-    return FALSE;
-  }
+static void CountDeletion(LPCSTR name) {
   const DWORD before = GetLastError();
   // Nobody else may have the file open for any right of which no share is given here.
   const HANDLE alone =
@@ -110,6 +113,15 @@ REDIRECT(BOOL, DeleteFileA, LPCSTR name) {
   deletions.count += isOpen || alone != INVALID_HANDLE_VALUE ? 1 : 0;
   deletions.ofOpenFiles += isOpen ? 1 : 0;
   SetLastError(before);
+}
+
+REDIRECT(BOOL, DeleteFileA, LPCSTR name) {
+  if (Fails(SystemCall::kDeleteFile)) {
+    return FALSE;
+  }
+  if (deletions.areWatched) {
+    CountDeletion(name);
+  }
   return REAL(DeleteFileA)(name);
 }
 

@@ -31,11 +31,14 @@ class WatchedSearches {
   int Closed() const;
 };
 
-/// Counts the deletions by DeleteFileA, by any thread, from the construction on. One
-/// object at a time.
+/// Counts the deletions by DeleteFileA, by any thread, as long as it lives. One object at
+/// a time.
 class WatchedDeletions {
  public:
   WatchedDeletions();
+  ~WatchedDeletions();
+  WatchedDeletions(const WatchedDeletions&) = delete;
+  WatchedDeletions& operator=(const WatchedDeletions&) = delete;
   /// How many files were there to be deleted.
   int Count() const;
   /// How many of them somebody had open.
