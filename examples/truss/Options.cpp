@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "rgx/rgx_funcs.h"
 #include "Truss.h"
 #include "utl/utl_FilePath.h"
 #include "utl/utl_JobFileName.h"
@@ -19,6 +20,10 @@ const std::string kOptions[] = {"job",    "outdir", "digits", "export",
   throw std::invalid_argument(reason + " (kst_truss -help tells more)");
 }
 
+std::string Quoted(const std::string& text) {
+  return '"' + text + '"';
+}
+
 bool IsOption(const std::string& argument) {
   return argument.starts_with('-');
 }
@@ -30,7 +35,7 @@ std::string CheckArguments(const utl_CommandLine& line) {
     const std::string argument(line.ConstGet(i));
     if (!IsOption(argument)) {
       if (!deck.empty()) {
-        Refuse("expected one deck, not \"" + deck + "\" and \"" + argument + '"');
+        Refuse("expected one deck, not " + Quoted(deck) + " and " + Quoted(argument));
       }
       deck = argument;
       continue;
@@ -50,13 +55,13 @@ std::string CheckArguments(const utl_CommandLine& line) {
   return deck;
 }
 
-// A job's name is the beginning of its files' names, and no path.
+// A job's name is the beginning of its files' names: no path, and no device of Windows.
 void CheckJob(const std::string& job) {
-  const bool isOdd =
-      job.find_first_of("\\/:*?\"<>|$%") != std::string::npos ||
-      std::ranges::any_of(job, [](char c) { return c >= '\0' && c < ' '; });
-  if (isOdd || job.starts_with(' ') || job.starts_with('.') || job.size() > 100) {
-    Refuse("\"" + job.substr(0, 100) + "\" is no name for a job");
+  const bool isOdd = rgx_match("[\\x01-\\x1f\\\\/:*?\"<>|$%]|^[ .]", job).Matched();
+  const bool isDevice =
+      rgx_match("(?i)^(con|prn|aux|nul|com\\d|lpt\\d)(\\.|$)", job).Matched();
+  if (isOdd || isDevice || job.size() > 100) {
+    Refuse(Quoted(job.substr(0, 100)) + " is no name for a job");
   }
 }
 

@@ -251,19 +251,27 @@ TEST(TrussProgramTest, RefusesOptionsWithoutTheirValue) {
 
 TEST(TrussProgramTest, RefusesJobsThatAreNoNames) {
   const TrussJob job(kTwoBarDeck);
+  const std::string end = "\" is no name for a job (kst_truss -help tells more)\n";
   for (const std::string& name :
        {std::string("a/b"), std::string("..\\a"), std::string(".."), std::string("C:a"),
         std::string("$HOME"), std::string("%HOME%"), std::string("a*"), std::string(" a"),
-        std::string("a\"b"), std::string("a|b"), std::string("\x01"),
-        std::string(101, 'x')}) {
+        std::string("a\"b"), std::string("a|b"), std::string("nul"), std::string("Com1"),
+        std::string("aux.1"), std::string("\x01"), std::string(101, 'x')}) {
     const TrussRun run =
         RunTruss({"-job", name, "-outdir", job.DirPath(), job.DeckPath()});
     EXPECT_EQ(run.status, 1) << name;
     EXPECT_EQ(run.out, "") << name;
-    EXPECT_TRUE(run.err.ends_with(std::string("\" is no name for a job") + kHint + '\n'))
-        << run.err;
+    EXPECT_TRUE(run.err.ends_with(end)) << run.err;
   }
   EXPECT_FALSE(FileExists(job.ResultPath()));
+}
+
+TEST(TrussProgramTest, TakesJobsWithBlanksAndLettersOfAnyKind) {
+  for (const char* name : {"tall mast", "null", "auxiliary", "m\xe4st", "a.b"}) {
+    const TrussJob job(kTwoBarDeck);
+    const TrussRun run = job.Run({"-job", name});
+    EXPECT_EQ(run.status, 0) << name << ": " << run.err;
+  }
 }
 
 TEST(TrussProgramTest, NeedsAJob) {

@@ -45,6 +45,7 @@ void LoadArguments(int argc, char** argv) {
     }
   }
   std::vector<char*> texts;
+  texts.reserve(arguments.size());
   for (std::string& argument : arguments) {
     texts.push_back(argument.data());
   }
