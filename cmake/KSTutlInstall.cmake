@@ -77,4 +77,7 @@ install(FILES README.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT Document
 install(DIRECTORY docs examples DESTINATION "${CMAKE_INSTALL_DOCDIR}"
   COMPONENT Documentation)
 
-include(KSTutlPackages)
+# A project that this one is part of makes its own packages.
+if(PROJECT_IS_TOP_LEVEL)
+  include(KSTutlPackages)
+endif()

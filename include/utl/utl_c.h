@@ -199,6 +199,20 @@ KSTUTL_EXPORT kst_Status kst_getSection(kst_Sections* sections, const char* name
 KSTUTL_EXPORT kst_Status kst_setSection(kst_Sections* sections, const char* name,
                                         const void* data, size_t size);
 
+/* Calls `visit` for each section, in the order of the file, with its name, its length in
+ * bytes (in a damaged file perhaps negative, or more than it has), and `context`, which
+ * is the caller's and may be null. A `visit` that gives anything but 0 is not called
+ * again. It may call any function, of this file of sections too; what it sets is not
+ * visited.
+ *
+ *     static int Print(const char* name, int64_t size, void* context) {
+ *       return fprintf(context, "%s: %d bytes\n", name, (int)size) < 0;
+ *     }
+ *     kst_visitSections(file, &Print, stdout); */
+typedef int (*kst_SectionVisitor)(const char* name, int64_t size, void* context);
+KSTUTL_EXPORT kst_Status kst_visitSections(kst_Sections* sections,
+                                           kst_SectionVisitor visit, void* context);
+
 /* Files */
 
 typedef struct kst_File kst_File;

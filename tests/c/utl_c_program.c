@@ -100,6 +100,14 @@ static int Has(const char* name, const char* text) {
   return strstr(bytes, text) != NULL;
 }
 
+/* Joins names and lengths; sees two sections at the most. */
+static int Join(const char* name, int64_t size, void* context) {
+  char* const seen = context;
+  const size_t length = strlen(seen);
+  snprintf(seen + length, 100 - length, "%s %d, ", name, (int)size);
+  return strstr(seen, "none") != NULL;
+}
+
 /* Calls every function that needs the library started, each with good arguments; the
  * handles may be any. */
 static void CheckAll(kst_Status status, const char* reason, kst_Sections* sections,
@@ -141,6 +149,7 @@ static void CheckAll(kst_Status status, const char* reason, kst_Sections* sectio
     CHECK_ONE(kst_closeSections, (sections));
     CHECK_ONE(kst_saveSections, (sections));
     CHECK_ONE(kst_saveSectionsInPlace, (sections));
+    CHECK_ONE(kst_visitSections, (sections, &Join, text));
     CHECK_ONE(kst_hasSection, (sections, "loads", &number));
     CHECK_ONE(kst_sectionSize, (sections, "loads", &size));
     CHECK_ONE(kst_getSection, (sections, "loads", text, 1));
@@ -407,6 +416,38 @@ static void TestKeepsSections(void) {
   CHECK(memcmp(loads, "four", 4) == 0);
   CHECK_OK(kst_hasSection(sections, "lost", &isThere));
   CHECK(isThere == 0);
+  CHECK_OK(kst_closeSections(sections));
+  End();
+}
+
+static int CloseIt(const char* name, int64_t size, void* context) {
+  kst_Sections** const sections = context;
+  (void)name;
+  (void)size;
+  CHECK_OK(kst_closeSections(*sections));
+  *sections = NULL;
+  return 1;
+}
+
+static void TestVisitsSectionsInTheirOrder(void) {
+  kst_Sections* sections;
+  char seen[100] = "";
+  Start();
+  SaveSections();
+  sections = Opened(kst_Update);
+  CHECK_OK(kst_setSection(sections, "third", "1", 1));
+  CHECK_OK(kst_visitSections(sections, &Join, seen));
+  CHECK(strcmp(seen, "loads 24, none 0, ") == 0);
+  CHECK_FAILS(kst_visitSections(sections, NULL, seen), kst_BadArgument,
+              "kst_visitSections: visit is null");
+  CHECK_OK(kst_visitSections(sections, &CloseIt, &sections));
+  CHECK_FAILS(kst_visitSections(sections, &Join, seen), kst_BadArgument,
+              "kst_visitSections: sections is null");
+  Damage(kSections, 24, "\xff"); /* the last byte of the length of "loads" */
+  sections = Opened(kst_Read);
+  seen[0] = '\0';
+  CHECK_OK(kst_visitSections(sections, &Join, seen));
+  CHECK(strcmp(seen, "loads -16777192, none 0, ") == 0);
   CHECK_OK(kst_closeSections(sections));
   End();
 }
@@ -693,6 +734,7 @@ static const struct {
     TEST(HandsTextsOutWholeOrNotAtAll),
     TEST(FindsTheJobsFiles),
     TEST(KeepsSections),
+    TEST(VisitsSectionsInTheirOrder),
     TEST(RefusesAbsentSectionsAndWrongSizes),
     TEST(KeepsSecondWritersAway),
     TEST(FindsDamage),

@@ -144,3 +144,18 @@ kst_Status kst_setSection(kst_Sections* sections, const char* name, const void* 
     file.setSectionData(name, data, static_cast<int>(size));
   });
 }
+
+kst_Status kst_visitSections(kst_Sections* sections, kst_SectionVisitor visit,
+                             void* context) {
+  return utl_cCall("kst_visitSections", [&](utl_CState& state) {
+    const utl_MultisectionFile& file = Open(state, sections).object;
+    if (visit == nullptr) {
+      utl_cFail(kst_BadArgument, "visit is null");
+    }
+    for (const utl_SectionInfo& section : file.getSections()) {
+      if (visit(section.name.c_str(), section.length, context) != 0) {
+        return;
+      }
+    }
+  });
+}
