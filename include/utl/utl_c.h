@@ -155,7 +155,8 @@ typedef enum kst_Access {
 typedef struct kst_Sections kst_Sections;
 
 /* Opens a file of sections. Between kst_Update or kst_Write and closing it is locked: the
- * file `path`.lock says so to other writers.
+ * file `path`.lock says so to other writers. A program that ends without kst_end leaves it
+ * behind. With kst_Write the file is emptied before a lock that was left behind is met.
  *
  * kst_NotFound when there is no such file, kst_Locked when another writer is at work or
  * has left its lock behind, kst_Damaged when it is no file of sections, kst_SystemError.

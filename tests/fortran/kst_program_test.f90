@@ -232,7 +232,7 @@ contains
   end subroutine
 
   subroutine test_paths()
-    character(len=:), allocatable :: native
+    character(len=1000) :: native  ! OPEN looks one byte beyond a text that has no blanks
     integer :: unit
     native = kst_native_path(kst_job_file('.dat'))
     open (newunit=unit, file=native, status='replace')
