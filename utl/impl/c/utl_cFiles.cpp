@@ -15,7 +15,7 @@ constexpr std::size_t kPiece = std::size_t{1} << 30;
 
 using OpenFile = utl_COpen<utl_File>;
 
-OpenFile& Open(utl_CState& state, const kst_File* file) {
+OpenFile& Open(utl_CState& state, kst_File* file) {
   utl_cRequire(file, "file");
   OpenFile* const open = state.files.Find(file);
   if (open == nullptr) {

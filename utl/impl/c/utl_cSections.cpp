@@ -12,7 +12,7 @@ namespace {
 
 using OpenSections = utl_COpen<utl_MultisectionFile>;
 
-OpenSections& Open(utl_CState& state, const kst_Sections* sections) {
+OpenSections& Open(utl_CState& state, kst_Sections* sections) {
   utl_cRequire(sections, "sections");
   OpenSections* const open = state.sections.Find(sections);
   if (open == nullptr) {

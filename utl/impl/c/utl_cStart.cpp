@@ -1,6 +1,7 @@
 // kst_start, kst_end, version and paths.
 
 #include <atomic>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <type_traits>
@@ -81,8 +82,9 @@ const utl_Version& Version() {
 
 }  // namespace
 
-std::uintptr_t utl_cNewHandle() {
-  return ++lastHandle;
+void* utl_cNewHandle() {
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): nobody looks where it points to.
+  return reinterpret_cast<void*>(++lastHandle);
 }
 
 kst_Status kst_start(int argc, char** argv) {

@@ -3,7 +3,6 @@
 // Internal to the library: what the C interface has between its start and its end.
 
 #include <array>
-#include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -15,8 +14,8 @@
 #include "utl/utl_File.h"
 #include "utl/utl_MultisectionFile.h"
 
-/// A number that no handle of this process has had.
-std::uintptr_t utl_cNewHandle();
+/// A handle that this process has not had.
+void* utl_cNewHandle();
 
 /// What a handle stands for.
 template <class Object>
@@ -39,31 +38,31 @@ class utl_CHandles {
   /// A handle for the object.
   void* Add(std::unique_ptr<Object> object) {
     const std::lock_guard guard(mutex_);
-    const std::uintptr_t handle = utl_cNewHandle();
+    void* const handle = utl_cNewHandle();
     objects_.emplace(handle, std::move(object));
-    return reinterpret_cast<void*>(handle);
+    return handle;
   }
   /// The object, or null when this is no handle of one.
-  Object* Find(const void* handle) {
+  Object* Find(void* handle) {
     const std::lock_guard guard(mutex_);
-    const auto found = objects_.find(reinterpret_cast<std::uintptr_t>(handle));
+    const auto found = objects_.find(handle);
     return found == objects_.end() ? nullptr : found->second.get();
   }
   /// Takes the object out; null when this is no handle of one.
-  std::unique_ptr<Object> Take(const void* handle) {
+  std::unique_ptr<Object> Take(void* handle) {
     const std::lock_guard guard(mutex_);
-    const auto node = objects_.extract(reinterpret_cast<std::uintptr_t>(handle));
+    const auto node = objects_.extract(handle);
     return node.empty() ? nullptr : std::move(node.mapped());
   }
   /// Any handle, or null when there is none.
   void* Any() {
     const std::lock_guard guard(mutex_);
-    return objects_.empty() ? nullptr : reinterpret_cast<void*>(objects_.begin()->first);
+    return objects_.empty() ? nullptr : objects_.begin()->first;
   }
 
  private:
   thr_Mutex mutex_;
-  std::map<std::uintptr_t, std::unique_ptr<Object>> objects_;
+  std::map<void*, std::unique_ptr<Object>> objects_;
 };
 
 struct utl_CState {
