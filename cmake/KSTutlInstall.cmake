@@ -21,6 +21,12 @@ if(WIN32)
   get_target_property(names KSTutl KSTUTL_RUNTIME)
   list(TRANSFORM names PREPEND "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/")
   install(FILES ${names} DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT Runtime)
+  # The terms of those whose work is in these DLLs have to go with them.
+  foreach(package libpcre2-8-0 gcc-mingw-w64-base mingw-w64-common)
+    install(FILES "/usr/share/doc/${package}/copyright" OPTIONAL
+      DESTINATION "${CMAKE_INSTALL_DOCDIR}/terms" RENAME "${package}.txt"
+      COMPONENT Runtime)
+  endforeach()
 endif()
 
 if(WIN32)

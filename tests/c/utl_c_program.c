@@ -386,6 +386,33 @@ static void TestFindsTheJobsFiles(void) {
   End();
 }
 
+static void TestTakesNamesThatAreNoUtf8(void) {
+  static const char kName[] = "b\xe9ton.dat";
+  kst_File* file;
+  kst_Sections* sections;
+  char native[100] = "";
+  FILE* opened;
+  int isThere = -1;
+  Start();
+  CHECK_OK(kst_nativePath(kName, native, sizeof native, NULL));
+  CHECK(strcmp(native, kName) == 0);
+  CHECK_OK(kst_openFile(kName, kst_Write, kst_ShareDefault, &file));
+  CHECK_OK(kst_closeFile(file));
+  opened = fopen(kName, "rb");
+  CHECK(opened != NULL && fclose(opened) == 0);
+  CHECK(remove(kName) == 0);
+  CHECK_OK(kst_openSections(kSections, kst_Write, &sections));
+  CHECK_OK(kst_setSection(sections, kName, "1", 1));
+  CHECK_OK(kst_setSection(sections, "", "2", 1)); /* a name, too */
+  CHECK_OK(kst_saveSections(sections));
+  CHECK_OK(kst_hasSection(sections, kName, &isThere));
+  CHECK(isThere == 1);
+  CHECK_OK(kst_getSection(sections, "", native, 1));
+  CHECK(native[0] == '2');
+  CHECK_OK(kst_closeSections(sections));
+  End();
+}
+
 static void TestKeepsSections(void) {
   kst_Sections* sections;
   double loads[3] = {0, 0, 0};
@@ -733,6 +760,7 @@ static const struct {
     TEST(TakesNumbersAsLargeAsTheyFit),
     TEST(HandsTextsOutWholeOrNotAtAll),
     TEST(FindsTheJobsFiles),
+    TEST(TakesNamesThatAreNoUtf8),
     TEST(KeepsSections),
     TEST(VisitsSectionsInTheirOrder),
     TEST(RefusesAbsentSectionsAndWrongSizes),
