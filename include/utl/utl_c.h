@@ -77,8 +77,9 @@ KSTUTL_EXPORT const char* kst_lastError(void);
 /* Start and end */
 
 /* Starts the library, and loads the command line from what main was given; with argc 0,
- * where argv may be null, there is no command line. Starts may be nested, each with a
- * kst_end of its own: only the first one does something, and its command line counts.
+ * where argv may be null, there is no command line. The value of an option "outdir" is
+ * made absolute by the current directory. Starts may be nested, each with a kst_end of
+ * its own: only the first one does something, and its command line counts.
  *
  * kst_BadArgument when argc is negative, or argv or one of the arguments is null; nothing
  * is started then. */
@@ -155,8 +156,9 @@ typedef enum kst_Access {
 typedef struct kst_Sections kst_Sections;
 
 /* Opens a file of sections. Between kst_Update or kst_Write and closing it is locked: the
- * file `path`.lock says so to other writers. A program that ends without kst_end leaves it
- * behind. With kst_Write the file is emptied before a lock that was left behind is met.
+ * file `path`.lock says so to other writers. A program that ends without kst_end leaves
+ * it behind. With kst_Write the file is emptied before a lock that was left behind is
+ * met.
  *
  * kst_NotFound when there is no such file, kst_Locked when another writer is at work or
  * has left its lock behind, kst_Damaged when it is no file of sections, kst_SystemError.
@@ -238,7 +240,9 @@ KSTUTL_EXPORT kst_Status kst_closeFile(kst_File* file);
 KSTUTL_EXPORT kst_Status kst_readFile(kst_File* file, void* buffer, size_t size,
                                       size_t* count);
 
-/* Writes all these bytes. After a failure some of them may have been written. */
+/* Writes all these bytes. After a failure some of them may have been written. On Linux a
+ * write to a pipe without a reader, or beyond a limit of the file's size, ends the
+ * process by a signal, unless the program ignores SIGPIPE and SIGXFSZ. */
 KSTUTL_EXPORT kst_Status kst_writeFile(kst_File* file, const void* data, size_t size);
 
 /* Goes to `offset` bytes from the start; behind the end is allowed. */
@@ -259,11 +263,12 @@ KSTUTL_EXPORT kst_Status kst_flushFile(kst_File* file);
 
 /* Marks: what the program's phases use, in the logs that the environment asks for */
 
-/* Begins the resource log JOB.use, if the environment has KES_RESOURCE_MONITOR. kst_end
- * ends it. `job` is the path without ".use", as kst_jobFileName gives it for "". */
+/* Begins the resource log JOB.use, if the environment has KES_RESOURCE_MONITOR, and makes
+ * the I/O tracker, if it has KES_IO_TRACK. kst_end ends both. `job` is the path without
+ * ".use", as kst_jobFileName gives it for "". */
 KSTUTL_EXPORT kst_Status kst_openLogs(const char* job);
 
-/* Writes a line with this label to the resource log and one to the tracker's. */
+/* Writes a line with this label to the resource log and one to the tracker's totals. */
 KSTUTL_EXPORT kst_Status kst_mark(const char* label);
 
 /* Begins a phase of the program: `timer`, 0 to 19, runs until kst_endPhase, which marks

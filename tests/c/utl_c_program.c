@@ -701,6 +701,39 @@ static void TestMarksPhases(void) {
   CHECK(Has("beam.use", "beam-End"));
 }
 
+static void TestMarksInTheTrackersTotals(void) {
+  Start();
+  CHECK_OK(kst_openLogs("beam"));
+  CHECK_OK(kst_mark("solved"));
+  CHECK_OK(kst_beginPhase(0, "assembly"));
+  CHECK_OK(kst_endPhase(0));
+  CHECK_OK(kst_beginPhase(0, "never done"));
+  End();
+  CHECK(Has("beam.ioTotal", "solved") && Has("beam.ioTotal", "assembly"));
+  CHECK(!Has("beam.ioTotal", "never done"));
+}
+
+static void TestTakesARelativeOutdir(void) {
+  static char program[] = "program", job[] = "-job", frame[] = "frame",
+              outdir[] = "-outdir", here[] = ".", further[] = "sub";
+  char* line[] = {program, job, frame, outdir, here};
+  char path[1000];
+  char native[1000];
+  size_t length = 0;
+  CHECK_OK(kst_start(5, line));
+  CHECK_OK(kst_jobFileName(".dat", path, sizeof path, &length));
+  CHECK(length > 12 && strcmp(path + length - 10, "\\frame.dat") == 0);
+  CHECK_OK(kst_nativePath(path, native, sizeof native, NULL));
+  CHECK(strchr(native, '.') == strrchr(native, '.')); /* resolved */
+  End();
+  line[4] = further;
+  CHECK_OK(kst_start(5, line));
+  CHECK_OK(kst_jobFileName(".dat", path, sizeof path, &length));
+  CHECK(strcmp(path + length - 14, "\\sub\\frame.dat") == 0);
+  CHECK(length > 16);
+  End();
+}
+
 static void TestReportsToTheTracker(void) {
   kst_Totals totals;
   int isTracking = -1;
@@ -771,12 +804,15 @@ static const struct {
     TEST(KnowsHandlesThatAreNone),
     TEST(ClosesAtItsEndWhatIsOpen),
     TEST(MarksPhases),
+    TEST(MarksInTheTrackersTotals),
+    TEST(TakesARelativeOutdir),
     TEST(ReportsToTheTracker),
     TEST(TracksNothingUnlessAsked)};
 
 int main(int argc, char** argv) {
-  static const char* const kLeftOvers[] = {kSections,  kLock,      kFile,
-                                           "beam.dat", "beam.use", "beam.ioFileSummary"};
+  static const char* const kLeftOvers[] = {
+      kSections,     kLock, kFile, "beam.dat", "beam.use", "beam.ioFileSummary",
+      "beam.ioTotal"};
   size_t i;
   argumentCount = argc;
   arguments = argv;

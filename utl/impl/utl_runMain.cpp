@@ -8,12 +8,10 @@
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 #include "platform/platform.h"
 #include "utl/impl/utl_failureText.h"
-#include "utl/utl_CommandLineLoader.h"
-#include "utl/utl_FilePath.h"
+#include "utl/impl/utl_loadArguments.h"
 #include "utl/utl_initialize.h"
 #include "utl/utl_IOTracker.h"
 #include "utl/utl_JobFileName.h"
@@ -23,33 +21,6 @@ namespace {
 
 const char* NameOf(const char* program) {
   return program != nullptr ? program : "program";
-}
-
-// The directory of "outdir" with its drive; one that begins with a separator has its
-// root.
-std::string AbsoluteDirectory(const std::string& directory) {
-  const bool isRelative =
-      !directory.empty() && directory[0] != '\\' && directory[0] != '/';
-  return isRelative ? std::string(utl_FilePath(directory, "").AbsolutePathName())
-                    : directory;
-}
-
-void LoadArguments(int argc, char** argv) {
-  if (argc <= 0) {
-    return;
-  }
-  std::vector<std::string> arguments(argv, argv + argc);
-  for (std::size_t i = 2; i < arguments.size(); ++i) {
-    if (arguments[i - 1] == "-outdir" && !arguments[i].starts_with('-')) {
-      arguments[i] = AbsoluteDirectory(arguments[i]);
-    }
-  }
-  std::vector<char*> texts;
-  texts.reserve(arguments.size());
-  for (std::string& argument : arguments) {
-    texts.push_back(argument.data());
-  }
-  utl_CommandLineLoader::SetArgs(argc, texts.data());
 }
 
 // Only a job has a name for its logs.
@@ -115,7 +86,7 @@ int utl_runMain(const char* program, int argc, char** argv,
   int count = 0;
   int status = StatusOf(name, [&] {
     utl_initialize(count);
-    LoadArguments(argc, argv);
+    utl_loadArguments(argc, argv);
     OpenLogs();
     work(thr_GlobalSingleton<utl_CommandLine>::Instance());
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {

@@ -57,6 +57,7 @@ kst_Status kst_openLogs(const char* job) {
     utl_cRequire(job, "job");
     state.hasLogs = true;
     Monitor().Initialize(job);
+    Tracker();  // from now on there is one to be marked
   });
 }
 

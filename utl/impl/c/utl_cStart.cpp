@@ -7,7 +7,7 @@
 #include <type_traits>
 
 #include "utl/impl/c/utl_cCall.h"
-#include "utl/utl_CommandLineLoader.h"
+#include "utl/impl/utl_loadArguments.h"
 #include "utl/utl_initialize.h"
 #include "utl/utl_JobFileName.h"
 #include "utl/utl_NativePath.h"
@@ -58,9 +58,7 @@ void Begin(int argc, char** argv) {
   utl_initialize(libraryCount);
   utl_cState = state.release();
   try {
-    if (argc > 0) {
-      utl_CommandLineLoader::SetArgs(argc, argv);
-    }
+    utl_loadArguments(argc, argv);
   } catch (...) {
     End(*utl_cState);
     throw;
