@@ -522,8 +522,8 @@ contains
     call answer(actual, status)
   end function
 
-  ! Begins the resource log of the job, if the environment asks for one. Without `job` it
-  ! is that of the command line.
+  ! Begins the logs of the job, if the environment asks for them. Without `job` it is that
+  ! of the command line, and without the option "job" there are none.
   subroutine kst_open_logs(job, status)
     character(len=*), intent(in), optional :: job
     integer, intent(out), optional :: status
@@ -534,6 +534,7 @@ contains
     else
       path = asked(c_job_file, '', actual)
       if (actual == kst_ok) actual = c_open_logs(c_text(path))
+      if (actual == kst_not_found) actual = kst_ok
     end if
     call answer(actual, status)
   end subroutine

@@ -46,6 +46,7 @@ contains
 
   subroutine end_by_failure()
     type(kst_sections) :: file
+    call kst_open_logs()  ! of no job
     call file%open(path, kst_write)
     call expect(is_there(path//'.lock'), 'the lock')
     call file%set('a', 1_int32)
