@@ -5,6 +5,7 @@
 #include <array>
 #include <atomic>
 #include <chrono>
+#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -274,13 +275,15 @@ TEST_CHILD(addUnderLock) {
 
 }  // namespace
 
-// Those that may write the locked file, and those that may not.
+// Those that may read and write the locked file, and those that may not.
 TEST_F(FlockTest, ProcessesTakeTurns) {
   constexpr int kRounds = 25;
+  constexpr int kAccesses[] = {_O_RDWR, _O_RDONLY, _O_WRONLY,
+                               _O_RDWR, _O_RDONLY, _O_WRONLY};
   const std::string counter = dir_.File("counter");
   WriteWholeFile(counter, "0");
   std::vector<ChildProcess> children;
-  for (const int access : {_O_RDWR, _O_RDONLY, _O_RDWR, _O_RDONLY}) {
+  for (const int access : kAccesses) {
     children.push_back(ChildProcess::Start(
         "addUnderLock",
         {path_, counter, std::to_string(kRounds), std::to_string(access)}));
@@ -291,5 +294,55 @@ TEST_F(FlockTest, ProcessesTakeTurns) {
   for (ChildProcess& child : children) {
     EXPECT_EQ(child.ReadLine(), "0");
   }
-  EXPECT_EQ(NumberIn(counter), 4 * kRounds);
+  EXPECT_EQ(NumberIn(counter), std::ssize(kAccesses) * kRounds);
+}
+
+// Locks argv[1] again and again, in all ways and by all kinds of descriptors. Who has it
+// exclusively makes the file argv[2], which nobody else may meet. Answers with the number
+// of surprises.
+TEST_CHILD(lockInAllWays) {
+  constexpr int kRounds = 10000;
+  constexpr int kAccesses[] = {_O_RDONLY, _O_WRONLY, _O_RDWR};
+  constexpr int kWays[] = {kShared, kExclusive, kTryShared, kTryExclusive};
+  std::minstd_rand random(static_cast<unsigned>(std::stoi(argv[3])));
+  ChildReadLine();
+  int surprises = 0;
+  int descriptor = _open(argv[1], _O_RDWR | _O_BINARY);
+  for (int round = 0; round < kRounds; ++round) {
+    if (round % 20 == 0) {
+      _close(descriptor);
+      descriptor = _open(argv[1], kAccesses[random() % 3] | _O_BINARY);
+    }
+    const int mode = kWays[random() % 4];
+    if (utl_flock(descriptor, mode) != 0) {
+      surprises += mode == kShared || mode == kExclusive ? 1 : 0;
+      continue;
+    }
+    if (mode == kExclusive || mode == kTryExclusive) {
+      const int own = _open(argv[2], _O_CREAT | _O_EXCL | _O_RDWR, 0600);
+      surprises += own < 0 ? 1 : 0;
+      _close(own);
+      _unlink(argv[2]);
+    } else {
+      surprises += _access(argv[2], 0) == 0 ? 1 : 0;
+    }
+    surprises += utl_flock(descriptor, kUnlock) == 0 ? 0 : 1;
+  }
+  _close(descriptor);
+  ChildWriteLine(std::to_string(surprises));
+  return 0;
+}
+
+TEST_F(FlockTest, ProcessesWithAllKindsOfLocks) {
+  std::vector<ChildProcess> children;
+  for (int number = 1; number <= 4; ++number) {
+    children.push_back(ChildProcess::Start(
+        "lockInAllWays", {path_, dir_.File("busy"), std::to_string(number)}));
+  }
+  for (ChildProcess& child : children) {
+    child.WriteLine("go");
+  }
+  for (ChildProcess& child : children) {
+    EXPECT_EQ(child.ReadLine(), "0");
+  }
 }

@@ -191,6 +191,19 @@ void Settle(int fd, const LockNotes& notes, const Range& range) {
   SetLock(fd, isShared ? TypeOf(notes, {range, false}) : short{F_UNLCK}, range);
 }
 
+// Whether it is the open file itself, through another process, that stands against a
+// lock. Somebody else may let go between the two questions for which that is told, and
+// come again: it is asked until that cannot be chance.
+bool IsItsOwn(int fd, short type, const Range& range) {
+  constexpr int kQuestions = 4;
+  for (int i = 0; i < kQuestions; ++i) {
+    if (!ItselfForbids(fd, type, range)) {
+      return false;
+    }
+  }
+  return true;
+}
+
 // What stands against a lock before the system is told of it. `isBorrowed` when it need
 // not be told, since another process has a stronger lock by the same open file.
 Outcome Look(int fd, const LockNotes& notes, const LockedRange& lock, bool& isBorrowed) {
@@ -198,7 +211,7 @@ Outcome Look(int fd, const LockNotes& notes, const LockedRange& lock, bool& isBo
   if (!FirstLock(fd, type, lock.range)) {
     return Outcome::kLocked;
   }
-  if (OthersForbid(fd, type, lock.range)) {
+  if (!IsItsOwn(fd, type, lock.range)) {
     // The system can only wait for what it refuses itself.
     return type == TypeOf(notes, lock) ? Outcome::kRefusedThere : Outcome::kUndecided;
   }
@@ -239,7 +252,7 @@ bool StandsAgainst(int fd, const LockNotes& notes, const LockedRange& lock,
   if (!FirstLock(fd, F_WRLCK, readers)) {
     return false;
   }
-  isBorrowed = !OthersForbid(fd, F_WRLCK, readers);
+  isBorrowed = IsItsOwn(fd, F_WRLCK, readers);
   return !isBorrowed;
 }
 
@@ -370,7 +383,7 @@ DWORD UnlockRange(int fd, const Range& range) {
       [&range](const LockNotes::Noted& held) { return held.lock.range == range; });
   // One that is not noted may be another process's, by the same open file.
   if (found == locks.end() &&
-      (FirstLock(fd, F_WRLCK, range) != range || !ItselfForbids(fd, F_WRLCK, range))) {
+      (FirstLock(fd, F_WRLCK, range) != range || !IsItsOwn(fd, F_WRLCK, range))) {
     return ERROR_LOCK_VIOLATION;
   }
   const bool isToldToTheSystem = found == locks.end() || !found->isBorrowed;
