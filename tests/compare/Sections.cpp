@@ -20,10 +20,10 @@ class Sections : public Subject {
 
   void Run(Random& random, Log& log) override {
     constexpr void (Sections::*kOperations[])(Random&, Log&) = {
-        &Sections::Open, &Sections::Has,  &Sections::Get,     &Sections::Get,
-        &Sections::Set,  &Sections::Set,  &Sections::Set,     &Sections::Save,
-        &Sections::Save, &Sections::Save, &Sections::Release, &Sections::Damage,
-        &Sections::Lock};
+        &Sections::Open, &Sections::Has,  &Sections::Get,       &Sections::Get,
+        &Sections::Set,  &Sections::Set,  &Sections::Set,       &Sections::Save,
+        &Sections::Save, &Sections::Save, &Sections::Release,   &Sections::Damage,
+        &Sections::Lock, &Sections::List, &Sections::GetNumbers};
     number_ = random.Below(kFiles);
     const auto operation = random.Pick(kOperations);
     if (files_[number_] || operation == &Sections::Damage ||
@@ -81,6 +81,25 @@ class Sections : public Subject {
         File().getSectionData(name, bytes.data());
       }
       return Verbatim{ShownAll(length, bytes)};
+    });
+  }
+  void GetNumbers(Random& random, Log& log) {
+    const cow_String name = SomeSection(random);
+    log.Call("utl_MultisectionFile.getSection<int>", number_, name).Result([&] {
+      const std::vector<int> numbers = File().getSection<int>(name);
+      const std::string bytes(reinterpret_cast<const char*>(numbers.data()),
+                              numbers.size() * sizeof(int));
+      return Verbatim{ShownAll(static_cast<int>(numbers.size()), bytes)};
+    });
+  }
+  void List(Random&, Log& log) {
+    log.Call("utl_MultisectionFile.getSections", number_).Result([&] {
+      std::string list;
+      for (const utl_SectionInfo& section : File().getSections()) {
+        list += std::string(section.name) + ' ' + std::to_string(section.length) + ' ' +
+                std::to_string(section.checksum) + ';';
+      }
+      return Verbatim{ShownAll(list)};
     });
   }
   void Set(Random& random, Log& log) {
