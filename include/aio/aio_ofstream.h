@@ -8,18 +8,16 @@
 #include "aio/aio_ostream.h"
 #include "KSTutl_export.h"
 
-/// Writes a file anew. The bytes get into the file as they are given: a line ends with
-/// what the caller writes. They are held back until 64 KiB have come together, or until
-/// `flush`, `close` or the destructor.
+/// Writes a file anew. Bytes are written as given; line ends are the caller's. Up to 64
+/// KiB are buffered, until `flush`, `close` or the destructor.
 ///
 ///     aio_ofstream out("C:\\work\\beam.txt");
 ///     out.write("mass 3.\n", 8);
 ///     out.close();
 ///     if (!out.good()) { ... }
 ///
-/// The stream belongs to the process that opened it. In a child of `fork` what it holds
-/// back is dropped, and handing bytes on fails: the parent's bytes get into the file
-/// once.
+/// The stream belongs to the process that opened it. In a child of `fork` its buffered
+/// bytes are dropped and writing fails, so that the parent's bytes reach the file once.
 ///
 /// Threads: used by one thread at a time.
 class KSTUTL_EXPORT aio_ofstream final : public aio_ostream {
@@ -29,18 +27,18 @@ class KSTUTL_EXPORT aio_ofstream final : public aio_ostream {
   explicit aio_ofstream(const char* path);
   explicit aio_ofstream(const std::string& path) : aio_ofstream(path.c_str()) {}
 
-  /// Closes the file, in silence.
+  /// Closes the file; a failure is not reported.
   ~aio_ofstream() override;
 
-  /// Fails when the file is not open, or when held bytes that are now handed on do not
-  /// get into the file, for example because the disk is full.
+  /// Fails when the file is not open, or when buffered bytes cannot be written to it, for
+  /// example because the disk is full.
   void write(const char* data, int length) override;
 
   void flush() override;
 
   bool good() const override { return good_; }
 
-  /// Flushes and closes the file; what fails shows in `good`.
+  /// Flushes and closes the file; `good` shows a failure.
   void close();
 
   bool is_open() const { return descriptor_ >= 0; }
@@ -49,7 +47,7 @@ class KSTUTL_EXPORT aio_ofstream final : public aio_ostream {
 
  private:
   std::string held_;
-  std::uint32_t process_;  // that opened it
+  std::uint32_t process_;  // the one that opened it
   int descriptor_;
   bool good_;
 };

@@ -5,7 +5,7 @@
 #include "KSTutl_export.h"
 
 /// An output stream of bytes. A stream that has failed stays failed: `good` is false and
-/// further bytes are dropped. Nothing is thrown but `std::bad_alloc`.
+/// further bytes are dropped. Nothing but `std::bad_alloc` is thrown.
 ///
 /// Threads: used by one thread at a time.
 class KSTUTL_EXPORT aio_ostream {
@@ -18,7 +18,7 @@ class KSTUTL_EXPORT aio_ostream {
   /// Writes `length` bytes, zero bytes included. A length of 0 or less writes nothing.
   virtual void write(const char* data, int length) = 0;
 
-  /// Hands on what the stream still holds back.
+  /// Passes on what the stream has buffered.
   virtual void flush() = 0;
 
   /// False once a write, a flush or the opening has failed.

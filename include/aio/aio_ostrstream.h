@@ -43,12 +43,12 @@ class KSTUTL_EXPORT aio_ostrstream final : public aio_ostream {
   /// An offset outside 0 to `length` changes nothing and is a failure.
   void seekp(std::int64_t offset);
 
-  /// A copy of the text with a zero byte after it, in a block that `allocate` gave and
-  /// that the caller owns. The stream keeps its text. What `allocate` throws passes
-  /// through; when it returns null, so does this.
+  /// A copy of the text with a zero byte after it, in a block from `allocate` that the
+  /// caller owns. The stream keeps its text. What `allocate` throws passes through; when
+  /// it returns null, so does this.
   char* adoptString(void* (*allocate)(std::size_t)) const;
 
-  /// Ends the writing; the text stays.
+  /// Ends writing; the text is kept.
   void close();
 
   bool is_open() const { return open_; }

@@ -7,14 +7,14 @@
 #include "aio/aio_ostream.h"
 #include "KSTutl_export.h"
 
-/// Writes to a std::ostream, so that what takes an aio_ostream writes anywhere:
+/// Writes to a std::ostream, so that code that takes an aio_ostream can write anywhere:
 ///
 ///     aio_stdostream standardOutput(std::cout);
 ///     utl_Stream out(standardOutput, 80, 6, 15);
 ///     out << "mass " << 3.0 << endl;
 ///
-/// Whatever goes wrong below, an exception of the std::ostream too, is a failure of this
-/// stream. Nothing throws.
+/// Any error of the std::ostream, an exception included, is a failure of this stream.
+/// Nothing throws.
 ///
 /// Threads: used by one thread at a time.
 class KSTUTL_EXPORT aio_stdostream final : public aio_ostream {
@@ -23,8 +23,7 @@ class KSTUTL_EXPORT aio_stdostream final : public aio_ostream {
   explicit aio_stdostream(std::ostream& out);
 
   void write(const char* data, int length) override;
-  /// Flushes the std::ostream. Its destructor does what it does; this one flushes
-  /// nothing.
+  /// Flushes the std::ostream, which the destructor does not.
   void flush() override;
   bool good() const override { return good_; }
 

@@ -2,9 +2,9 @@
 
 #include "KSTutl_export.h"
 
-/// Whether sorted strings are to be in natural order, a switch of the whole process; off
-/// at start. Threads: may be read and set by any thread; who keeps sorted data must see
-/// to it that the switch does not change meanwhile.
+/// Whether strings are sorted in natural order, a switch of the whole process that is off
+/// at start. Threads: any thread may read and set it; whoever keeps sorted data must make
+/// sure that it does not change meanwhile.
 KSTUTL_EXPORT bool atr_getNaturalOrder();
 KSTUTL_EXPORT void atr_setNaturalOrder(bool on);
 

@@ -38,8 +38,8 @@ class cow_1DArray : public cow_Container<std::vector<T>> {
   std::size_t Checked(int index) const;
 };
 
-// Members stand outside the class so that a library can export the array of a class of
-// its own: see utl_FilePath.h.
+// Members are defined outside the class so that a library can export the array of a class
+// of its own: see utl_FilePath.h.
 
 template <class T>
 const T& cow_1DArray<T>::operator[](int index) const {

@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <utility>
 
-/// Base of what a cow_Handle shares: it carries the number of its holders.
-/// A copy is a new object with one holder of its own.
+/// Base of what a cow_Handle shares: it counts its holders. A copy is a new object with
+/// one holder of its own.
 class cow_Shared {
  protected:
   cow_Shared() noexcept = default;
@@ -83,7 +83,7 @@ class cow_Handle {
   static void Hold(T& object) noexcept {
     object.holders_.fetch_add(1, std::memory_order_relaxed);
   }
-  /// Takes a holder away, and deletes the object after the last.
+  /// Removes a holder, and deletes the object after the last one.
   static void Drop(T* object) noexcept {
     // The only holder need not lock the count: nobody else can change it. Release, so
     // that the last holder sees what the others did before they left.

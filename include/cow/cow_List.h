@@ -20,7 +20,7 @@ class cow_List : public cow_Container<std::deque<T>> {
   void Append(T value);
 };
 
-// The rest is implementation. Members stand outside the class so that a library can
+// The rest is implementation. Members are defined outside the class so that a library can
 // export the list of a class of its own: see utl_FilePath.h.
 
 template <class T>

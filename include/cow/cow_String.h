@@ -13,12 +13,11 @@
 class cow_StringStorage;
 
 /// Copy-on-write string of bytes, the string type of every interface. A text of up to 23
-/// bytes stands in the object itself; copies of a longer one share their storage until
-/// one of them is changed. A string may hold zero bytes; its text is always followed by
-/// a terminating zero. Lengths and positions are in bytes, of
-/// type int; an operation whose result would be longer than 2,147,483,647 bytes throws
-/// std::length_error, one that finds no memory std::bad_alloc, and either leaves the
-/// string as it was.
+/// bytes is stored in the object itself; copies of a longer one share their storage until
+/// one of them is changed. A string may hold zero bytes; its text is always followed by a
+/// terminating zero. Lengths and positions are in bytes, of type int; an operation whose
+/// result would be longer than 2,147,483,647 bytes throws std::length_error, one that
+/// finds no memory std::bad_alloc, and either leaves the string as it was.
 ///
 /// Threads: as for a plain value. Copies that share storage may be used by different
 /// threads at once; one string object by one thread at a time.
@@ -92,7 +91,8 @@ class KSTUTL_EXPORT cow_String {
   /// Position of the last `c`, Length() when there is none.
   int FindLast(char c) const noexcept;
   /// The part that begins at `from` with `length` bytes; what lies outside the string is
-  /// cut off: cow_String("abc").Substr(1, 9) is "bc". The whole string shares storage.
+  /// cut off: cow_String("abc").Substr(1, 9) is "bc". A copy of the whole string shares
+  /// its storage.
   cow_String Substr(int from, int length) const;
 
   /// Appends `length` bytes of `data`, which may be part of this string; 0 or less
@@ -184,8 +184,8 @@ class KSTUTL_EXPORT cow_String {
   static constexpr int kMostShort = 23;
   static constexpr int kShared = 0xFF;
 
-  // Three words. The last byte tells the kind: of a short text it is the room that is
-  // left, which is the terminating zero when there is none.
+  // Three words. The last byte tells the kind; in a short text it is the number of unused
+  // bytes, and so, when there are none, the terminating zero.
   struct Shared {
     cow_StringStorage* storage;
     char* chars;  // the storage's
@@ -204,7 +204,7 @@ class KSTUTL_EXPORT cow_String {
   }
   static cow_String Joined(std::string_view a, std::string_view b,
                            std::string_view c = {});
-  // Takes over the one hold on the storage.
+  // Takes over the only reference to the storage.
   cow_String(cow_StringStorage& storage, int length) noexcept;
   static cow_String WithRoom(int capacity, std::string_view text);
 

@@ -4,8 +4,8 @@
 
 #include "cow/cow_String.h"
 
-/// Formats a cow_String through {fmt}, as the text that it is, with all that a text's
-/// format can say. Needs {fmt}, version 9 or later, which nothing else here does.
+/// Formats a cow_String through {fmt}, with every option that the format of a text has.
+/// Needs {fmt} 9 or later, which nothing else here does.
 ///
 ///     fmt::print("{:<8}{:>6}\n", name, count);
 template <>

@@ -25,15 +25,15 @@
 !       call kst_end()
 !     end program
 !
-! Errors: whatever can fail has an argument status, the last one. With it a failure shows
-! there, as one of the constants below, and kst_error() tells it in words; without it the
-! program ends with these words on the standard error stream and status 1. What a failed
-! procedure was to set is as it was, but for values that are read from a damaged section.
+! Errors: whatever can fail has a last argument, status. If it is present, a failure sets
+! it to one of the constants below, and kst_error() says in words what was wrong; without
+! it the program ends with these words on the standard error stream and status 1. What a
+! failed procedure was to set is unchanged, except for values read from a damaged section.
 !
-! Names and paths have no blanks at their ends: there Fortran's own do not count. Letter
-! case counts. Values are kept as they lie in memory, so that what is written as real64 is
-! to be read as real64, and an array of any rank column by column, as C and C++ programs
-! see it.
+! Names and paths have no blanks at their ends: there Fortran's padding is ignored. Letter
+! case counts. Values are stored as they lie in memory, so that what is written as real64
+! must be read as real64, and C and C++ programs see an array of any rank column by
+! column.
 !
 ! Threads: one file by one thread at a time; start, end, marks and phases by the main
 ! thread; all else by any.
@@ -51,7 +51,7 @@ module kst_utl
   public :: kst_track_open, kst_track_close, kst_track_read, kst_track_write
   public :: kst_sections
 
-  ! What became of a call; utl_c.h explains them.
+  ! The results of a call; utl_c.h explains them.
   enum, bind(c)
     enumerator :: kst_ok = 0, kst_bad_argument = 1, kst_not_started = 2, &
         kst_bad_handle = 3, kst_not_found = 4, kst_wrong_size = 5, kst_bad_value = 6, &
@@ -68,8 +68,8 @@ module kst_utl
   end enum
   public :: kst_read, kst_update, kst_write
 
-  ! A file of named sections, each with a checksum. Of two variables for one file, copied by
-  ! assignment, only one is closed.
+  ! A file of named sections, each with a checksum. Of several variables for one file,
+  ! copied by assignment, only one may be closed.
   type :: kst_sections
     private
     type(c_ptr) :: handle = c_null_ptr
@@ -78,9 +78,9 @@ module kst_utl
     procedure :: open => sections_open
     ! call file%close([status]). Does not save.
     procedure :: close => sections_close
-    ! call file%save([status]): puts all that was set into the file, at one stroke.
+    ! call file%save([status]): puts all that was set into the file, atomically.
     procedure :: save => sections_save
-    ! file%has(name): whether there is such a section. False where there is no open file.
+    ! file%has(name): whether there is such a section. False if no file is open.
     procedure :: has => sections_has
     ! file%bytes(name [, status]): the section's length.
     procedure :: bytes => sections_bytes
@@ -98,9 +98,9 @@ module kst_utl
     procedure, private :: load_real64, load_real32, load_int64, load_int32, load_text
   end type
 
-  ! What the library has had for Fortran before: the command line alone. The names of
-  ! options are written without their "-". The first three procedures ignore blanks at both
-  ! ends of a name, so that a variable of any length can hold it. The lengths of the
+  ! The library's older interface for Fortran, for the command line only. The names of
+  ! options are written without their "-". The first three procedures ignore blanks at
+  ! both ends of a name, so that a variable of any length can hold it. The lengths of the
   ! character arguments come last, in the order of those arguments. May be called from any
   ! thread.
   !
@@ -306,7 +306,7 @@ module kst_utl
     end function
   end interface
 
-  ! The functions that hand a text out.
+  ! The functions that return a text.
   abstract interface
     function c_asked_text(question, buffer, bytes, length) bind(c) result(status)
       import :: c_char, c_int, c_ptr, c_size_t
@@ -359,7 +359,8 @@ module kst_utl
 
 contains
 
-  ! Hands a status on, or ends the library, so that no lock stays behind, and the program.
+  ! Passes a status on, or ends first the library, so that no lock is left behind, and
+  ! then the program.
   subroutine answer(actual, status)
     integer(c_int), intent(in) :: actual
     integer, intent(out), optional :: status
@@ -379,7 +380,7 @@ contains
     terminated = trim(text)//c_null_char
   end function
 
-  ! A text that is handed out, "" after a failure.
+  ! The text that a function returns, "" after a failure.
   function asked(ask, question, actual) result(text)
     procedure(c_asked_text) :: ask
     character(len=*), intent(in) :: question
@@ -560,9 +561,9 @@ contains
     call answer(c_end_phase(int(timer, c_int)), status)
   end subroutine
 
-  ! Reports to the I/O tracker: that the unit means the file `path`, that it does no more,
-  ! and an operation of so many bytes that took so many seconds. Nothing happens unless the
-  ! environment asks for a tracker.
+  ! Report to the I/O tracker: that the unit stands for the file `path`, that it no longer
+  ! does, and an operation of so many bytes that took so many seconds. Nothing happens
+  ! unless the environment asks for a tracker.
 
   subroutine kst_track_open(unit, path, status)
     integer, intent(in) :: unit
@@ -632,7 +633,7 @@ contains
   end function
 
   ! The number of values of this storage size that the section has; kst_wrong_size when
-  ! there is a rest.
+  ! there is a remainder.
   function section_count(self, name, bits, actual) result(count)
     class(kst_sections), intent(in) :: self
     character(len=*), intent(in) :: name
@@ -643,7 +644,7 @@ contains
     count = 0
     actual = c_section_size(self%handle, c_text(name), count)
     if (actual == kst_ok .and. mod(8 * count, int(bits, c_size_t)) /= 0) then
-      ! Asked for as many as are whole, the library finds the words.
+      ! This fails, too, and gives kst_error() its text.
       count = 8 * count / bits * bits / 8
       actual = c_get_section(self%handle, c_text(name), c_loc(none), count)
     end if

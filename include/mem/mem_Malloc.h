@@ -6,8 +6,8 @@
 
 #include "KSTutl_export.h"
 
-// The three functions work on the heap of `operator new`: a block of one may be released
-// by the other.
+// The three functions work on the heap of `operator new`: a block from one may be
+// released by the other.
 //
 //     char* text = static_cast<char*>(mem_Malloc(10));
 //     text = static_cast<char*>(mem_Realloc(text, 1000));

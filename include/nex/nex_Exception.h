@@ -27,8 +27,8 @@ class KSTUTL_EXPORT nex_Exception {
   virtual atr_String AsString() const = 0;
   /// Throws a copy of this object as its own class. Every class overrides it.
   [[noreturn]] virtual void Propagate() const = 0;
-  /// A copy made by `new`, owned by the caller. Classes outside this library leave it
-  /// as it is: the copy of any text exception is a plain nex_TextException.
+  /// A copy made by `new`, owned by the caller. Classes outside this library do not
+  /// override it: the copy of any text exception is a plain nex_TextException.
   virtual nex_Exception* Copy() const = 0;
   /// A number that tells the nex_ classes apart: 1 text, 2 system error, 3 assertion.
   virtual unsigned int DynTypeId() const = 0;

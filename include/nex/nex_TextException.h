@@ -3,8 +3,8 @@
 #include "nex/nex_Exception.h"
 
 /// The exception that is a message text, and the base of every class that says more by
-/// its type. A class of its own adds nothing but its constructors, which build the text,
-/// and Propagate, which throws `*this`.
+/// its type. A derived class adds only its constructors, which build the text, and
+/// Propagate, which throws `*this`.
 class KSTUTL_EXPORT nex_TextException : public nex_Exception {
  public:
   explicit nex_TextException(const atr_String& text);

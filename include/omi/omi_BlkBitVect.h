@@ -8,7 +8,7 @@
 
 #include "KSTutl_export.h"
 
-/// A vector of 2^32 bits, all clear at first. Storage is taken by blocks of 131,072 bits
+/// A vector of 2^32 bits, all clear at first. Storage is taken in blocks of 131,072 bits
 /// (16 KiB) when a bit of the block is first set; a block never set reads as zeros.
 ///
 /// The vector is also seen as 2^27 cells: cell i holds the bits 32i to 32i+31, bit 32i

@@ -9,10 +9,10 @@
 ///
 ///     extern template class KSTUTL_EXPORT omi_Singleton<T>;
 ///
-/// and in exactly one source file `template class omi_Singleton<T>;`. Members and
-/// statics stand outside the class body because a module would otherwise keep copies.
+/// and in exactly one source file `template class omi_Singleton<T>;`. Members and statics
+/// are defined outside the class body because a module would otherwise have copies.
 ///
-/// Threads: none. The first `Instance` and `Finalize` belong to the main thread.
+/// Threads: not locked. The first `Instance` and `Finalize` belong to the main thread.
 template <class T>
 class omi_Singleton {
  public:

@@ -1,4 +1,4 @@
-// omi_SystemErrorCode: an error number together with whose number it is.
+// omi_SystemErrorCode: an error number and its kind.
 
 #pragma once
 
@@ -21,7 +21,7 @@ class omi_SystemErrorCode {
   /// `kind` is `kRunTime` or `kSystem`.
   omi_SystemErrorCode(int kind, int code) : kind_(kind), code_(code) {}
 
-  /// The run time's present error number. Call it right after the failed call, before
+  /// The run time's current error number. Call it right after the failed call, before
   /// anything else can disturb the number.
   KSTUTL_EXPORT static omi_SystemErrorCode FromErrno();
 
@@ -31,10 +31,10 @@ class omi_SystemErrorCode {
   int Kind() const { return kind_; }
   int Code() const { return code_; }
 
-  /// The number's text as the system gives it, line end included; empty when the system
-  /// has no text for it. For example, on Windows number 2 of kind `kSystem` is
-  /// "The system cannot find the file specified.\r\n". Reading it changes neither
-  /// `errno` nor the last error.
+  /// The number's text in the system's words, line end included; empty when the system
+  /// has no text for it. For example, on Windows number 2 of kind `kSystem` is "The
+  /// system cannot find the file specified.\r\n". Reading it changes neither `errno` nor
+  /// the last error.
   KSTUTL_EXPORT std::string Text() const;
 
   // The rest is implementation.

@@ -17,7 +17,7 @@ class omi_Timer {
   /// Stops the watch and sets it to 0, as it is at first.
   void Reset() { *this = omi_Timer(); }
 
-  /// Lets the watch run on; no effect if it runs.
+  /// Starts the watch or lets it go on; no effect if it runs.
   void Start() {
     if (!running_) {
       start_ = Clock::now();
@@ -25,7 +25,7 @@ class omi_Timer {
     }
   }
 
-  /// Stops the watch, which keeps its time; no effect if it stands.
+  /// Stops the watch, which keeps its time; no effect if it is stopped.
   void Stop() {
     sum_ = Elapsed();
     running_ = false;

@@ -12,12 +12,12 @@ template <class Value>
 class rgx_DigitalTree;
 
 /// The patterns that a thread has compiled, up to 100 of them, so that a pattern used in
-/// a loop is compiled once. The functions of rgx_funcs.h use it; other code needs it at
-/// most to look.
+/// a loop is compiled once. The functions of rgx_funcs.h use it; other code needs it only
+/// for a look at what is stored.
 ///
-/// When a 101st pattern is to be stored, 50 go: those first met when the tree of patterns
-/// is walked from its root, whenever they were used last. The tree's shape, and so the
-/// choice, depends on the patterns and the order in which they came.
+/// When a 101st pattern is to be stored, 50 are removed: the first ones when the tree of
+/// patterns is walked from its root, however recently they were used. The tree's shape,
+/// and so the choice, depends on the patterns and the order in which they came.
 ///
 /// Threads: each has its own, thr_ThreadSingleton<rgx_ReCompileCache>::Instance(), made
 /// on first use and destroyed with the thread.

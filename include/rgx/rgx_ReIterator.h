@@ -6,7 +6,7 @@
 #include "cow/cow_String.h"
 #include "KSTutl_export.h"
 
-/// What a match found: the texts of the pattern's groups and of what surrounds the match.
+/// What a match found: the texts of the pattern's groups and those around the match.
 /// Group 0 is the whole match, group n the n-th parenthesis of the pattern. Made by
 /// rgx_match. It owns a copy of the subject, and copies of it are cheap.
 ///

@@ -9,9 +9,9 @@
 //
 // Every function that takes a pattern throws nex_TextException
 // - with "rgx_match: error in regex at offset N: TEXT" when it does not compile, where N
-//   is the position in the pattern and TEXT PCRE2's own words;
+//   is the position in the pattern and TEXT is PCRE2's message;
 // - with "rgx_match: exec error: N" when the search fails, where N is PCRE2's negative
-//   number: -47 for a pattern that tries too often (the match limit).
+//   number: -47 for a pattern that takes too many attempts (the match limit).
 //
 // Threads: any; threads share nothing.
 
@@ -25,13 +25,13 @@
 /// Start and end of the regular-expression layer, to be called in pairs. The first start
 /// adds one to `count`, the caller's counter, and makes the calling thread's cache of
 /// patterns; the end that matches it takes one off and destroys that cache. Other
-/// threads' caches come with their first use and go with their thread.
-/// Threads: for start-up and shut-down, one thread.
+/// threads' caches are made on first use and destroyed with their thread. Threads: for
+/// start-up and shut-down, one thread.
 KSTUTL_EXPORT void rgx_initialize(int& count);
 KSTUTL_EXPORT void rgx_finalize(int& count);
 
-/// Searches the first place where `pattern` matches. No match is not an error: the
-/// result says so.
+/// Finds the first place where `pattern` matches. No match is not an error: the result
+/// says so.
 ///
 ///     rgx_match("b+", "abbc").String();   // "bb"
 KSTUTL_EXPORT rgx_ReIterator rgx_match(const cow_String& pattern,
@@ -50,9 +50,9 @@ KSTUTL_EXPORT rgx_ReIterator rgx_match(const cow_String& pattern, const char* su
 ///     rgx_split(",", ",a,");    // "a", ""
 ///
 /// Throws nex_TextException with "rgx_split: pattern matches the empty string" when a
-/// match ends where the remaining text starts, since it would never get on; the remaining
-/// text may be empty itself. No match is found after a zero byte: all text from there on
-/// belongs to the last field.
+/// match ends where the remaining text starts, since the search would never advance; the
+/// remaining text may be empty itself. No match is found after a zero byte: all text from
+/// there on belongs to the last field.
 KSTUTL_EXPORT cow_1DArrayList<cow_String> rgx_split(const cow_String& pattern,
                                                     const cow_String& subject);
 
@@ -71,7 +71,7 @@ KSTUTL_EXPORT cow_String rgx_join(const cow_1DArrayList<cow_String>& items,
 /// group that the match does not have is "". Zero is no such digit: "$10" is group 1 and
 /// a "0", "$0" stays as it is. References name the groups of the FIRST match at every
 /// place: the replacement is made once. As in rgx_split each search starts anew on the
-/// remaining text. An empty match before a character passes it on:
+/// remaining text. After an empty match the next character is copied and skipped:
 ///
 ///     rgx_subn("(a|b)=", "<$1>", "a=1 b=2", 9);   // "<a>1 <a>2"
 ///     rgx_subn("x*", "-", "abc", 10);             // "-a-b-c-"

@@ -1,11 +1,11 @@
-// thr_GlobalLock: the one lock under which process-wide locks and slots are made.
+// thr_GlobalLock: the one lock under which process-wide locks and slots are created.
 
 #pragma once
 
 #include "KSTutl_export.h"
 #include "thr/thr_Mutex.h"
 
-/// The process-wide lock that guards the making and the end of every singleton's own
+/// The process-wide lock that guards the creation and destruction of every singleton's
 /// mutex and of every thread singleton's slot.
 ///
 /// Whoever holds a singleton's mutex may take this lock; whoever holds this lock takes

@@ -18,7 +18,8 @@
 ///     extern template class KSTUTL_EXPORT thr_GlobalSingleton<T>;
 ///
 /// and in exactly one source file `template class thr_GlobalSingleton<T>;`. Members and
-/// statics stand outside the class body because a module would otherwise keep copies.
+/// statics are defined outside the class body because a module would otherwise have
+/// copies.
 ///
 /// Threads: every operation but `Destroy` may be called from any thread.
 template <class T>
@@ -40,10 +41,10 @@ class thr_GlobalSingleton {
 
   /// Destroys the object under `Mutex`, then the mutex itself under `thr_GlobalLock`;
   /// `Look` finds the object until its destructor has ended. Nothing happens when there
-  /// is neither. A later `Instance` creates both anew.
-  /// An object that came into this process by `fork` is the parent's: it and the mutex
-  /// are left as they are, without waiting, and only forgotten (see thr_currentProcess).
-  /// REQUIRES: no other thread uses the object or the mutex any more.
+  /// is neither. A later `Instance` creates both anew. An object that this process has
+  /// from its parent, by `fork`, is only forgotten, and so is the mutex: neither is
+  /// touched or waited for (see thr_currentProcess). REQUIRES: no other thread uses the
+  /// object or the mutex any more.
   static void Destroy();
 
   // The rest is implementation.
@@ -118,7 +119,7 @@ void thr_GlobalSingleton<T>::Destroy() {
 
 template <class T>
 void thr_GlobalSingleton<T>::Forget() {
-  // Tools that look for leaks find them here.
+  // Keeps them reachable, so that leak checkers do not report them.
   static struct {
     T* object;
     thr_Mutex* mutex;

@@ -4,13 +4,13 @@
 
 #include <mutex>
 
-/// A plain, not recursive mutual-exclusion lock.
+/// A plain, non-recursive mutual-exclusion lock.
 ///
-/// Its operations bear the standard library's names, so that it is held by scope:
+/// Its operations have the standard library's names, so that std::lock_guard works on it:
 ///
 ///     std::lock_guard guard(mutex);
 ///
-/// Threads: made for them; a thread that holds the lock must not lock it again.
+/// Threads: any; a thread that holds the lock must not lock it again.
 class thr_Mutex {
  public:
   thr_Mutex() = default;
@@ -23,7 +23,7 @@ class thr_Mutex {
   /// Takes the lock if no thread holds it; false otherwise.
   bool try_lock() { return mutex_.try_lock(); }
 
-  /// Gives the lock back. REQUIRES: the calling thread holds it.
+  /// Releases the lock. REQUIRES: the calling thread holds it.
   void unlock() { mutex_.unlock(); }
 
   // The rest is implementation.

@@ -46,9 +46,8 @@ class KSTUTL_EXPORT thr_ThreadPool {
  public:
   thr_ThreadPool() = default;
 
-  /// Tasks that have not begun are dropped; those that run are waited for. A task must
-  /// therefore have been told to end before.
-  /// REQUIRES: it is not called on a thread of the pool.
+  /// Drops tasks that have not begun and waits for those that run, which must therefore
+  /// have been told to end. REQUIRES: it is not called on a thread of the pool.
   ~thr_ThreadPool();
 
   thr_ThreadPool(const thr_ThreadPool&) = delete;

@@ -10,9 +10,9 @@
 /// Holds every thread's own object of the class T, made on the thread's first use and
 /// destroyed when the thread ends.
 ///
-/// All threads share one slot of the operating system; it is there as long as any thread
-/// has an object. The object of the thread that ends the process by returning from main
-/// may stay: `Destroy` it.
+/// All threads share one slot of the operating system; it exists as long as any thread
+/// has an object. The object of a thread that ends the process by returning from main may
+/// be left undestroyed: call `Destroy` before.
 ///
 /// For one object over all modules of a process, the library that owns T says in T's
 /// header, after the class,
@@ -20,7 +20,8 @@
 ///     extern template class KSTUTL_EXPORT thr_ThreadSingleton<T>;
 ///
 /// and in exactly one source file `template class thr_ThreadSingleton<T>;`. Members and
-/// statics stand outside the class body because a module would otherwise keep copies.
+/// statics are defined outside the class body because a module would otherwise have
+/// copies.
 ///
 /// Threads: any.
 template <class T>

@@ -7,7 +7,7 @@
 #include "KSTutl_export.h"
 
 /// One pointer per thread. Its slot is allocated, under `thr_GlobalLock`, when the first
-/// thread sets its pointer, and freed when the last thread has taken its pointer back.
+/// thread sets its pointer, and freed when the last thread has taken its pointer out.
 /// This is for `thr_ThreadSingleton`, which is what other code should use.
 ///
 /// Threads: any; each sees its own pointer.

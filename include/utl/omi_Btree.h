@@ -44,7 +44,7 @@ inline constexpr bool omi_BtreeExists =
     std::is_same_v<V, int> ? std::is_same_v<K, int> || std::is_same_v<K, cow_String>
                            : std::is_same_v<K, cow_String>&& std::is_same_v<V, void*>;
 
-/// An entry of the map and the root of its subtree. What is not const is for the map.
+/// An entry of the map and the root of its subtree. Only the map uses what is not const.
 template <class K, class V>
 class KSTUTL_EXPORT omi_BtreeNode {
  public:
@@ -58,7 +58,7 @@ class KSTUTL_EXPORT omi_BtreeNode {
   const omi_BtreeNode* Left() const { return left_; }
   const omi_BtreeNode* Right() const { return right_; }
   /// 0 without children, else 1 more than the higher child's. After a removal it may be
-  /// higher than the truth.
+  /// too high.
   int Height() const { return height_; }
 
   /// Adds the entry below this node and rebalances everything below it, but not this
@@ -79,7 +79,7 @@ class KSTUTL_EXPORT omi_BtreeNode {
   friend class omi_Btree<K, V>;
 
   omi_BtreeNode(const omi_BtreeNode& other);
-  // A node on the way down, and the slot of the child that the way takes.
+  // A node on the path down, and the slot of the child that the path takes.
   struct Step {
     omi_BtreeNode* node;
     omi_BtreeNode** child;

@@ -20,20 +20,20 @@
 /// Writer and reader agree on the number of elements by other means, such as a WriteInt
 /// before the array. docs/encodings.md describes the bytes.
 ///
-/// A byte order is taken for the sake of existing callers; no byte is ever swapped.
+/// Existing callers pass a byte order; no byte is ever swapped.
 ///
 /// The descriptor stays the caller's: it is neither closed nor flushed. Nothing is
-/// buffered: a number is at least one call of the system, and an array as a whole needs
-/// no more, so move bulk data as arrays. After an exception the stream is as before; what
-/// was transferred stays so. A descriptor that does not block, as another program may
-/// have set a pipe or a terminal, is waited for.
+/// buffered: a number is at least one call of the system, and a whole array needs no
+/// more, so transfer bulk data as arrays. An exception leaves the stream usable and does
+/// not undo what was transferred. Where a descriptor does not block, as another program
+/// may have set up a pipe or a terminal, the stream waits.
 ///
 /// On Linux a write to a pipe that nobody reads, or beyond a limit of the file's size,
 /// ends the process by a signal. A program that is to get the exception instead has to
 /// ignore SIGPIPE and SIGXFSZ (`signal(SIGPIPE, SIG_IGN)`) before it writes, as
 /// utl_runMain does.
 ///
-/// Threads: calls on one descriptor are to be made by one thread at a time.
+/// Threads: one descriptor is used by one thread at a time.
 ///
 ///     utl_BinOStream out(descriptor, omi_Swapper::kLittleEndian);
 ///     out.WriteString("loads");              // 05 00 00 00 6C 6F 61 64 73
@@ -83,7 +83,7 @@ class KSTUTL_EXPORT utl_BinIStream {
   /// as does all that follows, utl_BinStreamEOF "*** ERROR: End of file on binary
   /// stream." when the file ends before or within them, and utl_BinStreamReadError with
   /// the run time's reason; the bytes that came before are then read and `data` is
-  /// unspecified. After the end, what is appended to the file later is read all the same.
+  /// unspecified. What is appended to the file after its end was reached can be read.
   void Read(char* data, int count) const;
 
   char ReadSchar();
@@ -95,8 +95,8 @@ class KSTUTL_EXPORT utl_BinIStream {
   std::int64_t ReadInt64();
   std::uint64_t ReadUInt64();
 
-  /// The length is taken as it is read: one that there is no memory for, or a negative
-  /// one, throws std::bad_alloc before any byte of the text is read.
+  /// A length that is negative, or for which there is no memory, throws std::bad_alloc
+  /// before any byte of the text is read.
   cow_String ReadString();
 
   /// Fills the caller's array of `n` elements; 0 or less reads nothing.
@@ -114,7 +114,7 @@ class KSTUTL_EXPORT utl_BinIStream {
   int fd_;
 };
 
-/// All failures of binary streams; itself that of a constructor.
+/// The base of all failures of binary streams; constructors throw it as it is.
 class KSTUTL_EXPORT utl_BinStreamException : public nex_TextException {
  public:
   explicit utl_BinStreamException(const atr_String& message);

@@ -28,14 +28,15 @@ class utl_BlkBitUtils {
   /// Sets words of `mask` as `text` says. The mask is not cleared first, and words that
   /// the text gives as zero are passed over: they keep the bits they have.
   ///
-  /// Words are counted on over all pieces. Whatever stands before a "#" is skipped. A
+  /// Words are numbered across all pieces. Whatever comes before a "#" is skipped. A
   /// number that is missing, damaged or too large for 32 bits stands for the one before
   /// it: a word for the last word read (0 at first), a run length for the length of the
   /// item before (1 for a word without one). A minus sign is read as `sscanf` reads it
   /// with "%x" and "%u": "#-1" is the word ffffffff.
   ///
-  /// Throws nex_AssertException when a word that is not zero would come to lie beyond the
-  /// vector's limit of 2^32 bits; then the words before that run are stored, none of it.
+  /// Throws nex_AssertException when a word that is not zero would lie beyond the
+  /// vector's limit of 2^32 bits; the words before that run are then stored, and none of
+  /// the run.
   KSTUTL_EXPORT static void GetMaskFromString(const cow_List<cow_String>& text,
                                               omi_BlkBitVect& mask);
 };

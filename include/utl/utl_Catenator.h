@@ -6,10 +6,10 @@
 #include "cow/cow_String.h"
 #include "KSTutl_export.h"
 
-/// Joins many pieces to one long text. Up to 991 bytes are held in one string, so that
+/// Joins many pieces into one long text. Up to 991 bytes are held in one string, so that
 /// short texts need no further memory; from 992 bytes on a memory stream takes over, and
-/// appending stays cheap however long the text grows. There is no way back from there,
-/// not even by Erase.
+/// appending stays cheap however long the text grows. The text never moves back, not even
+/// by Erase.
 ///
 /// Threads: one object is used by one thread at a time.
 ///
@@ -34,8 +34,8 @@ class KSTUTL_EXPORT utl_Catenator {
     return *this;
   }
 
-  /// Forgets the text: it then is exactly what is appended next. The string's memory is
-  /// kept for it, the stream's released.
+  /// Forgets the text; what is appended next is then all of it. The string's memory is
+  /// kept for that, the stream's is released.
   utl_Catenator& Erase();
 
   /// The text so far; may be called again, and appending may go on.

@@ -69,12 +69,12 @@ class KSTUTL_EXPORT utl_CommandLine {
 
   /// The value as a decimal number. Throws utl_MissingCmdLineArgException if the option
   /// was not given, utl_CmdLineArgFormatException with the type "integer" if any
-  /// character is not a digit; so a sign is never accepted. An option without a value has
-  /// no character to object to and gives 0. There is no range check: of a number that
-  /// does not fit an int the lowest 32 bits count, "4294967299" gives 3.
+  /// character is not a digit; so a sign is never accepted. An option without a value
+  /// gives 0. There is no range check: a number that does not fit an int is cut to its
+  /// lowest 32 bits, so "4294967299" gives 3.
   int ConstGetValueAsInt(const cow_String& name) const;
-  /// The same, but `dflt` if the option was not given. Given without a value it is 0 all
-  /// the same, and a malformed value throws.
+  /// The same, but `dflt` if the option was not given. An option without a value still
+  /// gives 0, and a malformed value throws.
   int ConstGetValueAsInt(const cow_String& name, int dflt) const;
 
   /// The two forms for 64 bits; a number that does not fit is the largest std::size_t
@@ -92,8 +92,8 @@ class KSTUTL_EXPORT utl_CommandLine {
   int Size() const;
 
   /// The value read as KEY=VALUE,KEY=VALUE,...: "a=1,b" gives a -> "1", b -> "". The
-  /// first "=" of a piece separates; the pieces are those of rgx_split, so that no piece
-  /// is empty but a last one, which then gives an empty key. Throws
+  /// first "=" of a piece separates; the pieces are those of rgx_split, so that only the
+  /// last piece can be empty; it then gives an empty key. Throws
   /// utl_MissingCmdLineArgException if the option was not given.
   cow_Map<cow_String, cow_String> ConstGetValueAsDictionary(const cow_String& name) const;
 

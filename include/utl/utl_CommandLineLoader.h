@@ -7,7 +7,7 @@
 /// Fills the process's utl_CommandLine. For an executable's start-up code (and tests),
 /// once, before any other thread asks for arguments: nothing is locked.
 ///
-/// Either function ends with the option "error", if it is given: its value is a list like
+/// Both functions then apply the option "error", if it is given: its value is a list like
 /// "utl=3,rgx", which sets the debug flag "utl" to level 3 and "rgx" to 1
 /// (typ_DebugFlags); a level of 0 or below leaves its flag alone.
 ///

@@ -17,9 +17,9 @@
 ///
 /// The system hands out the entries in an order of its own, the enumeration order: on
 /// Windows mostly by name, without regard to letter case, on Linux any. "." and ".." are
-/// directories among the others; a drive's root has neither. A link is among the files or
-/// the directories by what it leads to; one that leads nowhere is a file (Wine leaves it
-/// out). FIFOs and devices are files too.
+/// directories among the others; a drive's root has neither. A link counts as what it
+/// points to; one that points to nothing is a file (Wine leaves it out). FIFOs and
+/// devices are files too.
 ///
 /// The paths are made by utl_FilePath from the directory's absolute name, a backslash and
 /// the entry's name. So an entry whose name looks like a reference to an environment
@@ -44,8 +44,8 @@ class KSTUTL_EXPORT utl_DirObject {
 
   /// The files whose name contains `text`, at its start or anywhere else, by their bare
   /// names and in enumeration order. A path made of a bare name is resolved as any such
-  /// name is, against the current directory: its PathName() and FileName() are of use,
-  /// its AbsolutePathName() is so only if this directory is the current one.
+  /// name is, against the current directory: its PathName() and FileName() are useful,
+  /// its AbsolutePathName() only if this directory is the current one.
   cow_List<utl_FilePath> PrefixMatchFilenames(cow_String text) const;
 
   /// For every directory whose AbsoluteDirectoryPath() contains `text` that same path, in

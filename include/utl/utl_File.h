@@ -32,8 +32,8 @@ enum utl_FileSharing : int {
 /// Every failure is an exception, one class for each kind, raised at the call that
 /// failed; its text names the system call, the system's error and the path. The classes
 /// have no base of their own: catch nex_TextException for all of them. Nothing is tried
-/// again (but see Replace) and nothing undone, but that a file that cannot grow keeps its
-/// size.
+/// again (but see Replace) and nothing undone, except that a file that cannot grow keeps
+/// its size.
 ///
 /// On Linux a write beyond a limit of the file's size (`ulimit -f`), or to a pipe that
 /// nobody reads, ends the process by a signal. A program that is to get the exception
@@ -77,35 +77,35 @@ class KSTUTL_EXPORT utl_File {
   /// again, at its start and without emptying it. Throws utl_FileExceptionClose.
   void Release();
 
-  /// Opens the file anew if it is open and its path leads to another one by now: somebody
-  /// has replaced it. Throws as `Init`, and utl_FileExceptionClose.
+  /// Opens the file again if it is open and its path now names another file, because
+  /// somebody has replaced it. Throws as `Init`, and utl_FileExceptionClose.
   void Renew();
 
   /// The system's handle of the file, for calls that this class does not offer. It stays
   /// this object's: do not close it.
   void* Handle() const;
 
-  /// Moves to `offset` bytes from the start; behind the end is allowed and does not
-  /// change the size. Throws utl_FileExceptionSeek.
+  /// Moves to `offset` bytes from the start; an offset past the end is allowed and does
+  /// not change the size. Throws utl_FileExceptionSeek.
   void Seek(const utl_FileOffset& offset);
 
-  /// The present position. Throws utl_FileExceptionLocation.
+  /// The current position. Throws utl_FileExceptionLocation.
   utl_FileOffset Location() const;
 
-  /// Has the system put everything written on the disk. Throws utl_FileExceptionFlush,
-  /// for a file opened for reading without asking the system.
+  /// Makes the system write everything to the disk. Throws utl_FileExceptionFlush, for a
+  /// file opened for reading without asking the system.
   void Flush();
 
-  /// Reads up to `count` bytes at the present position; returns their number, 0 at the
+  /// Reads up to `count` bytes at the current position; returns their number, 0 at the
   /// end of the file. Throws utl_FileExceptionRead, for a negative count without asking
   /// the system. REQUIRES: `buffer` has room for `count` bytes.
   int Read(char* buffer, int count);
 
-  /// Writes `count` bytes at the present position and returns `count`. Throws
+  /// Writes `count` bytes at the current position and returns `count`. Throws
   /// utl_FileExceptionFull when the system took only a part of them, whatever the cause,
   /// and utl_FileExceptionWrite for other failures: for a file opened for reading, and
-  /// for a negative count, without asking the system.
-  /// REQUIRES: `buffer` has `count` bytes.
+  /// for a negative count, without asking the system. REQUIRES: `buffer` has `count`
+  /// bytes.
   int Write(const char* buffer, int count);
 
   /// The same, but returns the number of bytes written when that is less than `count`.
@@ -115,48 +115,47 @@ class KSTUTL_EXPORT utl_File {
   utl_FileOffset FileSize() const;
 
   /// Makes the file exactly `size` bytes long, longer or shorter than it was, and
-  /// rewrites its last four bytes. What is added takes its place on the disk at once, so
+  /// rewrites its last four bytes. Disk space for what is added is allocated at once, so
   /// that a full disk shows here and not at a later write; on Linux this needs a file
-  /// system that can do so, as local ones can. The position stays.
+  /// system that can do so, as local ones can. The position does not change.
   ///
   /// Throws utl_FileExceptionExtend; the file may then have its new size already, unless
-  /// there is no space for it, and the position may be anywhere. A size below 4 ends so,
-  /// after the size was set, since there are no last four bytes. Throws a plain
-  /// nex_TextException for a file opened for reading. The place of the last four bytes is
-  /// computed as a double: above 2^53 bytes it is not exact.
+  /// there is no space for it, and the position may be anywhere. A size below 4 fails
+  /// like this, after the size was set, since there are no last four bytes. Throws a
+  /// plain nex_TextException for a file opened for reading. The place of the last four
+  /// bytes is computed as a double: above 2^53 bytes it is not exact.
   void Extend(const utl_FileOffset& size);
 
-  /// Makes the file `path`, to take the place of the open file `original` (see Replace),
-  /// and opens it for reading and writing; others may read it meanwhile. A file of this
-  /// name that is there already is deleted, a link without a look at where it leads:
-  /// nothing that others have put there is written to.
+  /// Makes the file `path`, which is to replace the open file `original` (see Replace),
+  /// and opens it for reading and writing; others may read it meanwhile. An existing file
+  /// of this name is deleted, and so is a link, which is not followed: nothing that
+  /// others have put there is written to.
   ///
   /// On Linux the file has the owner, group and permissions of `original` as far as this
-  /// process may give them away; a group that it may not give loses its permissions, and
-  /// the owner always may read and write. On Windows it has the rights that the directory
-  /// hands down.
+  /// process may set them; a group that it may not set loses its permissions, and the
+  /// owner may always read and write. On Windows it inherits the rights of the directory.
   ///
-  /// Throws utl_FileExceptionOpen, also when the file that is there cannot be deleted;
-  /// the object is then what it was. REQUIRES: this object is not open.
+  /// Throws utl_FileExceptionOpen, also when the existing file cannot be deleted; this
+  /// object is then unchanged. REQUIRES: this object is not open.
   void OpenNew(const cow_String& path, const utl_File& original);
 
   /// Puts this file, which OpenNew has made in the same directory, in the place of the
-  /// one that `target` has open, at one stroke: whatever happens, the path of `target`
-  /// leads to the old file as it was or to the new one. Flush this file before. `target`
-  /// then has the new file open, and this object the old one, to close it. Where the path
-  /// is a link, the file that it leads to is replaced. Other names of the old file (hard
+  /// one that `target` has open, atomically: whatever happens, the path of `target` names
+  /// either the unchanged old file or the new one. Flush this file first. `target` then
+  /// has the new file open, and this object has the old one, to close it. Where the path
+  /// is a link, the file that it points to is replaced. Other names of the old file (hard
   /// links) keep the old file.
   ///
   /// On Linux others who have the file open keep the old one. Windows replaces no file
-  /// that is open: there `target` is closed for a moment, and while others have the file
-  /// open, if only to read it, 20 attempts are made, 10 ms apart.
+  /// that is open: there `target` is closed for a moment, and up to 20 attempts, 10 ms
+  /// apart, are made while others have the file open, even for reading.
   ///
   /// Throws utl_FileExceptionWrite, and nothing is replaced, when `target` is opened for
   /// reading; with code 5 when this process could not give the new file the rights of the
   /// old one (Linux) or others have the old one open (Windows); and with the system's
   /// code when the renaming fails. `target` keeps the old file, which its next operation
   /// opens again if need be. Throws utl_FileExceptionFlush when the file was replaced,
-  /// but the disk may not know of it yet.
+  /// but the change may not be on the disk yet.
   void Replace(utl_File& target);
 
   // The rest is implementation.
@@ -170,7 +169,7 @@ class KSTUTL_EXPORT utl_File {
   void* OpenUpdate(const cow_String& path) const;
   void* OpenWrite(const cow_String& path) const;
 
-  // Opened by the first operation, be it a const one.
+  // Opened by the first operation, even a const one.
   mutable bool opened_ = false;
   mutable void* handle_ = nullptr;
   cow_String path_;
@@ -178,9 +177,9 @@ class KSTUTL_EXPORT utl_File {
   utl_FileSharing sharing_ = utl_FileShareReadWrite;
 };
 
-// The failures. `code` is the system's error number; the message shows the system's text
-// for it, as the system gives it, line end included. `operation` and `text` tell what
-// failed: "SetFilePointer", "attempt to flush a read-only file.".
+// The failures. `code` is the system's error number; the message shows the system's own
+// text for it, line end included. `operation` and `text` tell what failed:
+// "SetFilePointer", "attempt to flush a read-only file.".
 
 /// The file exists, or is to be made, and cannot be opened.
 class KSTUTL_EXPORT utl_FileExceptionOpen : public nex_TextException {
@@ -189,7 +188,7 @@ class KSTUTL_EXPORT utl_FileExceptionOpen : public nex_TextException {
   [[noreturn]] void Propagate() const override;
 };
 
-/// The directory is there, the file is not.
+/// The directory exists, the file does not.
 class KSTUTL_EXPORT utl_FileExceptionNoFile : public nex_TextException {
  public:
   utl_FileExceptionNoFile(const cow_String& path, const atr_String& text);

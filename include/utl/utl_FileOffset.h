@@ -7,8 +7,8 @@
 /// A byte offset in a file, or a file's size: signed, 64 bits, eight bytes in memory.
 ///
 /// It converts from and to std::int64_t, so arithmetic and comparison are those of the
-/// integer. For a double, convert by way of the integer: a double holds whole numbers
-/// exactly up to 2^53 only.
+/// integer. Convert to or from a double by way of the integer: a double is exact for
+/// whole numbers up to 2^53 only.
 ///
 /// Threads: a plain value.
 ///

@@ -19,18 +19,19 @@
 /// namespace, is kept whole: it is no plain path, and the file system is never asked
 /// about it.
 ///
-/// Letter case of file names does not matter to any question, nor to whatever opens the
-/// file. Where a file system tells names apart by it, as most do on Linux, an existing
-/// file of exactly this name comes first, then one whose name differs in letter case
-/// alone; of several such files the system chooses. So writing "LOWER.TXT" empties
-/// "lower.txt" where only that one exists. A new file gets its name as it is written.
+/// The letter case of file names does not matter, neither here nor when a file is opened.
+/// Where a file system tells names apart by it, as most do on Linux, an existing file of
+/// exactly this name comes first, then one whose name differs in letter case alone; of
+/// several such files the system chooses. So writing "LOWER.TXT" empties "lower.txt"
+/// where only that one exists. A new file gets its name as it is written.
 ///
 /// Blanks and dots at the end of a name do not count, so that "a. " is the file "a". A
 /// name of which nothing else is left after its last separator ends in that separator:
 /// `dir\ ` is `dir\`.
 ///
-/// Nothing throws but std::bad_alloc, except where it is said: what the system refuses is
-/// answered by false. Nothing waits: a FIFO or a device is not opened to be asked about.
+/// Nothing but std::bad_alloc is thrown, except where stated: a query that the system
+/// refuses gives false. Nothing waits: a FIFO or a device is not opened to be asked
+/// about.
 ///
 /// Threads: a plain value. Resolving (SetFilePath and the constructor with arguments)
 /// reads the environment and the current directory of the process; while it runs no
@@ -43,7 +44,7 @@ class KSTUTL_EXPORT utl_FilePath {
   /// The same as SetFilePath on an empty path.
   utl_FilePath(cow_String fileName, cow_String directory);
 
-  /// The file that the standard library means by `path`, by the name that
+  /// The file that `path` names for the standard library, under the name that
   /// utl_fromNativePath gives it: a plain path, made absolute by the current directory.
   /// References to the environment are not replaced. Throws as utl_fromNativePath does.
   utl_FilePath(const std::filesystem::path& path);
@@ -58,17 +59,17 @@ class KSTUTL_EXPORT utl_FilePath {
 
   /// Resolves `fileName` against `directory`:
   /// - Every `/` becomes `\`; then references %NAME% and $NAME to environment variables
-  ///   are replaced by their values, over and over, in both arguments. A variable that
-  ///   is unset or whose name has 256 characters or more stays as written. Letter case
-  ///   of a variable's name does not matter; where two names differ in it alone, which
-  ///   Linux allows, the exact one comes first. So that a variable that names itself
-  ///   comes to an end, each form is replaced at most 1,000 times in one argument, and
-  ///   an argument that has grown beyond 1,048,576 bytes is left as it is then.
+  ///   are replaced by their values, over and over, in both arguments. A variable that is
+  ///   unset or whose name has 256 characters or more stays as written. Letter case of a
+  ///   variable's name does not matter; where two names differ in it alone, which Linux
+  ///   allows, the exact one comes first. So that a variable that refers to itself comes
+  ///   to an end, each form is replaced at most 1,000 times in one argument, and an
+  ///   argument that has grown beyond 1,048,576 bytes is left as it is then.
   /// - An absolute name (`\dir...`, `\\host...`, `C:\...`) ignores the directory. A name
-  ///   such as "C:data" is sought in the current directory of drive C.
+  ///   such as "C:data" is taken relative to the current directory of drive C.
   /// - Any other name is anchored at the directory if that is absolute, has a drive or
-  ///   starts with `\`. A relative directory is dropped and the current directory taken,
-  ///   as with an empty one.
+  ///   starts with `\`. A relative directory is ignored and the current directory is
+  ///   used, as with an empty one.
   /// - The name "" or "." stands for the directory itself.
   ///
   /// Only `\` separates afterwards; "." and ".." are not resolved. `C:\\`, with a second
@@ -103,8 +104,8 @@ class KSTUTL_EXPORT utl_FilePath {
   /// IsReadable(). False for a path that is not plain.
   bool IsExecutable() const;
 
-  /// Whether it is a directory. A path that ends in a separator is none: the system's
-  /// status call does not take it. False for a path that is not plain.
+  /// Whether it is a directory. False for a path that ends in a separator, which the
+  /// system's status call does not accept. False for a path that is not plain.
   bool IsDir() const;
 
   /// The name as given, resolved: `sub\f.txt`; the whole name of a path that is not
@@ -126,7 +127,7 @@ class KSTUTL_EXPORT utl_FilePath {
   cow_String BaseName() const { return baseName_; }
 
   /// The last component from its last dot on, dot included: ".txt"; "" when it has none.
-  /// Of no meaning for a path that is not plain.
+  /// Meaningless for a path that is not plain.
   cow_String Extension() const { return extension_; }
 
   /// The absolute name in the system's own form, as utl_nativePath gives it:

@@ -3,7 +3,7 @@
 #include "cow/cow_String.h"
 #include "KSTutl_export.h"
 
-/// Takes a path string apart without touching the file system.
+/// Splits a path string into its parts without touching the file system.
 ///
 /// A path is read in one of two styles. Windows style separates by `\` only and
 /// may start with a drive ("C:") or a host (`\\server`); Unix style separates by

@@ -29,7 +29,7 @@ struct utl_IOTrackerRecord {
 /// docs/io-tracker.md describes these files and their names.
 ///
 /// A process has a tracker only if its environment asks for one. Otherwise a report costs
-/// the test of a pointer:
+/// one test of a pointer:
 ///
 ///     auto& holder = thr_GlobalSingleton<utl_IOTracker_Container>::Instance();
 ///     ...
@@ -56,27 +56,27 @@ struct utl_IOTrackerRecord {
 ///                          and below
 ///     KES_IO_INDIVIDUAL    above 0: a further output for every file
 ///
-/// So is the command line: the options "outdir" and "job" name the outputs, and "tmpdir"
-/// is the scratch directory. Of each value the first 2048 characters count.
+/// The command line is read then, too: the options "outdir" and "job" name the outputs,
+/// and "tmpdir" is the scratch directory. The first 2048 characters of each value count.
 ///
 /// There are two tables of the same form. Table C holds files that are reached through
 /// descriptors or C streams; their keys are descriptors or the addresses of streams.
 /// Table U holds files that are reached through numbered units, and the units' numbers
 /// are the keys. Any number may be a key. A file is found again by its path, which is
-/// compared as a text, letter for letter. Of a path the first 1023 characters count; null
-/// is the path "". `bytes` that are negative count as 0, and so do `seconds` that are
-/// negative, infinite or not a number.
+/// compared as a text, letter for letter. The first 1023 characters of a path count; null
+/// is the path "". Negative `bytes` count as 0, and so do `seconds` that are negative,
+/// infinite or not a number.
 ///
-/// Failures: none but std::bad_alloc is thrown. An output that cannot be opened or
-/// written is left out in silence.
+/// Failures: nothing but std::bad_alloc is thrown. An output that cannot be opened or
+/// written is silently left out.
 ///
 /// Threads: any, at any time between the making of the tracker and its end.
 ///
 /// On Linux the tracker belongs to the process that made it. In a child of `fork` that
-/// goes on without another program it counts nothing, finds no entry, writes nothing and
-/// waits for nobody: the outputs show what the parent did, once. The child may have a
-/// tracker of its own after utl_finalize and utl_initialize, or if the parent had none;
-/// the outputs of that replace the parent's, unless the command line or `SetSuffix` gives
+/// does not start another program it counts nothing, finds no entry, writes nothing and
+/// never waits: the outputs show what the parent did, once. The child may have a tracker
+/// of its own after utl_finalize and utl_initialize, or if the parent had none; the
+/// outputs of that replace the parent's, unless the command line or `SetSuffix` gives
 /// them other names.
 ///
 /// The order of the virtual functions is part of the interface.
@@ -84,10 +84,10 @@ class KSTUTL_EXPORT utl_IOTracker {
  public:
   virtual ~utl_IOTracker();
 
-  /// Writes a line of totals that begins with `label`, whatever characters that has; null
-  /// is the empty label. From level 2 on a line of increments with the same label and
-  /// time goes to their output, and all increments are set to zero. Does nothing in timed
-  /// mode, whose lines have no place for a label.
+  /// Writes a line of totals that begins with `label`, which may hold any characters;
+  /// null is the empty label. From level 2 on a line of increments with the same label
+  /// and time goes to their output, and all increments are set to zero. Does nothing in
+  /// timed mode, whose lines have no place for a label.
   virtual void Mark(const char* label) = 0;
   /// Writes the same lines without a label, in either mode. The task of timed mode calls
   /// it.
@@ -95,22 +95,22 @@ class KSTUTL_EXPORT utl_IOTracker {
 
   // Table C.
 
-  /// Reports that the file `path` was opened, and that `key` means it from now on. A file
-  /// may have several keys; a key that meant another file no longer does. A path that was
-  /// seen before leads to its entry, with its counts and its kind. Otherwise there is a
+  /// Reports that the file `path` was opened, and that `key` stands for it from now on. A
+  /// file may have several keys; a key that stood for another file no longer does. A path
+  /// that was seen before keeps its entry, with its counts and its kind. Any other gets a
   /// new entry, of kind 0 if the path lies below the scratch directory and of kind 1 if
-  /// not. For that a relative path is taken from the current directory, `/` and `\` are
-  /// the same, and so are large and small letters of ASCII.
+  /// not. To find out, a relative path is taken from the current directory, `/` and `\`
+  /// are the same, and letter case of ASCII letters is ignored.
   virtual void COpen(std::int64_t key, const char* path) = 0;
-  /// Reports that the file was closed: the key means nothing any more. The entry stays
-  /// with what was counted. An unknown key is ignored.
+  /// Reports that the file was closed: the key no longer stands for it. The entry and its
+  /// counts stay. An unknown key is ignored.
   virtual void CClose(std::int64_t key) = 0;
   /// Reports that the file has a new path. It keeps its counts and its kind. If another
-  /// entry had that path, its file was replaced: it keeps counts and keys, but the path
-  /// leads to it no longer. An unknown key is ignored.
+  /// entry had that path, its file was replaced: it keeps counts and keys, but is no
+  /// longer found by the path. An unknown key is ignored.
   virtual void CRename(std::int64_t key, const char* path) = 0;
-  /// Counts one write operation of `bytes` that took `seconds`. An unknown key gets an
-  /// entry with the path " " and of kind 2.
+  /// Counts one write operation of `bytes` bytes that took `seconds`. An unknown key gets
+  /// an entry with the path " " and of kind 2.
   virtual void CWrite(std::int64_t key, std::int64_t bytes, double seconds) = 0;
   /// Counts one read operation in the same way.
   virtual void CRead(std::int64_t key, std::int64_t bytes, double seconds) = 0;
@@ -123,15 +123,16 @@ class KSTUTL_EXPORT utl_IOTracker {
   virtual void CSetKind(std::int64_t key, int kind) = 0;
   /// The file's kind, 0 to 2; 2 for an unknown key.
   virtual int CKind(std::int64_t key) = 0;
-  /// Copies everything that was counted for the file to `record`, and returns true. For
-  /// an unknown key false, and `record` has zeros and the kind 2.
+  /// Copies everything that was counted for the file to `record`, and returns true. An
+  /// unknown key gives false, and zeros and the kind 2 in `record`.
   virtual bool CTotals(std::int64_t key, utl_IOTrackerRecord& record) = 0;
   /// The same with what was counted since a line of increments was last written.
   virtual bool CIncrements(std::int64_t key, utl_IOTrackerRecord& record) = 0;
-  /// The number of the table's entries. There are never fewer than before.
+  /// The number of the table's entries, which never decreases.
   virtual int CCount() = 0;
   /// The path of an entry; `index` counts from 0 in the order in which entries were made.
-  /// "" for an index out of range. The text belongs to the tracker and lives as long.
+  /// "" for an index out of range. The text belongs to the tracker and lives as long as
+  /// it.
   virtual const char* CPath(int index) = 0;
 
   // Table U, word for word the same.
@@ -160,14 +161,14 @@ class KSTUTL_EXPORT utl_IOTracker {
   virtual void SumTotals(int kind, utl_IOTrackerRecord& record) = 0;
   /// Sums the increments in the same way.
   virtual void SumIncrements(int kind, utl_IOTrackerRecord& record) = 0;
-  /// Has the names of outputs that are opened from now on end with "_" and the first 2048
-  /// characters of `text`; null or "" ends that.
+  /// Makes the names of outputs that are opened from now on end with "_" and the first
+  /// 2048 characters of `text`; null or "" ends that.
   virtual void SetSuffix(const char* text) = 0;
   /// Writes a line of increments at any level, and sets all increments to zero. The line
   /// has no label if `label` is null, and none in timed mode.
   virtual void WriteIncrements(const char* label) = 0;
-  /// Has all lines reach their files that were written so far. Otherwise they are held
-  /// back for a while, and lines that are still held back are lost if the process dies.
+  /// Flushes all lines written so far to their files. Otherwise lines are buffered for a
+  /// while, and are lost if the process dies before they reach the file.
   virtual void FlushOutputs() = 0;
 };
 
@@ -183,11 +184,11 @@ class KSTUTL_EXPORT utl_IOTracker_Container {
   /// other threads run it, if it has some.
   utl_IOTracker_Container();
   /// Ends the tracker, which writes its summary. In timed mode it waits for the task,
-  /// about a tenth of a second: the task finishes the time point that it is at, or writes
-  /// one more if it sleeps, and tells so by "Completed TimedOutTask" and a line end on
-  /// the standard error stream. A process that ends without this has no summary, and of
-  /// the other outputs what has reached the files.
-  /// REQUIRES: no other thread uses the tracker any more.
+  /// about a tenth of a second: the task finishes the current time point, or writes one
+  /// more if it sleeps, and then writes "Completed TimedOutTask" and a line end to the
+  /// standard error stream. A process that ends without this has no summary, and only
+  /// those lines of the other outputs that have reached the files. REQUIRES: no other
+  /// thread uses the tracker any more.
   ~utl_IOTracker_Container();
   utl_IOTracker_Container(const utl_IOTracker_Container&) = delete;
   utl_IOTracker_Container& operator=(const utl_IOTracker_Container&) = delete;
@@ -203,8 +204,8 @@ class KSTUTL_EXPORT utl_IOTracker_Container {
 
 extern template class KSTUTL_EXPORT thr_GlobalSingleton<utl_IOTracker_Container>;
 
-/// Writes a line at a code mark, as utl_IOTracker::Mark does. Does nothing while there is
-/// no holder, which it never makes, and where the holder has no tracker.
+/// Writes a line at a code mark, as utl_IOTracker::Mark does. Does nothing if there is no
+/// holder, which it never makes, or the holder has no tracker.
 ///
 ///     utl_IOTracker_Mark("stiffness assembled");
 ///

@@ -16,8 +16,8 @@ class KSTUTL_EXPORT utl_PathFinder {
   ///     getSubDirPath("PATHS", "bin", "kst", true, true, false)    // Z:\b/bin/kst.exe
   ///
   /// - The parts are joined by "/", whatever the directory ends in: "dir/" gives
-  ///   "dir//name". Before a `name` that begins with "/" the directory gets none, not
-  ///   even when a `subDirectory` comes in between: "dir" and "bin" give "dirbin//name".
+  ///   "dir//name". None is put after the directory when `name` begins with "/", not even
+  ///   when a `subDirectory` comes in between: "dir" and "bin" give "dirbin//name".
   /// - `tryExe`: where the name does not exist, the name with ".exe" is tried; found,
   ///   it is returned with ".exe", or without when `withoutExe`.
   /// - `mustBeReadable`: a candidate that exists and cannot be read ends the whole

@@ -10,20 +10,20 @@
 #include "omi/omi_Singleton.h"
 
 /// Writes a log of what the process uses: at every named mark a line with wall time,
-/// processor time and the process's memory counters, and at the end what up to 21 named
-/// timers added up to. docs/resource-log.md describes the file.
+/// processor time and the process's memory counters, and at the end the sums of up to 21
+/// named timers. docs/resource-log.md describes the file.
 ///
 /// The monitor is off unless the environment variable KES_RESOURCE_MONITOR is set when
-/// `Initialize` is called. Off, every operation costs the test of a flag, so the calls
-/// can stay in production code. Its value, in exactly these letters, chooses what is
-/// written:
+/// `Initialize` is called. While it is off, every operation costs the test of a flag, so
+/// the calls can stay in production code. The variable's value, in exactly these letters,
+/// chooses what is written:
 ///
 ///     FULL         labels are written whole, and not in 40 columns
 ///     METHOD       `MarkMethod` writes, too
 ///     FULLMETHOD   both
 ///     MALLINFO     `IsMallinfo` is true; the log is the same
 ///
-/// Any other value, also the empty one, turns the monitor on without these.
+/// Any other value, even the empty one, turns the monitor on without these.
 ///
 ///     auto& monitor = omi_Singleton<utl_ResourceMonitor>::Instance();
 ///     monitor.Initialize("beam");            // begins beam.use
@@ -36,15 +36,15 @@
 /// There is one object in a process. utl_finalize leaves it alone, so that the library's
 /// end can still be marked: the executable ends it by `Finalize` as its last step.
 ///
-/// Failures: none but std::bad_alloc is thrown. When the log cannot be opened the monitor
-/// stays off. What cannot be written is lost, and a number that the system does not tell
-/// is 0.
+/// Failures: nothing but std::bad_alloc is thrown. When the log cannot be opened the
+/// monitor stays off. What cannot be written is lost, and a number that the system does
+/// not report is 0.
 ///
-/// Threads: none. It is meant for the main thread and takes no lock.
+/// Threads: for the main thread only; nothing is locked.
 ///
 /// On Linux the log belongs to the process that called `Initialize`. A child of `fork`
-/// that goes on without another program writes nothing into it, not even by `Finalize`;
-/// by `Initialize` it begins a log of its own, which replaces the parent's if the job has
+/// that does not start another program writes nothing into it, not even by `Finalize`; by
+/// `Initialize` it begins a log of its own, which replaces the parent's if the job has
 /// the same name.
 class KSTUTL_EXPORT utl_ResourceMonitor {
  public:
@@ -61,17 +61,17 @@ class KSTUTL_EXPORT utl_ResourceMonitor {
   /// PROCESSOR_IDENTIFIER, "?" for each that is not set.
   ///
   /// It then starts and stops timer 20 a thousand times under the name "Self", so that
-  /// the summary shows what timing itself costs. That timer is not for others.
+  /// the summary shows what timing itself costs. That timer is reserved.
   ///
   /// If a log is open already it is ended first, as by the destructor, and the
   /// environment is read anew.
   void Initialize(const char* jobName);
   void Initialize(const cow_String& jobName) { Initialize(jobName.c_str()); }
 
-  /// Whether marks and timers do something; false before `Initialize`.
+  /// Whether marks and timers have an effect; false before `Initialize`.
   bool IsEnabled() const { return enabled_; }
 
-  /// Writes one line with `label` and has it reach the file, so that the log is complete
+  /// Writes one line with `label` and flushes it to the file, so that the log is complete
   /// up to here even if the process dies. Lines are numbered from 1 on; JOB-Start has the
   /// first number. The label ends at its first zero byte; null is the empty label. Unless
   /// labels are written whole, it is shown in 40 columns, right-aligned: of more than 40
@@ -133,8 +133,8 @@ class KSTUTL_EXPORT utl_ResourceMonitor {
   bool IsMallinfo() const { return mallinfo_; }
 
   /// The base name of the process's executable while the monitor is on, of at most 519
-  /// characters; "" otherwise, or if the system does not tell it. The text belongs to the
-  /// monitor.
+  /// characters; "" otherwise, or if the system does not report it. The text belongs to
+  /// the monitor.
   const wchar_t* ModuleName() const { return moduleName_; }
 
   // The rest is implementation.
@@ -188,7 +188,7 @@ class KSTUTL_EXPORT utl_ResourceMonitor {
   std::int32_t nextMark_ = 0;
   cow_String jobName_;
   std::unique_ptr<std::FILE, CloseStream> log_;
-  void* process_ = nullptr;  // a handle of the own process
+  void* process_ = nullptr;  // a handle of this process
   std::uint32_t processId_ = 0;
   wchar_t moduleName_[kModuleNameSize] = {};
 };

@@ -10,8 +10,8 @@
 /// is made, and kept in plain members. That a name does not exist is an answer, not an
 /// error: `record` is then null and all other members but `error` are zero.
 ///
-/// A FIFO or a device is not opened for it, so that nothing waits: on Linux it has a
-/// status, of size 0; under Wine it has none, which throws.
+/// A FIFO or a device is not opened, so that nothing waits: on Linux it has a status, of
+/// size 0; under Wine it has none, which throws.
 ///
 /// Threads: a plain value.
 ///
@@ -64,8 +64,7 @@ class KSTUTL_EXPORT utl_Stat {
   void ReadFrom(void* handle);
 };
 
-/// Status errors for callers of their own; utl_Stat itself throws
-/// nex_SystemErrorException.
+/// Status errors for callers' own use; utl_Stat itself throws nex_SystemErrorException.
 class KSTUTL_EXPORT utl_StatException : public nex_TextException {
  public:
   explicit utl_StatException(const atr_String& message);

@@ -10,17 +10,17 @@
 
 class utl_NumberText;
 
-/// The integers longer than an int, of which the targets have different ones.
+/// The integers longer than an int, which differ between the targets.
 template <class Value>
 concept utl_LongInteger = std::same_as<Value, long> || std::same_as<Value, long long> ||
     std::same_as<Value, unsigned long> || std::same_as<Value, unsigned long long>;
 
-/// Text and numbers on an output stream, numbers in the product's style, long lines
-/// broken where the caller allows it.
+/// Writes text and numbers to an output stream, numbers in the product's style, and
+/// breaks long lines where the caller allows it.
 ///
 /// Real numbers are written by the rules of printf's %g, and always so that they can be
-/// told from whole numbers: 3.0 is "3.". Exponents have two digits, and three where two
-/// do not hold them. All is written in the "C" locale, whatever the process's locale is.
+/// told from whole numbers: 3.0 is "3.". Exponents have two digits, or three where two
+/// are not enough. The "C" locale is used, whatever the process's locale is.
 ///
 /// Threads: one object, and the stream under it, is used by one thread at a time.
 ///
@@ -35,7 +35,7 @@ concept utl_LongInteger = std::same_as<Value, long> || std::same_as<Value, long 
 /// is held, and the line may now be broken there instead.
 ///
 /// Columns are counted in bytes; newlines inside a text count like other characters.
-/// Errors are those of the stream below.
+/// Errors are those of the underlying stream.
 class KSTUTL_EXPORT utl_Stream {
  public:
   /// `out` is not owned. Lines are broken when they would be longer than `lineWidth`;
@@ -53,8 +53,8 @@ class KSTUTL_EXPORT utl_Stream {
   ///
   /// A width of 0 is no field. A precision of 0 means 6 digits without a field and, which
   /// is kept for the sake of existing output, one digit within a field. A negative
-  /// precision means 6. The field may come out one character longer than asked for by
-  /// what FixNumericString does.
+  /// precision means 6. The field may come out one character longer than asked for
+  /// because of FixNumericString.
   ///
   ///     out.Print(3.0, 0, 0);      // "3."
   ///     out.Print(3.0, 5, 0);      // "   3."

@@ -22,24 +22,24 @@
 /// current directory and the system's own for temporary files are never used. One that
 /// does not exist, or is a file, is passed over.
 ///
-/// The name is made once, by the first operation, and is then the object's to its end:
+/// The name is made once, by the first operation, and is then the object's until its end:
 /// DIRECTORY\KstTempFileLNNNNN.SUFFIX, where L is a letter from a to z that makes the
 /// name (without the suffix) a new one, and NNNNN are the last five digits of the
 /// process's number, with zeros before a shorter one. So a process has at most 26 files
 /// without suffix in a directory at a time, and shares them with the processes whose
 /// numbers end in the same five digits: 1234567 and 34567 both make KstTempFilea34567.
-/// With a suffix a file does not stand in the way of the next name: two objects with one
+/// Files with a suffix are not looked for when a name is made: two objects with one
 /// suffix may have the same name, and the second `Create` fails.
 ///
 /// An object belongs to the process that made its name. In a child of `fork` the file
-/// stays, whatever becomes of the child's copy of the object.
+/// stays, whatever happens to the child's copy of the object.
 ///
 /// While the name is not made, every operation but `Close` makes it and may throw
 ///   utl_TempFileCantExc         there is no directory, or no letter is left;
 ///   nex_SystemErrorException    a candidate's status cannot be read for another reason
 ///                               than that it does not exist (code 2): it is the empty
 ///                               text, or its parent does not exist;
-///   nex_TextException           the directory's free space cannot be had, as that of a
+///   nex_TextException           the directory's free space is unknown, as that of a
 ///                               relative path (see utl_DiskAttributes).
 /// The object then has no name, and the next operation tries again.
 ///
@@ -55,19 +55,18 @@ class KSTUTL_EXPORT utl_TempFile {
   explicit utl_TempFile(const cow_String& suffix);
   utl_TempFile(const utl_TempFile&) = delete;
   utl_TempFile& operator=(const utl_TempFile&) = delete;
-  /// Closes and removes the file, whoever made it; whatever fails in it is ignored. An
-  /// object without a name touches nothing; one whose name a parent process made only
-  /// closes.
+  /// Closes and removes the file, whoever made it; failures are ignored. An object
+  /// without a name touches nothing; one whose name a parent process made only closes.
   ~utl_TempFile();
 
   /// Makes the file and holds it open for reading and writing. Throws
-  /// utl_TempFileOpenExc, if it exists in particular; what the object held open before
-  /// stays open then, and is closed otherwise.
+  /// utl_TempFileOpenExc, for instance if it exists; what the object held open before
+  /// then stays open, and is closed otherwise.
   void Create();
-  /// The same with the file that exists. Throws utl_TempFileOpenExc if it does not.
+  /// The same with the existing file. Throws utl_TempFileOpenExc if it does not.
   void Open();
-  /// Opens the file if it exists; whether it does. Throws utl_TempFileOpenExc if it
-  /// exists and cannot be opened.
+  /// Opens the file if it exists, and returns whether it does. Throws utl_TempFileOpenExc
+  /// if it exists and cannot be opened.
   bool OpenIfPresent();
   /// Closes the file if it is open. The name and the file stay, but a closed file is
   /// nobody's: another object that has the same name may open it, or remove it.
@@ -85,12 +84,12 @@ class KSTUTL_EXPORT utl_TempFile {
   void Keep(int descriptor);
   [[noreturn]] void ThrowCannotOpen(int error) const;
 
-  // Made by the first operation, be it a const one.
+  // Made by the first operation, even a const one.
   mutable bool named_ = false;
   mutable std::uint64_t availableSpace_ = 0;
   mutable cow_String name_;  // the suffix until the name is made
   int descriptor_ = -1;
-  mutable std::uint32_t process_ = 0;  // that made the name
+  mutable std::uint32_t process_ = 0;  // the one that made the name
 };
 
 /// All failures of temporary files.
@@ -107,8 +106,8 @@ class KSTUTL_EXPORT utl_TempFileOpenExc : public utl_TempFileException {
   [[noreturn]] void Propagate() const override;
 };
 
-/// For callers of their own, as utl_TempFileNoDirExc is: utl_TempFile reports that it has
-/// no directory by utl_TempFileCantExc.
+/// For callers' own use, like utl_TempFileNoDirExc: utl_TempFile reports that it has no
+/// directory by utl_TempFileCantExc.
 class KSTUTL_EXPORT utl_TempFileDirExc : public utl_TempFileException {
  public:
   explicit utl_TempFileDirExc(const cow_String& directory);

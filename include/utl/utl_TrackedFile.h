@@ -30,8 +30,7 @@ class KSTUTL_EXPORT utl_TrackedFile {
   utl_TrackedFile(const utl_TrackedFile&) = delete;
   utl_TrackedFile& operator=(const utl_TrackedFile&) = delete;
 
-  // As the operations of utl_File. Those that put one file in another's place are not
-  // here.
+  // As the operations of utl_File. Those that replace one file by another are missing.
 
   void Open(const cow_String& path, utl_FileAccess access, utl_FileSharing sharing);
   void Init();

@@ -32,7 +32,7 @@ class KSTUTL_EXPORT utl_TrackedOperation {
   utl_TrackedOperation(const utl_TrackedOperation&) = delete;
   utl_TrackedOperation& operator=(const utl_TrackedOperation&) = delete;
 
-  /// How many bytes were moved; 0 unless it is said.
+  /// How many bytes were transferred; 0 unless this is called.
   void SetBytes(std::uint64_t bytes) { bytes_ = bytes; }
 
   // The rest is implementation.

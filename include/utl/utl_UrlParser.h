@@ -3,16 +3,18 @@
 #include "cow/cow_String.h"
 #include "KSTutl_export.h"
 
-/// Tells URLs that the product serves from other names, and takes URLs apart:
+/// Distinguishes URLs that the product serves from other names, and splits URLs into
+/// parts:
 ///
 ///     SCHEME://[USER@]HOST[:PORT][/PATH[?QUERY]]
 ///
 /// The parts follow fixed patterns rather than RFC 3986. A scheme consists of letters,
-/// "+", "." and "-", a host of letters, digits, "." and "-". The user is everything up
-/// to the first "@", "/" included, and is never returned; each part is looked for after
-/// a user first, and without one if it is not found there. A port counts only when a "/"
-/// follows it. The path lacks its first "/", ends before the first "?" and is not empty.
-/// Parts are returned as they are written; no letter case is changed, nothing is decoded.
+/// "+", "." and "-", a host of letters, digits, "." and "-". The user is everything up to
+/// the first "@", "/" included, and is never returned; each part is looked for after a
+/// user first, and, if it is not found there, in a text without user. A port counts only
+/// when a "/" follows it. The path lacks its first "/", ends before the first "?" and is
+/// not empty. Parts are returned as they are written; letter case is kept and nothing is
+/// decoded.
 ///
 ///     utl_UrlParser::IsUrl("kstrdb://me@node-7:4000/db/f?x=1");     // true
 ///     utl_UrlParser::GetHost("kstrdb://me@node-7:4000/db/f?x=1");   // "node-7"
@@ -39,8 +41,7 @@ class KSTUTL_EXPORT utl_UrlParser {
   /// other characters than letters, "+", "." and "-" gives false (a line feed at its end
   /// is passed over); one that is no valid pattern, like "+", throws the
   /// nex_TextException of rgx_match. A scheme with a zero byte is a pattern that ends
-  /// there, without the
-  /// ":".
+  /// there, without the ":".
   static bool IsScheme(const cow_String& s, const cow_String& scheme);
 
   static bool HasHost(const cow_String& s);

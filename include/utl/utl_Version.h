@@ -91,7 +91,7 @@ class KSTUTL_EXPORT utl_Version {
   /// "KESTRA Version 6.6-7", or "KESTRA Learner Edition 6.6-7". In development mode (the
   /// environment variable KESTRA_DEVL_MODE was "TRUE" when this object was created) and
   /// with `withDevelopmentInfo`, ", " and what is known of the work directory (the
-  /// variable WORK) and the snapshot (KESTRA_SEQ) follow.
+  /// variable WORK) and the snapshot (KESTRA_SEQ) are added.
   cow_String Title(bool withDevelopmentInfo) const;
 
   // The rest is implementation.

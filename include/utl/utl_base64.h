@@ -5,13 +5,13 @@
 #include "nex/nex_TextException.h"
 
 /// Bytes as printable text and back: Base64 as RFC 4648 describes it, with "=" padding
-/// and one difference in the alphabet: the value 63 is written as "!", and a slash is no
-/// character of it. So this text is for these functions, and that of others is not:
+/// and one difference in the alphabet: the value 63 is written as "!", and a slash is not
+/// in it. So these functions read only each other's texts:
 ///
 ///     ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+!
 ///
 /// Errors are utl_Base64CodecError, also where there is no memory for the result's bytes;
-/// any other want of memory is std::bad_alloc.
+/// any other lack of memory is std::bad_alloc.
 ///
 /// Threads: any thread may call at any time, each with strings of its own.
 
@@ -28,8 +28,8 @@
 /// the text, or when it would be longer than the 2,147,483,647 bytes of a string.
 KSTUTL_EXPORT cow_String utl_base64Encode(cow_String& data, bool lineBreaks);
 
-/// The bytes that `text` stands for. Newlines at both ends of `text` are first removed
-/// from the caller's own string, which stays so even when decoding fails.
+/// The bytes that `text` encodes. Newlines at both ends of `text` are first removed from
+/// the caller's own string, and stay removed even when decoding fails.
 ///
 /// Decoding ends at the padding, whatever follows it, or at a zero byte or the end of
 /// the text; these two only at a multiple of 4 characters.
@@ -51,7 +51,7 @@ KSTUTL_EXPORT cow_String utl_base64Encode(cow_String& data, bool lineBreaks);
 ///   "malloc failure"           no memory; `text` is untouched.
 KSTUTL_EXPORT cow_String utl_base64Decode(cow_String& text, bool strict);
 
-/// Why a text could not be made or read; the message is one of those above.
+/// A text could not be made or read; the message is one of those above.
 class KSTUTL_EXPORT utl_Base64CodecError : public nex_TextException {
  public:
   explicit utl_Base64CodecError(const atr_String& message);

@@ -19,19 +19,19 @@
  *     }
  *
  * Every function but kst_lastError answers with a status. Unless it is kst_Ok, what the
- * function was to set is as it was, but where something else is said, and kst_lastError
- * tells in words what was wrong. No C++ exception comes out of any function.
+ * function was to set is unchanged, except where stated, and kst_lastError says in words
+ * what was wrong. No C++ exception comes out of any function.
  *
  * Texts end with a zero byte and are bytes in the system's encoding. A null pointer in
  * place of a text, of a handle or of a variable to be set gives kst_BadArgument.
  *
- * A text is handed out into the caller's `buffer` of `size` bytes, and its length without
- * the zero byte goes to `length`, which may be null. If it does not fit, with its zero
- * byte, the status is kst_WrongSize, the buffer is as it was, and `length` is set all the
- * same. A null buffer of size 0 asks for the length alone.
+ * A text is copied to the caller's `buffer` of `size` bytes, and its length without the
+ * zero byte goes to `length`, which may be null. If the text and its zero byte do not
+ * fit, the status is kst_WrongSize, the buffer is unchanged, and `length` is still set. A
+ * null buffer of size 0 asks for the length alone.
  *
  * Handles (kst_Sections*, kst_File*) belong to the caller, who closes each one once. One
- * that was closed, or is none, gives kst_BadHandle; it never does harm.
+ * that was closed, or is none, gives kst_BadHandle and never does harm.
  *
  * Threads: one handle by one thread at a time, start, end and marks by the main thread,
  * all else by any. The sources of C++ programs, and the classes behind these functions,
@@ -48,7 +48,7 @@
 extern "C" {
 #endif
 
-/* What became of a call. The numbers stay as they are. */
+/* The result of a call. The numbers will not change. */
 typedef enum kst_Status {
   kst_Ok = 0,
   kst_BadArgument = 1, /* null, out of range, or of no meaning */
@@ -65,12 +65,12 @@ typedef enum kst_Status {
   kst_Failed = 12    /* anything else */
 } kst_Status;
 
-/* One line or more that tell why the last failed call of this thread failed, with its
+/* One or more lines that say why the last failed call of this thread failed, with its
  * name:
  *
  *     kst_getSection: there is no section "loads"
  *
- * "" when none has failed. At most 1023 bytes, longer texts are cut. The text is the
+ * "" when none has failed. At most 1023 bytes; longer texts are cut. The text is the
  * thread's own and stays until its next failed call. Never null. */
 KSTUTL_EXPORT const char* kst_lastError(void);
 
@@ -82,7 +82,7 @@ KSTUTL_EXPORT const char* kst_lastError(void);
  * its own: only the first one does something, and its command line counts.
  *
  * kst_BadArgument when argc is negative, or argv or one of the arguments is null; nothing
- * is started then. */
+ * is then started. */
 KSTUTL_EXPORT kst_Status kst_start(int argc, char** argv);
 
 /* Ends what the first kst_start began, at the call that matches it: closes the handles
@@ -114,8 +114,8 @@ KSTUTL_EXPORT kst_Status kst_nativePath(const char* path, char* buffer, size_t s
 
 /* The command line: prog -job beam -interactive -cpus 4
  *
- * An argument that begins with "-" names an option, and the argument behind it is the
- * option's value unless that begins with "-" too. Names are given without their "-",
+ * An argument that begins with "-" names an option, and the argument after it is the
+ * option's value unless that begins with "-" too. Names are given without their "-";
  * letter case counts. */
 
 /* Sets `isThere` to 1 when the option was given, with or without a value, and else to 0.
@@ -127,12 +127,12 @@ KSTUTL_EXPORT kst_Status kst_option(const char* name, char* buffer, size_t size,
                                     size_t* length);
 
 /* The option's value as a number; 0 when it was given without one. kst_NotFound when it
- * was not, so that what `value` was before is the default:
+ * was not, so that the earlier content of `value` is the default:
  *
  *     int64_t cpus = 1;
  *     kst_optionNumber("cpus", &cpus);
  *
- * kst_BadValue when it has anything but digits in it, or does not fit. */
+ * kst_BadValue when it has anything but digits, or does not fit. */
 KSTUTL_EXPORT kst_Status kst_optionNumber(const char* name, int64_t* value);
 
 /* The number of all arguments, the program's name included. */
@@ -143,8 +143,8 @@ KSTUTL_EXPORT kst_Status kst_argumentCount(size_t* count);
 KSTUTL_EXPORT kst_Status kst_argument(size_t index, char* buffer, size_t size,
                                       size_t* length);
 
-/* How a file is opened. Arguments of such a kind are numbers to the compiler, so that a
- * wrong one is met with kst_BadArgument. */
+/* How a file is opened. Such arguments are plain numbers to the compiler; a wrong one
+ * gives kst_BadArgument. */
 typedef enum kst_Access {
   kst_Read = 0,   /* an existing file, for reading */
   kst_Update = 1, /* an existing file, for reading and writing */
@@ -166,18 +166,18 @@ typedef struct kst_Sections kst_Sections;
 KSTUTL_EXPORT kst_Status kst_openSections(const char* path, int access,
                                           kst_Sections** sections);
 
-/* Unlocks and closes. Does not save: what was set since the last time is lost. The handle
- * is gone, whatever the status. */
+/* Unlocks and closes. Does not save: what was set since the last save is lost. The handle
+ * is invalid afterwards, whatever the status. */
 KSTUTL_EXPORT kst_Status kst_closeSections(kst_Sections* sections);
 
-/* Puts everything that was set into the file, at one stroke: whatever happens, the path
- * leads to the whole old file or to the whole new one, which is another file under its
- * name (utl_MultisectionFile::saveChangesAtomically). Until this the file has nothing of
- * it. */
+/* Puts everything that was set into the file, atomically: whatever happens, the path
+ * names the whole old file or the whole new one, which is another file of the same name
+ * (utl_MultisectionFile::saveChangesAtomically). Until then nothing of it is in the file.
+ */
 KSTUTL_EXPORT kst_Status kst_saveSections(kst_Sections* sections);
 
 /* The same by writing over the file, which stays the same file for those who have it
- * open, and is lost when that fails (utl_MultisectionFile::saveChanges). */
+ * open, but can be lost when that fails (utl_MultisectionFile::saveChanges). */
 KSTUTL_EXPORT kst_Status kst_saveSectionsInPlace(kst_Sections* sections);
 
 /* Sets `isThere` to 1 when there is a section of this name, saved or only set, else to 0.
@@ -192,13 +192,13 @@ KSTUTL_EXPORT kst_Status kst_sectionSize(kst_Sections* sections, const char* nam
 
 /* Copies the section to `data`, and compares its checksum. `size` is the section's length
  * exactly, else kst_WrongSize. kst_NotFound; kst_Damaged when the checksum is wrong or
- * the file ends before the section does: `data` may have any bytes then. */
+ * the file ends before the section does: `data` may then hold any bytes. */
 KSTUTL_EXPORT kst_Status kst_getSection(kst_Sections* sections, const char* name,
                                         void* data, size_t size);
 
-/* Has the section consist of a copy of these bytes, up to 2,147,483,647 of them: in its
- * old place, or after all others when the name is new. `data` may be null when `size` is
- * 0. They are in the file after kst_saveSections. */
+/* Makes the section a copy of these bytes, up to 2,147,483,647 of them: in its old place,
+ * or after all others when the name is new. `data` may be null when `size` is 0. They are
+ * in the file after kst_saveSections. */
 KSTUTL_EXPORT kst_Status kst_setSection(kst_Sections* sections, const char* name,
                                         const void* data, size_t size);
 
@@ -228,15 +228,15 @@ typedef enum kst_Sharing {
 } kst_Sharing;
 
 /* Opens a file. kst_NotFound when it does not exist, kst_Locked when others that have it
- * open do not share it so, kst_SystemError for all else, a missing directory included. */
+ * open do not permit that, kst_SystemError for all else, a missing directory included. */
 KSTUTL_EXPORT kst_Status kst_openFile(const char* path, int access, int sharing,
                                       kst_File** file);
 
-/* Closes the file. The handle is gone, whatever the status. */
+/* Closes the file. The handle is invalid afterwards, whatever the status. */
 KSTUTL_EXPORT kst_Status kst_closeFile(kst_File* file);
 
 /* Reads `size` bytes, or all up to the end of the file if that comes before, and sets
- * `count` to their number. After a failure `buffer` may have any bytes. */
+ * `count` to their number. After a failure `buffer` may hold any bytes. */
 KSTUTL_EXPORT kst_Status kst_readFile(kst_File* file, void* buffer, size_t size,
                                       size_t* count);
 
@@ -245,20 +245,20 @@ KSTUTL_EXPORT kst_Status kst_readFile(kst_File* file, void* buffer, size_t size,
  * process by a signal, unless the program ignores SIGPIPE and SIGXFSZ. */
 KSTUTL_EXPORT kst_Status kst_writeFile(kst_File* file, const void* data, size_t size);
 
-/* Goes to `offset` bytes from the start; behind the end is allowed. */
+/* Moves to `offset` bytes from the start; an offset past the end is allowed. */
 KSTUTL_EXPORT kst_Status kst_seekFile(kst_File* file, int64_t offset);
 
-/* Where the next byte is read or written. */
+/* The position at which the next byte is read or written. */
 KSTUTL_EXPORT kst_Status kst_filePosition(kst_File* file, int64_t* offset);
 
 /* The file's size in bytes. */
 KSTUTL_EXPORT kst_Status kst_fileSize(kst_File* file, int64_t* size);
 
-/* Makes the file `size` bytes long, 4 at least; what is added takes its place on the disk
- * at once. The position stays. */
+/* Makes the file `size` bytes long, 4 at least; disk space for what is added is allocated
+ * at once. The position does not change. */
 KSTUTL_EXPORT kst_Status kst_resizeFile(kst_File* file, int64_t size);
 
-/* Has the system put everything written on the disk. */
+/* Makes the system write everything to the disk. */
 KSTUTL_EXPORT kst_Status kst_flushFile(kst_File* file);
 
 /* Marks: what the program's phases use, in the logs that the environment asks for */
@@ -280,18 +280,19 @@ KSTUTL_EXPORT kst_Status kst_endPhase(int timer);
 /* The I/O tracker: counts what the program reports about its files, if the environment
  * has KES_IO_TRACK. Otherwise reports do nothing, with kst_Ok. */
 
-/* What a file is known by: the number of a descriptor or the address of a stream, or the
+/* What identifies a file: the number of a descriptor or the address of a stream, or the
  * number of a Fortran unit. */
 typedef enum kst_Table { kst_Descriptors = 0, kst_Units = 1 } kst_Table;
 
 /* Sets `isTracking` to 1 when there is a tracker, else to 0. */
 KSTUTL_EXPORT kst_Status kst_isTracking(int* isTracking);
 
-/* Reports that `key` means the file `path` from now on, and that it does no more. */
+/* Report that `key` stands for the file `path` from now on, and that it no longer does.
+ */
 KSTUTL_EXPORT kst_Status kst_trackOpen(int table, int64_t key, const char* path);
 KSTUTL_EXPORT kst_Status kst_trackClose(int table, int64_t key);
 
-/* Reports one operation of so many bytes that took so many seconds. */
+/* Report one operation of so many bytes that took so many seconds. */
 KSTUTL_EXPORT kst_Status kst_trackRead(int table, int64_t key, int64_t bytes,
                                        double seconds);
 KSTUTL_EXPORT kst_Status kst_trackWrite(int table, int64_t key, int64_t bytes,
@@ -304,7 +305,8 @@ typedef struct kst_Totals {
   double readSeconds, writeSeconds;
 } kst_Totals;
 
-/* kst_NotFound when the key is unknown or there is no tracker. */
+/* What was counted for the file. kst_NotFound when the key is unknown or there is no
+ * tracker. */
 KSTUTL_EXPORT kst_Status kst_trackTotals(int table, int64_t key, kst_Totals* totals);
 
 #ifdef __cplusplus

@@ -14,16 +14,16 @@ KSTUTL_EXPORT cow_String utl_getDate();
 /// The local time of day, "14:03:59".
 KSTUTL_EXPORT cow_String utl_getTime();
 
-/// The host's name, or "" when the system does not tell. Starts the socket layer for
+/// The host's name, or "" when the system does not report it. Starts the socket layer for
 /// itself at every call, so it works without utl_InitializeWinsock; these starts are
 /// never paired with a clean-up.
 KSTUTL_EXPORT cow_String utl_getHostName();
 
-/// The name of the logged-on user, or "" when the system does not tell.
+/// The name of the logged-on user, or "" when the system does not report it.
 KSTUTL_EXPORT cow_String utl_getUserName();
 
-/// The current directory with its drive, `Z:\home\u`, or "" when it cannot be told, also
-/// when it has 260 characters or more.
+/// The current directory with its drive, `Z:\home\u`, or "" when it cannot be determined
+/// or has 260 characters or more.
 KSTUTL_EXPORT cow_String utl_getcwd();
 
 /// Always "win86_64": the platform that the product's tables know, on every target.
@@ -32,7 +32,7 @@ KSTUTL_EXPORT cow_String utl_getPlatform();
 /// The number of processors, at least 1.
 KSTUTL_EXPORT int utl_getNumberCpus();
 
-/// The clock rate of processor 0 in MHz, or -1 when the system does not tell.
+/// The clock rate of processor 0 in MHz, or -1 when the system does not report it.
 KSTUTL_EXPORT int utl_getCpusClockSpeed();
 
 /// The name, without directory and extension, of the driver program that started the

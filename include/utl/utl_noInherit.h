@@ -2,8 +2,8 @@
 
 #include "KSTutl_export.h"
 
-// Keep a file or socket from the processes that this one starts. What was started before
-// has it already. Both report by their result, true on success, and never throw.
+// Keep a file or socket from the processes that this one starts. Processes started before
+// have it already. Both return true on success and never throw.
 //
 // Threads: any; a process that another thread starts at the same moment may still
 // inherit.
@@ -14,6 +14,6 @@
 /// For a descriptor of the run time. False when it is not open.
 KSTUTL_EXPORT bool utl_noInheritFile(int descriptor);
 
-/// For a socket. False for -1, about which the system is not asked, and for what is no
-/// open socket or handle.
+/// For a socket. False for -1, about which the system is not asked, and for anything that
+/// is not an open socket or handle.
 KSTUTL_EXPORT bool utl_noInheritSocket(int socket);

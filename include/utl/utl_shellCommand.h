@@ -7,11 +7,11 @@
 ///
 /// Where utl_getPlatform names a platform that is not Windows, the first of remsh and rsh
 /// that is executable in /usr/bin, usr/bsd, usr/net or usr/ucb (the last three relative
-/// to the current directory) is sought. As utl_FilePath takes only ".exe" and ".bat" for
-/// executable, that search ends in the exception.
-/// Throws nex_TextException "Cannot find remote shell command".
+/// to the current directory) is taken. As only ".exe" and ".bat" count as executable for
+/// utl_FilePath, that search ends in the exception. Throws nex_TextException "Cannot find
+/// remote shell command".
 KSTUTL_EXPORT cow_String remoteShellCommand();
 
-/// The same for a secure connection: "ssh", elsewhere sought in /usr/bin.
-/// Throws nex_TextException "Cannot find secure shell command".
+/// The same for a secure connection: "ssh", elsewhere looked for in /usr/bin. Throws
+/// nex_TextException "Cannot find secure shell command".
 KSTUTL_EXPORT cow_String secureShellCommand();
