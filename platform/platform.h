@@ -3,37 +3,37 @@
 #include <filesystem>
 #include <string>
 
-// What differs between the targets and is no Windows call: platform/posix and
-// platform/windows have it once each, in platform.cpp.
+// What differs between the targets and is not a Windows call: platform/posix and
+// platform/windows each define it in platform.cpp.
 
 namespace platform {
 
-/// The file that the Windows calls mean by `name`, as the system itself writes it.
+/// The file that `name` names for the Windows calls, as the system itself writes it.
 std::filesystem::path NativePath(const char* name);
 
-/// The name by which the Windows calls mean the file `path`; false when there is none,
-/// and `name` then has the path as far as it can be shown.
+/// The name of the file `path` for the Windows calls; false when there is none, and
+/// `name` is then the path as far as it can be shown.
 bool NameOf(const std::filesystem::path& path, std::string& name);
 
 /// The value of an environment variable, whatever its name's letter case; null when it is
 /// unset. Where two variables differ in letter case alone, which Windows does not know,
-/// the one with the exact name comes first. The text stays the environment's, as with
+/// the one with the exact name comes first. The text belongs to the environment, as with
 /// std::getenv.
 char* Environment(const char* name);
 
 /// Whether a file that is open can be replaced by renaming another one.
 bool OpenFilesCanBeReplaced();
 
-// The rights of files: owner, group and permissions on POSIX. On Windows a file has those
-// that its directory hands down to new files, and these calls do nothing.
+// The rights of files: owner, group and permissions on POSIX. On Windows a file inherits
+// those of its directory, and these calls do nothing.
 
 /// For SECURITY_ATTRIBUTES, the descriptor of a file that only its owner may read and
 /// write.
 void* OwnersAlone();
 
 /// Gives an open file, which this process has made, the rights of another as far as it
-/// may: a group that it may not set loses its permissions. The owner always may read and
-/// write. Does nothing where the other is not open.
+/// may: a group that it may not set loses its permissions. The owner may always read and
+/// write. Does nothing when the other is not open.
 void GiveRights(void* file, void* like);
 
 /// Whether two open files have the same rights.
@@ -41,7 +41,7 @@ bool HaveSameRights(void* file, void* like);
 
 // The signals that end a process (POSIX).
 
-/// Has a write to a pipe without a reader, or beyond a limit of the file's size, fail
+/// Makes a write to a pipe without a reader, or beyond a limit of the file's size, fail
 /// instead of ending the process, unless the program has handlers for these signals.
 void IgnoreSignalsOfWriting();
 

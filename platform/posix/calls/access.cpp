@@ -20,7 +20,7 @@ namespace {
 
 constexpr int kMayWrite = 2;
 
-// The code of a name whose status cannot be had, 0 when it can.
+// The error code when the status of a name cannot be read, 0 when it can.
 DWORD StatusOf(const char* name, Path& resolved, struct stat& status) {
   const DWORD code = Resolve(name, resolved);
   if (code != ERROR_SUCCESS) {
@@ -38,7 +38,7 @@ bool IsReadOnly(const struct stat& status) {
 }
 
 // The run time takes neither a drive without a directory nor "dir\" for a name. It looks
-// at the name as written, but for blanks at the end.
+// at the name as written, except for blanks at its end.
 bool IsNameOfStatus(std::string_view name) {
   name = name.substr(0, name.find_last_not_of(' ') + 1);
   if (name.size() < 2) {

@@ -29,7 +29,7 @@ char* FailWith(int number) {
   return nullptr;
 }
 
-// The code of a name that is no directory, 0 when it is one.
+// The error code for a name that is not a directory, 0 for one that is.
 DWORD CheckDirectory(const Path& name) {
   struct stat status;
   if (stat(name.path.c_str(), &status) != 0) {

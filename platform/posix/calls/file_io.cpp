@@ -1,5 +1,5 @@
-// Reading, writing, positions and sizes of open files. A descriptor that does not block
-// is waited for.
+// Reading, writing, positions and sizes of open files. Calls wait even where a descriptor
+// does not block.
 //
 // Not emulated: overlapped operation (the argument is ignored), the end of a pipe
 // as an error (it reads as 0 bytes), the refusal to move the position of a pipe (code 25
@@ -21,13 +21,13 @@
 namespace posix {
 namespace {
 
-// The system takes no more at once than 2 GiB less a page.
+// The system takes at most 2 GiB less a page at once.
 constexpr size_t kLargestPiece = 0x40000000;
 
 // The descriptor of a handle, or -1 after setting the last error: the code is 5 when the
-// file was not opened for each of `rights`. Whether the descriptor is open at all is what
-// the system answers to the call that follows (FailOf); so that a value is read or
-// written by one call of the system.
+// file was not opened for each of `rights`. Whether the descriptor is open at all is left
+// to the call that follows (FailOf), so that a value is read or written by one call of
+// the system.
 int Usable(HANDLE handle, unsigned rights) {
   const int fd = DescriptorOf(handle);
   if (fd >= 0 && MayHave(fd, rights)) {
@@ -37,7 +37,7 @@ int Usable(HANDLE handle, unsigned rights) {
   return -1;
 }
 
-// The same, where no call of the system follows that would tell.
+// The same, for callers that do not go on to call the system.
 int UsableForSure(HANDLE handle, unsigned rights) {
   const int fd = DescriptorOf(handle);
   unsigned access = 0;
@@ -55,15 +55,15 @@ int UsableForSure(HANDLE handle, unsigned rights) {
 // Sets the last error for a call of the system that has failed with errno.
 BOOL FailOf(int fd) {
   const int number = errno;
-  // It says so, too, when a descriptor was not opened to read, or to write.
+  // It is also the number for a descriptor that was not opened for reading or writing.
   if (number == EBADF) {
     return Fail(IsOpen(fd) ? ERROR_ACCESS_DENIED : ERROR_INVALID_HANDLE);
   }
   return Fail(CodeFromErrno(number));
 }
 
-// Waits until a call on a descriptor that does not block is worth another try. False when
-// that is not why it has failed.
+// Waits until a call on a descriptor that does not block can be tried again. False when
+// the call has failed for another reason.
 bool AwaitReadiness(int fd, short event) {
   if (errno != EAGAIN || (fcntl(fd, F_GETFL) & O_NONBLOCK) == 0) {
     return false;
@@ -72,9 +72,9 @@ bool AwaitReadiness(int fd, short event) {
   return Retried([&] { return poll(&waiting, 1, -1); }) > 0;
 }
 
-// Moves `count` bytes by `move(done, piece)`, a read or write that waits for `event`.
-// What was moved before a failure counts, and the failure does not: the next call will
-// meet it. `stopsShort()` tells, when fewer were moved, whether that is all for now.
+// Moves `count` bytes by `move(done, piece)`, a read or write that waits for `event`. If
+// some were moved before a failure, the failure is ignored: the next call will meet it.
+// When fewer were moved, `stopsShort()` tells whether that is all for now.
 template <typename Move, typename StopsShort>
 bool MoveAll(int fd, short event, DWORD count, DWORD& done, Move move,
              StopsShort stopsShort) {
@@ -119,8 +119,8 @@ off_t Joined(LONG low, const LONG* high) {
                             static_cast<DWORD>(low));
 }
 
-// The position to which a distance leads, or a negative number with the last error
-// set. From the beginning, one that is negative is told before the handle counts.
+// The position at a distance, or a negative number with the last error set. A negative
+// distance from the beginning is refused before the handle is looked at.
 off_t Target(int fd, off_t distance, DWORD method) {
   off_t base = 0;
   if (method == FILE_CURRENT) {
@@ -138,8 +138,8 @@ off_t Target(int fd, off_t distance, DWORD method) {
   return target;
 }
 
-// Takes blocks for a part of the file behind its end, whose size grows with them: the
-// errno value, 0 on success. The file may have grown by a part even so.
+// Allocates blocks past the end of the file, which grows with them: the errno value, 0 on
+// success. After a failure the file may have grown by a part.
 int TakeBlocks(int fd, off_t from, off_t to) {
   off_t piece = to - from;
   while (from < to) {
@@ -149,21 +149,22 @@ int TakeBlocks(int fd, off_t from, off_t to) {
     } else if (errno != EINTR) {
       return errno;
     } else if (piece > 1) {
-      // What is interrupted again and again may take back what it had.
+      // An interrupted call may release what it had allocated: with smaller pieces it
+      // gets on.
       piece /= 2;
     }
   }
   return 0;
 }
 
-// Sets the size of a file: what it grows by has its blocks at once, so that a full disk
-// shows here, or the file stays as it is.
+// Sets the size of a file. Blocks are allocated for what is added, so that a full disk
+// shows here and leaves the file as it is.
 bool SetSize(int fd, off_t from, off_t to) {
   const auto truncate = [fd](off_t size) {
     return Retried([&] { return ftruncate(fd, size); }) == 0;
   };
   const int number = TakeBlocks(fd, from, to);
-  // Where there is no taking of blocks, and where there is nothing to take.
+  // The file system cannot allocate blocks, or none are needed.
   if (number == EOPNOTSUPP || number == ENOSYS || to <= from) {
     return truncate(to);
   }
@@ -174,7 +175,7 @@ bool SetSize(int fd, off_t from, off_t to) {
   return number == 0;
 }
 
-// A low half that looks like the failure mark is told from it by a last error of 0.
+// A last error of 0 distinguishes a low half that looks like the failure mark from it.
 DWORD LowHalf(off_t value) {
   const auto low = static_cast<DWORD>(value);
   if (low == INVALID_FILE_SIZE) {
@@ -286,12 +287,12 @@ BOOL FlushFileBuffers(HANDLE handle) {
     return FALSE;
   }
   const int result = Retried([&] { return fsync(fd); });
-  // Devices that have nothing to flush say EINVAL.
+  // Devices that have nothing to flush answer EINVAL.
   return result == 0 || errno == EINVAL ? TRUE : FailWithErrno();
 }
 
 BOOL SetHandleInformation(HANDLE handle, DWORD mask, DWORD flags) {
-  // -1 stands for the own process, of which nobody may change anything.
+  // -1 stands for this process, which cannot be changed.
   if (handle == GetCurrentProcess()) {
     return Fail(ERROR_ACCESS_DENIED);
   }

@@ -1,8 +1,7 @@
 // Locking ranges of files.
 //
 // Not emulated: locks are advisory (as under Wine); offsets from 2^61 cannot be locked; a
-// length of 0 reaches to the end from wherever it starts. The rest stands in
-// posix_lock.cpp.
+// length of 0 reaches to the end from wherever it starts. posix_lock.cpp lists the rest.
 
 #include <sys/stat.h>
 
@@ -31,7 +30,7 @@ Range RangeOf(const OVERLAPPED& at, DWORD lengthLow, DWORD lengthHigh) {
   return {start, length == 0 ? room : std::min(length, room)};
 }
 
-// Files alone have ranges to lock.
+// Only files have ranges to lock.
 DWORD CheckFile(int fd) {
   struct stat status;
   if (fd < 0 || fstat(fd, &status) != 0) {
@@ -65,7 +64,7 @@ BOOL LockFileEx(HANDLE handle, DWORD flags, DWORD, DWORD lengthLow, DWORD length
   if (lock.range.length == 0) {
     return Fail(ERROR_INVALID_PARAMETER);
   }
-  const int number = errno;  // of the run time, which has no part in this
+  const int number = errno;  // the run time's, which this call leaves alone
   const DWORD result = LockRange(fd, lock, (flags & LOCKFILE_FAIL_IMMEDIATELY) == 0);
   errno = number;
   return Result(result);
@@ -77,7 +76,7 @@ BOOL UnlockFileEx(HANDLE handle, DWORD, DWORD lengthLow, DWORD lengthHigh,
                   OVERLAPPED* overlapped) try {
   const int fd = DescriptorOf(handle);
   const DWORD code = CheckFile(fd);
-  // A device has no locks, so that none is found.
+  // A device has no locks, so none is found.
   if (code != ERROR_SUCCESS && code != ERROR_INVALID_FUNCTION) {
     return Fail(code);
   }

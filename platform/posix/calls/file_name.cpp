@@ -3,8 +3,8 @@
 // Not emulated: moving directories, moves to another file system or at the next start of
 // the system. A file that is deleted, or replaced by a move, while others have it open
 // loses its name at once, not at the last close, and the share modes of those others do
-// not keep a move from replacing it. A link as the new name leads to the file that is
-// replaced.
+// not keep a move from replacing it. Where the new name is a link, the file that it
+// points to is replaced.
 
 #include <fcntl.h>
 #include <stdio.h>
@@ -24,7 +24,7 @@
 namespace posix {
 namespace {
 
-// What keeps a file from losing its name.
+// The error code that keeps a file from losing its name; 0 if none does.
 DWORD CheckNameLoss(const Path& name, struct stat& status) {
   if (lstat(name.path.c_str(), &status) != 0) {
     return CodeOfFailure(name.path);
@@ -59,7 +59,8 @@ DWORD Delete(const char* name) {
   return unlink(resolved.path.c_str()) == 0 ? ERROR_SUCCESS : CodeFromErrno(errno);
 }
 
-// What keeps a name from being given to a file. A link is followed.
+// The error code that keeps a file from being given this name; 0 if none does. A link is
+// followed.
 DWORD CheckNewName(Path& name, bool mayReplace) {
   struct stat status;
   if (stat(name.path.c_str(), &status) != 0) {
@@ -84,13 +85,13 @@ int OpenDirectory(const std::string& path) {
   return Retried([&] { return open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
 }
 
-// Has the disk know of a directory's names. File systems that have nothing to flush say
+// Flushes a directory's names to the disk. File systems that have nothing to flush answer
 // EINVAL.
 bool Flush(int directory) {
   return Retried([&] { return fsync(directory); }) == 0 || errno == EINVAL;
 }
 
-// Renames a file; with `isThrough` the disk knows of it afterwards. The directory is
+// Renames a file; with `isThrough` the renaming is then on the disk. The directory is
 // opened first, so that after the renaming only the disk can fail.
 DWORD Rename(const std::string& from, const std::string& to, bool isThrough) {
   const NewDescriptor directory(isThrough ? OpenDirectory(ParentOf(to)) : -1);

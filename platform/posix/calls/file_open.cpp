@@ -23,17 +23,17 @@ namespace {
 constexpr mode_t kNewFile = 0666;
 constexpr mode_t kMayWrite = 0222;
 
-// How often a file that comes and goes is looked for before that is an error.
+// How often to look for a file that appears and disappears before giving up.
 constexpr int kTries = 8;
 
-// One CreateFileA: its arguments, understood.
+// The arguments of a CreateFileA, interpreted.
 struct Request {
   Path name;
   unsigned access;
   unsigned share;
   DWORD disposition;
   DWORD flags;
-  mode_t permissions;  // of a file that is made
+  mode_t permissions;  // of a new file
   bool inherit;
 
   bool MayCreate() const {
@@ -62,8 +62,8 @@ int OpenRetried(const char* path, int flags, mode_t mode) {
   return Retried([&] { return open(path, flags | O_NOCTTY, mode); });
 }
 
-// Whoever writes opens for reading too where that is allowed: the locks of share
-// modes want it. Truncating is writing to the system, whatever was asked for.
+// A writer opens for reading too where that is allowed: the locks of share modes need it.
+// To the system truncating is writing, whatever was asked for.
 int OpenExisting(const Request& request) {
   const char* path = request.name.path.c_str();
   const int inherit = request.inherit ? 0 : O_CLOEXEC;
@@ -82,7 +82,7 @@ int OpenNew(const Request& request, int exclusive) {
                      request.permissions);
 }
 
-// The descriptor, or -1 with errno; `existed` tells which of the two it was.
+// The descriptor, or -1 with errno; `existed` tells whether the file was there.
 int OpenOrCreate(const Request& request, bool& existed) {
   int fd = -1;
   for (int tries = 0; tries < kTries; ++tries) {
@@ -100,7 +100,7 @@ int OpenOrCreate(const Request& request, bool& existed) {
       return fd;
     }
   }
-  // A link that leads nowhere: the file is made where it leads.
+  // A link that points to nothing: the file is made where it points.
   existed = true;
   return OpenNew(request, 0);
 }
@@ -115,8 +115,8 @@ DWORD DirectoryCode(const Request& request) {
   return request.disposition == CREATE_ALWAYS ? ERROR_FILE_EXISTS : ERROR_SUCCESS;
 }
 
-// What a name leads to. Anything but a directory or a regular file is special: to open it
-// can mean to wait for somebody, or set a device going.
+// What a name refers to. Anything but a directory or a regular file is special: opening
+// it can wait for another process, or start a device.
 enum class Kind { kNothing, kDirectory, kRegular, kSpecial };
 
 Kind KindOf(const std::string& path) {
@@ -130,7 +130,7 @@ Kind KindOf(const std::string& path) {
   return S_ISREG(status.st_mode) ? Kind::kRegular : Kind::kSpecial;
 }
 
-// The code for a name that leads to nothing: one that ends in a separator cannot be
+// The code for a name that refers to nothing: one that ends in a separator cannot be
 // created.
 DWORD MissingNameCode(const Request& request, DWORD code) {
   const bool isToBeMade = code == ERROR_FILE_NOT_FOUND && request.MayCreate();
@@ -173,8 +173,8 @@ DWORD Complete(int fd, const Request& request, bool existed) {
   return failed ? CodeFromErrno(errno) : ERROR_SUCCESS;
 }
 
-// As OpenOrCreate. Backup semantics ask for no more than a status of what has no data of
-// its own: a special file is not opened for that.
+// As OpenOrCreate. Backup semantics ask only for the status of something without data: a
+// special file is not opened for that.
 int OpenByKind(const Request& request, Kind kind, bool& existed) {
   const char* path = request.name.path.c_str();
   const int inherit = request.inherit ? 0 : O_CLOEXEC;
@@ -241,7 +241,7 @@ HANDLE CreateFileA(LPCSTR name, DWORD access, DWORD share, SECURITY_ATTRIBUTES* 
 }
 
 BOOL CloseHandle(HANDLE handle) {
-  // -1 stands for the own process, whose closing changes nothing.
+  // -1 stands for this process; closing it changes nothing.
   if (handle == GetCurrentProcess()) {
     return TRUE;
   }

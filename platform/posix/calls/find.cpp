@@ -2,12 +2,12 @@
 //
 // Not emulated: all that an entry has beside its name and its attributes directory,
 // hidden (a name that begins with a dot), archive (any that is no directory) and reparse
-// point (a link to a directory): most often the directory itself tells these, and a
-// listing is several times faster than with a look at every entry. Short names (neither
-// given nor matched) and the old wildcards "<", ">" and "\"". A link shows as what it
-// leads to, and as a file when that is nothing. Names of 260 bytes and more, which some
-// file systems have, are left out: there is no place for them. The order is the
-// directory's own. One search is used by one thread at a time.
+// point (a link to a directory): the directory itself mostly has these, and a listing is
+// several times faster than with a look at every entry. Short names (neither given nor
+// matched) and the old wildcards "<", ">" and "\"". A link shows as what it points to,
+// and as a file when that is nothing. Names of 260 bytes and more, which some file
+// systems have, are left out: there is no place for them. The order is the directory's
+// own. One search is used by one thread at a time.
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -47,7 +47,7 @@ struct Search {
   std::string directory;
   std::string pattern;  // folded
   bool takesAll = false;
-  // What the system has told of the directory, and where the untold rest stands.
+  // The records that the system has returned, and the part that is still to be used.
   ssize_t begin = 0;
   ssize_t end = 0;
   alignas(dirent64) char records[kRecordsSize];
@@ -56,10 +56,10 @@ struct Search {
 // Small integers as file handles are, but never the number of a descriptor.
 constexpr ULONG_PTR kFirstHandle = 0x20000000;
 
-// The open searches; a handle tells the place.
+// The open searches; a handle gives the place.
 std::array<std::atomic<Search*>, kMostSearches> searches;
 
-// Null for what is no search's handle.
+// Null for anything but the handle of a search.
 std::atomic<Search*>* PlaceOf(HANDLE handle) {
   const ULONG_PTR place = reinterpret_cast<ULONG_PTR>(handle) - kFirstHandle;
   return place < searches.size() ? &searches[place] : nullptr;
@@ -124,8 +124,8 @@ DWORD Open(Search& search) {
   return Exists(search.directory) ? ERROR_INVALID_NAME : ERROR_PATH_NOT_FOUND;
 }
 
-// Reads on when all records have been told. A directory that has been removed has come
-// to its end.
+// Reads on when all records have been used. A directory that has been removed counts as
+// ended.
 DWORD Refill(Search& search) {
   if (search.begin < search.end) {
     return ERROR_SUCCESS;
@@ -197,7 +197,7 @@ DWORD Next(Search& search, WIN32_FIND_DATAA& data) {
   }
 }
 
-// Splits a name into the directory, with its spelling, and the pattern behind it.
+// Splits a name into the directory, with its spelling, and the pattern after it.
 DWORD Split(const char* name, std::string& directory, std::string& pattern) {
   Path whole;
   const DWORD code = Read(name, NameKind::kPattern, whole);
@@ -218,7 +218,7 @@ DWORD Split(const char* name, std::string& directory, std::string& pattern) {
 using namespace posix;
 
 HANDLE FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data) {
-  std::unique_ptr<Search> search(new Search);  // records stay as they are
+  std::unique_ptr<Search> search(new Search);  // records are left uninitialized
   DWORD code = Split(pattern, search->directory, search->pattern);
   search->pattern = Folded(search->pattern);
   search->takesAll = search->pattern == "*" || search->pattern == "*.*";

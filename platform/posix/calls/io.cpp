@@ -1,10 +1,10 @@
 // The C run time's calls on descriptors, over the Windows calls. A descriptor is
 // the system's own.
 //
-// Not emulated: text mode (line ends pass as they are; the mode is only kept and
-// told), _O_SEQUENTIAL, _O_RANDOM and the Unicode modes, _doserrno, and that a descriptor
-// that was told of the end finds nothing that is appended later until it seeks. The
-// names' restrictions are those of CreateFileA.
+// Not emulated: text mode (line ends pass as they are; the mode is only stored),
+// _O_SEQUENTIAL, _O_RANDOM and the Unicode modes, _doserrno, and that a descriptor that
+// has met the end finds nothing that is appended later until it seeks. Names are
+// restricted as by CreateFileA.
 
 #include <io.h>
 
@@ -56,8 +56,8 @@ DWORD Disposition(int flags) {
   }
 }
 
-// What a mode of _open gives a file that is made: there is nobody there who may write
-// and not read, and the owner may always read.
+// The permissions that a mode of _open gives a new file: whoever may write may also read,
+// and the owner may always read.
 mode_t Permissions(int mode) {
   const mode_t given = static_cast<mode_t>(mode) & 0777;
   return given | (given & 0222) << 1 | 0400;
@@ -72,8 +72,8 @@ int Moved(BOOL succeeded, DWORD count) {
   return GetLastError() == ERROR_ACCESS_DENIED ? FailRunTime(EBADF) : FailWithLastError();
 }
 
-// Counts for which nothing is read or written. They are refused, or nothing is done, for
-// an open descriptor only; of any other the system tells when it is used.
+// False for counts with which nothing is read or written: these need their own test
+// whether the descriptor is open, which otherwise the system makes.
 bool IsUsualCount(unsigned int count) {
   return count > 0 && count <= kLargestCount;
 }

@@ -1,8 +1,8 @@
 // The modules of the process, and its end.
 //
-// Not emulated: finding a module by its name, and a handle that is not pinned; both
-// flags are taken as given. Threads run on until the process is gone, also while the
-// libraries' static objects are destroyed: no end of the process is ever seen.
+// Not emulated: finding a module by its name, and a handle that is not pinned; both flags
+// are assumed. Threads run until the process is gone, even while the libraries' static
+// objects are destroyed: the process never appears to be ending.
 
 #include <dlfcn.h>
 
@@ -20,7 +20,7 @@ BOOL GetModuleHandleExA(DWORD, LPCSTR name, HMODULE* module) {
   return kept != nullptr ? TRUE : Fail(ERROR_MOD_NOT_FOUND);
 }
 
-// The compiler's headers for Windows lack it, so whoever calls it declares it.
+// The compiler's headers for Windows lack it, so each caller declares it.
 extern "C" BOOLEAN RtlDllShutdownInProgress();
 BOOLEAN RtlDllShutdownInProgress() {
   return FALSE;

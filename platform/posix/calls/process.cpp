@@ -1,12 +1,12 @@
-// The own process: its number, times, memory and name.
+// This process: its number, times, memory and name.
 //
-// The number is kept, since the library asks for it often; a child of fork() asks the
+// The number is cached, since the library asks for it often; a child of fork() asks the
 // system again.
 //
-// Not emulated: other processes (code 87), the access asked for, the time of
-// creation (0), names that are not ASCII (a wide character a byte), pool quotas (0), the
-// highest use of the page file (the highest that a call has seen stands for it). A child
-// made past the C library's fork() has its parent's number.
+// Not emulated: other processes (code 87), the access asked for, the time of creation
+// (0), names that are not ASCII (a wide character a byte), pool quotas (0), the highest
+// use of the page file (the highest that a call has seen stands for it). A child made
+// without the C library's fork() has its parent's number.
 
 #include <fcntl.h>
 #include <link.h>
@@ -31,8 +31,8 @@
 namespace posix {
 namespace {
 
-// The program's module is a number, since its address may be 0, that of a library is its
-// address.
+// The handle of the program's module is a fixed number, since its address may be 0; that
+// of a library is its address.
 const HMODULE kProgram = reinterpret_cast<HMODULE>(ULONG_PTR{0x400000});
 
 std::atomic<DWORD> processId = 0;  // 0 until it is asked for
@@ -54,7 +54,7 @@ struct Memory {
   SIZE_T data = 0;
 };
 
-// In bytes; 0 for what the system does not tell.
+// In bytes; 0 for what the system does not report.
 Memory OwnMemory() {
   Memory memory;
   const struct {
@@ -103,7 +103,7 @@ std::string ProgramPath() {
   return {path, static_cast<size_t>(std::max<ssize_t>(length, 0))};
 }
 
-// The system tells the program first, and without its name.
+// The system lists the program first, and without its name.
 std::vector<Module> Modules() {
   std::vector<Module> modules;
   const auto add = [](dl_phdr_info* found, size_t, void* result) {
@@ -142,7 +142,7 @@ DWORD GetCurrentProcessId() {
   return asked;
 }
 
-// A descriptor stands behind the handle, so that it is closed as any other.
+// The handle stands for a descriptor, so that it is closed like any other.
 HANDLE OpenProcess(DWORD, BOOL inherit, DWORD id) {
   if (id != GetCurrentProcessId()) {
     SetLastError(ERROR_INVALID_PARAMETER);
@@ -193,11 +193,11 @@ BOOL GetProcessMemoryInfo(HANDLE process, PROCESS_MEMORY_COUNTERS* counters, DWO
   counters->PageFaultCount = static_cast<DWORD>(usage.ru_minflt + usage.ru_majflt);
   const Memory memory = OwnMemory();
   counters->WorkingSetSize = memory.resident;
-  // The kernel counts its peak a little behind.
+  // The kernel updates its peak with a delay.
   counters->PeakWorkingSetSize =
       peakResident.With(std::max(memory.peakResident, memory.resident));
   counters->PagefileUsage = memory.data;
-  // Memory that was resident and of no file was in use, whether a call saw it or not.
+  // Resident memory that belongs to no file was in use, whether a call saw it or not.
   const SIZE_T ofFiles = std::min(counters->PeakWorkingSetSize, memory.residentOfFiles);
   counters->PeakPagefileUsage =
       peakData.With(std::max(memory.data, counters->PeakWorkingSetSize - ofFiles));
@@ -230,7 +230,7 @@ DWORD GetModuleBaseNameW(HANDLE process, HMODULE module, LPWSTR name, DWORD size
   for (size_t i = 0; i < length; ++i) {
     name[i] = static_cast<unsigned char>(base[i]);
   }
-  if (length < size) {  // else there is none
+  if (length < size) {  // otherwise there is no room for it
     name[length] = L'\0';
   }
   return static_cast<DWORD>(length);

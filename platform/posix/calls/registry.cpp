@@ -18,7 +18,7 @@ namespace {
 constexpr char kProcessor[] = "HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0";
 const HKEY kProcessorKey = reinterpret_cast<HKEY>(ULONG_PTR{4});
 
-// In MHz, 0 when the system does not tell.
+// In MHz, 0 when the system does not report it.
 DWORD ClockRate() {
   std::ifstream processors("/proc/cpuinfo");
   for (std::string line; std::getline(processors, line);) {

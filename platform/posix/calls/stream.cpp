@@ -1,8 +1,8 @@
 // The C run time's streams on files, over its descriptor calls, so that names are
 // those of the Windows calls and the file of a closed stream is known to be closed.
 //
-// What a stream holds back is its process's: a child of fork() has a copy, which its exit
-// would write a second time. So a stream writes in the process alone that opened it.
+// What a stream buffers belongs to its process: a child of fork() has a copy, which its
+// exit would write a second time. So a stream writes only in the process that opened it.
 //
 // Not emulated: every mode but "w" and "a" (code EINVAL); text mode's line ends, which
 // pass as they are; share modes but for the one that denies nothing; a stream's
@@ -34,7 +34,8 @@ int FlagsOf(const char* mode) {
   return std::strcmp(mode, "a") == 0 ? _O_APPEND : 0;
 }
 
-// In pieces, of which a call may take a part. What is left out is the failure.
+// Writes in pieces, of which a call may take a part. A result below `size` is the
+// failure.
 ssize_t WriteStream(void* cookie, const char* buffer, size_t size) {
   const auto* const stream = static_cast<const OpenStream*>(cookie);
   if (stream->process != GetCurrentProcessId()) {

@@ -15,7 +15,7 @@ DWORD FlsAlloc(PFLS_CALLBACK_FUNCTION callback) {
   return key;
 }
 
-// The system's keys bear a sequence number, so that a freed index reads as null.
+// The system's keys have a sequence number, so that a freed index reads as null.
 PVOID FlsGetValue(DWORD index) {
   return pthread_getspecific(index);
 }

@@ -1,10 +1,10 @@
 #pragma once
 
-// The descriptor calls of the Windows C run time, on POSIX. Beside those of
-// <io.h> they are those which Windows declares in <fcntl.h>, <sys/stat.h>, <stdio.h>,
-// <time.h> and <malloc.h>, since these names are taken by the system's own headers: a
-// source that uses them includes both. Failures set errno, with the run time's numbers,
-// which are the system's own for all that these calls report.
+// The descriptor calls of the Windows C run time, on POSIX. They include those that
+// Windows declares in <fcntl.h>, <sys/stat.h>, <stdio.h>, <time.h> and <malloc.h>, since
+// these names belong to the system's own headers here: a source that uses them includes
+// both. Failures set errno, with the run time's numbers, which are the system's own for
+// all that these calls report.
 
 #include <cstddef>
 #include <cstdint>

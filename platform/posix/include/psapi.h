@@ -1,6 +1,6 @@
 #pragma once
 
-// The process-status calls, on POSIX, for the own process.
+// The process-status calls, on POSIX, for this process only.
 //
 // A counter that a system does not keep is 0 (page faults under Wine, pool quotas), and a
 // peak that it does not keep is at least the present value: the highest that a call has

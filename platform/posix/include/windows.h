@@ -1,17 +1,17 @@
 #pragma once
 
-// The Windows calls that the library uses, on POSIX: a header of the name that
-// library sources include, with only such calls as exist exactly so on Windows.
-// The functions have C++ linkage and live once, in the library.
+// The Windows calls that the library uses, on POSIX: a header of the name that library
+// sources include, with only such calls as exist in exactly this form on Windows. The
+// functions have C++ linkage and are defined once, in the library.
 //
-// Not emulated here or in any file beside: the wide-character forms, Unicode
-// folding of names (bytes pass through as they are), security descriptors,
-// overlapped (asynchronous) operation, and every call not declared below.
-// Each source's head tells what its calls leave out.
+// Not emulated here or in any file of this layer: the wide-character forms, Unicode
+// folding of names (bytes pass through as they are), security descriptors, overlapped
+// (asynchronous) operation, and every call not declared below. The head of each source
+// lists what its calls leave out.
 //
-// A call that finds no memory throws std::bad_alloc and leaves nothing open. Those
-// by which destructors give things up throw nothing, nor does locking: closing and
-// unlocking need no memory, deleting and locking fail with code 8.
+// A call that finds no memory throws std::bad_alloc and leaves nothing open. Those that
+// destructors call throw nothing, and neither does locking: closing and unlocking need no
+// memory, deleting and locking fail with code 8.
 
 #include <cstdint>
 
@@ -203,8 +203,8 @@ BOOL FindClose(HANDLE search);
 BOOL GetDiskFreeSpaceExA(LPCSTR directory, ULARGE_INTEGER* freeToCaller,
                          ULARGE_INTEGER* total, ULARGE_INTEGER* totalFree);
 
-// Threads: slots whose values are one a thread; an Fls slot's call-back gets
-// each thread's value, when it is not null, at the thread's end.
+// Threads: slots with one value for each thread; an Fls slot's call-back gets each
+// thread's value, when it is not null, at the thread's end.
 using PFLS_CALLBACK_FUNCTION = void (*)(PVOID);
 constexpr DWORD TLS_OUT_OF_INDEXES = 0xFFFFFFFF;
 constexpr DWORD FLS_OUT_OF_INDEXES = 0xFFFFFFFF;

@@ -29,8 +29,8 @@ struct Directory {
 
 std::mutex mutex;
 
-// What was the current directory when last looked at. Never destroyed: names are read
-// until the very end.
+// The current directory when last looked at. Never destroyed: names are read until the
+// very end.
 Directory& Latest() {
   static Directory& latest = *new Directory;
   return latest;
@@ -45,7 +45,7 @@ std::string SystemsName() {
   return name ? name.get() : "";
 }
 
-// Null when it cannot be told. REQUIRES: `mutex` is held.
+// Null when it cannot be determined. REQUIRES: `mutex` is held.
 const Directory* Present() {
   Directory& latest = Latest();
   struct stat here;

@@ -1,6 +1,6 @@
 #pragma once
 
-// The current directory, whose name this system keeps in a form of its own.
+// The current directory, whose name the system keeps in a form of its own.
 
 #include <string>
 
@@ -8,10 +8,10 @@
 
 namespace posix {
 
-/// The current directory as it was written when _chdir took it, "." and ".." taken out:
-/// links are not followed, and letter case is the caller's. One that was set by other
-/// means has the name that the system gives it. One that has been removed keeps its name.
-/// "" and errno when it cannot be told.
+/// The current directory as _chdir was given it, with "." and ".." removed: links are not
+/// followed, and letter case is the caller's. One that was set by other means has the
+/// name that the system gives it. One that has been removed keeps its name. "" and errno
+/// when it cannot be determined.
 std::string CurrentDirectory();
 
 /// The same as callers see it, with the drive's letter as it was written.

@@ -41,8 +41,8 @@ constexpr ErrorPair kCodes[] = {
     {EXDEV, ERROR_NOT_SAME_DEVICE},
 };
 
-// Where several codes share a number, that of the run time, not the table above
-// read backwards.
+// Where several codes share a number, it is the run time's, not the table above read
+// backwards.
 constexpr ErrorPair kNumbers[] = {
     {ENOENT, ERROR_FILE_NOT_FOUND},
     {ENOENT, ERROR_PATH_NOT_FOUND},

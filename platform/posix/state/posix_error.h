@@ -9,8 +9,8 @@
 
 namespace posix {
 
-/// The Windows code for an errno value. ENOENT becomes 2: only a name tells
-/// whether it was the directory that is missing (see posix_path.h).
+/// The Windows code for an errno value. ENOENT becomes 2: only the name tells whether it
+/// is the directory that is missing (see posix_path.h).
 DWORD CodeFromErrno(int number);
 
 /// The errno value that the C run time reports for a Windows code.
@@ -24,7 +24,7 @@ BOOL FailWithErrno();
 /// Sets errno; -1, for `return FailRunTime(...)` in the C run time's calls.
 int FailRunTime(int number);
 
-/// The result of a call of the system that is made anew each time a signal has
+/// The result of a call of the system, which is repeated each time a signal has
 /// interrupted it.
 template <typename Call>
 auto Retried(Call call) {

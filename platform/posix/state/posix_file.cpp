@@ -1,14 +1,14 @@
 // The table of open files, and share modes inside the process.
 //
-// An entry stands under the number that the file was opened with or first seen under. It
-// counts for as long as that number is the open file's, of which the system is asked
+// An entry is stored under the number that the file was opened with or first seen under.
+// It is valid as long as that number is the open file's, which the system is asked about
 // before anything is done or refused because of the entry.
 //
 // Not emulated: a file that is closed by the system's own `close` is not removed by
 // DELETE_ON_CLOSE. Of several descriptors of one open file, those that `dup` has made and
 // those that child processes have inherited, closing the first one gives back share modes
 // and locks: the system does not tell whether a child is about to run another program,
-// which is to hold nothing, or will use the file.
+// which must hold nothing, or will use the file.
 
 #include "platform/posix/state/posix_file.h"
 
@@ -30,17 +30,17 @@
 namespace posix {
 namespace {
 
-// How often an open that other processes refuse looks again: two opens at the same
+// How often an open that other processes refuse is tried again: two opens at the same
 // moment can refuse each other, and must not both fail.
 constexpr int kTries = 5;
 
-// More than the system ever numbers a descriptor.
+// Above any number of a descriptor.
 constexpr int kHandleOfZero = 0x40000000;
 
 struct Entry {
   bool used = false;
   OpenFile file;
-  bool tells = false;  // its share modes, to this process's other opens and to others
+  bool tells = false;  // publishes its share modes, in this process and to others
   int textMode = _O_TEXT;
   std::shared_ptr<LockNotes> locks;
 };
@@ -60,7 +60,7 @@ void Forget(Entry& entry) noexcept {
   entry = Entry();
 }
 
-// Whether the entry of a number counts; one that does not is forgotten.
+// Whether the entry of a number is valid; an invalid one is forgotten.
 bool Counts(int fd, Entry& entry) noexcept {
   if (entry.used && !IsOf(fd, entry.file.identity)) {
     Forget(entry);
@@ -68,14 +68,14 @@ bool Counts(int fd, Entry& entry) noexcept {
   return entry.used;
 }
 
-// The place of a number, if there is one. What stands there need not count. REQUIRES:
-// `mutex` is held, here and in all that follows.
+// The place of a number, if there is one. Its entry may be invalid. REQUIRES: `mutex` is
+// held, here and in all that follows.
 Entry* PlaceOf(int fd) noexcept {
   const auto index = static_cast<size_t>(fd);
   return fd >= 0 && index < Table().size() ? &Table()[index] : nullptr;
 }
 
-// The same; one that is missing is made. REQUIRES: fd >= 0.
+// The same; a missing place is made. REQUIRES: fd >= 0.
 Entry& MadePlaceOf(int fd) {
   const auto index = static_cast<size_t>(fd);
   if (Table().size() <= index) {
@@ -114,7 +114,7 @@ Entry* Find(int fd) {
   return FindUnderOtherNumber(fd, {status.st_dev, status.st_ino, 0});
 }
 
-// The same; what is open and unknown is entered. Null for what is not open.
+// The same; an open file that is unknown is entered. Null for what is not open.
 Entry* FindOrEnter(int fd) {
   Entry* const found = Find(fd);
   struct stat status;
@@ -160,7 +160,7 @@ void RemoveAtEnd(const OpenFile& file) {
   }
 }
 
-// Gives back what would stay with the descriptors of other processes.
+// Releases what other processes' descriptors would otherwise keep.
 void GiveBack(int fd, const Entry& entry) noexcept {
   RemoveAtEnd(entry.file);
   if (entry.locks) {
@@ -171,8 +171,8 @@ void GiveBack(int fd, const Entry& entry) noexcept {
   }
 }
 
-// A process that fork has made has the parent's files open, but they are the parent's to
-// give back and to remove.
+// A process that fork has made has the parent's files open, but only the parent releases
+// and removes them.
 void LeaveToParent(Entry& entry) noexcept {
   entry.file.removeAtEnd.clear();
   entry.tells = false;
@@ -197,8 +197,8 @@ void LetTablesGoInChild() {
   mutex.unlock();
 }
 
-// At the very beginning, so that it is held last: whoever has a mutex of his own held
-// over fork, too, may open and close files under it.
+// Registered first, so that this mutex is taken last: others that hold a mutex of their
+// own over fork may open and close files under it.
 [[maybe_unused]] const int registered =
     pthread_atfork(HoldTables, LetTablesGo, LetTablesGoInChild);
 
@@ -239,7 +239,7 @@ bool MayHave(int fd, unsigned rights) {
   const auto refuses = [rights](const Entry* entry) {
     return entry != nullptr && entry->used && (entry->file.access & rights) != rights;
   };
-  // Only a refusal has to be of the right file: the system refuses the rest.
+  // Only a refusal has to be about the right file: the system refuses the rest.
   return !refuses(PlaceOf(fd)) || !refuses(Find(fd));
 }
 
@@ -258,7 +258,7 @@ bool EnterFile(int fd, const OpenFile& file) {
     {
       const std::lock_guard guard(mutex);
       Entry& entry = MadePlaceOf(fd);
-      Forget(entry);  // of whatever had the number and was closed by other means
+      Forget(entry);  // what had the number and was closed by other means
       if (entered.tells && !AgreesInProcess(file)) {
         return false;
       }
@@ -285,7 +285,7 @@ bool DeletionIsDenied(int fd, dev_t device, ino_t inode) {
 
 int CloseFile(int fd) noexcept {
   // Held over the close, so that nobody is given the number before the table has
-  // forgotten it. The call is never repeated: interrupted, it has closed.
+  // forgotten it. The call is never repeated: an interrupted one has closed.
   const std::lock_guard guard(mutex);
   Entry* const entry = PlaceOf(fd);
   if (entry != nullptr && Counts(fd, *entry)) {

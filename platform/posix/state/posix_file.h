@@ -1,12 +1,12 @@
 #pragma once
 
-// The files that this layer has open. A handle is the number of its descriptor, so
-// that one kept in 32 bits widens to the same handle and a socket is one as it is;
-// only descriptor 0 bears another number, since no handle is null. Descriptors
-// that were opened by other means (the standard ones, sockets) count as well.
+// The files that this layer has open. A handle is the number of its descriptor, so that
+// one stored in 32 bits widens to the same handle and a socket is a handle as it is; only
+// descriptor 0 has another number, since no handle is null. Descriptors that were opened
+// by other means (the standard ones, sockets) are handles as well.
 //
-// What is remembered is remembered of the open file: it is forgotten when a descriptor is
-// closed by whatever call, and found under the numbers that dup has given, too.
+// What is remembered belongs to the open file: it is forgotten when a descriptor is
+// closed by any call, and also found under the numbers that dup has given.
 
 #include <sys/types.h>
 
@@ -29,7 +29,7 @@ constexpr unsigned kAllRights = kRead | kWrite | kDelete;
 struct OpenFile {
   unsigned access = 0;
   unsigned share = kAllRights;
-  Identity identity;  // whose mark the table sets
+  Identity identity;  // the table sets its mark
   bool isRegular = false;
   bool isProcess = false;
   std::string removeAtEnd;  // the path to remove when the file is closed
@@ -37,7 +37,7 @@ struct OpenFile {
 
 /// The handle of a descriptor; INVALID_HANDLE_VALUE for a number that is none.
 HANDLE HandleOf(int fd);
-/// The descriptor of a handle, or -1; whether it is open is not looked at.
+/// The descriptor of a handle, or -1; it need not be open.
 int DescriptorOf(HANDLE handle);
 
 /// Whether the descriptor is open, by whatever means.
@@ -46,28 +46,28 @@ bool IsOpen(int fd);
 /// The access of an open descriptor in `access`; false when it is not open.
 bool AccessOf(int fd, unsigned& access);
 
-/// False when this layer has opened the file under this number, and not for all of
-/// `rights`; to the system it may have opened it for more. Whatever else is wrong with
-/// the descriptor is the system's to say.
+/// False when this layer has opened the file under this number, but not for all of
+/// `rights`; for the system it may have opened it for more. Anything else that is wrong
+/// with the descriptor is left to the system to report.
 bool MayHave(int fd, unsigned rights);
 
-/// Whether it is an open process's.
+/// Whether it stands for an open process.
 bool IsProcess(int fd);
 
-/// Enters a freshly opened descriptor. False when another open of the same file
-/// has what this one does not share, or does not share what it has; the caller
-/// then closes the descriptor, as it does after std::bad_alloc.
+/// Enters a newly opened descriptor. False when another open of the same file has rights
+/// that this one does not share, or does not share the rights that this one has; the
+/// caller then closes the descriptor, as it does after std::bad_alloc.
 bool EnterFile(int fd, const OpenFile& file);
 
-/// Whether some open of the file does not share its deletion. `fd` is any open
-/// descriptor of it, or -1 to ask this process's opens alone.
+/// Whether an open of the file does not permit its deletion. `fd` is any open descriptor
+/// of it, or -1 to ask this process's opens alone.
 bool DeletionIsDenied(int fd, dev_t device, ino_t inode);
 
-/// Gives the shares and locks of an open file back, forgets it and closes its
+/// Releases the share modes and locks of an open file, forgets it and closes its
 /// descriptor: the errno value, 0 on success. Takes no memory.
 int CloseFile(int fd) noexcept;
 
-/// Owns a freshly opened descriptor, or -1 for none, until it is released.
+/// Owns a newly opened descriptor, or -1 for none, until it is released.
 class NewDescriptor {
  public:
   explicit NewDescriptor(int fd) : fd_(fd) {}

@@ -1,11 +1,11 @@
-// The mark is a lock of the open file on one byte, far behind the file's end, that nobody
-// else locks: its offset is drawn by lot. Two questions tell whether a descriptor is of
-// the open file that bears a mark: whether the byte is locked at all, and whether that is
-// anybody else's lock. Nothing has to be taken away in the end, and a child process that
+// The mark is a lock of the open file on one byte, far past the file's end, that nobody
+// else locks: its offset is chosen at random. Two queries tell whether a descriptor
+// belongs to the open file with a mark: whether the byte is locked at all, and whether
+// the lock is another open file's. Nothing has to be cleaned up, and a child process that
 // goes on without exec can ask, too.
 //
 // Two calls of fcntl work wherever share modes do, and cost half a microsecond. Other
-// ways were no better: /proc may be missing; containers forbid kcmp, which also wants a
+// ways were no better: /proc may be missing; containers forbid kcmp, which also needs a
 // second descriptor that would keep the file open; and other properties of an open file,
 // like the signal of F_SETSIG, have a meaning of their own and no room for a number.
 
@@ -37,7 +37,7 @@ off_t PutMark(int fd) {
   }
   const off_t mark = kFirstMark + static_cast<off_t>(lot % kMarks);
   const bool locked = SetLock(fd, F_RDLCK, {mark, 1}) || SetLock(fd, F_WRLCK, {mark, 1});
-  // A file system may take locks and keep no account of them.
+  // A file system may accept locks without recording them.
   return locked && IsMarked(fd, mark) ? mark : 0;
 }
 

@@ -1,14 +1,14 @@
 #pragma once
 
-// Which open file a descriptor is of.
+// Which open file a descriptor belongs to.
 
 #include <sys/types.h>
 
 namespace posix {
 
-/// What tells an open file from all others, those of the same file included. The number
-/// of a descriptor does not: it may have been closed and be another file's by now,
-/// without a call of this layer, or be one of several of one open file.
+/// What distinguishes an open file from all others, including those of the same file. The
+/// number of a descriptor does not: it may have been closed and belong to another file by
+/// now, without a call of this layer, or be one of several of one open file.
 struct Identity {
   dev_t device = 0;
   ino_t inode = 0;
@@ -19,12 +19,12 @@ struct Identity {
   }
 };
 
-/// Gives the open file behind `fd` a mark, for an identity's; 0 when that cannot be.
-/// Those that it may have already, of another process, stay valid.
+/// Gives the open file of `fd` a mark for an identity; 0 when that is impossible. Marks
+/// that another process has given it stay valid.
 off_t PutMark(int fd);
 
-/// Whether `fd` is open, and of that open file. Without a mark any open file of the same
-/// file counts.
+/// Whether `fd` is open and belongs to that open file. Without a mark any open file of
+/// the same file counts.
 bool IsOf(int fd, const Identity& identity);
 
 }  // namespace posix

@@ -1,7 +1,8 @@
 // Letter case.
 //
-// Not emulated: letters beyond ASCII where the system has no UTF-8 locale to tell of
-// their case (it need not be the present one), and letters whose cases differ in number.
+// Not emulated: letters beyond ASCII where the system has no UTF-8 locale that knows
+// their case (it need not be the current one), and letters one case of which is several
+// letters.
 
 #include "platform/posix/state/posix_letters.h"
 
@@ -21,7 +22,7 @@ char FoldedAscii(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-// Null where the system has none. Kept for good.
+// Null where the system has none. Never freed.
 locale_t Utf8Locale() {
   static const locale_t locale = [] {
     locale_t found = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
@@ -30,7 +31,7 @@ locale_t Utf8Locale() {
   return locale;
 }
 
-// Takes the first character off; false when it is none.
+// Takes the first character off; false when it is invalid.
 bool TakeCharacter(std::string_view& text, wint_t& character) {
   const auto first = static_cast<unsigned char>(text[0]);
   const size_t size = first < 0x80 ? 1 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
@@ -71,7 +72,7 @@ void AppendCharacter(std::string& text, wint_t character) {
   }
 }
 
-// False when the text is no UTF-8.
+// False when the text is not UTF-8.
 bool FoldUtf8(std::string_view text, std::string& folded) {
   while (!text.empty()) {
     wint_t character;
