@@ -2,8 +2,8 @@
 
 #include <windows.h>
 
-// Threads that come and go need not call in; where the system refuses to leave the calls
-// out, they stay and do nothing.
+// Starts and ends of threads need no call; where the system refuses to omit the calls,
+// they do nothing.
 extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, LPVOID /*reserved*/) {
   if (reason == DLL_PROCESS_ATTACH) {
     DisableThreadLibraryCalls(library);

@@ -6,8 +6,8 @@
 
 namespace {
 
-// Not the conversions of std::filesystem, which take narrow text for UTF-8. What cannot
-// be converted is replaced as the system's own calls replace it.
+// The conversions of std::filesystem would take narrow text for UTF-8. What cannot be
+// converted is replaced as the system's own calls replace it.
 
 std::wstring Wide(const std::string& text) {
   const int length = static_cast<int>(text.size());
@@ -59,7 +59,7 @@ bool HaveSameRights(void*, void*) {
   return true;
 }
 
-// They fail anyway.
+// Windows has no such signals: the writes fail anyway.
 void IgnoreSignalsOfWriting() {}
 
 }  // namespace platform

@@ -7,9 +7,9 @@
 
 #include "cow/cow_String.h"
 
-/// A digital search tree: every node holds a key with its value, and a key's place is
-/// found by one bit of the key per level, whatever the other keys are. It is not
-/// balanced, so it depends on the order of insertion which keys stand near the root.
+/// A digital search tree: every node holds a key with its value, and the way to a key
+/// takes one bit of the key per level, whatever the other keys are. It is not balanced:
+/// which keys are near the root depends on the order of insertion.
 ///
 /// Threads: as for a standard container.
 ///
@@ -47,8 +47,8 @@ class rgx_DigitalTree {
     return slot->value;
   }
 
-  /// Removes the key; an absent one changes nothing. Keys from below move up, one level
-  /// each, along a path that prefers second children, and the leaf at its end goes.
+  /// Removes the key; an absent one changes nothing. Keys below it move up one level
+  /// each, along a path that prefers second children, and the leaf at its end is deleted.
   void Remove(const cow_String& key) {
     std::unique_ptr<Node>* slot = &Slot(root_, key);
     if (*slot == nullptr) {

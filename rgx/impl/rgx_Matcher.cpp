@@ -13,8 +13,8 @@ namespace {
 // Pairs of offsets at first; doubled for a pattern with more groups.
 constexpr std::uint32_t kFirstPairs = 16;
 
-// A match that backtracks a lot takes gigabytes. A larger block than this is given back
-// after the match.
+// A match that backtracks a lot takes gigabytes. A larger block than this is freed after
+// the match.
 constexpr std::size_t kLargestKept = 1 << 20;
 
 template <auto release>
@@ -31,7 +31,7 @@ using CompileContext =
 using MatchData = std::unique_ptr<pcre2_match_data, Releaser<&pcre2_match_data_free>>;
 using Code = std::unique_ptr<pcre2_code, Releaser<&pcre2_code_free>>;
 
-// `largest`, when it is not null, learns the size of the largest block.
+// `largest`, when it is not null, keeps the size of the largest block.
 void* Allocate(std::size_t size, void* largest) {
   if (largest != nullptr) {
     auto& known = *static_cast<std::size_t*>(largest);
@@ -86,7 +86,7 @@ class rgx_CompiledPattern {
   // empty for other patterns. Finding it directly halves the time of a split.
   const std::string& Literal() const noexcept { return literal_; }
 
-  // "(*LIMIT_HEAP=n)": such a pattern must not find memory that is there already.
+  // "(*LIMIT_HEAP=n)": such a pattern must not get memory that was allocated before.
   bool LimitsHeap() const noexcept { return limitsHeap_; }
 
  private:

@@ -1,4 +1,4 @@
-// The only door to PCRE2: compiled patterns and their matching.
+// The only access to PCRE2: compiled patterns and their matching.
 
 #pragma once
 
@@ -7,14 +7,14 @@
 #include <string>
 #include <string_view>
 
-/// A compiled pattern; what it consists of is rgx_Matcher.cpp's affair.
-/// Threads: one pattern by one thread at a time.
+/// A compiled pattern, defined in rgx_Matcher.cpp. Threads: one pattern by one thread at
+/// a time.
 class rgx_CompiledPattern;
 
 /// Why a pattern did not compile.
 struct rgx_CompileError {
   int offset = 0;    ///< Where in the pattern, in bytes.
-  std::string text;  ///< PCRE2's words.
+  std::string text;  ///< PCRE2's message.
 };
 
 /// Compiles `pattern` without options; null, with `error` set, when it is malformed.

@@ -11,7 +11,7 @@ namespace {
 
 constexpr char kSource[] = "rgx/impl/rgx_ReCompileCache";
 
-// The position that callers know this failure by.
+// The line that callers know this failure by.
 constexpr int kCompileErrorLine = 92;
 
 constexpr int kCapacity = 100;
@@ -55,7 +55,7 @@ const rgx_CompiledPattern& rgx_ReCompileCache::Compiled(const cow_String& patter
   return *patterns_->Insert(pattern, std::move(fresh));
 }
 
-// A removal moves keys to other nodes, so the keys are listed before the first.
+// A removal moves keys to other nodes, so the keys are listed before any is removed.
 void rgx_ReCompileCache::Evict() {
   std::vector<cow_String> keys = patterns_->Keys();
   keys.resize(static_cast<std::size_t>(capacity_ / 2));

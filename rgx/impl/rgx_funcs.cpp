@@ -151,7 +151,8 @@ cow_String rgx_subn(const cow_String& pattern, const cow_String& replacement,
       break;
     }
     if (end == 0) {
-      // An empty match would be found again and again: pass a character on.
+      // An empty match would be found again and again: copy a character and go on after
+      // it.
       text += rest.Text().front();
       end = 1;
     }

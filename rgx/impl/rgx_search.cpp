@@ -12,7 +12,7 @@
 
 namespace {
 
-// The position that callers know a failing search by.
+// The source and line that callers know a failing search by.
 constexpr char kSource[] = "rgx/impl/rgx_funcs";
 constexpr int kExecErrorLine = 72;
 

@@ -11,9 +11,9 @@
 namespace {
 
 constexpr std::size_t kHeld = 65536;
-constexpr std::size_t kMaxWrite = std::size_t{1} << 30;  // _write answers with an int
+constexpr std::size_t kMaxWrite = std::size_t{1} << 30;  // _write returns an int
 
-// Where files have permissions: those of any new file, which the umask narrows.
+// Read and write for all, less the umask, as for any new file.
 constexpr int kForEverybody = 0666;
 
 int Create(const char* path) {

@@ -4,7 +4,7 @@
 
 namespace {
 
-// Whether the operation left the stream good; it may be told to throw what goes wrong.
+// Whether the operation left the stream good, which may have been set to throw.
 template <class Operation>
 bool Succeeds(std::ostream& out, Operation operation) {
   try {

@@ -11,7 +11,7 @@ struct Lock {
 
   thr_Mutex mutex;
   const std::uint32_t process = thr_currentProcess();
-  Lock* const parents;  // kept where tools that look for leaks find it
+  Lock* const parents;  // reachable, so that leak checkers do not report it
 };
 
 std::atomic<Lock*> lock = nullptr;

@@ -17,8 +17,8 @@ void WINAPI RunCleanups(void* list);
 
 DWORD RegistrySlot() {
   static const DWORD slot = [] {
-    // Threads may end after a client has unloaded the library: it stays, or the system
-    // would call what is no longer there.
+    // Threads may end after a client has unloaded the library, and the system would then
+    // call what is no longer there.
     thr_keepLibraryLoaded();
     const DWORD made = FlsAlloc(RunCleanups);
     if (made == FLS_OUT_OF_INDEXES) {

@@ -10,8 +10,8 @@
 
 static_assert(TLS_OUT_OF_INDEXES == 0xFFFFFFFF);
 
-// A thread without a pointer of its own may read an index that another thread frees at
-// this moment: whoever gets that index next, this thread has no value under it.
+// A thread without a pointer may read an index that another thread frees at this moment.
+// That does no harm: whoever gets the index next, this thread has no value under it.
 void* thr_ThreadSlot::Get() const {
   const unsigned index = index_.load(std::memory_order_acquire);
   if (index == kNone) {

@@ -2,8 +2,8 @@
 
 #pragma once
 
-/// Has the library stay loaded until the process ends, also when its last client unloads
-/// it. Internal to the library.
+/// Keeps the library loaded until the process ends, even when its last client unloads it.
+/// Internal to the library.
 ///
 /// Threads: any, any number of times.
 void thr_keepLibraryLoaded();

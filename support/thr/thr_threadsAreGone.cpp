@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-// Of the system's lowest library; the compiler's headers lack it.
+// Declared here because the compiler's headers lack it; it is in ntdll.
 extern "C" BOOLEAN WINAPI RtlDllShutdownInProgress();
 
 bool thr_threadsAreGone() {

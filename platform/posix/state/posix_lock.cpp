@@ -1,30 +1,30 @@
-// Byte-range locks, which belong to the open file and go with it. The system knows what
-// an open file holds, not how often and in which order; that is noted here. Between open
-// files, of one process or two, the system decides; what one open file's locks mean to
-// each other is decided here, since to the system a new lock of the same open file
-// replaces the older one. What the system says counts for more than a note: another
-// process that has inherited the descriptor may have locked or unlocked.
+// Byte-range locks, which belong to the open file and end with it. The system knows what
+// an open file holds, but not how often and in which order; that is noted here. Between
+// open files, of one process or two, the system decides; conflicts between one open
+// file's own locks are decided here, since for the system a new lock of the same open
+// file replaces the older one. The system takes precedence over a note: another process
+// that has inherited the descriptor may have locked or unlocked.
 //
-// To the system an exclusive lock is that of somebody who may write. One who may not
-// locks the range as if to share it, which keeps those out who may write, and then the
-// same range a second time, far behind (kFirstReaderByte), where all who share look once
-// they have their lock. Both first tell and then look: of two at once at least one sees
-// the other, and may have to look again.
+// The system gives exclusive locks only to descriptors that may write. One that may not
+// takes a shared lock on the range, which keeps out those that may write, and then locks
+// the same range a second time, far beyond the file (kFirstReaderByte), where every
+// holder of a shared lock looks once it has it. Both first lock and then look: of two at
+// once at least one sees the other, and may have to look again.
 //
-// To the system a shared lock is that of somebody who may read. One who may not locks a
-// byte that is its own alone, far behind as well, at which all look who want a range
-// exclusively, once they have it.
+// The system gives shared locks only to descriptors that may read. One that may not locks
+// a byte of its own, also far beyond the file, where every holder of an exclusive lock
+// looks once it has it.
 //
-// Whatever changes the system's view of an open file is done without waiting and under
-// the mutex, with one exception: one thread an open file may wait in the system. When
-// that returns, what it has brought is taken up like any other request, or given back.
+// The system's locks of an open file are changed without waiting and under the mutex,
+// with one exception: one thread for each open file may wait in the system. When it
+// returns, the lock that it has is treated like any other request, or released.
 //
 // Not emulated: ranges of one handle that overlap without being equal stay locked until
-// the last of them is unlocked. How often each of several processes has locked a range
-// that share an open file. A shared lock of a descriptor that may not read counts for the
-// whole file, and not for another process that has the same open file. Programs that lock
-// in other ways are not kept out by it, nor, if they only share, by an exclusive lock of
-// a descriptor that may not write.
+// the last of them is unlocked. Processes that share an open file do not count each
+// other's locks. A shared lock of a descriptor that may not read applies to the whole
+// file, and not to another process that has the same open file. It does not keep out
+// programs that lock in other ways; nor, if they only share, does an exclusive lock of a
+// descriptor that may not write.
 
 #include "platform/posix/state/posix_lock.h"
 
@@ -46,19 +46,19 @@
 namespace posix {
 namespace {
 
-// How long a thread sleeps that waits for what the system tells nobody of.
+// How long a thread sleeps while it waits for a change that the system does not report.
 constexpr std::chrono::milliseconds kPause(5);
 
-// How often one looks again who does not wait: another one's attempt lasts some
-// microseconds, in which it looks like a lock.
+// How often a request that does not wait is tried again: another one's attempt looks like
+// a lock for some microseconds.
 constexpr int kTries = 5;
 constexpr std::chrono::microseconds kShortPause(50);
 
 enum class Outcome {
   kLocked,
   kRefusedHere,   // by the open file's own locks, or by its waiting thread
-  kRefusedThere,  // by another open file's; the system can wait for that
-  kUndecided,     // by what another one has told, or is just telling
+  kRefusedThere,  // by another open file's locks; the system can wait for these
+  kUndecided,     // by what another open file has locked, or is just about to lock
   kFailed,        // with errno
 };
 
@@ -101,7 +101,7 @@ bool Meet(const Range& one, const Range& other) {
   return one.start < other.start + other.length && other.start < one.start + one.length;
 }
 
-// Where somebody who may not write locks a range the second time.
+// The second lock of a descriptor that may not write.
 Range ReaderRange(const Range& range) {
   return {kFirstReaderByte + range.start, range.length};
 }
@@ -112,7 +112,7 @@ bool IsReaders(const LockNotes& notes, const LockedRange& lock) {
 
 constexpr Range kSharersBytes = {kFirstSharersByte, kFirstShareByte - kFirstSharersByte};
 
-// What somebody who may not read locks instead of a range that is shared.
+// What a descriptor that may not read locks instead of a shared range.
 Range SharersByte(const LockNotes& notes) {
   return {kFirstSharersByte + (notes.identity.mark - kFirstMark), 1};
 }
@@ -121,13 +121,14 @@ bool IsSharers(const LockNotes& notes, const LockedRange& lock) {
   return !lock.exclusive && !notes.mayRead && notes.identity.mark != 0;
 }
 
-// How the system is told of a lock on the range: as what it takes from this descriptor.
+// The type of lock that the system accepts from this descriptor.
 short TypeOf(const LockNotes& notes, const LockedRange& lock) {
   const bool asExclusive = lock.exclusive ? notes.mayWrite : !notes.mayRead;
   return asExclusive ? F_WRLCK : F_RDLCK;
 }
 
-// Whether the own locks, or what a thread is about to get, stand against a lock.
+// Whether a lock conflicts with the open file's own locks, or with one that a thread is
+// about to get.
 bool OwnRefuse(const LockNotes& notes, const LockedRange& lock) {
   if (!lock.exclusive) {
     return false;
@@ -142,7 +143,7 @@ bool OwnRefuse(const LockNotes& notes, const LockedRange& lock) {
                      });
 }
 
-// Whether an own exclusive lock serves for a range.
+// Whether an exclusive lock of the open file covers a range.
 bool OwnCover(const LockNotes& notes, const Range& range) {
   return std::any_of(notes.locks.begin(), notes.locks.end(),
                      [&range](const LockNotes::Noted& held) {
@@ -155,14 +156,14 @@ bool SystemKnows(int fd, const LockNotes& notes, const LockedRange& lock) {
          (IsSharers(notes, lock) && FirstLock(fd, F_WRLCK, SharersByte(notes)));
 }
 
-// Forgets what the system does not know: another process has unlocked it.
+// Forgets locks that the system no longer has: another process has unlocked them.
 void DropUnlocked(int fd, LockNotes& notes, const Range& range) {
   std::erase_if(notes.locks, [&](const LockNotes::Noted& held) {
     return Meet(held.lock.range, range) && !SystemKnows(fd, notes, held.lock);
   });
 }
 
-// Locks or unlocks the byte of somebody who may not read, as is noted.
+// Locks or unlocks the byte of a descriptor that may not read, as the notes say.
 void SettleSharersByte(int fd, const LockNotes& notes) {
   const bool shares = std::any_of(
       notes.locks.begin(), notes.locks.end(), [&notes](const LockNotes::Noted& held) {
@@ -171,7 +172,8 @@ void SettleSharersByte(int fd, const LockNotes& notes) {
   SetLock(fd, shares ? F_WRLCK : F_UNLCK, SharersByte(notes));
 }
 
-// Lets the system know of a range what is noted: it may hold more.
+// Brings the system's locks on a range, of which there may be more, into line with the
+// notes.
 void Settle(int fd, const LockNotes& notes, const Range& range) {
   bool isShared = false;
   for (const LockNotes::Noted& held : notes.locks) {
@@ -191,9 +193,9 @@ void Settle(int fd, const LockNotes& notes, const Range& range) {
   SetLock(fd, isShared ? TypeOf(notes, {range, false}) : short{F_UNLCK}, range);
 }
 
-// Whether it is the open file itself, through another process, that stands against a
-// lock. Somebody else may let go between the two questions for which that is told, and
-// come again: it is asked until that cannot be chance.
+// Whether only the open file's own locks, set by another process, conflict with a lock.
+// Another one's lock that comes and goes between the two queries can look so: they are
+// repeated until that cannot be chance.
 bool IsItsOwn(int fd, short type, const Range& range) {
   constexpr int kQuestions = 4;
   for (int i = 0; i < kQuestions; ++i) {
@@ -204,8 +206,8 @@ bool IsItsOwn(int fd, short type, const Range& range) {
   return true;
 }
 
-// What stands against a lock before the system is told of it. `isBorrowed` when it need
-// not be told, since another process has a stronger lock by the same open file.
+// What conflicts with a lock before the system is asked for it. `isBorrowed` when it need
+// not be asked, since another process has a stronger lock by the same open file.
 Outcome Look(int fd, const LockNotes& notes, const LockedRange& lock, bool& isBorrowed) {
   const short type = lock.exclusive ? F_WRLCK : F_RDLCK;
   if (!FirstLock(fd, type, lock.range)) {
@@ -219,7 +221,7 @@ Outcome Look(int fd, const LockNotes& notes, const LockedRange& lock, bool& isBo
   return isBorrowed ? Outcome::kLocked : Outcome::kUndecided;
 }
 
-// Tells the system of a lock: what it answers.
+// Asks the system for a lock, and returns its answer.
 Outcome Tell(int fd, const LockNotes& notes, const LockedRange& lock) {
   bool had = IsSharers(notes, lock) ? SetLock(fd, F_WRLCK, SharersByte(notes))
                                     : SetLock(fd, TypeOf(notes, lock), lock.range);
@@ -237,8 +239,8 @@ Outcome Tell(int fd, const LockNotes& notes, const LockedRange& lock) {
   return errno == EAGAIN || errno == EACCES ? Outcome::kRefusedThere : Outcome::kFailed;
 }
 
-// Whether something stands against a lock that the system does not count against it.
-// `isBorrowed` as above.
+// Whether there is a conflict with a lock that the system does not see. `isBorrowed` as
+// above.
 bool StandsAgainst(int fd, const LockNotes& notes, const LockedRange& lock,
                    bool& isBorrowed) {
   if (lock.exclusive) {
@@ -256,7 +258,7 @@ bool StandsAgainst(int fd, const LockNotes& notes, const LockedRange& lock,
   return !isBorrowed;
 }
 
-// Tells the system of a lock, and looks for what the system does not count against it.
+// Asks the system for a lock, and looks for conflicts that the system does not see.
 Outcome TellAndLook(int fd, const LockNotes& notes, const LockedRange& lock,
                     bool& isBorrowed) {
   const Outcome outcome = Tell(fd, notes, lock);
@@ -267,10 +269,10 @@ Outcome TellAndLook(int fd, const LockNotes& notes, const LockedRange& lock,
   return Outcome::kUndecided;
 }
 
-// A note on its way to the others, made beforehand since what is locked must be noted.
+// A note that is not in the list yet, made beforehand since what is locked must be noted.
 using OneNote = std::list<LockNotes::Noted>;
 
-// Without waiting. A lock that is had takes its note along.
+// Tries to lock without waiting. On success the note moves to the list.
 Outcome Try(int fd, LockNotes& notes, OneNote& note) {
   const LockedRange& lock = note.front().lock;
   DropUnlocked(fd, notes, lock.range);
@@ -292,7 +294,7 @@ Outcome Try(int fd, LockNotes& notes, OneNote& note) {
   return Outcome::kLocked;
 }
 
-// Waits in the system until others let go; false with errno.
+// Waits in the system until others unlock; false with errno.
 bool AskAndWait(Guard& guard, int fd, LockNotes& notes, const LockedRange& lock) {
   const short type = TypeOf(notes, lock);
   notes.asking =
@@ -307,15 +309,15 @@ bool AskAndWait(Guard& guard, int fd, LockNotes& notes, const LockedRange& lock)
   return had;
 }
 
-// Whether a refusal is worth another look even if nobody is to be waited for.
+// Whether a refusal is worth another attempt even for a request that does not wait.
 bool MayBeAnAttempt(int fd, const LockedRange& lock, Outcome outcome) {
   return outcome == Outcome::kUndecided ||
          (outcome == Outcome::kRefusedThere &&
           OthersForbid(fd, F_WRLCK, ReaderRange(lock.range)));
 }
 
-// Goes on where the first try was refused, by a descriptor of its own: the caller's may
-// be closed meanwhile, and its number be another file's.
+// Continues after a first refusal, with a descriptor of its own: the caller's may be
+// closed meanwhile, and its number may become another file's.
 DWORD TryOn(Guard& guard, int fd, LockNotes& notes, OneNote& note, bool wait,
             Outcome outcome) {
   const LockedRange lock = note.front().lock;
@@ -339,7 +341,7 @@ DWORD TryOn(Guard& guard, int fd, LockNotes& notes, OneNote& note, bool wait,
     outcome = isOpen ? Try(own.Get(), notes, note) : Outcome::kFailed;
     const int number = errno;
     if (asks && outcome != Outcome::kLocked) {
-      Settle(own.Get(), notes, lock.range);  // what the wait has brought
+      Settle(own.Get(), notes, lock.range);  // the lock that the wait has got
     }
     if (!isOpen) {
       return ERROR_INVALID_HANDLE;
@@ -381,7 +383,7 @@ DWORD UnlockRange(int fd, const Range& range) {
   const auto found = std::find_if(
       locks.begin(), locks.end(),
       [&range](const LockNotes::Noted& held) { return held.lock.range == range; });
-  // One that is not noted may be another process's, by the same open file.
+  // A lock that is not noted may be another process's, by the same open file.
   if (found == locks.end() &&
       (FirstLock(fd, F_WRLCK, range) != range || !IsItsOwn(fd, F_WRLCK, range))) {
     return ERROR_LOCK_VIOLATION;

@@ -17,7 +17,7 @@ struct LockedRange {
 
 /// What is remembered of an open file's locks; posix_lock.cpp alone looks into it.
 struct LockNotes {
-  /// Of an open file without locks, behind `fd`.
+  /// For the open file of `fd`, without locks.
   LockNotes(int fd, const Identity& openFile);
 
   enum class Asking { kNobody, kForShared, kForExclusive };
@@ -34,24 +34,23 @@ struct LockNotes {
   std::list<Noted> locks;           // the earliest first
 };
 
-/// Locks a range for an open descriptor: a code, 0 on success, 33 when it is not to be
-/// had. With `wait` it waits until it is to be had, and gives 6 when the descriptor is
+/// Locks a range for an open descriptor and returns a code, 0 on success, 33 when others
+/// have it locked. With `wait` it waits for them, and returns 6 when the descriptor is
 /// closed meanwhile. Throws std::bad_alloc, and then has locked nothing.
 DWORD LockRange(int fd, const LockedRange& lock, bool wait);
 
-/// Unlocks the range that was locked first of those with these bounds; 33 when there is
-/// none.
+/// Unlocks the earliest locked range with these bounds; 33 when there is none.
 DWORD UnlockRange(int fd, const Range& range);
 
-/// Unlocks all that an open file has, which is about to be closed. Its notes are then of
-/// no file.
+/// Unlocks everything of an open file that is about to be closed. Its notes are then
+/// unused.
 void GiveLocksBack(int fd, LockNotes& notes) noexcept;
 
 /// The same for a file that was closed by other means.
 void ForgetLocks(LockNotes& notes) noexcept;
 
-/// Have the notes consistent in the child while the process is forked; the child has to
-/// forget its parent's then.
+/// Keep the notes consistent while the process is forked; the child must then forget its
+/// parent's.
 void HoldLocks();
 void LetLocksGo();
 void LetLocksGoInChild();

@@ -86,13 +86,13 @@ Components Split(std::string_view name) {
   }
   TrimEnd(components);
   if (components.names.empty()) {
-    components.separatorAtEnd = false;  // the root's own
+    components.separatorAtEnd = false;  // the root's own separator
   }
   return components;
 }
 
 // Whether a component has a forbidden character; `begin` is where the given name begins,
-// before which the current directory stands. What ".." has taken out does not count.
+// before which the current directory stands. What ".." has removed does not count.
 bool HasForbidden(const Components& components, const char* begin, NameKind kind) {
   const auto& names = components.names;
   for (const std::string_view& name : names) {
@@ -113,13 +113,14 @@ std::string Join(const std::vector<std::string_view>& components) {
   return path.empty() ? "/" : path;
 }
 
-// What an absent drive answers: its root is a missing path, a name in the root a
+// The error code on an absent drive: its root is a missing path, a name in the root a
 // missing file.
 DWORD AbsentDriveCode(const Components& components) {
   return components.names.size() == 1 ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND;
 }
 
-// A relative name with the current directory before it; "" when that cannot be told.
+// A relative name with the current directory before it; "" when that cannot be
+// determined.
 std::string Absolute(std::string_view name) {
   if (!name.empty() && IsSeparator(name[0])) {
     return std::string(name);
@@ -160,7 +161,7 @@ DWORD Read(const char* name, NameKind kind, Path& result) {
   if (HasForbidden(components, whole.data() + whole.size() - rest.size(), kind)) {
     return ERROR_INVALID_NAME;
   }
-  // Of three dots before a separator two are left, which no name may be.
+  // Two are left of three dots before a separator, and no name may be that.
   const auto& names = components.names;
   if (std::find(names.begin(), names.end(), "..") != names.end()) {
     return ERROR_INVALID_NAME;
@@ -172,7 +173,7 @@ DWORD Read(const char* name, NameKind kind, Path& result) {
   return ERROR_SUCCESS;
 }
 
-// Callers' own calls tell what went wrong: errno stays as it was.
+// errno must keep what callers' own calls have set.
 DWORD Resolve(const char* name, Path& result) {
   const int number = errno;
   const DWORD code = Read(name, NameKind::kPlain, result);

@@ -36,8 +36,8 @@ bool OthersForbid(int fd, short type, const Range& range) {
   return fcntl(fd, F_OFD_GETLK, &record) == 0 && record.l_type != F_UNLCK;
 }
 
-// The question of the classic locks, which belong to a process: to those the locks of
-// every open file are somebody else's.
+// Asks by the classic locks, which belong to a process: to these the locks of every open
+// file are another one's.
 std::optional<Range> FirstLock(int fd, short type, const Range& range) {
   flock record = Record(type, range);
   if (fcntl(fd, F_GETLK, &record) != 0 || record.l_type == F_UNLCK) {

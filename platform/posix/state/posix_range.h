@@ -1,18 +1,19 @@
 #pragma once
 
 // Locks of open files on ranges of bytes ("open file description locks"), by which the
-// layer tells the system, and so all processes, what it has to tell of a file. Such a
-// lock belongs to the open file, whichever numbers its descriptors have in which
-// processes, and goes with the last of them.
+// layer publishes facts about a file to all processes. Such a lock belongs to the open
+// file, whatever numbers its descriptors have in which processes, and ends with the last
+// of them.
 //
 // The ranges that callers lock lie below 2^61. Offsets that no file reaches have other
 // purposes:
 //
-//     from 2^61           the callers' ranges anew, where somebody locks one exclusively
-//                         who may not write (posix_lock.cpp)
+//     from 2^61           the callers' ranges again, for exclusive locks of descriptors
+//                         that may not write (posix_lock.cpp)
 //     from 2^62           marks of open files (posix_identity.cpp)
-//     from 2^62 + 2^61    one byte each of those who share and may not read
-//     (posix_lock.cpp) the last six bytes  share modes (posix_share.cpp)
+//     from 2^62 + 2^61    one byte for each shared lock of a descriptor that may not
+//                         read (posix_lock.cpp)
+//     the last six bytes  share modes (posix_share.cpp)
 
 #include <fcntl.h>
 #include <sys/types.h>
@@ -34,20 +35,20 @@ struct Range {
   bool operator==(const Range&) const = default;
 };
 
-/// Locks a range for the open file behind `fd`, F_RDLCK or F_WRLCK, or unlocks it,
-/// F_UNLCK. What the open file had locked of it before is replaced. False, with EAGAIN,
-/// when another open file's lock stands against it; EBADF when `fd` may not read
-/// (F_RDLCK) or not write (F_WRLCK).
+/// Locks a range for the open file of `fd`, F_RDLCK or F_WRLCK, or unlocks it, F_UNLCK.
+/// What the open file had locked of it before is replaced. False, with EAGAIN, when
+/// another open file's lock conflicts; EBADF when `fd` may not read (F_RDLCK) or not
+/// write (F_WRLCK).
 bool SetLock(int fd, short type, const Range& range);
 
-/// The same, but waits until no other open file's lock stands against it. `fd` must not
-/// be closed meanwhile: after a signal it is used again.
+/// The same, but waits until no other open file's lock conflicts. `fd` must not be closed
+/// meanwhile: after a signal it is used again.
 bool SetLockWaiting(int fd, short type, const Range& range);
 
-/// Whether a lock of another open file stands against one of `type`.
+/// Whether a lock of another open file conflicts with one of `type`.
 bool OthersForbid(int fd, short type, const Range& range);
 
-/// The first lock that stands against one of `type` when the open file's own locks, set
+/// The first lock that conflicts with one of `type` when the open file's own locks, set
 /// by this process or another, count as well.
 std::optional<Range> FirstLock(int fd, short type, const Range& range);
 

@@ -1,7 +1,7 @@
-// Share modes between processes: six bytes far behind any file's end, locked for the open
-// file, so that the system lets go for a killed process, too. Each of the rights to read,
-// write and delete has two: a read lock on the first says "somebody has it", one on the
-// second "somebody denies it to others".
+// Share modes between processes: six bytes far past any file's end, locked for the open
+// file, so that the system unlocks them for a killed process, too. Each of the rights to
+// read, write and delete has two: a read lock on the first says "somebody has it", one on
+// the second "somebody denies it to others".
 //
 // Not emulated: share modes between processes on file systems without such locks,
 // and for a file that this process may write but not read (the locks need a
@@ -38,7 +38,7 @@ bool IsDeniedElsewhere(int fd, unsigned rights) {
 }
 
 bool TellShares(int fd, unsigned access, unsigned share) {
-  // First told, then looked: of two that do so at once at least one sees the other.
+  // Lock first, then look: of two that do so at once at least one sees the other.
   bool refused = false;
   for (const unsigned right : kRights) {
     if ((access & right) != 0) {

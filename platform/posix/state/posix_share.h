@@ -4,15 +4,15 @@
 
 namespace posix {
 
-/// Tells other processes what an open of the file behind `fd` has and what it
-/// does not share. False, and nothing is told, when theirs does not agree.
+/// Publishes to other processes the rights that an open of the file of `fd` has and those
+/// that it denies. False, and nothing is published, when theirs conflict.
 bool TellShares(int fd, unsigned access, unsigned share);
 
-/// Takes back what was told, before `fd` is closed: a process that was just started has
-/// the open file, too, until it runs another program.
+/// Withdraws this before `fd` is closed: a process that was just started has the open
+/// file, too, until it runs another program.
 void TakeSharesBack(int fd);
 
-/// Whether another open of the file behind `fd` denies one of `rights`.
+/// Whether another open of the file of `fd` denies one of `rights`.
 bool IsDeniedElsewhere(int fd, unsigned rights);
 
 }  // namespace posix

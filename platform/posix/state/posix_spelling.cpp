@@ -1,15 +1,14 @@
 // Finding names whatever their letter case.
 //
-// The names of large directories are remembered: hashes of them, and that a hash is not
-// among them tells that a name is not there in any spelling. The system's notices
-// (inotify) keep what is remembered true to what any process adds and removes. It sends
-// them before the call that made the change returns, so whatever is known to have been
-// done counts; times of change tell less, since the clock that they are taken from stands
-// still for milliseconds.
+// The names of large directories are remembered as hashes: if a name's hash is not among
+// them, the name is not there in any spelling. The system's notices (inotify) keep them
+// up to date with what any process adds and removes. It sends them before the call that
+// made the change returns, so no completed change is missed; times of change say less,
+// since their clock stands still for milliseconds.
 //
-// Not remembered: directories of file systems that other machines may change without a
-// notice, of which the ones known not to be so are listed below. These are read for every
-// name that does not exist as written.
+// Directories of file systems that other machines may change without a notice are not
+// remembered, but read for every name that does not exist as written. The file systems
+// known to be safe are listed below.
 
 #include "platform/posix/state/posix_spelling.h"
 
@@ -40,7 +39,7 @@ namespace {
 
 // A directory of fewer entries is read about as quickly as it is looked up.
 constexpr size_t kFewNames = 256;
-// What is remembered at the most: some 40 MB.
+// The most names that are remembered: some 40 MB.
 constexpr size_t kMostNames = 1'000'000;
 constexpr size_t kMostDirectories = 16;
 
@@ -141,8 +140,8 @@ void Listings::Remember(const std::string& directory) {
   }
 }
 
-// What is added while the directory is being read may count twice, and is later looked
-// for in vain. What is removed meanwhile was perhaps never counted.
+// A name added while the directory is being read may be counted twice, and later be
+// looked for in vain. A name removed meanwhile was perhaps never counted.
 void Listings::Watch(const Stream& stream) {
   struct stat status;
   const int directory = dirfd(stream.get());
@@ -169,7 +168,7 @@ void Listings::Watch(const Stream& stream) {
   beingRead_ = kNone;
 }
 
-// Without memory nothing stays remembered.
+// When memory runs out, everything is forgotten.
 void Listings::TakeNotices() try {
   alignas(inotify_event) std::array<char, 16384> buffer;
   while (IsNotified()) {
@@ -223,7 +222,7 @@ void Listings::Forget(int watch) {
   listings_.erase(watch);
 }
 
-// Forgets what has not been used for longest.
+// Forgets what has been unused for longest.
 void Listings::MakeRoom() {
   while (listings_.size() > kMostDirectories || NameCount() > kMostNames) {
     const auto oldest = std::min_element(
@@ -234,8 +233,8 @@ void Listings::MakeRoom() {
   }
 }
 
-// Whether notices come. The program may have closed their descriptor, and its number may
-// be another file's.
+// Whether notices arrive. The program may have closed their descriptor, and its number
+// may be another file's.
 bool Listings::IsNotified() {
   constexpr std::string_view kKind = "anon_inode:inotify";
   if (notices_ == kNone) {

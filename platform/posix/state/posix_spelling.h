@@ -1,16 +1,16 @@
 #pragma once
 
 // Names that differ in letter case alone are one name to the Windows calls, and several
-// to the file systems of this system.
+// names to most file systems here.
 
 #include <string>
 
 namespace posix {
 
-/// An entry of `directory` that is `name` but for letter case, or "". Of several it is
-/// the one that the system tells first. `directory` ends in "/".
+/// An entry of `directory` that is `name` except for letter case, or "". Of several it is
+/// the one that the system lists first. `directory` ends in "/".
 ///
-/// To know that there is none takes reading the whole directory. For a large one that is
+/// To find that there is none, the whole directory must be read. For a large one that is
 /// done once: see the source.
 std::string FindSpelling(const std::string& directory, const std::string& name);
 
