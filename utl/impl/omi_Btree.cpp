@@ -9,8 +9,8 @@
 
 namespace {
 
-// The order of insertion can make the tree much deeper than a balanced one: every walk
-// is a loop, as recursion might exhaust the stack. Ways are rarely longer than this.
+// The order of insertion can make the tree much deeper than a balanced one: every walk is
+// a loop, as recursion might exhaust the stack. Paths are rarely longer than this.
 constexpr std::size_t kUsualDepth = 32;
 
 int Compare(int searched, int key) {
@@ -38,13 +38,13 @@ void DeleteSubtree(Node* node, Node* Node::*left, Node* Node::*right) {
   }
 }
 
-// The root of a map, or of none.
+// The root of a map, or null without one.
 template <class K, class V>
 const omi_BtreeNode<K, V>* RootOf(const omi_Btree<K, V>* tree) {
   return tree != nullptr ? tree->Root() : nullptr;
 }
 
-// Lengthens the way from the root by a node and what follows it on that side.
+// Extends the path from the root by a node and what follows it on that side.
 template <auto side, class Node>
 void Descend(std::vector<const Node*>& way, const Node* node) {
   for (; node != nullptr; node = (node->*side)()) {
@@ -52,7 +52,8 @@ void Descend(std::vector<const Node*>& way, const Node* node) {
   }
 }
 
-// Leads the way to the next node in the direction `ahead`, or nowhere.
+// Moves the end of the path to the next node in the direction `ahead`; the path is empty
+// after the last.
 template <auto ahead, auto behind, class Node>
 void Step(std::vector<const Node*>& way) {
   if (way.empty()) {
@@ -155,8 +156,8 @@ void omi_BtreeNode<K, V>::UpdateHeight() {
                      right_ != nullptr ? right_->height_ + 1 : 0);
 }
 
-// Rebalances upwards after a change at the end of the way. It goes on above a height that
-// did not change: stopping there would give another shape.
+// Rebalances upwards after a change at the end of the path. It continues above a height
+// that did not change: stopping there would give another shape.
 template <class K, class V>
 void omi_BtreeNode<K, V>::Retrace(const std::vector<Step>& way) {
   for (auto step = way.rbegin(); step != way.rend(); ++step) {
@@ -190,8 +191,8 @@ void omi_BtreeNode<K, V>::Rebalance(omi_BtreeNode*& slot) {
   slot->UpdateHeight();
 }
 
-// The subtree that takes this node's place; this node is left without children. Of two
-// children it is led by the smallest node of the right one, and heights between that
+// The subtree that takes this node's place; this node is left without children. With two
+// children its root is the smallest node of the right one, and the heights between that
 // node's old parent and the right child stay as they were.
 template <class K, class V>
 omi_BtreeNode<K, V>* omi_BtreeNode<K, V>::TakeReplacement() {

@@ -49,7 +49,7 @@ class ChildProcess {
   int Wait();
 
  private:
-  class System;  // one version a target
+  class System;  // one version for each target
   explicit ChildProcess(std::unique_ptr<System> system);
 
   std::unique_ptr<System> system_;

@@ -4,8 +4,8 @@
 
 #include <functional>
 
-/// Whether a process can be copied and the copy go on without a program of its own, as
-/// `fork` makes it. Windows can only start programs, and the thread sanitizer cannot
+/// Whether a process can be copied, as by `fork`, and the copy go on without starting
+/// another program. Windows can only start programs, and the thread sanitizer cannot
 /// follow the threads of a copy.
 bool ProcessesCanBeCopied();
 
@@ -15,7 +15,7 @@ bool ProcessesCanBeCopied();
 /// REQUIRES: processes can be copied.
 int RunInProcessCopy(const std::function<int()>& work);
 
-/// A test of what holds in a copy; skipped where there is none.
+/// A test of what holds in a copy; skipped where there are none.
 template <class Base = testing::Test>
 class ProcessCopyTest : public Base {
  protected:
@@ -26,7 +26,8 @@ class ProcessCopyTest : public Base {
     Base::SetUp();
   }
 
-  /// `work`, in a copy, must give true. What fails in it by EXPECT_... is only printed.
+  /// Expects `work` to return true in a copy. What fails in it by EXPECT_... is only
+  /// printed.
   static void ExpectInCopy(const std::function<bool()>& work) {
     EXPECT_EQ(RunInProcessCopy([&] { return work() ? 0 : 1; }), 0);
   }

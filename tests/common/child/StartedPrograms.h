@@ -3,8 +3,8 @@
 #include <atomic>
 #include <thread>
 
-/// While it lives, a thread starts programs that do nothing, one after the other, in all
-/// the ways that the system has. They inherit nothing that they would keep.
+/// While it lives, a thread starts programs that do nothing, one after the other, in
+/// every way that the system has. They inherit nothing that they would keep.
 class StartedPrograms {
  public:
   StartedPrograms() : thread_(&StartedPrograms::Run, this) {}
@@ -25,7 +25,7 @@ class StartedPrograms {
       ++count_;
     }
   }
-  /// Starts a program and waits for its end; one version a target.
+  /// Starts a program and waits for its end; one version for each target.
   static void StartOne(int number);
 
   std::atomic<bool> ends_ = false;

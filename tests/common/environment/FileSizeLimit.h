@@ -1,7 +1,7 @@
 #pragma once
 
 /// While it lives, no file of this process grows beyond `bytes`, as if the disk were full
-/// there: standard output, where that is a file, as little as any other.
+/// there; that includes standard output, where that is a file.
 class FileSizeLimit {
  public:
   explicit FileSizeLimit(int bytes);

@@ -3,17 +3,17 @@
 #include <optional>
 #include <string>
 
-/// Whether another user may read a file. Nothing when no such user can be had.
+/// Whether another user may read a file. Nothing when there is no such user.
 std::optional<bool> OtherUserMayRead(const std::string& path);
 
-/// Makes the present process one of a user to whom file permissions apply: at once
-/// true when they do already, false when no such user can be had. In a child
-/// process only: there is no way back.
+/// Makes this process one of a user to whom file permissions apply: true at once when
+/// they already do, false when there is no such user. In a child process only: this
+/// cannot be undone.
 bool BecomeOtherUser();
 
-/// Gives a file to the user that BecomeOtherUser makes; false when that cannot be done.
+/// Gives a file to the user that BecomeOtherUser makes; false when that is impossible.
 bool GiveToOtherUser(const std::string& path);
 
-/// Takes the right to make files in a directory from everybody, and gives it back.
+/// Take the right to make files in a directory from everybody, and give it back.
 void ForbidCreation(const std::string& directory);
 void AllowCreation(const std::string& directory);

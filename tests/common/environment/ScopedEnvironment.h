@@ -9,8 +9,8 @@
 ///     ScopedEnvironment off("SCRATCH", nullptr);
 class ScopedEnvironment {
  public:
-  /// A null `value` clears the variable, and so does "": not every run time has a way to
-  /// set a variable of its own process to nothing. Of a child it can be set so.
+  /// A null `value` clears the variable, and so does "": not every run time can set a
+  /// variable of its own process to nothing. A child's can be set so.
   ScopedEnvironment(const char* name, const char* value);
   ~ScopedEnvironment();
   ScopedEnvironment(const ScopedEnvironment&) = delete;
@@ -25,5 +25,6 @@ class ScopedEnvironment {
 /// Sets `name` to the empty text for the processes started from here on.
 void SetEmptyForChildren(const char* name);
 
-/// Sets (or with null or "" clears) `name` where std::getenv reads; one version a target.
+/// Sets (or with null or "" clears) `name` where std::getenv reads; one version for each
+/// target.
 void SetEnvironment(const char* name, const char* value);

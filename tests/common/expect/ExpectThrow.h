@@ -33,7 +33,7 @@
 
 namespace expect_throw {
 
-/// What a statement threw, as far as the checks ask for it.
+/// What a statement threw, as far as the checks need it.
 struct Outcome {
   testing::AssertionResult isExpectedClass;
   atr_String text = {};

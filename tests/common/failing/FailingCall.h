@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-/// The system's calls that a test can make fail.
+/// The system's calls that a test can cause to fail.
 enum class SystemCall {
   kAccess,
   kCloseHandle,

@@ -8,7 +8,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Any thread may ask.
+// Atomic, as any thread may ask for the time.
 std::atomic<bool> standsStill = false;
 std::atomic<Clock::time_point> shown;
 
@@ -27,7 +27,7 @@ void FakeClock::Advance(Clock::duration time) {
   shown = shown.load() + time;
 }
 
-// Comes before the run time's own, which asks the same of the system.
+// Takes the place of the run time's own, and asks the system in the same way.
 Clock::time_point Clock::now() noexcept {
   if (standsStill) {
     return shown;

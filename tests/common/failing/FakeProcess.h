@@ -4,8 +4,8 @@
 // After windows.h:
 #include <psapi.h>
 
-/// What the time and the process are said to be while this object lives: what
-/// the members say, whatever the system says. One object at a time.
+/// While it lives, the time and the numbers of the process are those of its members, not
+/// the system's. One object at a time.
 ///
 ///     FakeProcess process;
 ///     process.SetTime(23, 59, 59, 500);
@@ -25,7 +25,7 @@ class FakeProcess {
   ULONGLONG kernel = 0;
   PROCESS_MEMORY_COUNTERS memory = {};
 
-  // How often each was asked for, and what the last calls were given.
+  // How often each was asked for, and the arguments of the last calls.
   int timeCalls = 0;
   int processorCalls = 0;
   int memoryCalls = 0;

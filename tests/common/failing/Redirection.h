@@ -10,8 +10,8 @@
 //       return REAL(CloseHandle)(handle);
 //     }
 //
-// A call is redirected in one place, in the source of the fake that it belongs to; each
-// target has a header of these two macros.
+// A call is redirected in one place, in the source of its fake; each target has a header
+// with these two macros.
 #include "Redirect.h"
 
 #include "common/failing/FailingCall.h"

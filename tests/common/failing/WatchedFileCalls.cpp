@@ -102,7 +102,7 @@ int WatchedDeletions::OfOpenFiles() const {
 
 static void CountDeletion(LPCSTR name) {
   const DWORD before = GetLastError();
-  // Nobody else may have the file open for any right of which no share is given here.
+  // Shares nothing: fails when anybody else has the file open.
   const HANDLE alone =
       REAL(CreateFileA)(name, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
   const bool isOpen =

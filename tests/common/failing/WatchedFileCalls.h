@@ -39,7 +39,7 @@ class WatchedDeletions {
   ~WatchedDeletions();
   WatchedDeletions(const WatchedDeletions&) = delete;
   WatchedDeletions& operator=(const WatchedDeletions&) = delete;
-  /// How many files were there to be deleted.
+  /// How many deleted files existed.
   int Count() const;
   /// How many of them somebody had open.
   int OfOpenFiles() const;

@@ -9,8 +9,8 @@
 /// at a time.
 class WatchedSockets {
  public:
-  /// `atEnd`, unless empty, is called at every end, before the layer goes down. A granted
-  /// version other than 0 is what the caller is told of each start.
+  /// `atEnd`, unless empty, is called at every end, before the layer goes down. A
+  /// `granted` other than 0 is the version that callers get at each start.
   explicit WatchedSockets(std::function<void()> atEnd = {}, WORD granted = 0);
   ~WatchedSockets();
   WatchedSockets(const WatchedSockets&) = delete;

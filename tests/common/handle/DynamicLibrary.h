@@ -9,10 +9,10 @@ class DynamicLibrary {
   DynamicLibrary(const DynamicLibrary&) = delete;
   DynamicLibrary& operator=(const DynamicLibrary&) = delete;
 
-  /// The function of that (mangled) name; null when the library was not loaded or has
-  /// none.
+  /// The function of that (mangled) name; null when the library was not loaded or lacks
+  /// it.
   AnyFunction Function(const char* name) const;
-  /// Gives the library back to the system; its functions must not be called any more.
+  /// Unloads the library; its functions must not be called any more.
   void Unload();
 
  private:

@@ -13,15 +13,15 @@ class Pipe {
   int Writer() const { return ends_[1]; }
   void CloseReader();
   void CloseWriter();
-  /// Has calls on both ends fail rather than wait, on systems that know such a thing.
+  /// Makes calls on both ends fail rather than wait, on systems that can do so.
   void DoNotBlock();
 
  private:
   int ends_[2];
 };
 
-/// While it lives, blocking calls of the calling process are interrupted again and again,
-/// on systems that know such a thing.
+/// While it lives, blocking calls of this process are interrupted again and again, on
+/// systems that interrupt calls.
 class Interruptions {
  public:
   Interruptions();
@@ -29,7 +29,7 @@ class Interruptions {
   Interruptions(const Interruptions&) = delete;
   Interruptions& operator=(const Interruptions&) = delete;
 
-  /// Whether the system knows them.
+  /// Whether the system interrupts calls.
   static bool AreKnown();
 };
 

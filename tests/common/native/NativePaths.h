@@ -4,14 +4,14 @@
 #include <string>
 #include <vector>
 
-/// What the library's names are to the system, which differs between the targets.
+/// Pairs of the library's names and the system's, which differ between the targets.
 
 struct NativeForm {
   const char* name;
   const char* native;
 };
 
-/// Names and what they are; paths and what they are to the library.
+/// Names with their native form, and paths with the library's name.
 std::vector<NativeForm> NativeForms();
 std::vector<NativeForm> FormsOfPaths();
 
@@ -20,7 +20,7 @@ struct NamelessPath {
   std::string shown;
 };
 
-/// Paths for which the library has no name, and how a message shows them.
+/// Paths for which the library has no name, and their form in a message.
 std::vector<NamelessPath> NamelessPaths();
 
 /// The length of such a name ("Z:\d\d") as the system writes it.

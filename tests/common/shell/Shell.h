@@ -2,20 +2,20 @@
 
 #include <string>
 
-/// Has the shell of the system below run a command, and waits for its end: for what other
-/// programs do that no Windows call can, such as making links and pipes with a name.
+/// Has the shell of the underlying system run a command, and waits for its end: for what
+/// no Windows call can do, such as making links and named pipes.
 ///
 ///     if (!RunShell("mkfifo " + ShellName(dir_.File("pipe")))) GTEST_SKIP();
 ///
-/// False when there is no such shell (it is there natively and under Wine), or when the
-/// command fails. It holds no double quotes.
+/// False when there is no such shell (there is one natively and under Wine), or when the
+/// command fails. REQUIRES: the command has no double quotes.
 bool RunShell(const std::string& command);
 
 /// A file's name, as the Windows calls take it, for use in a command.
 std::string ShellName(const std::string& path);
 
 /// Symbolic links in a directory, for as long as the object lives. (Under Wine the
-/// standard library cannot remove a directory that has some.)
+/// standard library cannot remove a directory with links.)
 ///
 ///     ShellLinks links(dir_.Path());
 ///     if (!links.Make("target", "link")) GTEST_SKIP() << "links cannot be made here";

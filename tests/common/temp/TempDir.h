@@ -2,12 +2,10 @@
 
 #include <string>
 
-/// A directory of its own for one test, removed with everything in it at the
-/// end.
+/// A directory for one test, removed with everything in it at the end.
 ///
-/// The names it gives are good for the C++ standard library and for the
-/// Windows calls alike, on both targets: "/tmp/kst_..." natively,
-/// "Z:\tmp\kst_..." under Wine.
+/// Its names work with both the C++ standard library and the Windows calls, on both
+/// targets: "/tmp/kst_..." natively, "Z:\tmp\kst_..." under Wine.
 class TempDir {
  public:
   TempDir();

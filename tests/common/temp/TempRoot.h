@@ -2,5 +2,5 @@
 
 #include <string>
 
-/// The directory, with its separator, in which tests place their directories.
+/// The directory, with its separator, in which tests make their directories.
 std::string TempRoot();

@@ -4,11 +4,11 @@
 #include <thread>
 
 /// Lets threads of a test begin together: each calls Wait(), and all go on when the last
-/// one has come.
+/// one has done so.
 ///
 /// Not std::latch: where there is no futex, libstdc++ 12 looks at the value before it
 /// takes the lock under which it sleeps, and notifies without that lock. A wake-up in
-/// between is lost, and on Windows threads hung. The same holds for std::barrier and for
+/// between is lost, and threads hung on Windows. The same holds for std::barrier and for
 /// std::atomic's wait(); std::condition_variable and std::future are sound.
 class StartLine {
  public:

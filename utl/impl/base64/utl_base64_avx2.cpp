@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t kGroups = 8;
 
-// The six bits of every character, from the bytes b0 b1 b2 of each group.
+// The six bits for each character, from the bytes b0 b1 b2 of each group.
 [[gnu::always_inline, KSTUTL_BASE64_HALVES]] inline __m256i SixBits(__m256i bytes) {
   // As b1 b0 b2 b1; then two characters by a multiplication that shifts to the right,
   // two by one that shifts to the left.
@@ -26,8 +26,8 @@ constexpr std::size_t kGroups = 8;
 }
 
 [[gnu::always_inline, KSTUTL_BASE64_HALVES]] inline __m256i Characters(__m256i values) {
-  // What a value's range adds to it: 0 for 26 to 51, 1 to 10 the digits, 11 and 12 the
-  // last two, 13 for 0 to 25.
+  // What is added to a value, by its range: 0 for 26 to 51, 1 to 10 for the digits, 11
+  // and 12 for the last two, 13 for 0 to 25.
   const __m256i distances = _mm256_broadcastsi128_si256(_mm_setr_epi8(
       'a' - 26, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
       '0' - 52, '0' - 52, '0' - 52, '+' - 62, '!' - 63, 'A', 0, 0));
@@ -42,7 +42,7 @@ constexpr std::size_t kGroups = 8;
 }
 
 // Whether all are of the alphabet. Each high half of a byte has a bit, which is set for
-// the low halves that do not go with it: 1 for 2x, 2 for 3x, 4 for 4x and 6x, 8 for 5x
+// the low halves that do not occur with it: 1 for 2x, 2 for 3x, 4 for 4x and 6x, 8 for 5x
 // and 7x, 16 for all others.
 [[gnu::always_inline, KSTUTL_BASE64_HALVES]] inline bool AllInAlphabet(__m256i chars) {
   const __m256i byLow = _mm256_broadcastsi128_si256(
@@ -55,8 +55,8 @@ constexpr std::size_t kGroups = 8;
                             _mm256_shuffle_epi8(byHigh, HighHalves(chars))) != 0;
 }
 
-// The values of characters of the alphabet, by a distance for each high half. "!" takes
-// the unused one before its own.
+// The values of characters of the alphabet, by a distance for each high half. "!" uses
+// the entry before its own, which is free.
 [[gnu::always_inline, KSTUTL_BASE64_HALVES]] inline __m256i Values(__m256i chars) {
   const __m256i distances = _mm256_broadcastsi128_si256(
       _mm_setr_epi8(0, 63 - '!', 62 - '+', 52 - '0', -'A', -'A', 26 - 'a', 26 - 'a', 0, 0,
@@ -84,7 +84,7 @@ bool Base64HasAvx2() {
 
 [[KSTUTL_BASE64_HALVES]] void Base64EncodeAvx2(const unsigned char* bytes,
                                                std::size_t groups, char* text) noexcept {
-  // 28 bytes are read for the 24 that count.
+  // 28 bytes are read, of which 24 are used.
   for (; groups >= kGroups + 2; groups -= kGroups) {
     const auto* first = reinterpret_cast<const __m128i_u*>(bytes);
     const auto* second = reinterpret_cast<const __m128i_u*>(bytes + 12);
@@ -105,7 +105,7 @@ bool Base64HasAvx2() {
     const __m256i chars =
         _mm256_loadu_si256(reinterpret_cast<const __m256i_u*>(text + 4 * done));
     if (!AllInAlphabet(chars)) {
-      break;  // the table tells where
+      break;  // the table finds the place
     }
     const __m256i lanes = Bytes(Values(chars));
     auto* const target = bytes + 3 * done;

@@ -1,19 +1,20 @@
 #pragma once
 
-// What utl_base64Encode and utl_base64Decode are made of.
+// The implementation of utl_base64Encode and utl_base64Decode.
 
 #include <cstddef>
 #include <span>
 
 #include "cow/cow_String.h"
 
-/// One way to convert whole groups of 3 bytes and 4 characters. All give the same.
+/// One way to convert whole groups of 3 bytes and 4 characters. All give the same
+/// results.
 struct utl_Base64Kernel {
   const char* name;
   /// Writes the characters of `groups` groups of bytes.
   void (*encode)(const unsigned char* bytes, std::size_t groups, char* text) noexcept;
-  /// Writes the bytes of the first groups, at most `groups`, that consist of characters
-  /// of the alphabet alone; how many there were. Writes nothing behind them.
+  /// Writes the bytes of the leading groups, at most `groups`, that consist of characters
+  /// of the alphabet alone, and returns how many there were. Writes nothing after them.
   std::size_t (*decode)(const unsigned char* text, std::size_t groups,
                         unsigned char* bytes) noexcept;
   bool available;  ///< false: this processor lacks the instructions
@@ -22,10 +23,10 @@ struct utl_Base64Kernel {
 /// Every kernel, the slowest (a group at a time, as the definition has it) first.
 std::span<const utl_Base64Kernel> utl_base64Kernels();
 
-/// The two functions over a kernel and an allocator of one's choice.
+/// The two functions with a given kernel and allocator.
 class utl_Base64Codec {
  public:
-  /// `allocate` gives blocks that ::operator delete releases, or null.
+  /// `allocate` returns blocks that ::operator delete releases, or null.
   utl_Base64Codec(const utl_Base64Kernel& kernel, void* (*allocate)(std::size_t))
       : kernel_(kernel), allocate_(allocate) {}
 

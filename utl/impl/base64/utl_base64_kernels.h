@@ -26,7 +26,7 @@ inline constexpr auto kBase64Values = [] {
   return values;
 }();
 
-/// A character, a value at a time.
+/// One character or value at a time.
 void Base64EncodePlain(const unsigned char* bytes, std::size_t groups,
                        char* text) noexcept;
 std::size_t Base64DecodePlain(const unsigned char* text, std::size_t groups,

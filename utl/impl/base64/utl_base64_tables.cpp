@@ -16,7 +16,7 @@ constexpr auto kPairs = [] {
   return pairs;
 }();
 
-// Above the 24 bits of a group: set by each byte that is not of the alphabet.
+// Above the 24 bits of a group: set by each byte outside the alphabet.
 constexpr std::uint32_t kOutside = std::uint32_t{1} << 24;
 
 // For each place in a group the byte's value, shifted to where it belongs.

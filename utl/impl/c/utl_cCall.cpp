@@ -13,7 +13,7 @@
 
 namespace {
 
-// A thread's own, without anything to be done at the thread's end.
+// An array, which needs no destructor at the thread's end.
 thread_local char lastError[1024] = "";
 
 void Remember(const char* function, std::string_view text) noexcept {
@@ -51,7 +51,7 @@ kst_Status StatusOf(const nex_Exception& failure) {
   return kst_Failed;
 }
 
-// The exception that is being handled; what it throws itself is for want of memory.
+// The status of the exception that is being handled. Throws only when memory runs out.
 kst_Status Failed(const char* function) {
   try {
     throw;

@@ -1,6 +1,6 @@
 #pragma once
 
-// Internal to the library: what all functions of the C interface do around their work.
+// Internal to the library: what all functions of the C interface share.
 
 #include "cow/cow_String.h"
 #include "utl/impl/c/utl_cState.h"
@@ -18,13 +18,14 @@ struct utl_CFailure {
 /// Throws kst_BadArgument, "ARGUMENT is null", if it is.
 void utl_cRequire(const void* pointer, const char* argument);
 
-/// Hands out a text as all functions do that have these three arguments.
+/// Copies a text to the caller, as utl_c.h describes for these three arguments.
 void utl_cHandOut(const cow_String& text, char* buffer, size_t size, size_t* length);
 
-/// Makes the exception that is being handled the thread's last error; its status.
+/// Makes the exception that is being handled the thread's last error, and returns its
+/// status.
 kst_Status utl_cFailed(const char* function) noexcept;
 
-/// Does the work of `function`; the status of what it throws.
+/// Does the work of `function`; returns kst_Ok or the status of what it throws.
 template <class Work>
 kst_Status utl_cTry(const char* function, Work work) noexcept {
   try {
@@ -35,7 +36,7 @@ kst_Status utl_cTry(const char* function, Work work) noexcept {
   }
 }
 
-/// The same for the functions that need the library started, whose work gets its state.
+/// The same for functions that need the library started; their work gets its state.
 template <class Work>
 kst_Status utl_cCall(const char* function, Work work) noexcept {
   return utl_cTry(function, [&] {

@@ -1,6 +1,6 @@
 #pragma once
 
-// Internal to the library: files that the C interface opens, and why that fails.
+// Internal to the library: files that the C interface opens, and their failures.
 
 #include "utl/impl/c/utl_cCall.h"
 #include "utl/utl_File.h"
@@ -9,12 +9,12 @@
 utl_FileAccess utl_cAccess(int access);
 
 /// Whether this failure of utl_File comes from the system's error `code`, which only its
-/// text tells.
+/// text shows.
 bool utl_cHasCode(const nex_TextException& failure, int code);
 constexpr int utl_kCSharingViolation = 32;
 constexpr int utl_kCEndOfFile = 38;
 
-/// Throws kst_ReadOnly for an object that was opened for reading; else the object.
+/// The object. Throws kst_ReadOnly if it was opened for reading.
 template <class Object>
 Object& utl_cWritable(utl_COpen<Object>& open) {
   if (open.isReadOnly) {

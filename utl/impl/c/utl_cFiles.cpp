@@ -10,7 +10,7 @@
 
 namespace {
 
-// What is read and written at once.
+// How much is read or written at once.
 constexpr std::size_t kPiece = std::size_t{1} << 30;
 
 using OpenFile = utl_COpen<utl_File>;

@@ -18,7 +18,7 @@ void Mark(const char* label) {
   utl_IOTracker_Mark(label);
 }
 
-// The place of a phase.
+// The entry of a phase.
 std::optional<cow_String>& Phase(utl_CState& state, int timer) {
   if (timer < 0 || timer >= static_cast<int>(state.phases.size())) {
     utl_cFail(kst_BadArgument, "timer is not from 0 to 19");

@@ -21,14 +21,14 @@ OpenSections& Open(utl_CState& state, kst_Sections* sections) {
   return *open;
 }
 
-// The text that the C++ interface's header gives.
+// Compares with the text that utl_MultisectionFile.h states.
 bool IsLockRefused(const nex_TextException& failure) {
   constexpr char kText[] = ": Cannot create the lock file.";
   const atr_String text = failure.AsString();
   return std::string_view(text.c_str()).ends_with(kText);
 }
 
-// Gives failures whose cause lies in the contents of the file their status.
+// Turns failures that the contents of the file cause into kst_Damaged.
 template <class Work>
 void WithContents(Work work) {
   try {
@@ -39,7 +39,7 @@ void WithContents(Work work) {
     }
     throw;
   } catch (const nex_TextException& failure) {
-    // What has no class of its own.
+    // Failures without a class of their own.
     if (typeid(failure) == typeid(nex_TextException)) {
       utl_cFail(IsLockRefused(failure) ? kst_Locked : kst_Damaged,
                 failure.AsString().c_str());

@@ -33,7 +33,7 @@ void CheckArguments(int argc, char** argv) {
   }
 }
 
-// Closes what is still open; the status of the last that could not be closed.
+// Closes what is still open; returns the status of the last that could not be closed.
 template <class Object, class Handle>
 void CloseAll(utl_CHandles<Object>& handles, kst_Status (*close)(Handle*),
               kst_Status& status) {
@@ -65,7 +65,7 @@ void Begin(int argc, char** argv) {
   }
 }
 
-// In the bytes that the library takes, where the system's own are others.
+// The path in the bytes that the library takes, which may differ from the system's own.
 cow_String Native(const cow_String& path) {
   const std::filesystem::path native = utl_nativePath(path);
   if (std::is_same_v<std::filesystem::path::value_type, char>) {

@@ -1,6 +1,6 @@
 #pragma once
 
-// Internal to the library: what the C interface has between its start and its end.
+// Internal to the library: the state of the C interface between its start and its end.
 
 #include <array>
 #include <map>
@@ -24,10 +24,10 @@ struct utl_COpen {
   bool isReadOnly;
 };
 
-/// Objects behind handles. A handle is a number in a pointer's clothes and never used
-/// twice, so that one that was closed is known as such.
+/// Objects that handles stand for. A handle is a number in a pointer's type and never
+/// used twice, so that a closed one is recognised.
 ///
-/// Threads: any. The object itself is its user's.
+/// Threads: any. The objects themselves are not locked.
 template <class Object>
 class utl_CHandles {
  public:

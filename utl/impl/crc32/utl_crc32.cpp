@@ -30,7 +30,7 @@ utl_Crc32Function Fastest() {
 
 std::uint32_t FirstCall(std::uint32_t reg, const void* data, std::size_t size) noexcept;
 
-// Threads that make the first call together all store the same.
+// Threads that make the first call at the same time all store the same.
 std::atomic<utl_Crc32Function> chosen = FirstCall;
 
 std::uint32_t FirstCall(std::uint32_t reg, const void* data, std::size_t size) noexcept {

@@ -9,17 +9,17 @@
 /// The register before the first byte.
 inline constexpr std::uint32_t utl_kCrc32Start = 0xFFFFFFFFu;
 
-/// Takes the checksum on over `size` bytes: the CRC catalogued as CRC-32/MPEG-2
-/// (polynomial 0x04C11DB7, most significant bit first, nothing reflected, no
-/// final inversion; "123456789" gives 0x0376E6E7, no bytes 0xFFFFFFFF).
+/// Continues the checksum over `size` bytes: the CRC catalogued as CRC-32/MPEG-2
+/// (polynomial 0x04C11DB7, most significant bit first, nothing reflected, no final
+/// inversion; "123456789" gives 0x0376E6E7, no bytes 0xFFFFFFFF).
 ///
-/// `reg` is utl_kCrc32Start or the result for the bytes before, so a block may be
-/// taken in any pieces. Any thread may call it at any time. Never throws.
+/// `reg` is utl_kCrc32Start or the result for the bytes before, so a block may be divided
+/// in any way. Any thread may call it at any time. Never throws.
 std::uint32_t utl_crc32(std::uint32_t reg, const void* data, std::size_t size) noexcept;
 
-/// Copies `size` bytes and takes the checksum on over them, block by block, so
-/// that the data passes through the processor's cache once.
-/// REQUIRES: the two ranges do not overlap.
+/// Copies `size` bytes and continues the checksum over them, block by block, so that the
+/// data passes through the processor's cache once. REQUIRES: the two ranges do not
+/// overlap.
 std::uint32_t utl_crc32Copy(std::uint32_t reg, void* to, const void* from,
                             std::size_t size) noexcept;
 

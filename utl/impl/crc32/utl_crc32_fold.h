@@ -60,7 +60,7 @@ KSTUTL_CRC32_FOLD __m128i Crc32Join(__m128i a, __m128i b, __m128i c, __m128i d) 
 /// REQUIRES: `acc` holds earlier bytes, so 16 bytes before the end can be read.
 KSTUTL_CRC32_FOLD __m128i Crc32FoldTail(__m128i acc, const unsigned char* bytes,
                                         std::size_t size) {
-  // A window on this shifts by bytes; what comes from outside is 0 (bit 7 set).
+  // A window on this table shifts by bytes; what is shifted in is 0 (bit 7 set).
   static constexpr unsigned char kShift[48] = {
       0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80,
       0x80, 0x80, 0x80, 0x80, 0,    1,    2,    3,    4,    5,    6,    7,
@@ -93,7 +93,7 @@ KSTUTL_CRC32_FOLD std::uint32_t Crc32Reduce(__m128i acc) {
   return static_cast<std::uint32_t>(_mm_cvtsi128_si32(_mm_xor_si128(product, to64)));
 }
 
-/// The rest of a message behind an accumulator.
+/// The rest of a message after an accumulator.
 KSTUTL_CRC32_FOLD std::uint32_t Crc32Finish(__m128i acc, const unsigned char* bytes,
                                             std::size_t size) {
   for (; size >= 16; size -= 16, bytes += 16) {

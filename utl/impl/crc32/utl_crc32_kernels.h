@@ -1,7 +1,7 @@
 #pragma once
 
-// The kernels behind utl_crc32, each in its own source, and the arithmetic that
-// their constants come from: polynomials over GF(2), bit i for x^i.
+// The kernels of utl_crc32, each in its own source, and the arithmetic that their
+// constants come from: polynomials over GF(2), bit i for x^i.
 
 #include <cstddef>
 #include <cstdint>

@@ -26,7 +26,7 @@ constexpr Table kTable = MakeTable();
 
 constexpr std::size_t kSlice = 16;
 
-// Table k gives the effect of a byte that k further bytes of the slice follow.
+// Table k gives the effect of a byte with k more bytes of the slice after it.
 constexpr std::array<Table, kSlice> MakeSliceTables() {
   std::array<Table, kSlice> tables{};
   tables[0] = kTable;

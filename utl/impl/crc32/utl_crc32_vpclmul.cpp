@@ -4,8 +4,8 @@
 
 namespace {
 
-// The zero-masked forms of two intrinsics, with every lane kept, are those of which
-// gcc does not say that they read something uninitialized.
+// The zero-masked forms of two intrinsics, with every lane kept, because gcc warns that
+// the plain ones read something uninitialized.
 [[gnu::always_inline, KSTUTL_CRC32_WIDE]] inline __m512i FourTimes(__m128i lane) {
   return _mm512_maskz_broadcast_i32x4(0xFFFF, lane);
 }

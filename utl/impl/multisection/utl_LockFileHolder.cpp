@@ -45,8 +45,8 @@ bool utl_LockFileHolder::TryOnce() const {
   platform::GiveRights(reinterpret_cast<void*>(_get_osfhandle(descriptor)), like_);
   _close(descriptor);
   if (descriptor == 0) {
-    // Counts as a failure, as it always has; but the file just made must not lock the
-    // next attempt out.
+    // Descriptor 0 counts as a failure, as it always has; but the file just made must not
+    // lock out the next attempt.
     _unlink(path_.c_str());
     return false;
   }

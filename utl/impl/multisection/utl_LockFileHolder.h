@@ -10,7 +10,8 @@
 class utl_LockFileHolder {
  public:
   /// Makes `attempts` attempts at once; 0 only records the path. The lock file gets the
-  /// rights of the open file whose handle `like` is; without one it is its owner's alone.
+  /// rights of the open file with the handle `like`; without one only its owner may use
+  /// it.
   utl_LockFileHolder(const cow_String& path, int attempts, unsigned pauseMilliseconds,
                      void* like = nullptr);
   /// Removes the lock file if this object made it; the copy of it in a forked child
@@ -20,14 +21,14 @@ class utl_LockFileHolder {
   utl_LockFileHolder& operator=(const utl_LockFileHolder&) = delete;
 
   /// Tries up to `attempts` times to make the file, with a pause after each failed
-  /// attempt, the last one too. True when the lock is held, also from before.
+  /// attempt, the last one too. True when the lock is held, even if it already was.
   bool acquire(int attempts, unsigned pauseMilliseconds);
 
  private:
   bool TryOnce() const;
 
   bool held_ = false;
-  std::uint32_t process_ = 0;  // who made the file
+  std::uint32_t process_ = 0;  // the one that made the file
   cow_String path_;
   void* like_;
 };

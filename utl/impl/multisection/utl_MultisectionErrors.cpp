@@ -7,7 +7,7 @@
 namespace {
 
 constexpr char kSource[] = "utl/impl/utl_MultisectionFile";
-constexpr int kLine = 323;  // that of all errors, whichever function meets them
+constexpr int kLine = 323;  // of all these errors, whichever function meets them
 
 cow_String InFile(const cow_String& path, const atr_String& message) {
   atr_translate prefix("\"%s\": ");

@@ -13,9 +13,10 @@ class utl_SectionDirectory;
 inline constexpr unsigned char kMultisectionTag[4] = {0x28, 0xC1, 0x1D, 0xAF};
 inline constexpr int kMultisectionVersion = 1;
 inline constexpr int kMultisectionHeaderSize = 12;
-inline constexpr int kMultisectionEntrySize = 12;  // and the name
+inline constexpr int kMultisectionEntrySize = 12;  // and its name
 
-/// File to file, and file to checksum, in pieces that stay in the processor's cache.
+/// Bytes are copied and checked in pieces of this size, which stay in the processor's
+/// cache.
 inline constexpr int kMultisectionPiece = 256 * 1024;
 
 /// Reads header and directory from the start of `file`.

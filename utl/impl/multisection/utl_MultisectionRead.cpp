@@ -11,7 +11,7 @@
 
 namespace {
 
-/// The bytes of a file in their order, fetched in larger pieces.
+/// Reads the bytes of a file in order, in larger pieces.
 class BufferedReader {
  public:
   explicit BufferedReader(utl_File& file) : file_(file), buffer_(kBuffer) {}
@@ -39,7 +39,7 @@ class BufferedReader {
     return count == 0 || SkipInFile(count);
   }
 
-  /// Goes back to `position`, which lies in the first piece.
+  /// Goes back to `position`, which is in the first piece.
   void Rewind(int position) {
     if (position_ == next_) {
       next_ = position;  // the buffer still has the first piece
@@ -49,7 +49,7 @@ class BufferedReader {
     }
   }
 
-  /// In the file.
+  /// The position in the file.
   std::int64_t Position() const { return position_; }
 
  private:
@@ -110,8 +110,8 @@ class DirectoryReader {
     count_ = std::max(Int(), 0);
   }
 
-  /// Passes over the entries. What a damaged count or length promises is found to be
-  /// missing here, before any memory is taken for it.
+  /// Passes over the entries. Bytes that a damaged count or length promises are found
+  /// missing here, before any memory is taken for them.
   void Measure() {
     for (int i = 0; i < count_; ++i) {
       Expect(reader_.Skip(NameLength()));

@@ -14,7 +14,7 @@
 
 namespace {
 
-/// Writes to a file through a buffer, so that many small pieces make one call.
+/// Writes to a file through a buffer, so that many small pieces take one call.
 class GatheringWriter {
  public:
   explicit GatheringWriter(utl_File& file) : file_(file), buffer_(kMultisectionPiece) {}
@@ -61,7 +61,7 @@ class GatheringWriter {
     }
   }
 
-  /// How many bytes the file has got; those in the buffer do not count.
+  /// How many bytes are in the file; those in the buffer do not count.
   std::int64_t Written() const { return written_; }
 
  private:
@@ -86,8 +86,8 @@ void WriteDirectory(GatheringWriter& out, const utl_SectionDirectory& directory)
   }
 }
 
-// Copies the bytes of sections from the file that holds them, from `first` on to the
-// last one that follows without a gap; the next section.
+// Copies the bytes of sections from the file that holds them, from `first` to the last
+// one that follows without a gap, and returns the next section.
 int CopySections(GatheringWriter& out, const utl_SectionDirectory& directory, int first,
                  utl_File& file, const cow_String& path) {
   const std::int64_t begin = directory[first].place;
@@ -165,7 +165,7 @@ struct TemporaryFile {
   utl_File file;
 };
 
-// What of the new file was written counts as saved, also after a failure.
+// Writes the new file. The part that was written counts as saved, even after a failure.
 void WriteAndSettle(utl_File& temporary, utl_SectionDirectory& directory, utl_File& file,
                     const cow_String& path) {
   GatheringWriter out(temporary);
@@ -200,7 +200,7 @@ void utl_multisectionSave(utl_File& file, const cow_String& path,
   WriteAndSettle(temporary.file, directory, file, path);
   temporary.file.Flush();
   CopyOver(file, temporary);
-  file.Flush();  // before the temporary file goes, or a loss of power loses both
+  file.Flush();  // before the temporary file is deleted, or a loss of power loses both
 }
 
 void utl_multisectionSaveAtomically(utl_File& file, const cow_String& path,
@@ -213,7 +213,7 @@ void utl_multisectionSaveAtomically(utl_File& file, const cow_String& path,
   try {
     temporary.file.Replace(file);
   } catch (const utl_FileExceptionFlush&) {
-    directory.Settle(out.Written());  // it was replaced all the same
+    directory.Settle(out.Written());  // the file has been replaced
     throw;
   }
   directory.Settle(out.Written());

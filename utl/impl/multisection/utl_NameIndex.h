@@ -9,13 +9,13 @@
 #include <string_view>
 #include <vector>
 
-/// Finds names among those numbered from 0 on, which are only ever appended to.
+/// Finds names in a list that is numbered from 0 and only ever appended to.
 ///
 /// The numbers are kept sorted by the names' hashes, and by the names themselves where
-/// hashes are equal, so that no choice of names makes it slow. What was appended is
-/// sorted by the next search into a run of its own, and merged into the run before it
-/// once that one is no longer than itself: a search looks into few runs, and a number is
-/// seldom moved. A number takes eight bytes.
+/// hashes are equal, so that no choice of names makes it slow. The next search sorts what
+/// was appended into a new run, and merges that with the run before it while that one is
+/// not the longer: a search looks at few runs, and a number is rarely moved. A number
+/// takes eight bytes.
 ///
 /// `Hash` is a parameter for the tests.
 template <class Hash = std::hash<std::string_view>>
@@ -24,7 +24,7 @@ class utl_NameIndex {
   static constexpr int kNone = -1;
 
   /// The first of the names 0 to `count` - 1 that is `name`, or kNone. `nameOf(number)`
-  /// is a name, the same one in every call.
+  /// gives a name, the same one in every call.
   template <class NameOf>
   int Find(std::string_view name, int count, NameOf nameOf) {
     Enter(count, nameOf);
@@ -58,7 +58,7 @@ class utl_NameIndex {
   }
 
   // The first key of a run whose hash is not less. std::lower_bound branches at every
-  // step, which the processor guesses wrong every other time.
+  // step, which the processor mispredicts every other time.
   static const Key* FirstOfHash(const Key* run, std::ptrdiff_t length,
                                 std::uint32_t hash) {
     while (length > 1) {

@@ -11,10 +11,10 @@
 #include "cow/cow_String.h"
 #include "utl/impl/multisection/utl_NameIndex.h"
 
-/// A section, but for its name.
+/// A section without its name.
 struct utl_Section {
-  /// Where its bytes stand in the file, if they are not held here. Wide, as a damaged
-  /// file's lengths may sum to anything.
+  /// Where its bytes are in the file, if they are not held here. 64 bits, as a damaged
+  /// file's lengths may add up to anything.
   std::int64_t place = 0;
   /// Its bytes, if they were set and are not in the file yet.
   std::unique_ptr<char[]> data = nullptr;
@@ -24,9 +24,8 @@ struct utl_Section {
 
 /// The sections in the order of the file, each known by its number, from 0 on.
 ///
-/// A damaged file can have a directory of millions of entries: an entry costs here 28
-/// bytes and its name, where it costs 12 and its name in the file, and 8 more once names
-/// are searched.
+/// A damaged file can have a directory of millions of entries: an entry takes 28 bytes
+/// and its name here, 12 and its name in the file, and 8 more once names are searched.
 class utl_SectionDirectory {
  public:
   static constexpr int kNone = utl_NameIndex<>::kNone;
@@ -45,14 +44,14 @@ class utl_SectionDirectory {
   /// Bytes of that file. A negative length counts as 0.
   std::int64_t FileSize() const;
 
-  /// Gives the section of this name, a new last one if there is none, these bytes.
+  /// Gives these bytes to the section of this name, a new last one if there is none.
   /// Changes nothing when it throws.
   void Set(const cow_String& name, std::unique_ptr<char[]> data, int length,
            std::uint32_t checksum);
 
   /// Takes the memory for so many sections, so that appending them takes no more.
   void Reserve(int sections, std::size_t nameBytes);
-  /// A new last section, whose name is to be written to the `nameLength` bytes returned.
+  /// Adds a last section; the caller writes its name to the `nameLength` bytes returned.
   char* Append(int nameLength);
   /// The last section.
   utl_Section& Last() { return sections_[Index(Count() - 1)]; }
@@ -65,7 +64,7 @@ class utl_SectionDirectory {
   static std::size_t Index(int section) { return static_cast<std::size_t>(section); }
   std::size_t NamesEnd() const { return nameEnds_.empty() ? 0 : nameEnds_.back(); }
 
-  // nameEnds_ has the last word on how many sections there are: the others may have more
+  // The size of nameEnds_ is the number of sections: the others may have more elements
   // after a failure.
   std::vector<std::uint32_t> nameEnds_;
   std::vector<char> names_;  // one after the other

@@ -16,8 +16,8 @@ bool isCopy = false;
 
 }  // namespace
 
-// What only threads hold that a copy does not have would be reported as lost, so no copy
-// is searched for leaks.
+// What belongs to threads that a copy does not have would be reported as leaked, so
+// copies are not searched for leaks.
 int __lsan_is_turned_off() {
   return isCopy ? 1 : 0;
 }
@@ -29,7 +29,7 @@ bool ProcessesCanBeCopied() {
 
 int RunInProcessCopy(const std::function<int()>& work) {
   constexpr unsigned kLongestLife = 60;  // seconds
-  // Not all streams: those of the code under test are to be copied as they are.
+  // Not all streams: those of the code under test must be copied as they are.
   std::fflush(stdout);
   std::fflush(stderr);
   const pid_t copy = fork();

@@ -109,7 +109,7 @@ bool ChildProcess::System::IsRunning() {
 }
 
 void ChildProcess::System::Kill() {
-  // The code that the end by signal 9 has on the other target.
+  // The exit code after signal 9 on the other target.
   if (IsRunning()) {
     TerminateProcess(handles_->process, 137);
   }

@@ -9,8 +9,8 @@
 #include <vector>
 
 bool AllowOnlyReadAndWrite() {
-  // Besides those two, what memory, waiting and the end of a process need; the address
-  // sanitizer asks for the signals' stack at the end.
+  // Besides reading and writing, what memory, waiting and the end of a process need; the
+  // address sanitizer asks for the signals' stack at the end.
   constexpr unsigned kAllowed[] = {__NR_read,  __NR_write,       __NR_brk,
                                    __NR_mmap,  __NR_munmap,      __NR_madvise,
                                    __NR_futex, __NR_sigaltstack, __NR_exit_group};

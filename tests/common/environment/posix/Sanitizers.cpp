@@ -8,7 +8,7 @@ const char* __lsan_default_suppressions() {
   return "leak:_fsopen\n";
 }
 
-// That a descriptor is closed while another thread waits with it is what this test does.
+// This test closes a descriptor while another thread waits with it.
 extern "C" const char* __tsan_default_suppressions() {
   return "race:FlockTest_InterruptedWaitLocksNoOtherFileOfTheNumber_Test\n";
 }

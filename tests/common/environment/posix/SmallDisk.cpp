@@ -12,7 +12,8 @@ bool WriteFile(const std::string& path, const std::string& text) {
   return static_cast<bool>(std::ofstream(path) << text << std::flush);
 }
 
-// Whoever may not mount may do so among users of his own, where he is root.
+// A process that may not mount may do so in a user namespace of its own, where it is
+// root.
 bool BecomeOwnRoot() {
   const std::string user = "0 " + std::to_string(geteuid()) + " 1";
   const std::string group = "0 " + std::to_string(getegid()) + " 1";

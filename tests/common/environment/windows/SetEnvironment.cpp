@@ -5,7 +5,7 @@
 
 #include "common/environment/ScopedEnvironment.h"
 
-// The C run time has no way to set a variable to the empty text: that clears it.
+// The C run time cannot set a variable to the empty text: that clears it.
 void SetEnvironment(const char* name, const char* value) {
   const std::string text = value != nullptr ? value : "";
   _putenv((std::string(name) + "=" + text).c_str());

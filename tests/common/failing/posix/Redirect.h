@@ -4,8 +4,8 @@
 
 #include <cstddef>
 
-// The program defines the calls itself: its functions come before those of the same name
-// in a shared library, also for calls from there.
+// The program defines the calls itself: its functions take precedence over those of the
+// same name in a shared library, even for calls from there.
 
 #define REDIRECT(Result, name, ...) Result name(__VA_ARGS__)
 

@@ -6,7 +6,7 @@
 #include <stdexcept>
 
 void SetWriteTime(const std::string& path, std::int64_t milliseconds) {
-  // The nanoseconds count forwards, before 1970 too.
+  // The nanoseconds count forwards, even before 1970.
   const std::int64_t fraction = (milliseconds % 1000 + 1000) % 1000;
   const timespec written = {(milliseconds - fraction) / 1000, fraction * 1'000'000};
   const timespec times[] = {{0, UTIME_OMIT}, written};

@@ -46,6 +46,6 @@ bool Interruptions::AreKnown() {
   return false;
 }
 
-// There is none.
+// There is no such signal.
 IgnoredPipeSignal::IgnoredPipeSignal() = default;
 IgnoredPipeSignal::~IgnoredPipeSignal() = default;

@@ -6,8 +6,8 @@
 
 #include "common/temp/TempDir.h"
 
-// Wine starts the system's own programs, but tells nothing of their end: the command
-// leaves a mark.
+// Wine starts the system's own programs, but does not report their end: the command makes
+// a file as a sign.
 bool RunShell(const std::string& command) {
   const TempDir dir;
   const std::string done = dir.File("done");
