@@ -5,7 +5,7 @@
 #include <utility>
 
 /// Owns a handle of the system, or INVALID_HANDLE_VALUE for none, and closes it at the
-/// end of its scope. Quiet: a failing close is not reported.
+/// end of its scope. A failing close is not reported.
 class ScopedHandle {
  public:
   explicit ScopedHandle(HANDLE handle) noexcept : handle_(handle) {}

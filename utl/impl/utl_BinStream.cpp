@@ -16,14 +16,15 @@ namespace {
 
 constexpr char kSource[] = "utl/impl/utl_BinStream";
 
-// The positions that these errors report, whatever line of the source they come from.
+// The lines that these errors report, wherever in the source they are thrown.
 constexpr int kOutputModeLine = 30;
 constexpr int kWriteErrorLine = 42;
 constexpr int kInputModeLine = 128;
 constexpr int kEndOfFileLine = 139;
 constexpr int kReadErrorLine = 144;
 
-// The most that one call is given: a result is an int, and larger counts are invalid.
+// The most that one call may transfer: its result is an int, and larger counts are
+// invalid.
 constexpr std::int64_t kLargestCall = 0x7FFFFFFF;
 
 unsigned int CallCount(std::int64_t count) {
@@ -63,7 +64,7 @@ void utl_BinOStream::WriteBytes(const void* data, std::int64_t count) {
   while (count > 0) {
     const int written = _write(fd_, position, CallCount(count));
     if (written <= 0) {
-      // Nothing written without an error: there is no room, and never will be.
+      // Nothing was written and there is no error: the device is full.
       utl_BinStreamWriteError(Message("%s", written < 0 ? errno : ENOSPC))
           .Throw(kSource, kWriteErrorLine);
     }
@@ -134,8 +135,8 @@ void utl_BinIStream::ReadBytes(void* data, std::int64_t count) const {
   while (count > 0) {
     const int read = _read(fd_, position, CallCount(count));
     if (read == 0) {
-      // Run times may remember the end until a seek: more is found if there is more
-      // later.
+      // Run times may remember the end until a seek, which lets what is appended later be
+      // found.
       _lseeki64(fd_, 0, SEEK_CUR);
       utl_BinStreamEOF(atr_translate("*** ERROR: End of file on binary stream.").Result())
           .Throw(kSource, kEndOfFileLine);

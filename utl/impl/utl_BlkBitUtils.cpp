@@ -14,7 +14,7 @@ namespace {
 constexpr char kSource[] = "utl/impl/utl_BlkBitUtils";
 
 constexpr std::uint64_t kWordBits = 32;
-// Of a piece, besides its first item.
+// In a piece, besides its first item.
 constexpr int kMaxFurtherItems = 6;
 
 void AppendNumber(std::string& text, std::uint64_t number, int base) {
@@ -38,7 +38,7 @@ std::uint64_t WordCount(const omi_BlkBitVect& mask) {
 }
 
 // The number at the beginning of `text` by the rules of sscanf, or `otherwise` when there
-// is none of 32 bits. A minus sign makes the number's two's complement of it.
+// is none that fits 32 bits. A minus sign negates it in two's complement.
 std::uint32_t Number(std::string_view text, int base, std::uint32_t otherwise) {
   const std::size_t start = text.find_first_not_of(" \t\n\v\f\r");
   text.remove_prefix(std::min(start, text.size()));

@@ -48,7 +48,7 @@ utl_Catenator& utl_Catenator::Erase() {
   if (overflow_) {
     overflow_->seekp(0);
   } else {
-    buffer_.Clear().Reserve(kCapacity);  // anew when GetString shares it
+    buffer_.Clear().Reserve(kCapacity);  // allocates if GetString shares it
   }
   return *this;
 }

@@ -31,7 +31,7 @@ bool NamesOption(const cow_String& argument) {
   return argument[0] == '-';
 }
 
-// The value of option `name`, for conversion to a number.
+// The value of option `name` if it has only digits; throws otherwise.
 const cow_String& Digits(const cow_String& name, const cow_String& value) {
   const std::string_view text = value;
   if (!std::all_of(text.begin(), text.end(),

@@ -11,7 +11,7 @@ const utl_CommandLine& Line() {
   return thr_GlobalSingleton<utl_CommandLine>::Instance();
 }
 
-// An option's name as foreign callers pass it.
+// The name of an option that foreign callers pass, without its padding.
 cow_String Stripped(const char* name, int length) {
   return cow_String(name, length).Trim(" ");
 }

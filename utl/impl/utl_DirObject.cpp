@@ -9,7 +9,7 @@
 
 namespace {
 
-// Owns a search of the system, or none.
+// Owns a search of the system, if there is one.
 class ScopedSearch {
  public:
   explicit ScopedSearch(HANDLE handle) noexcept : handle_(handle) {}

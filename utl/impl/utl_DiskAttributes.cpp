@@ -26,7 +26,7 @@ constexpr Unit kBytes = {"bytes", 0};
 constexpr Unit kKilobytes = {"kbytes", 10};
 constexpr Unit kMegabytes = {"MB", 20};
 
-// One unit of the larger kind is still told in the smaller one.
+// Exactly one of the larger unit is still printed in the smaller one.
 Unit UnitFor(std::uint64_t bytes) {
   if (bytes > std::uint64_t{1} << kMegabytes.shift) {
     return kMegabytes;

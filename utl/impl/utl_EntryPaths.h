@@ -7,7 +7,7 @@
 /// utl_FilePath(prefix + name, "") is. That is several times faster than resolving each
 /// whole path, and the paths share the text that they have in common.
 ///
-/// One object is used by one thread.
+/// Threads: one object by one thread at a time.
 class utl_EntryPaths {
  public:
   /// `prefix` is the name of the directory and a separator.

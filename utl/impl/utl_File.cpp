@@ -66,7 +66,8 @@ HANDLE OpenExisting(const cow_String& path, DWORD access, DWORD shares, const ch
   Fail<utl_FileExceptionOpen>(operation, code, path);
 }
 
-// What came of a Create for writing. Makes sure that the I/O tracker's holder exists.
+// Passes on the result of a Create for writing, and makes sure that the I/O tracker's
+// holder exists.
 HANDLE Written(HANDLE created, const cow_String& path) {
   const DWORD code = GetLastError();
   ScopedHandle handle(created);
@@ -77,7 +78,7 @@ HANDLE Written(HANDLE created, const cow_String& path) {
   return handle.Release();
 }
 
-// Makes a file that its owner alone may use for now. Fails where the name is taken and
+// Makes a file that for now only its owner may use. Fails if the name is in use and
 // cannot be freed.
 HANDLE CreateNew(const cow_String& path) {
   if (!DeleteFileA(path.c_str()) && GetLastError() != ERROR_FILE_NOT_FOUND) {
@@ -93,15 +94,15 @@ bool IsInUse(DWORD code) {
   return code == ERROR_ACCESS_DENIED || code == ERROR_SHARING_VIOLATION;
 }
 
-// The error number of a call that answers whether it succeeded; 0 for success.
+// The error number of a call that returns whether it succeeded; 0 for success.
 DWORD ErrorOf(BOOL succeeded) {
   return succeeded ? ERROR_SUCCESS : GetLastError();
 }
 
-// Moves the pointer by `distance` and answers the error number, 0 for success.
+// Moves the file's pointer by `distance` and returns the error number, 0 for success.
 DWORD Move(HANDLE handle, std::int64_t distance, DWORD from, std::int64_t& position) {
   LONG high = static_cast<LONG>(distance >> 32);
-  // The result alone does not tell a failure: a low half may be all ones.
+  // The result alone does not show a failure: a low half may be all ones.
   SetLastError(ERROR_SUCCESS);
   const DWORD low = SetFilePointer(handle, static_cast<LONG>(distance), &high, from);
   const DWORD code = low == INVALID_SET_FILE_POINTER ? GetLastError() : ERROR_SUCCESS;
@@ -121,7 +122,7 @@ DWORD Rename(const cow_String& from, const cow_String& to) {
 
 using FileInformation = BY_HANDLE_FILE_INFORMATION;
 
-// All zero for what is no file.
+// All zero for what is not a file.
 FileInformation InformationOf(HANDLE file) {
   FileInformation information;
   return GetFileInformationByHandle(file, &information) ? information : FileInformation{};
@@ -137,8 +138,8 @@ bool LeadsTo(const cow_String& path, const FileInformation& file) {
          file.nFileIndexLow == other.nFileIndexLow;
 }
 
-// Where the last bytes begin, computed in double precision. What no longer fits is the
-// processor's mark for it, a position that every system refuses.
+// Where the last bytes begin, computed in double precision. A value that does not fit
+// becomes the processor's indefinite integer, a position that every system refuses.
 std::int64_t TailOf(std::int64_t size) {
   const double tail = static_cast<double>(size) - kTail;
   return tail < 0x1p63 ? static_cast<std::int64_t>(tail) : INT64_MIN;
@@ -339,7 +340,8 @@ void utl_File::Extend(const utl_FileOffset& size) {
   check("SetFilePointer 2", MoveTo(handle, size));
   check("SetEndOfFile", ErrorOf(SetEndOfFile(handle)));
 
-  // How many bytes are read and written is not checked: what cannot be read is zero.
+  // The numbers of bytes read and written are not checked: bytes that cannot be read
+  // count as zero.
   const std::int64_t tail = TailOf(size);
   char bytes[kTail] = {};
   DWORD done = 0;
@@ -365,7 +367,7 @@ void utl_File::Replace(utl_File& target) {
   if (!platform::HaveSameRights(handle_, target.handle_)) {
     Fail<utl_FileExceptionWrite>("rights in Replace", ERROR_ACCESS_DENIED, target.path_);
   }
-  target.access_ = utl_FileAccessUpdate;  // opened again it must not be emptied
+  target.access_ = utl_FileAccessUpdate;  // reopening must not empty it
   // Wine no longer knows the volume of a file that has replaced another one.
   const FileInformation self = InformationOf(handle_);
   const DWORD code = RenameOver(target);
@@ -381,8 +383,8 @@ void utl_File::Replace(utl_File& target) {
   }
 }
 
-// The error number. The file of `target` is closed only where it has to be: nobody else
-// is to open it for writing meanwhile. Should that fail, the renaming tells.
+// Returns the error number. The file of `target` is closed only where necessary, so that
+// nobody else opens it for writing meanwhile. If closing fails, the renaming shows it.
 unsigned utl_File::RenameOver(utl_File& target) {
   if (!platform::OpenFilesCanBeReplaced()) {
     target.Close();
@@ -395,7 +397,7 @@ unsigned utl_File::RenameOver(utl_File& target) {
   return code;
 }
 
-// What keeps the file from being opened now, the next operation will tell.
+// Opens the file again. If that fails, the next operation reports it.
 void utl_File::TryToOpen() {
   try {
     Init();

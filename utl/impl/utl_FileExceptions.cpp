@@ -4,7 +4,7 @@
 
 namespace {
 
-// Of a failed system call.
+// The text of a failed system call.
 atr_String CallMessage(const char* text, int code, const cow_String& path,
                        const atr_String& operation) {
   atr_translate message(text);
@@ -15,7 +15,7 @@ atr_String CallMessage(const char* text, int code, const cow_String& path,
   return message.Result();
 }
 
-// Of a failure that has no error number.
+// The text of a failure that has no error number.
 atr_String PlainMessage(const char* text, const cow_String& path,
                         const atr_String& reason) {
   atr_translate message(text);
@@ -24,8 +24,8 @@ atr_String PlainMessage(const char* text, const cow_String& path,
   return message.Result();
 }
 
-// The path is given as the first argument and the text names the second: what is shown
-// has always been the bare placeholder.
+// The path is given as the first argument, but the template has the second: the text has
+// always shown the bare placeholder.
 atr_String FullMessage(const cow_String& path) {
   atr_translate message("*** Error: Free disk space depleted\nfile name: %2$s");
   atr_SubstituteFormat(message, 1, path);

@@ -86,7 +86,7 @@ void utl_FilePath::SetFilePath(cow_String fileName, cow_String directory) {
   SetPlainPath(fileName, directory);
 }
 
-// Both are separated by `\` and expanded.
+// REQUIRES: both are separated by `\` and expanded.
 void utl_FilePath::SetPlainPath(const cow_String& fileName, const cow_String& directory) {
   subdirectory_ = baseName_ = extension_ = cow_String();
 
@@ -131,7 +131,8 @@ cow_String utl_FilePath::Anchor(std::string_view name, std::string_view director
   return current;
 }
 
-// The directory field as it is when the system does not know the drive.
+// The current directory of a drive; the directory field, unchanged, when the system does
+// not know the drive.
 cow_String utl_FilePath::CurrentDirectoryOfDrive(char letter) const {
   char path[kPathSize];
   return _getdcwd(utl_driveNumber(letter), path, sizeof path) != nullptr
@@ -139,7 +140,7 @@ cow_String utl_FilePath::CurrentDirectoryOfDrive(char letter) const {
              : directory_;
 }
 
-// Sets subdirectory, base name and extension, which are empty before.
+// Sets subdirectory, base name and extension. REQUIRES: they are empty.
 void utl_FilePath::SplitName(std::string_view name) {
   const bool isDrive = name.size() == 2 && utl_hasDrive(name);
   const bool isDriveRoot = name.size() == 3 && utl_hasDriveAndRoot(name);

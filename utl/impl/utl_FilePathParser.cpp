@@ -50,8 +50,8 @@ bool IsUnix(std::string_view path) {
   return DriveLetter(path) == '\0';  // no backslash, so no host
 }
 
-// The path after its drive or host. The drive test does not mask the letter's
-// top bit, unlike DriveLetter.
+// The path after its drive or host. Unlike DriveLetter this does not ignore the letter's
+// top bit.
 std::string_view WithoutRoot(std::string_view path) {
   if (utl_hasDrive(path)) {
     return path.substr(2);
@@ -60,8 +60,8 @@ std::string_view WithoutRoot(std::string_view path) {
   return end == std::string_view::npos ? path : path.substr(end);
 }
 
-// A path in the style by which it is read: the text that separators are sought in,
-// and where the last one is (npos: none).
+// A path in the style by which it is read: the text that is searched for separators, and
+// the position of the last one (npos: none).
 struct Read {
   std::string_view text;
   std::size_t separator;

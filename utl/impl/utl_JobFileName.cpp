@@ -4,7 +4,7 @@
 #include "utl/utl_CommandLine.h"
 #include "utl/utl_FilePath.h"
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): clients are linked against it.
+// NOLINTNEXTLINE(performance-unnecessary-value-param): clients link to this form.
 cow_String utl_JobFileName(cow_String suffix) {
   utl_CommandLine& commandLine = thr_GlobalSingleton<utl_CommandLine>::Instance();
   const char* auxiliary = platform::Environment("SUPAUXNAME");

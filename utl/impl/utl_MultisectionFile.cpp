@@ -25,7 +25,7 @@ int Existing(utl_SectionDirectory& directory, const cow_String& path,
   return section;
 }
 
-// Reads `length` bytes from where the file stands; their checksum.
+// Reads `length` bytes from the file's position; returns their checksum.
 std::uint32_t ReadChecked(utl_File& file, const cow_String& path, char* to, int length) {
   std::uint32_t checksum = utl_kCrc32Start;
   while (length > 0) {
@@ -51,13 +51,13 @@ utl_MultisectionFile::utl_MultisectionFile(const cow_String& path, utl_FileAcces
   if (access != utl_FileAccessRead) {
     const bool isOpen = access == utl_FileAccessUpdate || access == utl_FileAccessWrite;
     if (isOpen && !platform::OpenFilesCanBeReplaced()) {
-      file_.Release();  // who holds the lock may be about to replace it
+      file_.Release();  // the lock's holder may be about to replace it
     }
     if (!lock_->acquire(kLockAttempts, kLockPause)) {
       utl_multisectionFail(path, "Cannot create the lock file.");
     }
-    file_.Renew();  // who held the lock before may have replaced it
-    file_.Init();   // nobody else is to open it for writing from now on
+    file_.Renew();  // an earlier holder of the lock may have replaced it
+    file_.Init();   // keeps others from opening it for writing
   }
   if (access == utl_FileAccessRead || access == utl_FileAccessUpdate) {
     utl_multisectionReadDirectory(file_, path, *directory_);
@@ -134,7 +134,7 @@ void utl_MultisectionFile::setSectionData(const cow_String& name, const void* da
   directory_->Set(name, std::move(block), length, checksum);
 }
 
-// How many values of this size the section has, after a look whether the file has them.
+// How many values of this size the section has. Throws unless the file has all its bytes.
 std::size_t utl_MultisectionFile::CheckedCount(const cow_String& name,
                                                std::size_t valueSize) const {
   const int number = Existing(*directory_, path_, name);

@@ -18,7 +18,7 @@ template class omi_Singleton<utl_ResourceMonitor>;
 
 namespace {
 
-// What the environment variable may say.
+// The values of the environment variable that have a meaning.
 constexpr struct {
   std::string_view word;
   bool full, method, mallinfo;
@@ -46,7 +46,7 @@ constexpr const char kColumns[] =
 constexpr const char kSummaryTitle[] =
     "!Timer Summary                     # calls     CPU/call      CPU       Elapsed\n";
 
-// One more; the largest number is followed by the smallest.
+// The next number; the largest is followed by the smallest.
 std::int32_t Next(std::int32_t number) {
   return static_cast<std::int32_t>(static_cast<std::uint32_t>(number) + 1);
 }
@@ -86,7 +86,7 @@ utl_ResourceMonitor::~utl_ResourceMonitor() {
   try {
     WriteEnd();
   } catch (...) {
-    // No memory for a line: the log lacks its end, and nobody is left to be told.
+    // No memory for a line: the log lacks its end, and nobody can be told any more.
   }
   Release();
 }
@@ -148,7 +148,7 @@ void utl_ResourceMonitor::OpenProcessHandle() {
   DWORD needed = 0;
   if (EnumProcessModules(process_, &program, sizeof(HMODULE), &needed)) {
     GetModuleBaseNameW(process_, program, moduleName_, kModuleNameSize);
-    moduleName_[kModuleNameSize - 1] = L'\0';  // a name that fills it comes without
+    moduleName_[kModuleNameSize - 1] = L'\0';  // a name that fills it is not terminated
   }
 }
 
@@ -160,7 +160,7 @@ void utl_ResourceMonitor::CalibrateTimer() {
   }
 }
 
-// A child of fork has its parent's log.
+// Whether this process opened the log: a child of fork has its parent's.
 bool utl_ResourceMonitor::IsOwn() const {
   return processId_ == thr_currentProcess();
 }

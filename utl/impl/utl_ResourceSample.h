@@ -1,7 +1,7 @@
 #pragma once
 
-// What the system tells about the own process, for utl_ResourceMonitor. What it does not
-// tell is 0.
+// What the system reports about this process, for utl_ResourceMonitor. What it does not
+// report is 0.
 
 #include <cstdint>
 
@@ -29,13 +29,13 @@ struct utl_ResourceSample {
   std::int32_t processId = 0;
 };
 
-/// The local time of day in seconds: whole ones, and with milliseconds.
+/// The local time of day in seconds: in whole seconds, and with milliseconds.
 std::int32_t utl_wholeSecondsOfDay();
 double utl_secondsOfDay();
 
 utl_ProcessorTimes utl_processorTimes();
 
-/// Takes a sample. `process` is a handle of the own process, or null: then nothing is
-/// known of its memory. `startOfDay` is a time of day.
+/// Takes a sample. `process` is a handle of this process, or null: then nothing is known
+/// of its memory. `startOfDay` is a time of day.
 utl_ResourceSample utl_takeSample(void* process, std::int32_t startOfDay,
                                   std::uint32_t processId);

@@ -9,7 +9,7 @@
 
 namespace {
 
-// A line without an optional break is flushed when it gets longer.
+// A line without an optional break is flushed when it gets longer than this.
 constexpr std::int64_t kFlushColumn = 500;
 
 constexpr int kPercentGPrecision = 6;
@@ -129,7 +129,7 @@ void utl_Stream::Flush() {
   column_ = 0;
 }
 
-// In pieces of which the stream below can count the bytes.
+// Writes in pieces whose bytes the underlying stream can count.
 void utl_Stream::Write(std::string_view text) {
   constexpr std::size_t kLargest = std::numeric_limits<int>::max();
   do {

@@ -22,8 +22,8 @@ constexpr char kSource[] = "utl/impl/utl_TempFile";
 // The run time replaces the X's.
 constexpr char kTemplate[] = "KstTempFileXXXXXX";
 
-// The run time's default for line ends is left as it is: nothing is read or written
-// through the descriptor.
+// Leaves line ends to the run time's default, since nothing is read or written through
+// the descriptor.
 constexpr int kOpenFlags = _O_RDWR;
 constexpr int kCreateFlags = _O_RDWR | _O_CREAT | _O_EXCL;
 constexpr int kPermission = _S_IREAD | _S_IWRITE;
@@ -33,8 +33,7 @@ bool IsDirectory(const cow_String& candidate) {
   return status.record != nullptr && status.isDirectory;
 }
 
-// Where temporary files are to be, with a separator at the end; empty if there is no
-// such directory.
+// The directory for temporary files, with a separator at its end; empty if there is none.
 cow_String Directory() {
   const auto& commandLine = thr_GlobalSingleton<utl_CommandLine>::Instance();
   if (commandLine.IsMember("tmpdir")) {

@@ -5,7 +5,7 @@
 
 namespace {
 
-// A stop watch that runs.
+// A running stop watch.
 omi_Timer Started() {
   omi_Timer timer;
   timer.Start();

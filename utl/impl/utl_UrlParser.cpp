@@ -7,7 +7,7 @@
 #include "utl/impl/text/utl_ascii.h"
 
 // What a URL is here is defined by patterns (see tests/utl/utl_UrlParser_model_test.cpp);
-// they are read by hand because that takes a twentieth of the time.
+// they are matched by hand because that takes a twentieth of the time.
 
 namespace {
 

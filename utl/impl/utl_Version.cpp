@@ -8,7 +8,7 @@ template class omi_Singleton<utl_Version>;
 
 namespace {
 
-// The build's project has the release.
+// The release comes from the build.
 constexpr int kMajorVersion = KSTUTL_VERSION_MAJOR;
 constexpr int kMinorVersion = KSTUTL_VERSION_MINOR;
 constexpr int kUpdateVersion = KSTUTL_VERSION_UPDATE;

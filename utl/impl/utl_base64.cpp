@@ -42,7 +42,7 @@ class Decoder {
 
   int Produced() const { return static_cast<int>(end_ - target_); }
 
-  // Groups without anything special at once, the others character by character.
+  // Converts groups without anything special at once, the others character by character.
   void Run(const utl_Base64Kernel& kernel) {
     do {
       if (index_ % 4 == 0) {
@@ -62,8 +62,8 @@ class Decoder {
     }
   }
 
-  // Takes the character at the index, at the latest the one that ends the text. False
-  // when it was the last.
+  // Takes the character at the index, which may be the zero byte that ends the text.
+  // False when it was the last.
   bool Take(int meaning) {
     switch (meaning) {
       case kBase64End:
@@ -191,8 +191,8 @@ cow_String utl_Base64Codec::Encode(const cow_String& data, bool lineBreaks) cons
 }
 
 cow_String utl_Base64Codec::Decode(cow_String& text, bool strict) const {
-  // Enough for every group of four, begun ones included; the last one's padding leaves
-  // room for the terminating zero.
+  // Enough for every group of four, incomplete ones included; the last one's padding
+  // leaves room for the terminating zero.
   const std::size_t size = (static_cast<std::size_t>(text.Length()) / 4 + 1) * 3;
   Block block(static_cast<char*>(allocate_(size)));
   if (!block) {

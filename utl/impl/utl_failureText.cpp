@@ -15,7 +15,8 @@
 
 namespace {
 
-// A blank for every run of characters that would end the line or move the cursor.
+// The text with a blank for every run of characters that would end the line or move the
+// cursor.
 std::string OneLine(std::string_view text) {
   std::string line;
   for (const char c : text) {
@@ -38,7 +39,8 @@ std::string DirectoryOf(std::string_view path) {
   return Shown(utl_FilePath(path, "").AbsoluteDirectoryPath());
 }
 
-// What to do about a multisection file's lock: the message is "PATH": and this text.
+// What to do about the lock file of a multisection file; the message is "PATH": and this
+// text.
 std::string LockAdvice(std::string_view message) {
   constexpr std::string_view kEnd = "\": Cannot create the lock file.";
   if (!message.starts_with('"') || !message.ends_with(kEnd)) {
@@ -52,8 +54,8 @@ std::string LockAdvice(std::string_view message) {
   return "If no other program has the file open, remove " + Shown(lock);
 }
 
-// About a file that cannot be opened for writing: the message has the operation, the
-// system's text and, at its end, the path.
+// What to do about a file that cannot be opened for writing; the message has the
+// operation, the system's text and, at its end, the path.
 std::string OpenAdvice(std::string_view message) {
   constexpr std::string_view kBeforePath = "\nfile: ";
   const std::size_t at = message.rfind(kBeforePath);
@@ -85,7 +87,7 @@ std::string Variable(const char* name) {
          (value != nullptr ? " \"" + std::string(value) + '"' : std::string(" unset"));
 }
 
-// About a directory for temporary files.
+// What to do when there is no directory for temporary files.
 std::string ScratchAdvice() {
   const auto& line = thr_GlobalSingleton<utl_CommandLine>::Instance();
   const std::string option =
@@ -96,7 +98,7 @@ std::string ScratchAdvice() {
          Variable("SCRATCH") + ", " + Variable("TMPDIR");
 }
 
-// The line and, when there is one, the second.
+// The line with the message and, when there is advice, a second one.
 std::string Lines(const char* program, std::string_view message,
                   const std::string& advice) {
   const std::string begin = std::string(program) + ": ";

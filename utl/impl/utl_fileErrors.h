@@ -1,6 +1,6 @@
 #pragma once
 
-// Internal to the library: the failure of a file that its user finds.
+// Internal to the library: a failure of a file that is found outside utl_File.
 
 #include "cow/cow_String.h"
 

@@ -14,8 +14,8 @@ struct utl_ShellSearch {
   int sourceLine;
 };
 
-/// The command for the platform of this name. Tests name others than the one that
-/// utl_getPlatform always answers.
+/// The command for the platform of this name: tests use others than the one that
+/// utl_getPlatform always returns.
 cow_String utl_findShellCommand(const cow_String& platform,
                                 const utl_ShellSearch& search);
 

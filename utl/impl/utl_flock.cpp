@@ -12,7 +12,7 @@ constexpr int kExclusive = 2;
 constexpr int kFailAtOnce = 4;
 constexpr int kUnlock = 8;
 
-// What is locked begins at offset 0. The length has always been this.
+// The locked range begins at offset 0 and has always had this length.
 constexpr DWORD kLengthLow = 0xFFFF0000;
 constexpr DWORD kLengthHigh = 0;
 
@@ -39,7 +39,7 @@ int Unlock(HANDLE file) {
 }  // namespace
 
 int utl_flock(int descriptor, int mode) {
-  // The run time answers with a handle as a number; the system refuses an invalid one.
+  // The run time returns a handle as a number; the system refuses an invalid one.
   // NOLINTNEXTLINE(performance-no-int-to-ptr)
   const auto file = reinterpret_cast<HANDLE>(_get_osfhandle(descriptor));
   switch (mode) {

@@ -21,13 +21,13 @@
 
 namespace {
 
-// How many starts have no end yet. Not guarded against one end too many.
+// How many starts have no end yet. May become negative: one end too many is not caught.
 int nesting = 0;
 
 // The order in which the libraries build on each other: each may include only those that
-// start before it. Except that cow includes nex, for its checked access.
+// start before it. cow alone is an exception: it includes nex, for its checked access.
 //
-// `count` is a copy of the client's counter: whatever steps the libraries take, the
+// `count` is a copy of the client's counter: whatever the libraries do to it, the
 // client's own moves by one.
 void StartLibraries(int count) {
   mem_initialize(count);

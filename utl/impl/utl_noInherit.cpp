@@ -7,7 +7,7 @@
 
 namespace {
 
-// Handles fit 32 bits and widen with their sign.
+// Handles fit 32 bits and are widened with their sign.
 bool ClearInheritance(int handle) {
   if (handle == -1) {
     return false;

@@ -35,7 +35,7 @@ void OpenLogs() {
   }
 }
 
-// After what the program has printed.
+// Reports a failure, after everything that the program has printed.
 void Tell(const char* program, const std::exception_ptr& failure) noexcept {
   try {
     std::fflush(stdout);
@@ -45,7 +45,7 @@ void Tell(const char* program, const std::exception_ptr& failure) noexcept {
   }
 }
 
-// Does a part of the program; the exit status.
+// Runs a part of the program and returns the exit status.
 template <class Part>
 int StatusOf(const char* program, Part part) noexcept {
   try {
@@ -59,7 +59,7 @@ int StatusOf(const char* program, Part part) noexcept {
 
 std::atomic<bool> isRunning = false;
 
-// That of the terminate handler; null until it is installed, and then to the end.
+// For the terminate handler; null until that is installed, and never freed.
 const std::string* nameOfProgram = nullptr;
 
 std::exception_ptr Failure(const char* reason) {

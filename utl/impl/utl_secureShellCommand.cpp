@@ -4,7 +4,7 @@
 
 namespace {
 
-// The line that the exception reports, whatever line this file has it on.
+// The line that the exception reports, wherever in this file it is thrown.
 constexpr int kFailureLine = 42;
 
 }  // namespace

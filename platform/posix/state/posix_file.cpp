@@ -258,7 +258,7 @@ bool EnterFile(int fd, const OpenFile& file) {
     {
       const std::lock_guard guard(mutex);
       Entry& entry = MadePlaceOf(fd);
-      Forget(entry);  // what had the number and was closed by other means
+      Forget(entry);  // the file that had the number, closed by other means
       if (entered.tells && !AgreesInProcess(file)) {
         return false;
       }

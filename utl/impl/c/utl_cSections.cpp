@@ -28,7 +28,7 @@ bool IsLockRefused(const nex_TextException& failure) {
   return std::string_view(text.c_str()).ends_with(kText);
 }
 
-// Turns failures that the contents of the file cause into kst_Damaged.
+// Gives failures that the file's contents or its lock cause their status.
 template <class Work>
 void WithContents(Work work) {
   try {

@@ -1,6 +1,6 @@
 #pragma once
 
-// Texts of the logs, put together piece by piece.
+// Texts of the logs, built piece by piece.
 
 #include <charconv>
 #include <cstddef>

@@ -16,7 +16,7 @@ constexpr std::array<double, 16> kPowersOfTen = {
 constexpr int kDefaultPrecision = 6;
 
 // Whether the value is whole and has at most `precision` digits, so that it is written
-// as an integer is. Not so -0, which keeps its sign.
+// like an integer. False for -0, which keeps its sign.
 bool IsShortWhole(double value, int precision) {
   const auto digits = static_cast<std::size_t>(std::clamp(precision, 1, 15));
   return std::fabs(value) < kPowersOfTen[digits] &&

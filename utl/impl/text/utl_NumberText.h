@@ -7,7 +7,7 @@
 #include <memory>
 #include <string_view>
 
-/// Formats a number step by step, as printf would do it at once.
+/// Formats a number step by step, with the result of printf.
 class utl_NumberText {
  public:
   /// As "%.*g"; as "%g" when `precision` is negative.
@@ -29,8 +29,8 @@ class utl_NumberText {
     }
   }
 
-  /// What utl_Stream::FixNumericString makes of it. That is only the point: exponents
-  /// have two digits here, or three that do not begin with 0.
+  /// Does what utl_Stream::FixNumericString does. Here that is only the point: exponents
+  /// have two digits, or three that do not begin with 0.
   void AddPoint();
 
   std::string_view Text() const { return {text_, length_}; }
@@ -50,6 +50,6 @@ class utl_NumberText {
   bool onlyDigits_ = false;  // known to have neither point nor exponent
 };
 
-/// Puts a point after a text of `length` characters, where there is room for it, and
-/// takes a blank away at its front if there is one; the new length.
+/// Puts a point after a text of `length` characters, which must have room for it, removes
+/// a blank at its front if there is one, and returns the new length.
 std::size_t utl_addPoint(char* text, std::size_t length);

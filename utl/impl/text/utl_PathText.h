@@ -1,7 +1,7 @@
 #pragma once
 
-// What the text of a path tells by itself. Only `\` separates here: callers turn every
-// `/` into one first.
+// What the text of a path shows by itself. Only `\` separates here: callers replace every
+// `/` first.
 
 #include <string_view>
 

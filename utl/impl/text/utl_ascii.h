@@ -10,7 +10,7 @@ constexpr bool utl_isDigit(char c) {
   return c >= '0' && c <= '9';
 }
 
-/// The small letter of a capital one; any other character as it is.
+/// A capital letter as a small one; any other character as it is.
 constexpr char utl_smallLetter(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }

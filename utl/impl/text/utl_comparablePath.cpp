@@ -24,13 +24,13 @@ std::string Folded(std::string_view path) {
   return folded;
 }
 
-// "" for a drive that is not there.
+// "" for a drive that does not exist.
 std::string CurrentDirectory(int drive) {
   const std::unique_ptr<char, Free> directory(_getdcwd(drive, nullptr, 1));
   return directory ? Folded(directory.get()) : std::string();
 }
 
-// `path` is folded. "" when the current directory cannot be told.
+// `path` is folded. "" when the current directory cannot be determined.
 std::string Absolute(std::string_view path) {
   const bool hasDrive = utl_hasDrive(path);
   if (utl_hasHostStart(path) || utl_hasDriveAndRoot(path)) {

@@ -7,7 +7,7 @@
 /// directory if it is relative, with `\` for `/`, small letters for the capitals of ASCII
 /// whatever the process's locale, without "." and ".." and empty components, and with a
 /// last `\`. So what lies in a directory starts with the directory's form. The file
-/// system is not asked. "" when the current directory cannot be told.
+/// system is not asked. "" when the current directory cannot be determined.
 ///
 ///     utl_comparablePath("Z:/Jobs//old/../A.dat")    // "z:\jobs\a.dat\"
 ///

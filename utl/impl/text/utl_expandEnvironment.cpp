@@ -11,7 +11,7 @@ namespace {
 // A longer name counts as unset.
 constexpr std::size_t kLongestName = 255;
 
-// A variable may contain its own reference, and more of them than one; that must come to
+// A variable may contain references to itself, even several; expanding them must come to
 // an end.
 constexpr int kMostReplacements = 1000;
 constexpr std::size_t kLongestText = 1 << 20;
@@ -20,7 +20,7 @@ struct Range {
   std::size_t begin, end;
 };
 
-// A reference: where it stands in the text, and the name within.
+// A reference: its place in the text, and the name in it.
 struct Reference : Range {
   std::string_view name;
 };
@@ -70,8 +70,8 @@ bool NextDollar(std::string_view text, std::size_t from, Reference& found) {
 
 template <class NextReference>
 void Expand(std::string& text, NextReference next, LookUp lookUp) {
-  // References to unset variables, which the search has passed. Where a value follows one
-  // directly it may make another name of it.
+  // References to unset variables that the search has passed. A value right after one may
+  // turn it into another name.
   std::vector<Range> passed;
   std::size_t from = 0;
   Reference found;

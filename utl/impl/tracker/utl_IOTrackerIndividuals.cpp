@@ -8,7 +8,7 @@
 
 namespace {
 
-// Run times have 512 streams at the least, which the process wants for itself.
+// Run times have at least 512 streams, which the process itself needs.
 constexpr int kMostKept = 200;
 
 }  // namespace
@@ -64,7 +64,7 @@ void utl_IOTrackerIndividuals::Open(Individual& individual,
                               utl_trackerHead(!settings.timed, kTrackerFileColumns))) {
     return;
   }
-  // The misspelling is what readers of the standard output look for.
+  // Programs that read the standard output look for this misspelling.
   std::printf("OpenCIndivualOut  --  file path = %s\n", individual.path);
   std::printf("   outFileName = %s\n", name.c_str());
   if (kept_ < kMostKept) {

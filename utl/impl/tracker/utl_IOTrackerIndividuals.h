@@ -1,6 +1,6 @@
 #pragma once
 
-// The outputs that show one file each.
+// The outputs that each show one file.
 
 #include <cstddef>
 #include <string>
@@ -12,18 +12,18 @@
 #include "utl/impl/tracker/utl_IOTrackerSettings.h"
 #include "utl/impl/tracker/utl_IOTrackerTable.h"
 
-/// All of them. Of several files that would have the same output the first one gets it.
-/// Streams are a scarce thing of the process, so that only so many outputs stay open; the
-/// others are opened for every line.
+/// All outputs of single files. Of several files that would have the same output the
+/// first one gets it. A process has few streams, so only a limited number of outputs stay
+/// open; the others are opened for every line.
 ///
 /// Threads: used by one thread at a time.
 class utl_IOTrackerIndividuals {
  public:
-  /// Has the next lines show the totals that these tables have now.
-  /// REQUIRES: the tables' mutex is held; they are the same at every call.
+  /// Makes the next lines show the totals that these tables have now. REQUIRES: the
+  /// tables' mutex is held; they are the same at every call.
   void Take(const utl_IOTrackerTable& c, const utl_IOTrackerTable& u);
-  /// Writes a line to every output, after the head in those that are new. `start` is what
-  /// stands before the columns.
+  /// Writes a line to every output, after the head in those that are new. `start` comes
+  /// before the columns.
   void WriteLines(const utl_IOTrackerSettings& settings, std::string_view start,
                   double now);
   void Flush();
@@ -33,10 +33,10 @@ class utl_IOTrackerIndividuals {
   struct Individual {
     explicit Individual(const char* itsPath) : path(itsPath) {}
 
-    const char* path;  // of the time when this was made
+    const char* path;  // when this was made
     utl_IOTrackerRecord record;
     utl_IOTrackerOutput output;
-    bool isNew = true;  // nobody has looked yet whether it gets its output
+    bool isNew = true;  // it is not known yet whether it gets its output
   };
   using Files = std::vector<Individual>;
 
@@ -47,5 +47,5 @@ class utl_IOTrackerIndividuals {
   Files c_;
   Files u_;
   int kept_ = 0;                           // outputs that stay open
-  std::unordered_set<std::string> names_;  // of outputs, as they are compared
+  std::unordered_set<std::string> names_;  // of outputs, in the form for comparison
 };

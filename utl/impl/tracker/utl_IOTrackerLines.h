@@ -1,6 +1,6 @@
 #pragma once
 
-// How the lines of the tracker's files look.
+// The form of the lines in the tracker's files.
 
 #include <string>
 #include <string_view>
@@ -12,11 +12,12 @@
 extern const std::string_view kTrackerSumColumns;
 extern const std::string_view kTrackerFileColumns;
 
-/// The head of an output with those columns. With marks its lines may begin with one.
+/// The head of an output with those columns. With `marks` its lines may begin with a
+/// mark.
 std::string utl_trackerHead(bool marks, std::string_view columns);
 
-/// What stands before the columns of a line: the label, unless it is null, and the time
-/// in seconds.
+/// The start of a line, before its columns: the label, unless it is null, and the time in
+/// seconds.
 std::string utl_trackerLineStart(const char* label, double now);
 
 /// The columns of one record: count, megabytes and time of what was written, the same of

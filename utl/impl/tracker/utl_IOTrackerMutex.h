@@ -7,12 +7,12 @@
 #include "thr/thr_currentProcess.h"
 #include "thr/thr_Mutex.h"
 
-/// A mutex that nobody waits for in vain. Whoever holds it may be gone: in a child of
-/// `fork`, which has none of its parent's other threads, and at the process's end where
-/// the system ends the other threads first. What it guards is then half changed, and is
-/// left alone.
+/// A mutex that no thread waits for forever. The thread that holds it may no longer
+/// exist: in a child of `fork`, which has none of its parent's other threads, and at the
+/// end of the process where the system ends the other threads first. What it guards may
+/// then be half changed, and is left alone.
 ///
-/// Threads: made for them; a thread that holds the mutex must not lock it again.
+/// Threads: any; a thread that holds the mutex must not lock it again.
 class utl_IOTrackerMutex {
  public:
   class Hold;
@@ -34,14 +34,14 @@ class utl_IOTrackerMutex {
   const std::uint32_t process_ = thr_currentProcess();
 };
 
-/// Holds a mutex by scope, and tells whether it could be locked:
+/// Holds a mutex for a scope, and tells whether it could be locked:
 ///
 ///     if (const utl_IOTrackerMutex::Hold hold{mutex}) { ... }
 class utl_IOTrackerMutex::Hold {
  public:
   /// Waits for the mutex; in a child of `fork` it does not get it.
   explicit Hold(utl_IOTrackerMutex& mutex) : Hold(mutex, mutex.Lock()) {}
-  /// The same, for the tracker's end: without waiting where all other threads are gone.
+  /// The same at the tracker's end: it does not wait when all other threads are gone.
   static Hold AtEnd(utl_IOTrackerMutex& mutex) { return {mutex, mutex.LockAtEnd()}; }
   ~Hold() {
     if (locked_ != nullptr) {

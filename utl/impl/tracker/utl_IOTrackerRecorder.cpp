@@ -28,7 +28,7 @@ utl_IOTrackerRecorder::utl_IOTrackerRecorder(utl_IOTrackerSettings settings)
 
 utl_IOTrackerRecorder::~utl_IOTrackerRecorder() {
   if (!counts_.IsOwn()) {
-    return;  // files and task are the parent process's
+    return;  // files and task belong to the parent process
   }
   if (task_) {
     RequestStop();
@@ -36,7 +36,7 @@ utl_IOTrackerRecorder::~utl_IOTrackerRecorder() {
   try {
     WriteSummary();
   } catch (const std::bad_alloc&) {
-    // The summary lacks its end, and nobody is left to be told.
+    // The summary lacks its end, and nobody can be told any more.
   }
   if (task_) {
     EndTask();
@@ -48,21 +48,21 @@ void utl_IOTrackerRecorder::StartTask() {
   try {
     pool.AddThreads(1, 1);
   } catch (const std::system_error&) {
-    // The task waits for another thread of the pool, if there is one.
+    // No new thread: another thread of the pool runs the task, if there is one.
   }
   task_ = std::make_shared<utl_IOTrackerTaskState>();
   pool.RunTask(
       std::make_unique<utl_IOTracker_TimedOutTask>(*this, settings_.interval, task_));
 }
 
-// A task that is gone, and with it whoever held the mutex, needs no telling.
+// If the mutex cannot be locked, its holder is gone and so is the task.
 void utl_IOTrackerRecorder::RequestStop() {
   if (const Hold counts = Hold::AtEnd(counts_)) {
     task_->RequestStop();
   }
 }
 
-// Waits for the task. One that has not begun, or whose thread is gone, never will end.
+// Waits for the task, unless it has not begun or its thread is gone: it would never end.
 void utl_IOTrackerRecorder::EndTask() {
   if (task_->Withdraw()) {
     utl_IOTracker_TimedOutTask::SayCompleted();
@@ -189,7 +189,7 @@ utl_IOTrackerSums utl_IOTrackerRecorder::Sums(utl_IOTrackerSpan span) const {
   return sums;
 }
 
-// The sums; counting begins anew.
+// Returns the sums and starts counting again from zero.
 utl_IOTrackerSums utl_IOTrackerRecorder::TakeIncrements() {
   const utl_IOTrackerSums sums = Sums(kIncrements);
   c_.ClearIncrements();

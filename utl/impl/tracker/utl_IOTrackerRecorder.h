@@ -1,6 +1,6 @@
 #pragma once
 
-// The I/O tracker that a process has when it is switched on.
+// The I/O tracker of a process that has it switched on.
 
 #include <memory>
 #include <string_view>
@@ -15,10 +15,9 @@
 #include "utl/impl/tracker/utl_IOTrackerTable.h"
 #include "utl/utl_IOTracker.h"
 
-/// Counts under one mutex, which no operation holds while it writes to a file: whoever
-/// writes lines takes what they show out of the tables first. The files have a mutex of
-/// their own, taken before the other one, so that lines stand in the order of their
-/// times.
+/// Counts under one mutex, which no operation holds while it writes to a file: what lines
+/// show is copied from the tables first. The files have a mutex of their own, locked
+/// before the other one, so that lines are in the order of their times.
 class utl_IOTrackerRecorder final : public utl_IOTracker {
   using Key = std::int64_t;
   using Record = utl_IOTrackerRecord;
@@ -32,7 +31,7 @@ class utl_IOTrackerRecorder final : public utl_IOTracker {
   void Mark(const char* label) override;
   void TimePoint() override;
 
-  // One table and the other: all that their operations do, they do themselves.
+  // The operations of each table, which do all the work themselves.
   void COpen(Key key, const char* path) override { c_.Open(key, path); }
   void CClose(Key key) override { c_.Close(key); }
   void CRename(Key key, const char* path) override { c_.Rename(key, path); }
@@ -92,7 +91,7 @@ class utl_IOTrackerRecorder final : public utl_IOTracker {
   utl_IOTrackerMutex counts_;   // guards the tables and the request to stop
   utl_IOTrackerMutex outputs_;  // guards the outputs and the suffix; locked first
 
-  // The tables go before the outputs, of which those of one file go first.
+  // Destroyed from the last to the first: the tables before the outputs.
   utl_IOTrackerOutput totals_;
   utl_IOTrackerOutput increments_;
   utl_IOTrackerIndividuals individuals_;

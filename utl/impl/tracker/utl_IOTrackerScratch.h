@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-/// The scratch directory, or none. Names are compared as texts, without regard to the
-/// case of ASCII letters; the file system is not asked.
+/// The scratch directory, if there is one. Names are compared as texts, without regard to
+/// the case of ASCII letters; the file system is not asked.
 ///
 /// Threads: any. The process's current directory must not change meanwhile.
 class utl_IOTrackerScratch {

@@ -14,8 +14,8 @@ constexpr int kTimedMode = 2;
 constexpr std::int64_t kDefaultInterval = 1000;  // milliseconds
 constexpr std::int64_t kIntervalUnit = 10;       // milliseconds
 
-// The number that the variable begins with, as atoi reads it; 0 if it is unset. One that
-// does not fit is the nearest that does.
+// The number that the variable begins with, as atoi reads it; 0 if it is unset. A number
+// that does not fit becomes the nearest that does.
 int EnvironmentNumber(const char* name) {
   const char* const text = platform::Environment(name);
   const long long number = text == nullptr ? 0 : std::strtoll(text, nullptr, 10);

@@ -1,6 +1,6 @@
 #pragma once
 
-// What environment and command line say of the I/O tracker.
+// What environment and command line say about the I/O tracker.
 
 #include <cstddef>
 #include <cstdint>
@@ -15,7 +15,7 @@ inline constexpr int kDetailedLevel = 3;    // counts bytes, opens, changes of p
 
 /// The tracker's switches, and the names of its outputs.
 struct utl_IOTrackerSettings {
-  /// From the environment's KES_IO_... and the command line's "outdir", "tmpdir", "job".
+  /// Reads the environment's KES_IO_... and the command line's "outdir", "tmpdir", "job".
   static utl_IOTrackerSettings Read();
 
   /// The name of the output of that kind, for example "ioTotal": the job's name comes
@@ -28,7 +28,7 @@ struct utl_IOTrackerSettings {
   bool timed = false;
   bool individual = false;
   std::int64_t interval = 0;  // milliseconds, above 0
-  // Each is set as soon as its option is given, with or without a value.
+  // Each is set if its option is given, with or without a value.
   std::optional<std::string> outputDirectory;
   std::optional<std::string> scratchDirectory;
   std::optional<std::string> job;
@@ -41,5 +41,5 @@ struct utl_IOTrackerSettings {
 /// At most the first `most` characters of `text`; null is "".
 std::string_view utl_cutText(const char* text, std::size_t most);
 
-/// A setting of the tracker keeps at most this many characters of a text.
+/// A setting of the tracker stores at most this many characters of a text.
 inline constexpr std::size_t kTrackerSettingSize = 2048;

@@ -168,7 +168,7 @@ int utl_IOTrackerTable::Count() {
 
 const char* utl_IOTrackerTable::Path(int index) {
   const Hold hold(mutex_);
-  const auto place = static_cast<std::size_t>(index);  // a negative one is beyond all
+  const auto place = static_cast<std::size_t>(index);  // a negative one becomes too large
   return hold && place < count_ ? At(place).path : "";
 }
 

@@ -20,12 +20,12 @@ inline constexpr int kScratchFile = 0;
 inline constexpr int kWorkFile = 1;
 inline constexpr int kUnclassifiedFile = 2;
 
-/// Everything is counted twice: from the file's first operation on, and from the latest
-/// line of increments on.
+/// The two spans in which everything is counted: since the file's first operation, and
+/// since the latest line of increments.
 enum utl_IOTrackerSpan { kTotals, kIncrements };
 
-/// One file. What was written stands together, and so does what was read: an operation
-/// touches a single line of the processor's cache.
+/// One file. The counts of writing are adjacent, and so are those of reading: an
+/// operation touches a single cache line of the processor.
 struct alignas(64) utl_IOTrackerEntry {
   struct Amount {
     int count = 0;
@@ -40,7 +40,7 @@ struct alignas(64) utl_IOTrackerEntry {
 
   utl_IOTrackerRecord Record(utl_IOTrackerSpan span) const;
 
-  Amount written[2];  // by span, as all that is counted
+  Amount written[2];  // by span, like all counts
   Amount read[2];
   Further further[2];
   int kind = kUnclassifiedFile;
@@ -55,15 +55,15 @@ struct utl_IOTrackerSums {
 
 /// Entries in the order of their creation; nothing is ever taken out, and an entry stays
 /// where it is. An operation finds its entry by the key under which the file was opened.
-/// A path is found too, so that a file that is opened again is counted on.
+/// Paths are looked up, too, so that counting continues when a file is opened again.
 ///
 /// Threads: any; the operations lock a mutex that both tables share.
 class utl_IOTrackerTable {
  public:
   using Entry = utl_IOTrackerEntry;
 
-  /// With `details` bytes, opens and changes of position are counted too. Mutex and
-  /// scratch directory belong to the caller.
+  /// With `details` bytes, opens and changes of position are counted too. The mutex and
+  /// the scratch directory belong to the caller.
   utl_IOTrackerTable(utl_IOTrackerMutex& mutex, const utl_IOTrackerScratch& scratch,
                      bool details)
       : mutex_(mutex), scratch_(scratch), details_(details) {}
@@ -83,7 +83,7 @@ class utl_IOTrackerTable {
   int Count();
   const char* Path(int index);
 
-  // For what shows both tables at one moment. REQUIRES: the mutex is held.
+  // For lines that show both tables at one moment. REQUIRES: the mutex is held.
   /// Calls `visit` with every entry in their order.
   template <class Visit>
   void ForEach(Visit visit) const {
@@ -92,7 +92,7 @@ class utl_IOTrackerTable {
     }
   }
   void AddTo(utl_IOTrackerSums& sums, utl_IOTrackerSpan span) const;
-  /// Counting increments begins anew.
+  /// Sets all increments to zero.
   void ClearIncrements();
 
  private:
@@ -107,11 +107,11 @@ class utl_IOTrackerTable {
   utl_IOTrackerMutex& mutex_;
   const utl_IOTrackerScratch& scratch_;
   const bool details_;
-  // The nodes of the keys stand close together: with many files the processor's cache
-  // decides what an operation costs.
+  // Keeps the nodes of the keys close together: with many files the processor's cache
+  // decides how long an operation takes.
   std::pmr::unsynchronized_pool_resource nodes_;
   std::pmr::unordered_map<std::int64_t, Entry*> byKey_{&nodes_};
-  // Every path there ever was, with the entry that bears it now, if one does.
+  // Every path so far, with the entry that has it now, or null.
   std::unordered_map<std::string, Entry*> byPath_;
   std::vector<std::unique_ptr<Entry[]>> blocks_;
   std::size_t count_ = 0;

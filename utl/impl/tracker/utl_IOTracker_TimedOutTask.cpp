@@ -46,7 +46,7 @@ void utl_IOTracker_TimedOutTask::SayCompleted() {
   std::fflush(stderr);
 }
 
-// By the clock, since every piece may last longer than asked for.
+// Goes by the clock, since every piece may last longer than requested.
 void utl_IOTracker_TimedOutTask::SleepInterval() const {
   omi_Timer slept;
   slept.Start();
@@ -64,6 +64,6 @@ void utl_IOTracker_TimedOutTask::WriteTimePoint() const {
   try {
     tracker_.TimePoint();
   } catch (const std::bad_alloc&) {
-    // The lines of this time point are missing; the next may find memory again.
+    // The lines of this time point are lost; the next one may find memory again.
   }
 }

@@ -9,7 +9,7 @@
 #include "thr/thr_ThreadPool.h"
 #include "utl/utl_IOTracker.h"
 
-/// What the task and its tracker know of each other. It outlives both.
+/// The state that the task and its tracker share. It outlives both.
 ///
 /// Threads: the task's and the one that ends the tracker.
 class utl_IOTrackerTaskState {
@@ -33,11 +33,11 @@ class utl_IOTrackerTaskState {
 };
 
 /// Until the tracker asks it to stop: sleeps the interval and has the tracker write a
-/// time point. It sleeps in short pieces, so that a stop is heard soon; a time point that
-/// was slept for comes then. At its end it says so on the standard error stream.
+/// time point. It sleeps in short pieces, so that it soon notices a stop; it then writes
+/// one more time point. At its end it says so on the standard error stream.
 class utl_IOTracker_TimedOutTask : public thr_Task {
  public:
-  /// The interval in milliseconds, above 0.
+  /// `interval` is in milliseconds, above 0.
   utl_IOTracker_TimedOutTask(utl_IOTracker& tracker, std::int64_t interval,
                              std::shared_ptr<utl_IOTrackerTaskState> state);
 
