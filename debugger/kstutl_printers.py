@@ -16,6 +16,8 @@ def text_of(string):
     tag = int(text['bytes'][23]) & 0xFF
     if tag == 0xFF:
         return text['shared']['chars'].lazy_string(length=int(text['shared']['length']))
+    if tag > 23:
+        raise gdb.MemoryError('no cow_String, or not made yet')
     return text['bytes'][0].address.lazy_string(length=23 - tag)
 
 
@@ -72,17 +74,23 @@ class Container:
     def __init__(self, value):
         self.name = value.type.strip_typedefs().unqualified().name.split('<')[0]
         shared = value['shared_']['object_']
+        self.items = shared.dereference()['items'] if int(shared) != 0 else None
         self.standard = None
-        if int(shared) != 0:
-            self.standard = gdb.default_visualizer(shared.dereference()['items'])
+        if self.items is not None:
+            self.standard = gdb.default_visualizer(self.items)
 
     def to_string(self):
-        return self.name if self.standard is not None else self.name + ', empty'
+        return self.name if self.items is not None else self.name + ', empty'
 
     def children(self):
-        return self.standard.children() if self.standard is not None else iter([])
+        if self.standard is not None:
+            return self.standard.children()
+        # Without the standard library's printers it is shown as it is.
+        return iter([] if self.items is None else [('items', self.items)])
 
     def display_hint(self):
+        if self.standard is None:
+            return None
         return 'map' if self.name == 'cow_Map' else 'array'
 
 

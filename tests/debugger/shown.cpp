@@ -20,6 +20,7 @@ extern "C" [[gnu::noinline]] void StopHere() {
 int main() {
   int count = 0;
   utl_initialize(count);
+  [[maybe_unused]] const char garbage[] = "24 bytes of no string s\x80";
   const cow_String none;
   const cow_String brief = "brief";
   const cow_String fitting = "exactly twenty-three by";
