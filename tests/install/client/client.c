@@ -12,6 +12,7 @@ int main(int argc, char** argv) {
       kst_getSection(file, "loads", loads, sizeof loads) != kst_Ok ||
       kst_closeSections(file) != kst_Ok) {
     fprintf(stderr, "%s\n", kst_lastError());
+    kst_end();
     return 1;
   }
   return kst_end() == kst_Ok && loads[1] == -2.0 ? 0 : 1;
