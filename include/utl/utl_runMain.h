@@ -49,7 +49,7 @@ KSTUTL_EXPORT int utl_runMain(const char* program, int argc, char** argv,
                               const std::function<void(const utl_CommandLine&)>& work);
 
 /// For programs with a main function of their own: from now on an exception that nobody
-/// catches is reported as utl_runMain reports it, before the process is aborted.
-/// `program` is copied; null is "program". A later call gives another name. Threads: for
-/// start-up, one thread.
+/// catches, and std::terminate without one, is reported as utl_runMain reports it before
+/// the process is aborted. `program` is copied; null is "program". A later call gives
+/// another name. Threads: for start-up, one thread.
 KSTUTL_EXPORT void utl_installTerminateHandler(const char* program);

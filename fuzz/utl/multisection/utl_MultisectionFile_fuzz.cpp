@@ -73,6 +73,15 @@ void Use(const cow_String& path, const std::string& bytes) {
       Read(file, name, bytes.size());
     }
   }
+  for (const utl_SectionInfo& section : file.getSections()) {
+    try {
+      // What the file does not have must take no memory.
+      if (file.getSection<short>(section.name).size() > bytes.size()) {
+        std::abort();
+      }
+    } catch (const nex_TextException&) {
+    }
+  }
   file.setSectionData("set", bytes.data(), static_cast<int>(bytes.size()));
   file.saveChanges();
   const std::string result = ReadWholeFile(path);
