@@ -3,7 +3,6 @@
 #include <atomic>
 #include <cstdint>
 #include <filesystem>
-#include <memory>
 #include <type_traits>
 
 #include "utl/impl/c/utl_cCall.h"
@@ -54,12 +53,11 @@ void End(utl_CState& state) {
 }
 
 void Begin(int argc, char** argv) {
-  auto state = std::make_unique<utl_CState>();
-  utl_initialize(libraryCount);
-  utl_cState = state.release();
+  utl_cState = new utl_CState;
   try {
+    utl_initialize(libraryCount);
     utl_loadArguments(argc, argv);
-  } catch (...) {
+  } catch (...) {  // a start that fails on the way has been counted
     End(*utl_cState);
     throw;
   }
