@@ -131,6 +131,12 @@ class KSTUTL_EXPORT utl_MultisectionFile {
   /// getSectionLength does.
   void getSectionData(const cow_String& name, void* buffer);
 
+  /// Checks section `number`, counted from 0 in the order of getSections, against its
+  /// checksum, and throws what getSectionData throws; so it can be told of sections of one
+  /// name, too. A section of any length is read in pieces. One that was set is whole.
+  /// Throws nex_AssertException when there is no such number.
+  void checkSection(int number);
+
   /// The section as values of type T, which lie in it one after the other in the form
   /// that they have in memory: int, double, a structure without pointers.
   ///
@@ -209,6 +215,7 @@ class KSTUTL_EXPORT utl_MultisectionFile {
   // The rest is implementation.
 
  private:
+  void ReadSection(int number, char* buffer);
   void Swap(utl_MultisectionFile& other) noexcept;
   std::size_t CheckedCount(const cow_String& name, std::size_t valueSize) const;
   void SetBytes(const cow_String& name, std::span<const std::byte> bytes);

@@ -25,16 +25,20 @@ int Existing(utl_SectionDirectory& directory, const cow_String& path,
   return section;
 }
 
-// Reads `length` bytes from the file's position; returns their checksum.
+// Reads `length` bytes from the file's position, and keeps them if `to` is not null;
+// returns their checksum.
 std::uint32_t ReadChecked(utl_File& file, const cow_String& path, char* to, int length) {
+  const std::size_t room = to == nullptr ? std::min(length, kMultisectionPiece) : 0;
+  std::vector<char> piece(room);
   std::uint32_t checksum = utl_kCrc32Start;
   while (length > 0) {
-    const int count = file.Read(to, std::min(length, kMultisectionPiece));
+    char* const at = to == nullptr ? piece.data() : to;
+    const int count = file.Read(at, std::min(length, kMultisectionPiece));
     if (count == 0) {
       utl_fileFailAtEnd(path);
     }
-    checksum = utl_crc32(checksum, to, static_cast<std::size_t>(count));
-    to += count;
+    checksum = utl_crc32(checksum, at, static_cast<std::size_t>(count));
+    to += to == nullptr ? 0 : count;
     length -= count;
   }
   return checksum;
@@ -108,8 +112,22 @@ void utl_MultisectionFile::getSectionData(const cow_String& name, void* buffer) 
   const utl_Section& section = (*directory_)[number];
   if (section.data != nullptr) {
     std::copy_n(section.data.get(), section.length, static_cast<char*>(buffer));
-    return;
+  } else {
+    ReadSection(number, static_cast<char*>(buffer));
   }
+}
+
+void utl_MultisectionFile::checkSection(int number) {
+  utl_multisectionAssert(0 <= number && number < directory_->Count(),
+                         "0 <= number < getSections().size()");
+  if ((*directory_)[number].data == nullptr) {
+    ReadSection(number, nullptr);
+  }
+}
+
+// Reads a section of the file and checks it; a null buffer gets nothing.
+void utl_MultisectionFile::ReadSection(int number, char* buffer) {
+  const utl_Section& section = (*directory_)[number];
   if (section.length < 0) {
     utl_multisectionFailCorrupted(path_, directory_->Name(number));
   }
@@ -117,8 +135,7 @@ void utl_MultisectionFile::getSectionData(const cow_String& name, void* buffer) 
     file_.Seek(section.place);
   }
   position_ = kUnknownPosition;
-  const std::uint32_t checksum =
-      ReadChecked(file_, path_, static_cast<char*>(buffer), section.length);
+  const std::uint32_t checksum = ReadChecked(file_, path_, buffer, section.length);
   position_ = section.place + section.length;
   if (checksum != section.checksum) {
     utl_multisectionFailCorrupted(path_, directory_->Name(number));

@@ -128,6 +128,28 @@ TEST_F(MultisectionValuesTest, FileWithoutSectionsHasAnEmptyList) {
   EXPECT_TRUE(NewFile().getSections().empty());
 }
 
+TEST_F(MultisectionValuesTest, SectionsAreCheckedByTheirNumber) {
+  std::string bytes =
+      BuildImage({{"a", "1"}, {"b", std::string(600'000, 'b')}, {"b", "2"}});
+  bytes[bytes.size() - 2] = '!';
+  WriteWholeFile(file_, bytes.substr(0, bytes.size() - 1));
+  utl_MultisectionFile file = Reader();
+  file.checkSection(0);
+  EXPECT_CONTENTS_ERROR(file.checkSection(1), "Data corrupted in section \"b\"");
+  EXPECT_END_OF_FILE(file.checkSection(2));
+  Set(file, "b", "whole");
+  file.checkSection(1);
+  EXPECT_EQ(Get(file, "a"), "1");
+  for (const int number : {-1, 3}) {
+    EXPECT_THROW(file.checkSection(number), nex_AssertException) << number;
+  }
+}
+
+TEST_F(MultisectionValuesTest, SectionOfNegativeLengthDoesNotPassItsCheck) {
+  WriteWholeFile(file_, ImageHeader(1) + ImageInt(1) + "a" + ImageInt(-1) + ImageInt(0));
+  EXPECT_CONTENTS_ERROR(Reader().checkSection(0), "Data corrupted in section \"a\"");
+}
+
 static_assert(!std::is_copy_constructible_v<utl_MultisectionFile>);
 static_assert(std::is_move_assignable_v<utl_MultisectionFile>);
 

@@ -1,0 +1,5 @@
+# The tools without their main functions.
+if(NOT TARGET kstutl_tools)
+  message(FATAL_ERROR "The tests of the tools need them: -DKSTUTL_TOOLS=ON")
+endif()
+target_link_libraries(${program} PRIVATE kstutl_tools)

@@ -1,0 +1,371 @@
+#include "sections/Sections.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+
+#include "common/temp/TempDir.h"
+#include "tools/RunTool.h"
+#include "utl/utl_MultisectionFile.h"
+#include "utl/utl_NativePath.h"
+
+namespace {
+
+using Sections = std::vector<std::pair<std::string, std::string>>;
+
+template <class T>
+std::string BytesOf(const std::vector<T>& values) {
+  std::string bytes(values.size() * sizeof(T), '\0');
+  std::memcpy(bytes.data(), values.data(), bytes.size());
+  return bytes;
+}
+
+class KstSectionsTest : public testing::Test {
+ protected:
+  KstSectionsTest() {
+    Write("a.kdb",
+          {{"title", "A frame\n"}, {"forces", BytesOf<double>({1.5, -2, 0.25})}});
+  }
+
+  std::string Path(const std::string& name) const { return dir_.File(name); }
+
+  void Write(const std::string& name, const Sections& sections) const {
+    utl_MultisectionFile file(Path(name), utl_FileAccessWrite);
+    for (const auto& [section, data] : sections) {
+      file.setSection<char>(section, data);
+    }
+    file.saveChanges();
+  }
+
+  Sections Read(const std::string& name) const {
+    utl_MultisectionFile file(Path(name), utl_FileAccessRead);
+    Sections sections;
+    for (const utl_SectionInfo& section : file.getSections()) {
+      const std::vector<char> data = file.getSection<char>(section.name);
+      sections.emplace_back(section.name, std::string(data.begin(), data.end()));
+    }
+    return sections;
+  }
+
+  // Writes "b.kdb", which is "a.kdb" with its last byte changed.
+  void WriteDamaged() const {
+    std::string bytes = ReadWholeFile(Path("a.kdb"));
+    bytes.back() = static_cast<char>(bytes.back() + 1);
+    WriteWholeFile(Path("b.kdb"), bytes);
+  }
+
+  static ToolRun Run(const std::vector<std::string>& arguments) {
+    return RunWith(KstSections, arguments);
+  }
+
+  std::string Names() const {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(dir_.Path())) {
+      names.insert(entry.path().filename().string());
+    }
+    std::string text;
+    for (const std::string& name : names) {
+      text += (text.empty() ? "" : " ") + name;
+    }
+    return text;
+  }
+
+  const TempDir dir_;
+};
+
+TEST_F(KstSectionsTest, HelpTeachesByExample) {
+  const ToolRun run = Run({"--help"});
+  EXPECT_EQ(run.status, kGood);
+  EXPECT_NE(run.out.find("kst_sections verify *.kdb"), std::string::npos);
+  EXPECT_EQ(run.err, "");
+  for (const char* verb : {"list", "verify", "dump", "get", "set", "remove", "diff",
+                           "salvage", "unlock", "recover"}) {
+    EXPECT_EQ(Run({verb, "--help"}).status, kGood) << verb;
+  }
+}
+
+TEST_F(KstSectionsTest, VersionIsTheProducts) {
+  EXPECT_EQ(Run({"--version"}).out, "kst_sections 6.6-7\n");
+}
+
+TEST_F(KstSectionsTest, WrongUseIsToldAndHasStatusTwo) {
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{},
+                                             {"list"},
+                                             {"frobnicate"},
+                                             {"get", "a"},
+                                             {"dump", "a", "b", "--as", "double"},
+                                             {"diff", "a", "b", "--tolerance", "-1"},
+                                             {"remove", "a", "b"}}) {
+    const ToolRun run = Run(arguments);
+    EXPECT_EQ(run.status, kTrouble);
+    EXPECT_EQ(run.out, "");
+    EXPECT_TRUE(run.err.starts_with("kst_sections: ")) << run.err;
+    EXPECT_NE(run.err.find("Try kst_sections --help\n"), std::string::npos) << run.err;
+  }
+}
+
+TEST_F(KstSectionsTest, ListTellsLengthChecksumAndName) {
+  Write("three.kdb", {{"a", ""}, {"b\x1b[2J", "123456789"}});
+  EXPECT_EQ(Run({"list", Path("three.kdb")}).out,
+            Path("three.kdb") +
+                ": 2 sections\n      length  checksum  name\n"
+                "           0  ffffffff  a\n           9  0376e6e7  b\\x1b[2J\n");
+}
+
+TEST_F(KstSectionsTest, ListAsJson) {
+  const auto json = nlohmann::json::parse(Run({"list", "--json", Path("a.kdb")}).out);
+  EXPECT_EQ(json[0]["file"], Path("a.kdb"));
+  EXPECT_EQ(json[0]["sections"][1]["name"], "forces");
+  EXPECT_EQ(json[0]["sections"][1]["length"], 24);
+}
+
+TEST_F(KstSectionsTest, EmptyFileIsNoSectionFileButOneWithoutSectionsIs) {
+  WriteWholeFile(Path("empty.kdb"), "");
+  Write("none.kdb", {});
+  const ToolRun run = Run({"list", Path("empty.kdb"), Path("none.kdb")});
+  EXPECT_EQ(run.status, kTrouble);
+  EXPECT_EQ(run.out, Path("none.kdb") + ": 0 sections\n");
+  EXPECT_EQ(run.err, "kst_sections: \"" + Path("empty.kdb") + "\": Invalid file type\n");
+}
+
+TEST_F(KstSectionsTest, VerifyFindsADamagedSection) {
+  WriteDamaged();
+  EXPECT_EQ(Run({"verify", Path("a.kdb")}).out,
+            Path("a.kdb") + ": 2 of 2 sections good\n");
+  const ToolRun run = Run({"verify", Path("a.kdb"), Path("b.kdb")});
+  EXPECT_EQ(run.status, kFinding);
+  EXPECT_NE(run.out.find(Path("b.kdb") +
+                         ": section \"forces\": its bytes do not have its checksum\n"),
+            std::string::npos)
+      << run.out;
+  EXPECT_NE(run.out.find(Path("b.kdb") + ": 1 of 2 sections good\n"), std::string::npos);
+}
+
+TEST_F(KstSectionsTest, VerifyFindsWhatIsMissingOrLeftOver) {
+  const std::string bytes = ReadWholeFile(Path("a.kdb"));
+  WriteWholeFile(Path("cut.kdb"), bytes.substr(0, bytes.size() - 3));
+  WriteWholeFile(Path("long.kdb"), bytes + "xy");
+  const ToolRun cut = Run({"verify", Path("cut.kdb")});
+  EXPECT_EQ(cut.status, kFinding);
+  EXPECT_NE(cut.out.find("section \"forces\": the file ends within it"),
+            std::string::npos);
+  EXPECT_NE(cut.out.find("3 bytes are missing at the end"), std::string::npos);
+  const ToolRun tooLong = Run({"verify", Path("long.kdb"), "--json"});
+  EXPECT_EQ(tooLong.status, kFinding);
+  const auto json = nlohmann::json::parse(tooLong.out);
+  EXPECT_EQ(json[0]["good"], false);
+  EXPECT_EQ(json[0]["surplus"], 2);
+  EXPECT_EQ(json[0]["sections"][0]["damage"], "");
+}
+
+TEST_F(KstSectionsTest, EveryCutOfAFileIsToldAndNothingElse) {
+  const std::string bytes = ReadWholeFile(Path("a.kdb"));
+  for (std::size_t length = 0; length < bytes.size(); ++length) {
+    WriteWholeFile(Path("cut.kdb"), bytes.substr(0, length));
+    const ToolRun run = Run({"verify", Path("cut.kdb")});
+    EXPECT_NE(run.status, kGood) << length;
+    EXPECT_FALSE((run.out + run.err).empty()) << length;
+  }
+}
+
+TEST_F(KstSectionsTest, DumpReadsATypeOrGuessesIt) {
+  const std::string file = Path("a.kdb");
+  EXPECT_EQ(Run({"dump", file, "title"}).out, "A frame\n");
+  EXPECT_EQ(Run({"dump", file, "forces"}).out,
+            "       0                      1.5                       -2"
+            "                     0.25\n");
+  EXPECT_EQ(Run({"dump", file, "title", "--as", "hex"}).out,
+            "00000000  41 20 66 72 61 6d 65 0a                          A frame.\n");
+  EXPECT_EQ(Run({"dump", file, "title", "--as", "int32"}).out,
+            "       0     1919295553      174419297\n");
+  EXPECT_EQ(Run({"dump", file, "forces", "--as", "int64", "--json"}).status, kGood);
+  const auto json = nlohmann::json::parse(Run({"dump", file, "forces", "--json"}).out);
+  EXPECT_EQ(json["values"], (std::vector<double>{1.5, -2, 0.25}));
+}
+
+TEST_F(KstSectionsTest, DumpTellsWhatIsNoWholeValue) {
+  Write("c.kdb", {{"x", "12345"}});
+  EXPECT_EQ(Run({"dump", Path("c.kdb"), "x", "--as", "int32"}).out,
+            "       0      875770417\nand 1 bytes that are no whole value\n");
+}
+
+TEST_F(KstSectionsTest, AbsentSectionIsAnError) {
+  const ToolRun run = Run({"dump", Path("a.kdb"), "none"});
+  EXPECT_EQ(run.status, kTrouble);
+  EXPECT_EQ(run.err,
+            "kst_sections: \"" + Path("a.kdb") + "\": There is no section \"none\"\n");
+}
+
+TEST_F(KstSectionsTest, GetAndSetCarryBytesOutAndIn) {
+  EXPECT_EQ(Run({"get", Path("a.kdb"), "title", Path("t")}).status, kGood);
+  EXPECT_EQ(ReadWholeFile(Path("t")), "A frame\n");
+  EXPECT_EQ(Run({"get", Path("a.kdb"), "title", Path("t")}).status, kTrouble)
+      << "overwrites";
+  WriteWholeFile(Path("t"), std::string("\r\n\x1a\0x", 5));
+  EXPECT_EQ(Run({"set", Path("a.kdb"), "title", Path("t")}).status, kGood);
+  EXPECT_EQ(Run({"set", Path("a.kdb"), "new", Path("t")}).status, kGood);
+  const Sections sections = Read("a.kdb");
+  ASSERT_EQ(sections.size(), 3u);
+  EXPECT_EQ(sections[0].second, std::string("\r\n\x1a\0x", 5));
+  EXPECT_EQ(sections[2], std::pair(std::string("new"), sections[0].second));
+  EXPECT_EQ(Names(), "a.kdb t");
+}
+
+TEST_F(KstSectionsTest, SetNeedsBothFiles) {
+  WriteWholeFile(Path("t"), "");
+  EXPECT_EQ(Run({"set", Path("none.kdb"), "a", Path("t")}).status, kTrouble);
+  EXPECT_EQ(Run({"set", Path("a.kdb"), "a", Path("none")}).err,
+            "kst_sections: " + Path("none") + ": cannot be read\n");
+  EXPECT_EQ(Names(), "a.kdb t");
+}
+
+TEST_F(KstSectionsTest, RemoveWritesANewFile) {
+  EXPECT_EQ(Run({"remove", Path("a.kdb"), "title", Path("b.kdb")}).out,
+            Path("b.kdb") + ": 1 of 2 sections\n");
+  EXPECT_EQ(Read("b.kdb").size(), 1u);
+  EXPECT_EQ(Read("a.kdb").size(), 2u);
+  EXPECT_EQ(Run({"remove", Path("a.kdb"), "title", Path("b.kdb")}).status, kTrouble);
+  EXPECT_EQ(Run({"remove", Path("a.kdb"), "none", Path("c.kdb")}).err,
+            "kst_sections: " + Path("a.kdb") + ": has no section \"none\"\n");
+  EXPECT_EQ(Names(), "a.kdb b.kdb");
+}
+
+TEST_F(KstSectionsTest, FailedRemoveLeavesNothing) {
+  WriteDamaged();
+  EXPECT_EQ(Run({"remove", Path("b.kdb"), "title", Path("c.kdb")}).status, kTrouble);
+  EXPECT_EQ(Names(), "a.kdb b.kdb");
+}
+
+TEST_F(KstSectionsTest, DiffOfEqualFilesIsEmpty) {
+  const ToolRun run = Run({"diff", Path("a.kdb"), Path("a.kdb")});
+  EXPECT_EQ(run.status, kGood);
+  EXPECT_EQ(run.out, "");
+}
+
+TEST_F(KstSectionsTest, DiffTellsEachDifference) {
+  Write("b.kdb", {{"title", "A fRame\n"},
+                  {"forces", BytesOf<double>({1.5, -2.5, 0.5})},
+                  {"more", ""}});
+  Write("c.kdb", {{"title", "short"}});
+  const ToolRun run = Run({"diff", Path("a.kdb"), Path("b.kdb")});
+  EXPECT_EQ(run.status, kFinding);
+  EXPECT_EQ(run.out,
+            "\"title\": differ from byte 3 on\n"
+            "\"forces\": 2 of 3 values differ, most at 1: -2 and -2.5\n"
+            "\"more\": only in " +
+                Path("b.kdb") + "\n");
+  EXPECT_EQ(Run({"diff", Path("a.kdb"), Path("c.kdb")}).out,
+            "\"title\": 8 bytes, and 5\n\"forces\": only in " + Path("a.kdb") + "\n");
+  const auto json =
+      nlohmann::json::parse(Run({"diff", "--json", Path("a.kdb"), Path("b.kdb")}).out);
+  EXPECT_EQ(json["differences"].size(), 3u);
+}
+
+TEST_F(KstSectionsTest, DiffOfNumbersHasTolerances) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  Write("a.kdb", {{"forces", BytesOf<double>({100, 0, nan})}});
+  Write("b.kdb", {{"forces", BytesOf<double>({101, 0.001, -nan})}});
+  const auto status = [&](const std::vector<std::string>& options) {
+    std::vector<std::string> arguments = {"diff", Path("a.kdb"), Path("b.kdb")};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    return Run(arguments).status;
+  };
+  EXPECT_EQ(status({}), kFinding);
+  EXPECT_EQ(status({"--tolerance", "0.01"}), kFinding);
+  EXPECT_EQ(status({"--tolerance", "0.01", "--absolute", "0.001"}), kGood);
+  EXPECT_EQ(status({"--absolute", "1"}), kGood);
+  EXPECT_EQ(status({"--absolute", "1", "--as", "hex"}), kFinding);
+}
+
+TEST_F(KstSectionsTest, NoNumberDiffersMoreThanOneThatIsNone) {
+  Write("a.kdb", {{"forces", BytesOf<double>({1, 2, 3})}});
+  Write("b.kdb", {{"forces",
+                   BytesOf<double>({1e9, std::numeric_limits<double>::quiet_NaN(), 3})}});
+  EXPECT_EQ(Run({"diff", Path("a.kdb"), Path("b.kdb")}).out,
+            "\"forces\": 2 of 3 values differ, most at 1: 2 and nan\n");
+}
+
+TEST_F(KstSectionsTest, SalvageKeepsWhatIsWhole) {
+  WriteDamaged();
+  const ToolRun run = Run({"salvage", Path("b.kdb"), Path("c.kdb")});
+  EXPECT_EQ(run.status, kFinding);
+  EXPECT_EQ(run.out, "lost: \"forces\", 24 bytes: its bytes do not have its checksum\n" +
+                         Path("c.kdb") + ": 1 of 2 sections\n");
+  EXPECT_EQ(Read("c.kdb"), (Sections{{"title", "A frame\n"}}));
+  EXPECT_EQ(Run({"salvage", Path("a.kdb"), Path("d.kdb")}).status, kGood);
+  EXPECT_EQ(Run({"salvage", Path("a.kdb"), Path("d.kdb")}).status, kTrouble);
+}
+
+TEST_F(KstSectionsTest, UnlockRemovesALeftOverLock) {
+  EXPECT_EQ(Run({"unlock", Path("a.kdb")}).out, Path("a.kdb") + ": no lock\n");
+  WriteWholeFile(Path("a.kdb.lock"), "");
+  EXPECT_EQ(Run({"unlock", Path("a.kdb")}).status, kFinding);
+  EXPECT_EQ(Names(), "a.kdb a.kdb.lock") << "without --yes";
+  EXPECT_EQ(Run({"unlock", Path("a.kdb"), "--yes"}).status, kGood);
+  EXPECT_EQ(Names(), "a.kdb");
+}
+
+TEST_F(KstSectionsTest, LockOfALivingWriterStays) {
+  const utl_MultisectionFile writer(Path("a.kdb"), utl_FileAccessUpdate);
+  for (const char* verb : {"unlock", "recover"}) {
+    const ToolRun run = Run({verb, Path("a.kdb"), "--yes"});
+    EXPECT_EQ(run.status, kFinding) << verb;
+    EXPECT_NE(run.out.find("a program has it open for writing"), std::string::npos);
+  }
+  EXPECT_EQ(Names(), "a.kdb a.kdb.lock");
+}
+
+TEST_F(KstSectionsTest, RecoverHasNothingToDo) {
+  EXPECT_EQ(Run({"recover", Path("a.kdb")}).out,
+            Path("a.kdb") + ": complete\nnothing was left by a crash\n");
+  EXPECT_EQ(Run({"recover", Path("none.kdb")}).err,
+            "kst_sections: " + Path("none.kdb") + ": is not there\n");
+}
+
+TEST_F(KstSectionsTest, RecoverKeepsACompleteFile) {
+  WriteWholeFile(Path("a.kdb.lock"), "");
+  WriteWholeFile(Path("a.kdb.4711.tmp"), "half");
+  WriteWholeFile(Path("a.kdb.x.tmp"), "somebody's");
+  const std::string before = ReadWholeFile(Path("a.kdb"));
+  EXPECT_EQ(Run({"recover", Path("a.kdb")}).status, kFinding);
+  EXPECT_EQ(Names(), "a.kdb a.kdb.4711.tmp a.kdb.lock a.kdb.x.tmp") << "without --yes";
+  EXPECT_EQ(Run({"recover", Path("a.kdb"), "--yes"}).status, kGood);
+  EXPECT_EQ(Names(), "a.kdb a.kdb.x.tmp");
+  EXPECT_EQ(ReadWholeFile(Path("a.kdb")), before);
+}
+
+TEST_F(KstSectionsTest, RecoverTakesAWholeTemporaryFile) {
+  WriteDamaged();
+  std::filesystem::copy_file(Path("a.kdb"), Path("b.kdb.4711.tmp"));
+  WriteWholeFile(Path("b.kdb.lock"), "");
+  EXPECT_EQ(Run({"recover", Path("b.kdb")}).status, kFinding);
+  EXPECT_EQ(Run({"recover", Path("b.kdb"), "--yes"}).status, kGood);
+  EXPECT_EQ(ReadWholeFile(Path("b.kdb")), ReadWholeFile(Path("a.kdb")));
+  EXPECT_EQ(Names(), "a.kdb b.kdb");
+}
+
+TEST_F(KstSectionsTest, RecoverLeavesAFileThatWasDamagedBefore) {
+  WriteDamaged();
+  const std::string before = ReadWholeFile(Path("b.kdb"));
+  WriteWholeFile(Path("b.kdb.4711.tmp"), before.substr(0, before.size() - 1));
+  WriteWholeFile(Path("b.kdb.lock"), "");
+  const ToolRun run = Run({"recover", Path("b.kdb"), "--yes"});
+  EXPECT_EQ(run.status, kFinding);
+  EXPECT_NE(run.out.find("it was damaged before"), std::string::npos) << run.out;
+  EXPECT_EQ(ReadWholeFile(Path("b.kdb")), before);
+  EXPECT_EQ(Names(), "a.kdb b.kdb");
+}
+
+TEST_F(KstSectionsTest, OutputThatCannotBeWrittenIsTold) {
+  std::ostream broken(nullptr);
+  std::ostringstream err;
+  const std::string file = Path("a.kdb");
+  const char* argv[] = {"kst_sections", "list", file.c_str()};
+  EXPECT_EQ(KstSections(3, argv, {broken, err, false}), kTrouble);
+  EXPECT_EQ(err.str(), "kst_sections: the output could not be written\n");
+}
+
+}  // namespace

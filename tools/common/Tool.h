@@ -1,0 +1,43 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <iostream>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+/// Exit statuses of every tool.
+inline constexpr int kGood = 0;
+inline constexpr int kFinding = 1;  ///< damage, a difference, something to be done
+inline constexpr int kTrouble =
+    2;  ///< wrong use, or a file that cannot be read or written
+
+/// Where a tool writes: results to `out`, everything else to `err`.
+struct Console {
+  std::ostream& out;
+  std::ostream& err;
+  bool isTerminal;  ///< `err` is watched by somebody, who may be shown a progress bar
+};
+
+/// The process's own streams.
+Console ProcessConsole();
+
+/// Something about a file that keeps the tool from doing its work: "FILE: TEXT".
+class FileError : public std::runtime_error {
+ public:
+  FileError(const std::string& file, const std::string& text);
+};
+
+/// Parses the arguments and runs the work; the exit status. --help and --version are
+/// answered, wrong use is told with a hint to --help, and whatever is thrown is told in
+/// one line that begins with the tool's name. `app.get_name()` is that name.
+int RunTool(CLI::App& app, int argc, const char* const* argv, const Console& console,
+            const std::function<int()>& work);
+
+/// The text in the one exception that is being handled, in one line. For catch (...).
+std::string CurrentFailure();
+
+/// Text from a file, to be shown to people: control characters, which could move the
+/// cursor or end the line, and what is no UTF-8 are written as \xNN.
+std::string Shown(std::string_view text);

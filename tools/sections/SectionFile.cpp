@@ -1,0 +1,86 @@
+#include "sections/SectionFile.h"
+
+#include <filesystem>
+#include <string_view>
+
+#include "common/Tool.h"
+#include "nex/nex_Exception.h"
+#include "utl/utl_NativePath.h"
+
+namespace {
+
+constexpr std::int64_t kHeader = 12;
+constexpr std::int64_t kEntry = 12;  // and the name
+
+}  // namespace
+
+SectionFile::SectionFile(const std::string& path)
+    : path_(path), file_(path, utl_FileAccessRead), sections_(file_.getSections()) {}
+
+std::string SectionFile::Data(const std::string& name) {
+  const std::vector<char> data = file_.getSection<char>(name);
+  return {data.begin(), data.end()};
+}
+
+std::string SectionFile::Damage(int number) {
+  try {
+    file_.checkSection(number);
+    return "";
+  } catch (const utl_FileExceptionRead&) {
+    return "the file ends within it";
+  } catch (const nex_Exception&) {
+    return "its bytes do not have its checksum";
+  }
+}
+
+std::int64_t SectionFile::Surplus() const {
+  std::int64_t size = kHeader;
+  for (const utl_SectionInfo& section : sections_) {
+    const auto name = static_cast<std::int64_t>(std::string_view(section.name).size());
+    size += kEntry + name + std::max(section.length, 0);
+  }
+  return static_cast<std::int64_t>(std::filesystem::file_size(utl_nativePath(path_))) -
+         size;
+}
+
+bool SectionFile::IsComplete() {
+  const int count = static_cast<int>(sections_.size());
+  for (int number = 0; number < count; ++number) {
+    if (!Damage(number).empty()) {
+      return false;
+    }
+  }
+  return Surplus() == 0;
+}
+
+bool IsWholeSectionFile(const std::string& path) {
+  try {
+    return SectionFile(path).Surplus() == 0;
+  } catch (const nex_Exception&) {
+    return false;
+  }
+}
+
+NewSectionFile::NewSectionFile(const std::string& path) : path_(path) {
+  if (std::filesystem::exists(utl_nativePath(path))) {
+    throw FileError(path, "is there already, and nothing is overwritten");
+  }
+  file_ = std::make_unique<utl_MultisectionFile>(path, utl_FileAccessWrite);
+}
+
+NewSectionFile::~NewSectionFile() {
+  file_.reset();
+  if (!isSaved_) {
+    std::error_code ignored;
+    std::filesystem::remove(utl_nativePath(path_), ignored);
+  }
+}
+
+void NewSectionFile::Add(const std::string& name, const std::string& data) {
+  file_->setSection<char>(name, data);
+}
+
+void NewSectionFile::Save() {
+  file_->saveChangesAtomically();
+  isSaved_ = true;
+}
