@@ -301,7 +301,7 @@ TEST_F(FlockTest, ProcessesTakeTurns) {
 // exclusively makes the file argv[2], which nobody else may meet. Answers with the number
 // of surprises.
 TEST_CHILD(lockInAllWays) {
-  constexpr int kRounds = 10000;
+  constexpr int kRounds = 4000;
   constexpr int kAccesses[] = {_O_RDONLY, _O_WRONLY, _O_RDWR};
   constexpr int kWays[] = {kShared, kExclusive, kTryShared, kTryExclusive};
   std::minstd_rand random(static_cast<unsigned>(std::stoi(argv[3])));

@@ -337,6 +337,11 @@ DWORD TryOn(Guard& guard, int fd, LockNotes& notes, OneNote& note, bool wait,
     if (!asks) {
       All().changed.wait_for(guard, wait ? kPause : kShortPause * tries);
     }
+    if (asks && lock.exclusive) {
+      // It would look like another process's by the same open file. Whoever else waits is
+      // slower than the try that follows.
+      Settle(own.Get(), notes, lock.range);
+    }
     const bool isOpen = !notes.isClosed && IsOf(fd, notes.identity);
     outcome = isOpen ? Try(own.Get(), notes, note) : Outcome::kFailed;
     const int number = errno;
