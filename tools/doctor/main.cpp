@@ -1,0 +1,5 @@
+#include "doctor/Doctor.h"
+
+int main(int argc, char** argv) {
+  return KstDoctor(argc, argv, ProcessConsole());
+}
