@@ -67,6 +67,8 @@ class KSTUTL_EXPORT utl_DirObject {
   std::int32_t FileCount() const { return fileCount_; }
   std::int32_t DirCount() const { return dirCount_; }
 
+  // The rest is implementation.
+
  private:
   void Read();
 

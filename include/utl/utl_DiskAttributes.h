@@ -36,6 +36,8 @@ class KSTUTL_EXPORT utl_DiskAttributes {
   /// drive's free space and the caller's part of it.
   std::uint64_t GetFreeDiskSpace() const;
 
+  // The rest is implementation.
+
  private:
   cow_String path_;
 };

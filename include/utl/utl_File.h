@@ -202,12 +202,14 @@ class KSTUTL_EXPORT utl_FileExceptionClose : public nex_TextException {
   [[noreturn]] void Propagate() const override;
 };
 
+/// The position could not be changed.
 class KSTUTL_EXPORT utl_FileExceptionSeek : public nex_TextException {
  public:
   utl_FileExceptionSeek(int code, const cow_String& path, const atr_String& operation);
   [[noreturn]] void Propagate() const override;
 };
 
+/// The position could not be read.
 class KSTUTL_EXPORT utl_FileExceptionLocation : public nex_TextException {
  public:
   utl_FileExceptionLocation(int code, const cow_String& path,
@@ -215,6 +217,7 @@ class KSTUTL_EXPORT utl_FileExceptionLocation : public nex_TextException {
   [[noreturn]] void Propagate() const override;
 };
 
+/// The file could not be flushed to the disk, or is opened for reading.
 class KSTUTL_EXPORT utl_FileExceptionFlush : public nex_TextException {
  public:
   utl_FileExceptionFlush(const cow_String& path, const atr_String& text);
@@ -222,12 +225,14 @@ class KSTUTL_EXPORT utl_FileExceptionFlush : public nex_TextException {
   [[noreturn]] void Propagate() const override;
 };
 
+/// Bytes could not be read.
 class KSTUTL_EXPORT utl_FileExceptionRead : public nex_TextException {
  public:
   utl_FileExceptionRead(int code, const cow_String& path, const atr_String& operation);
   [[noreturn]] void Propagate() const override;
 };
 
+/// Bytes could not be written, or the file is opened for reading.
 class KSTUTL_EXPORT utl_FileExceptionWrite : public nex_TextException {
  public:
   utl_FileExceptionWrite(const cow_String& path, const atr_String& text);
@@ -243,12 +248,14 @@ class KSTUTL_EXPORT utl_FileExceptionFull : public nex_TextException {
   [[noreturn]] void Propagate() const override;
 };
 
+/// The size could not be read.
 class KSTUTL_EXPORT utl_FileExceptionSize : public nex_TextException {
  public:
   utl_FileExceptionSize(int code, const cow_String& path, const atr_String& operation);
   [[noreturn]] void Propagate() const override;
 };
 
+/// The size could not be changed.
 class KSTUTL_EXPORT utl_FileExceptionExtend : public nex_TextException {
  public:
   utl_FileExceptionExtend(int code, const cow_String& path, const atr_String& operation);

@@ -37,6 +37,8 @@ class utl_FileOffset {
   ///     utl_FileOffset(5000000010).DiffAsInt32(5000000000);   // 10
   KSTUTL_EXPORT int DiffAsInt32(utl_FileOffset other) const;
 
+  // The rest is implementation.
+
  private:
   std::int64_t bytes_ = 0;
 };

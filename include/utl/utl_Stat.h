@@ -60,6 +60,8 @@ class KSTUTL_EXPORT utl_Stat {
   /// Why the status was not obtained; of kind run time and number 0 otherwise.
   omi_SystemErrorCode error;
 
+  // The rest is implementation.
+
  private:
   void ReadFrom(void* handle);
 };

@@ -121,6 +121,7 @@ class KSTUTL_EXPORT utl_TempFileCantExc : public utl_TempFileException {
   [[noreturn]] void Propagate() const override;
 };
 
+/// See utl_TempFileDirExc.
 class KSTUTL_EXPORT utl_TempFileNoDirExc : public utl_TempFileException {
  public:
   utl_TempFileNoDirExc();
