@@ -8,8 +8,8 @@
 
 #include "atr/atr_translate.h"
 #include "platform/platform.h"
-#include "utl/impl/ScopedHandle.h"
 #include "utl/impl/utl_fileErrors.h"
+#include "utl/impl/utl_ScopedHandle.h"
 #include "utl/utl_IOTracker.h"
 
 namespace {
@@ -70,7 +70,7 @@ HANDLE OpenExisting(const cow_String& path, DWORD access, DWORD shares, const ch
 // holder exists.
 HANDLE Written(HANDLE created, const cow_String& path) {
   const DWORD code = GetLastError();
-  ScopedHandle handle(created);
+  utl_ScopedHandle handle(created);
   thr_GlobalSingleton<utl_IOTracker_Container>::Instance();
   if (!handle.IsValid()) {
     Fail<utl_FileExceptionOpen>("CreateFile in OpenWrite", code, path);
@@ -129,9 +129,9 @@ FileInformation InformationOf(HANDLE file) {
 }
 
 bool LeadsTo(const cow_String& path, const FileInformation& file) {
-  const ScopedHandle there(Create(path, GENERIC_READ,
-                                  FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                  OPEN_EXISTING));
+  const utl_ScopedHandle there(
+      Create(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+             OPEN_EXISTING));
   const FileInformation other = InformationOf(there.Get());
   return there.IsValid() && file.dwVolumeSerialNumber == other.dwVolumeSerialNumber &&
          file.nFileIndexHigh == other.nFileIndexHigh &&

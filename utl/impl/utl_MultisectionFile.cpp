@@ -30,7 +30,7 @@ int Existing(utl_SectionDirectory& directory, const cow_String& path,
 std::uint32_t ReadChecked(utl_File& file, const cow_String& path, char* to, int length) {
   const std::size_t room = to == nullptr ? std::min(length, kMultisectionPiece) : 0;
   std::vector<char> piece(room);
-  std::uint32_t checksum = utl_kCrc32Start;
+  std::uint32_t checksum = kCrc32Start;
   while (length > 0) {
     char* const at = to == nullptr ? piece.data() : to;
     const int count = file.Read(at, std::min(length, kMultisectionPiece));
@@ -147,7 +147,7 @@ void utl_MultisectionFile::setSectionData(const cow_String& name, const void* da
   utl_multisectionAssert(length >= 0, "length >= 0");
   const auto size = static_cast<std::size_t>(length);
   auto block = std::make_unique_for_overwrite<char[]>(size);
-  const std::uint32_t checksum = utl_crc32Copy(utl_kCrc32Start, block.get(), data, size);
+  const std::uint32_t checksum = utl_crc32Copy(kCrc32Start, block.get(), data, size);
   directory_->Set(name, std::move(block), length, checksum);
 }
 

@@ -6,12 +6,12 @@
 
 /// Owns a handle of the system, or INVALID_HANDLE_VALUE for none, and closes it at the
 /// end of its scope. A failing close is not reported.
-class ScopedHandle {
+class utl_ScopedHandle {
  public:
-  explicit ScopedHandle(HANDLE handle) noexcept : handle_(handle) {}
-  ScopedHandle(ScopedHandle&& other) noexcept : handle_(other.Release()) {}
-  ScopedHandle& operator=(ScopedHandle&&) = delete;
-  ~ScopedHandle() {
+  explicit utl_ScopedHandle(HANDLE handle) noexcept : handle_(handle) {}
+  utl_ScopedHandle(utl_ScopedHandle&& other) noexcept : handle_(other.Release()) {}
+  utl_ScopedHandle& operator=(utl_ScopedHandle&&) = delete;
+  ~utl_ScopedHandle() {
     if (IsValid()) {
       CloseHandle(handle_);
     }

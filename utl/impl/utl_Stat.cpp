@@ -4,7 +4,7 @@
 #include <windows.h>
 
 #include "nex/nex_SystemErrorException.h"
-#include "utl/impl/ScopedHandle.h"
+#include "utl/impl/utl_ScopedHandle.h"
 
 namespace {
 
@@ -24,7 +24,7 @@ std::int32_t Seconds(const FILETIME& time) {
 }  // namespace
 
 utl_Stat::utl_Stat(const cow_String& name) {
-  const ScopedHandle handle(
+  const utl_ScopedHandle handle(
       CreateFileA(name.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                   OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
   if (handle.IsValid()) {

@@ -136,10 +136,10 @@ const utl_Base64Codec& Codec() {
 
 std::span<const utl_Base64Kernel> utl_base64Kernels() {
   static const std::array<utl_Base64Kernel, 4> kernels = {{
-      {"plain", Base64EncodePlain, Base64DecodePlain, true},
-      {"table", Base64EncodeTable, Base64DecodeTable, true},
-      {"avx2", Base64EncodeAvx2, Base64DecodeAvx2, Base64HasAvx2()},
-      {"avx512", Base64EncodeAvx512, Base64DecodeAvx512, Base64HasAvx512()},
+      {"plain", utl_base64EncodePlain, utl_base64DecodePlain, true},
+      {"table", utl_base64EncodeTable, utl_base64DecodeTable, true},
+      {"avx2", utl_base64EncodeAvx2, utl_base64DecodeAvx2, utl_base64HasAvx2()},
+      {"avx512", utl_base64EncodeAvx512, utl_base64DecodeAvx512, utl_base64HasAvx512()},
   }};
   return kernels;
 }

@@ -12,7 +12,7 @@ namespace {
 void BM_Crc32(benchmark::State& state, utl_Crc32Function function) {
   const std::vector<unsigned char> bytes(static_cast<std::size_t>(state.range(0)), 0x5A);
   for (auto _ : state) {
-    benchmark::DoNotOptimize(function(utl_kCrc32Start, bytes.data(), bytes.size()));
+    benchmark::DoNotOptimize(function(kCrc32Start, bytes.data(), bytes.size()));
   }
   state.SetBytesProcessed(state.iterations() * state.range(0));
 }

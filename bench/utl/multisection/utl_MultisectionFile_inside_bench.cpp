@@ -100,7 +100,7 @@ void BM_ReadAndChecksum(benchmark::State& state) {
     for (int i = 0; i < work.count; ++i) {
       file.Read(work.data.data(), work.size);
       benchmark::DoNotOptimize(
-          utl_crc32(utl_kCrc32Start, work.data.data(), work.data.size()));
+          utl_crc32(kCrc32Start, work.data.data(), work.data.size()));
     }
   }
   Report(state);

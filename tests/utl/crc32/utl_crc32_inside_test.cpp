@@ -12,7 +12,7 @@
 namespace {
 
 std::uint32_t Whole(utl_Crc32Function function, std::string_view text) {
-  return function(utl_kCrc32Start, text.data(), text.size());
+  return function(kCrc32Start, text.data(), text.size());
 }
 
 std::vector<unsigned char> RandomBytes(std::size_t size, unsigned seed) {
@@ -36,7 +36,7 @@ std::uint32_t BitByBit(std::uint32_t reg, const unsigned char* bytes, std::size_
   return reg;
 }
 
-class Crc32KernelTest : public testing::TestWithParam<std::size_t> {
+class utl_crc32KernelTest : public testing::TestWithParam<std::size_t> {
  protected:
   void SetUp() override {
     if (!kernel_.available) {
@@ -46,31 +46,31 @@ class Crc32KernelTest : public testing::TestWithParam<std::size_t> {
   const utl_Crc32Kernel kernel_ = utl_crc32Kernels()[GetParam()];
 };
 
-INSTANTIATE_TEST_SUITE_P(AllKernels, Crc32KernelTest,
+INSTANTIATE_TEST_SUITE_P(AllKernels, utl_crc32KernelTest,
                          testing::Range(std::size_t{0}, utl_crc32Kernels().size()),
                          [](const auto& instance) {
                            return std::string(utl_crc32Kernels()[instance.param].name);
                          });
 
-TEST_P(Crc32KernelTest, CheckValueOfNineDigits) {
+TEST_P(utl_crc32KernelTest, CheckValueOfNineDigits) {
   EXPECT_EQ(Whole(kernel_.function, "123456789"), 0x0376E6E7u);
 }
 
-TEST_P(Crc32KernelTest, NoBytesLeaveTheRegister) {
-  EXPECT_EQ(kernel_.function(utl_kCrc32Start, nullptr, 0), 0xFFFFFFFFu);
+TEST_P(utl_crc32KernelTest, NoBytesLeaveTheRegister) {
+  EXPECT_EQ(kernel_.function(kCrc32Start, nullptr, 0), 0xFFFFFFFFu);
   EXPECT_EQ(kernel_.function(0x12345678u, nullptr, 0), 0x12345678u);
 }
 
-TEST_P(Crc32KernelTest, EveryShortLengthEqualsTheBitwiseDefinition) {
+TEST_P(utl_crc32KernelTest, EveryShortLengthEqualsTheBitwiseDefinition) {
   const std::vector<unsigned char> bytes = RandomBytes(600, 1);
   for (std::size_t size = 0; size <= bytes.size(); ++size) {
-    ASSERT_EQ(kernel_.function(utl_kCrc32Start, bytes.data(), size),
-              BitByBit(utl_kCrc32Start, bytes.data(), size))
+    ASSERT_EQ(kernel_.function(kCrc32Start, bytes.data(), size),
+              BitByBit(kCrc32Start, bytes.data(), size))
         << "length " << size;
   }
 }
 
-TEST_P(Crc32KernelTest, EveryRegisterBitCounts) {
+TEST_P(utl_crc32KernelTest, EveryRegisterBitCounts) {
   const std::vector<unsigned char> bytes = RandomBytes(300, 2);
   for (const std::size_t size : {1u, 3u, 4u, 15u, 16u, 17u, 63u, 64u, 255u, 256u, 300u}) {
     for (int bit = 0; bit < 32; ++bit) {
@@ -82,7 +82,7 @@ TEST_P(Crc32KernelTest, EveryRegisterBitCounts) {
   }
 }
 
-TEST_P(Crc32KernelTest, EqualsPlainOnRandomLengthsOffsetsAndSplits) {
+TEST_P(utl_crc32KernelTest, EqualsPlainOnRandomLengthsOffsetsAndSplits) {
   const utl_Crc32Function plain = utl_crc32Kernels()[0].function;
   const std::vector<unsigned char> bytes = RandomBytes(5000 + 64, 3);
   std::mt19937 random(4);
@@ -100,26 +100,26 @@ TEST_P(Crc32KernelTest, EqualsPlainOnRandomLengthsOffsetsAndSplits) {
 }
 
 // A block that ends at the end of its allocation: a sanitizer sees any read beyond.
-TEST_P(Crc32KernelTest, ReadsNothingOutsideTheBlock) {
+TEST_P(utl_crc32KernelTest, ReadsNothingOutsideTheBlock) {
   for (std::size_t size = 1; size <= 600; ++size) {
     const std::vector<unsigned char> bytes = RandomBytes(size, 5);
-    ASSERT_EQ(kernel_.function(utl_kCrc32Start, bytes.data(), size),
-              BitByBit(utl_kCrc32Start, bytes.data(), size));
+    ASSERT_EQ(kernel_.function(kCrc32Start, bytes.data(), size),
+              BitByBit(kCrc32Start, bytes.data(), size));
   }
 }
 
-TEST(Crc32Test, PlainAndSlicedRunEverywhere) {
+TEST(utl_crc32Test, PlainAndSlicedRunEverywhere) {
   ASSERT_GE(utl_crc32Kernels().size(), 2u);
   EXPECT_TRUE(utl_crc32Kernels()[0].available);
   EXPECT_TRUE(utl_crc32Kernels()[1].available);
 }
 
-TEST(Crc32Test, ChosenKernelGivesTheCheckValue) {
+TEST(utl_crc32Test, ChosenKernelGivesTheCheckValue) {
   EXPECT_EQ(Whole(utl_crc32, "123456789"), 0x0376E6E7u);
-  EXPECT_EQ(utl_crc32(utl_kCrc32Start, nullptr, 0), 0xFFFFFFFFu);
+  EXPECT_EQ(utl_crc32(kCrc32Start, nullptr, 0), 0xFFFFFFFFu);
 }
 
-TEST(Crc32Test, CopyCopiesAndGivesTheSameChecksum) {
+TEST(utl_crc32Test, CopyCopiesAndGivesTheSameChecksum) {
   for (const std::size_t size : {0u, 1u, 100u, 16384u, 16385u, 100000u}) {
     const std::vector<unsigned char> bytes = RandomBytes(size, 6);
     std::vector<unsigned char> copy(size + 1, 0xEE);
@@ -130,7 +130,7 @@ TEST(Crc32Test, CopyCopiesAndGivesTheSameChecksum) {
   }
 }
 
-TEST(Crc32Test, FirstUseByManyThreadsAtOnce) {
+TEST(utl_crc32Test, FirstUseByManyThreadsAtOnce) {
   std::vector<std::uint32_t> results(8);
   std::vector<std::thread> threads;
   for (std::uint32_t& result : results) {

@@ -78,12 +78,13 @@ constexpr std::size_t kGroups = 8;
 
 }  // namespace
 
-bool Base64HasAvx2() {
+bool utl_base64HasAvx2() {
   return __builtin_cpu_supports("avx2");
 }
 
-[[KSTUTL_BASE64_HALVES]] void Base64EncodeAvx2(const unsigned char* bytes,
-                                               std::size_t groups, char* text) noexcept {
+[[KSTUTL_BASE64_HALVES]] void utl_base64EncodeAvx2(const unsigned char* bytes,
+                                                   std::size_t groups,
+                                                   char* text) noexcept {
   // 28 bytes are read, of which 24 are used.
   for (; groups >= kGroups + 2; groups -= kGroups) {
     const auto* first = reinterpret_cast<const __m128i_u*>(bytes);
@@ -94,12 +95,12 @@ bool Base64HasAvx2() {
     bytes += 3 * kGroups;
     text += 4 * kGroups;
   }
-  Base64EncodeTable(bytes, groups, text);
+  utl_base64EncodeTable(bytes, groups, text);
 }
 
-[[KSTUTL_BASE64_HALVES]] std::size_t Base64DecodeAvx2(const unsigned char* text,
-                                                      std::size_t groups,
-                                                      unsigned char* bytes) noexcept {
+[[KSTUTL_BASE64_HALVES]] std::size_t utl_base64DecodeAvx2(const unsigned char* text,
+                                                          std::size_t groups,
+                                                          unsigned char* bytes) noexcept {
   std::size_t done = 0;
   for (; groups - done >= kGroups; done += kGroups) {
     const __m256i chars =
@@ -112,5 +113,5 @@ bool Base64HasAvx2() {
     _mm_storeu_si128(reinterpret_cast<__m128i_u*>(target), _mm256_castsi256_si128(lanes));
     _mm_storeu_si64(target + 16, _mm256_extracti128_si256(lanes, 1));
   }
-  return done + Base64DecodeTable(text + 4 * done, groups - done, bytes + 3 * done);
+  return done + utl_base64DecodeTable(text + 4 * done, groups - done, bytes + 3 * done);
 }

@@ -63,13 +63,14 @@ constexpr std::uint64_t LowBits(std::size_t count) {
 
 }  // namespace
 
-bool Base64HasAvx512() {
+bool utl_base64HasAvx512() {
   return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
          __builtin_cpu_supports("avx512vbmi");
 }
 
-[[KSTUTL_BASE64_WIDE]] void Base64EncodeAvx512(const unsigned char* bytes,
-                                               std::size_t groups, char* text) noexcept {
+[[KSTUTL_BASE64_WIDE]] void utl_base64EncodeAvx512(const unsigned char* bytes,
+                                                   std::size_t groups,
+                                                   char* text) noexcept {
   const __m512i spread = Load(kSpread);
   const __m512i shifts = Load(kShifts);
   const __m512i alphabet = Load(kAlphabet);
@@ -86,9 +87,9 @@ bool Base64HasAvx512() {
   }
 }
 
-[[KSTUTL_BASE64_WIDE]] std::size_t Base64DecodeAvx512(const unsigned char* text,
-                                                      std::size_t groups,
-                                                      unsigned char* bytes) noexcept {
+[[KSTUTL_BASE64_WIDE]] std::size_t utl_base64DecodeAvx512(const unsigned char* text,
+                                                          std::size_t groups,
+                                                          unsigned char* bytes) noexcept {
   const __m512i lowValues = Load(kLowValues);
   const __m512i highValues = Load(kHighValues);
   const __m512i packed = Load(kPacked);

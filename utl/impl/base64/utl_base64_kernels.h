@@ -27,27 +27,27 @@ inline constexpr auto kBase64Values = [] {
 }();
 
 /// One character or value at a time.
-void Base64EncodePlain(const unsigned char* bytes, std::size_t groups,
-                       char* text) noexcept;
-std::size_t Base64DecodePlain(const unsigned char* text, std::size_t groups,
-                              unsigned char* bytes) noexcept;
+void utl_base64EncodePlain(const unsigned char* bytes, std::size_t groups,
+                           char* text) noexcept;
+std::size_t utl_base64DecodePlain(const unsigned char* text, std::size_t groups,
+                                  unsigned char* bytes) noexcept;
 
 /// Two characters from one table of all 12-bit values; four tables for decoding.
-void Base64EncodeTable(const unsigned char* bytes, std::size_t groups,
-                       char* text) noexcept;
-std::size_t Base64DecodeTable(const unsigned char* text, std::size_t groups,
-                              unsigned char* bytes) noexcept;
+void utl_base64EncodeTable(const unsigned char* bytes, std::size_t groups,
+                           char* text) noexcept;
+std::size_t utl_base64DecodeTable(const unsigned char* text, std::size_t groups,
+                                  unsigned char* bytes) noexcept;
 
 /// Eight groups at a time.
-bool Base64HasAvx2();
-void Base64EncodeAvx2(const unsigned char* bytes, std::size_t groups,
-                      char* text) noexcept;
-std::size_t Base64DecodeAvx2(const unsigned char* text, std::size_t groups,
-                             unsigned char* bytes) noexcept;
+bool utl_base64HasAvx2();
+void utl_base64EncodeAvx2(const unsigned char* bytes, std::size_t groups,
+                          char* text) noexcept;
+std::size_t utl_base64DecodeAvx2(const unsigned char* text, std::size_t groups,
+                                 unsigned char* bytes) noexcept;
 
 /// Sixteen groups at a time.
-bool Base64HasAvx512();
-void Base64EncodeAvx512(const unsigned char* bytes, std::size_t groups,
-                        char* text) noexcept;
-std::size_t Base64DecodeAvx512(const unsigned char* text, std::size_t groups,
-                               unsigned char* bytes) noexcept;
+bool utl_base64HasAvx512();
+void utl_base64EncodeAvx512(const unsigned char* bytes, std::size_t groups,
+                            char* text) noexcept;
+std::size_t utl_base64DecodeAvx512(const unsigned char* text, std::size_t groups,
+                                   unsigned char* bytes) noexcept;

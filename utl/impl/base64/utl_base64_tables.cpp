@@ -34,8 +34,8 @@ constexpr auto kShifted = [] {
 
 }  // namespace
 
-void Base64EncodePlain(const unsigned char* bytes, std::size_t groups,
-                       char* text) noexcept {
+void utl_base64EncodePlain(const unsigned char* bytes, std::size_t groups,
+                           char* text) noexcept {
   for (; groups > 0; --groups, bytes += 3, text += 4) {
     text[0] = kBase64Alphabet[bytes[0] >> 2];
     text[1] = kBase64Alphabet[(bytes[0] << 4 | bytes[1] >> 4) & 63];
@@ -44,8 +44,8 @@ void Base64EncodePlain(const unsigned char* bytes, std::size_t groups,
   }
 }
 
-std::size_t Base64DecodePlain(const unsigned char* text, std::size_t groups,
-                              unsigned char* bytes) noexcept {
+std::size_t utl_base64DecodePlain(const unsigned char* text, std::size_t groups,
+                                  unsigned char* bytes) noexcept {
   for (std::size_t done = 0; done < groups; ++done, text += 4, bytes += 3) {
     int values[4];
     for (int i = 0; i < 4; ++i) {
@@ -61,8 +61,8 @@ std::size_t Base64DecodePlain(const unsigned char* text, std::size_t groups,
   return groups;
 }
 
-void Base64EncodeTable(const unsigned char* bytes, std::size_t groups,
-                       char* text) noexcept {
+void utl_base64EncodeTable(const unsigned char* bytes, std::size_t groups,
+                           char* text) noexcept {
   for (; groups > 0; --groups, bytes += 3, text += 4) {
     const std::uint32_t group = static_cast<std::uint32_t>(bytes[0]) << 16 |
                                 static_cast<std::uint32_t>(bytes[1]) << 8 | bytes[2];
@@ -71,8 +71,8 @@ void Base64EncodeTable(const unsigned char* bytes, std::size_t groups,
   }
 }
 
-std::size_t Base64DecodeTable(const unsigned char* text, std::size_t groups,
-                              unsigned char* bytes) noexcept {
+std::size_t utl_base64DecodeTable(const unsigned char* text, std::size_t groups,
+                                  unsigned char* bytes) noexcept {
   for (std::size_t done = 0; done < groups; ++done, text += 4, bytes += 3) {
     const std::uint32_t group = kShifted[0][text[0]] | kShifted[1][text[1]] |
                                 kShifted[2][text[2]] | kShifted[3][text[3]];

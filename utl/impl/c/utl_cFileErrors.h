@@ -11,8 +11,8 @@ utl_FileAccess utl_cAccess(int access);
 /// Whether this failure of utl_File comes from the system's error `code`, which only its
 /// text shows.
 bool utl_cHasCode(const nex_TextException& failure, int code);
-constexpr int utl_kCSharingViolation = 32;
-constexpr int utl_kCEndOfFile = 38;
+constexpr int kCSharingViolation = 32;
+constexpr int kCEndOfFile = 38;
 
 /// The object. Throws kst_ReadOnly if it was opened for reading.
 template <class Object>
@@ -29,7 +29,7 @@ void utl_cWithOpening(Open open) {
   try {
     open();
   } catch (const utl_FileExceptionOpen& failure) {
-    if (utl_cHasCode(failure, utl_kCSharingViolation)) {
+    if (utl_cHasCode(failure, kCSharingViolation)) {
       utl_cFail(kst_Locked, failure.AsString().c_str());
     }
     throw;

@@ -34,7 +34,7 @@ void WithContents(Work work) {
   try {
     work();
   } catch (const utl_FileExceptionRead& failure) {
-    if (utl_cHasCode(failure, utl_kCEndOfFile)) {
+    if (utl_cHasCode(failure, kCEndOfFile)) {
       utl_cFail(kst_Damaged, failure.AsString().c_str());
     }
     throw;

@@ -13,10 +13,10 @@ using Kernels = std::array<utl_Crc32Kernel, 4>;
 
 const Kernels& AllKernels() {
   static const Kernels kernels = {{
-      {"plain", Crc32Plain, true},
-      {"sliced", Crc32Sliced, true},
-      {"pclmul", Crc32Pclmul, Crc32HasPclmul()},
-      {"vpclmul", Crc32Vpclmul, Crc32HasVpclmul()},
+      {"plain", utl_crc32Plain, true},
+      {"sliced", utl_crc32Sliced, true},
+      {"pclmul", utl_crc32Pclmul, utl_crc32HasPclmul()},
+      {"vpclmul", utl_crc32Vpclmul, utl_crc32HasVpclmul()},
   }};
   return kernels;
 }

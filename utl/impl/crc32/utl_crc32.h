@@ -7,13 +7,13 @@
 #include <span>
 
 /// The register before the first byte.
-inline constexpr std::uint32_t utl_kCrc32Start = 0xFFFFFFFFu;
+inline constexpr std::uint32_t kCrc32Start = 0xFFFFFFFFu;
 
 /// Continues the checksum over `size` bytes: the CRC catalogued as CRC-32/MPEG-2
 /// (polynomial 0x04C11DB7, most significant bit first, nothing reflected, no final
 /// inversion; "123456789" gives 0x0376E6E7, no bytes 0xFFFFFFFF).
 ///
-/// `reg` is utl_kCrc32Start or the result for the bytes before, so a block may be divided
+/// `reg` is kCrc32Start or the result for the bytes before, so a block may be divided
 /// in any way. Any thread may call it at any time. Never throws.
 std::uint32_t utl_crc32(std::uint32_t reg, const void* data, std::size_t size) noexcept;
 

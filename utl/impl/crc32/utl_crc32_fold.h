@@ -21,45 +21,45 @@
 #define KSTUTL_CRC32_FOLD \
   [[gnu::always_inline, gnu::target("pclmul,ssse3,sse4.1")]] static inline
 
-KSTUTL_CRC32_FOLD __m128i Crc32Constants(std::uint64_t high, std::uint64_t low) {
+KSTUTL_CRC32_FOLD __m128i utl_crc32Constants(std::uint64_t high, std::uint64_t low) {
   return _mm_set_epi64x(static_cast<long long>(high), static_cast<long long>(low));
 }
 
 /// The shuffle that makes the first byte the highest.
-KSTUTL_CRC32_FOLD __m128i Crc32ByteOrder() {
+KSTUTL_CRC32_FOLD __m128i utl_crc32ByteOrder() {
   return _mm_set_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
 }
 
-KSTUTL_CRC32_FOLD __m128i Crc32Load(const unsigned char* bytes) {
+KSTUTL_CRC32_FOLD __m128i utl_crc32Load(const unsigned char* bytes) {
   return _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes)),
-                          Crc32ByteOrder());
+                          utl_crc32ByteOrder());
 }
 
 /// The register over the first four of sixteen bytes.
-KSTUTL_CRC32_FOLD __m128i Crc32FromRegister(std::uint32_t reg) {
+KSTUTL_CRC32_FOLD __m128i utl_crc32FromRegister(std::uint32_t reg) {
   return _mm_set_epi32(static_cast<int>(reg), 0, 0, 0);
 }
 
 /// Moves an accumulator `kBits` down the message.
 template <unsigned kBits>
-KSTUTL_CRC32_FOLD __m128i Crc32Move(__m128i acc) {
-  constexpr std::uint64_t kHigh = Crc32PowerOfX(kBits + 64);
-  constexpr std::uint64_t kLow = Crc32PowerOfX(kBits);
-  const __m128i factors = Crc32Constants(kHigh, kLow);
+KSTUTL_CRC32_FOLD __m128i utl_crc32Move(__m128i acc) {
+  constexpr std::uint64_t kHigh = utl_crc32PowerOfX(kBits + 64);
+  constexpr std::uint64_t kLow = utl_crc32PowerOfX(kBits);
+  const __m128i factors = utl_crc32Constants(kHigh, kLow);
   return _mm_xor_si128(_mm_clmulepi64_si128(acc, factors, 0x11),
                        _mm_clmulepi64_si128(acc, factors, 0x00));
 }
 
 /// Four neighbouring accumulators into one.
-KSTUTL_CRC32_FOLD __m128i Crc32Join(__m128i a, __m128i b, __m128i c, __m128i d) {
-  return _mm_xor_si128(_mm_xor_si128(Crc32Move<384>(a), Crc32Move<256>(b)),
-                       _mm_xor_si128(Crc32Move<128>(c), d));
+KSTUTL_CRC32_FOLD __m128i utl_crc32Join(__m128i a, __m128i b, __m128i c, __m128i d) {
+  return _mm_xor_si128(_mm_xor_si128(utl_crc32Move<384>(a), utl_crc32Move<256>(b)),
+                       _mm_xor_si128(utl_crc32Move<128>(c), d));
 }
 
 /// Takes in the last `size` bytes of a message, 1 to 15.
 /// REQUIRES: `acc` holds earlier bytes, so 16 bytes before the end can be read.
-KSTUTL_CRC32_FOLD __m128i Crc32FoldTail(__m128i acc, const unsigned char* bytes,
-                                        std::size_t size) {
+KSTUTL_CRC32_FOLD __m128i utl_crc32FoldTail(__m128i acc, const unsigned char* bytes,
+                                            std::size_t size) {
   // A window on this table shifts by bytes; what is shifted in is 0 (bit 7 set).
   static constexpr unsigned char kShift[48] = {
       0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80,
@@ -70,20 +70,20 @@ KSTUTL_CRC32_FOLD __m128i Crc32FoldTail(__m128i acc, const unsigned char* bytes,
   const __m128i up = _mm_loadu_si128(reinterpret_cast<const __m128i*>(center - size));
   const __m128i down =
       _mm_loadu_si128(reinterpret_cast<const __m128i*>(center + 16 - size));
-  const __m128i last16 = Crc32Load(bytes + size - 16);
+  const __m128i last16 = utl_crc32Load(bytes + size - 16);
   const __m128i high = _mm_shuffle_epi8(acc, down);
   const __m128i low = _mm_blendv_epi8(_mm_shuffle_epi8(acc, up), last16, up);
-  return _mm_xor_si128(Crc32Move<128>(high), low);
+  return _mm_xor_si128(utl_crc32Move<128>(high), low);
 }
 
 /// What is left of acc * x^32 modulo the polynomial: the new register.
-KSTUTL_CRC32_FOLD std::uint32_t Crc32Reduce(__m128i acc) {
+KSTUTL_CRC32_FOLD std::uint32_t utl_crc32Reduce(__m128i acc) {
   // 128 bits to 96, to 64, then Barrett's quotient.
-  constexpr std::uint64_t kX96 = Crc32PowerOfX(96);
-  constexpr std::uint64_t kX64 = Crc32PowerOfX(64);
-  constexpr std::uint64_t kQuotient = Crc32QuotientOfX64();
-  const __m128i powers = Crc32Constants(kX96, kX64);
-  const __m128i barrett = Crc32Constants(kCrc32Polynomial, kQuotient);
+  constexpr std::uint64_t kX96 = utl_crc32PowerOfX(96);
+  constexpr std::uint64_t kX64 = utl_crc32PowerOfX(64);
+  constexpr std::uint64_t kQuotient = utl_crc32QuotientOfX64();
+  const __m128i powers = utl_crc32Constants(kX96, kX64);
+  const __m128i barrett = utl_crc32Constants(kCrc32Polynomial, kQuotient);
   const __m128i to96 = _mm_xor_si128(_mm_clmulepi64_si128(acc, powers, 0x11),
                                      _mm_slli_si128(_mm_move_epi64(acc), 4));
   const __m128i to64 = _mm_xor_si128(_mm_clmulepi64_si128(to96, powers, 0x01), to96);
@@ -94,15 +94,15 @@ KSTUTL_CRC32_FOLD std::uint32_t Crc32Reduce(__m128i acc) {
 }
 
 /// The rest of a message after an accumulator.
-KSTUTL_CRC32_FOLD std::uint32_t Crc32Finish(__m128i acc, const unsigned char* bytes,
-                                            std::size_t size) {
+KSTUTL_CRC32_FOLD std::uint32_t utl_crc32Finish(__m128i acc, const unsigned char* bytes,
+                                                std::size_t size) {
   for (; size >= 16; size -= 16, bytes += 16) {
-    acc = _mm_xor_si128(Crc32Move<128>(acc), Crc32Load(bytes));
+    acc = _mm_xor_si128(utl_crc32Move<128>(acc), utl_crc32Load(bytes));
   }
   if (size > 0) {
-    acc = Crc32FoldTail(acc, bytes, size);
+    acc = utl_crc32FoldTail(acc, bytes, size);
   }
-  return Crc32Reduce(acc);
+  return utl_crc32Reduce(acc);
 }
 
 #undef KSTUTL_CRC32_FOLD

@@ -50,12 +50,13 @@ std::uint32_t Step(std::uint32_t reg, const unsigned char* bytes, std::size_t si
 
 }  // namespace
 
-std::uint32_t Crc32Plain(std::uint32_t reg, const void* data, std::size_t size) noexcept {
+std::uint32_t utl_crc32Plain(std::uint32_t reg, const void* data,
+                             std::size_t size) noexcept {
   return Step(reg, static_cast<const unsigned char*>(data), size);
 }
 
-std::uint32_t Crc32Sliced(std::uint32_t reg, const void* data,
-                          std::size_t size) noexcept {
+std::uint32_t utl_crc32Sliced(std::uint32_t reg, const void* data,
+                              std::size_t size) noexcept {
   const auto* bytes = static_cast<const unsigned char*>(data);
   for (; size >= kSlice; size -= kSlice, bytes += kSlice) {
     std::uint32_t next = 0;

@@ -17,16 +17,16 @@ template <int kLane>
 
 [[gnu::always_inline, KSTUTL_CRC32_WIDE]] inline __m512i Load(
     const unsigned char* bytes) {
-  return _mm512_shuffle_epi8(_mm512_loadu_si512(bytes), FourTimes(Crc32ByteOrder()));
+  return _mm512_shuffle_epi8(_mm512_loadu_si512(bytes), FourTimes(utl_crc32ByteOrder()));
 }
 
 // Moves the four accumulators of `acc` `kBits` down the message, onto `next`.
 template <unsigned kBits>
 [[gnu::always_inline, KSTUTL_CRC32_WIDE]] inline __m512i MoveOnto(__m512i acc,
                                                                   __m512i next) {
-  constexpr std::uint64_t kHigh = Crc32PowerOfX(kBits + 64);
-  constexpr std::uint64_t kLow = Crc32PowerOfX(kBits);
-  const __m512i factors = FourTimes(Crc32Constants(kHigh, kLow));
+  constexpr std::uint64_t kHigh = utl_crc32PowerOfX(kBits + 64);
+  constexpr std::uint64_t kLow = utl_crc32PowerOfX(kBits);
+  const __m512i factors = FourTimes(utl_crc32Constants(kHigh, kLow));
   constexpr int kXorOfThree = 0x96;
   return _mm512_ternarylogic_epi64(_mm512_clmulepi64_epi128(acc, factors, 0x11),
                                    _mm512_clmulepi64_epi128(acc, factors, 0x00), next,
@@ -35,19 +35,19 @@ template <unsigned kBits>
 
 }  // namespace
 
-bool Crc32HasVpclmul() {
-  return Crc32HasPclmul() && __builtin_cpu_supports("vpclmulqdq") &&
+bool utl_crc32HasVpclmul() {
+  return utl_crc32HasPclmul() && __builtin_cpu_supports("vpclmulqdq") &&
          __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw");
 }
 
-[[KSTUTL_CRC32_WIDE]] std::uint32_t Crc32Vpclmul(std::uint32_t reg, const void* data,
-                                                 std::size_t size) noexcept {
+[[KSTUTL_CRC32_WIDE]] std::uint32_t utl_crc32Vpclmul(std::uint32_t reg, const void* data,
+                                                     std::size_t size) noexcept {
   if (size < 256) {
-    return Crc32Pclmul(reg, data, size);
+    return utl_crc32Pclmul(reg, data, size);
   }
   const auto* bytes = static_cast<const unsigned char*>(data);
   __m512i a =
-      _mm512_xor_si512(Load(bytes), _mm512_zextsi128_si512(Crc32FromRegister(reg)));
+      _mm512_xor_si512(Load(bytes), _mm512_zextsi128_si512(utl_crc32FromRegister(reg)));
   __m512i b = Load(bytes + 64);
   __m512i c = Load(bytes + 128);
   __m512i d = Load(bytes + 192);
@@ -65,6 +65,6 @@ bool Crc32HasVpclmul() {
   for (; size >= 64; size -= 64, bytes += 64) {
     d = MoveOnto<512>(d, Load(bytes));
   }
-  return Crc32Finish(Crc32Join(Lane<0>(d), Lane<1>(d), Lane<2>(d), Lane<3>(d)), bytes,
-                     size);
+  return utl_crc32Finish(utl_crc32Join(Lane<0>(d), Lane<1>(d), Lane<2>(d), Lane<3>(d)),
+                         bytes, size);
 }
