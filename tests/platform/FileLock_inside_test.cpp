@@ -299,6 +299,8 @@ class InheritedLockTest : public FileLockTest {
 
   // Whether the locks of one are the other's, whoever has locked.
   void ExpectCommonLocks();
+  // A shared lock beside the other's exclusive one, which it outlives.
+  void ExpectSharedBesideExclusive();
 
   const int descriptor_;
   const HANDLE handle_;
@@ -327,6 +329,15 @@ void InheritedLockTest::ExpectCommonLocks() {
   EXPECT_EQ(UnlockCode(other_, 0, 10), 0u);
 }
 
+void InheritedLockTest::ExpectSharedBesideExclusive() {
+  EXPECT_EQ(LockCode(handle_, kTryExclusive, 0, 10), 0u);
+  EXPECT_EQ(ChildsCode("s"), "0");
+  EXPECT_EQ(LockCode(other_, kTry, 0, 10), kLocked);
+  child_.CloseInput();
+  EXPECT_EQ(child_.Wait(), 0);
+  EXPECT_EQ(LockCode(other_, kTry, 0, 10), kLocked);
+}
+
 class InheritedReaderLockTest : public InheritedLockTest {
  protected:
   InheritedReaderLockTest() : InheritedLockTest(_O_RDONLY) {}
@@ -343,21 +354,11 @@ TEST_F(InheritedReaderLockTest, LocksAreThoseOfTheOpenFile) {
 }
 
 TEST_F(InheritedLockTest, SharedBesideTheOthersExclusive) {
-  EXPECT_EQ(LockCode(handle_, kTryExclusive, 0, 10), 0u);
-  EXPECT_EQ(ChildsCode("s"), "0");
-  EXPECT_EQ(LockCode(other_, kTry, 0, 10), kLocked);
-  child_.CloseInput();
-  EXPECT_EQ(child_.Wait(), 0);
-  EXPECT_EQ(LockCode(other_, kTry, 0, 10), kLocked);
+  ExpectSharedBesideExclusive();
 }
 
 TEST_F(InheritedReaderLockTest, SharedBesideTheOthersExclusive) {
-  EXPECT_EQ(LockCode(handle_, kTryExclusive, 0, 10), 0u);
-  EXPECT_EQ(ChildsCode("s"), "0");
-  EXPECT_EQ(LockCode(other_, kTry, 0, 10), kLocked);
-  child_.CloseInput();
-  EXPECT_EQ(child_.Wait(), 0);
-  EXPECT_EQ(LockCode(other_, kTry, 0, 10), kLocked);
+  ExpectSharedBesideExclusive();
 }
 
 TEST_F(InheritedLockTest, AChildWaitsForItsParentsLock) {

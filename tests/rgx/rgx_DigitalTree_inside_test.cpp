@@ -10,16 +10,12 @@ namespace {
 
 using Tree = rgx_DigitalTree<int>;
 
-std::string Text(const cow_String& text) {
-  return std::string(std::string_view(text));
-}
-
 // "key(first,second)", "-" for no node, a leaf without brackets.
 std::string Shape(const Tree::Node* node) {
   if (node == nullptr) {
     return "-";
   }
-  std::string key = Text(node->key);
+  std::string key = std::string(node->key);
   if (node->child[0] == nullptr && node->child[1] == nullptr) {
     return key;
   }
@@ -30,7 +26,7 @@ std::string Shape(const Tree::Node* node) {
 void CollectPlaces(const Tree::Node* node, const std::string& place,
                    std::map<std::string, std::string>& places) {
   if (node != nullptr) {
-    places[place] = Text(node->key);
+    places[place] = std::string(node->key);
     CollectPlaces(node->child[0].get(), place + '0', places);
     CollectPlaces(node->child[1].get(), place + '1', places);
   }
@@ -96,7 +92,7 @@ TEST(RgxDigitalTreeTest, KeysAreListedNodeFirst) {
   const Tree tree = TreeOf({"b", "d", "a", "c", "f"});
   std::string listed;
   for (const cow_String& key : tree.Keys()) {
-    listed += Text(key);
+    listed += std::string(key);
   }
   EXPECT_EQ(listed, "bdfac");
 }

@@ -8,6 +8,7 @@
 
 #include "common/environment/ScopedEnvironment.h"
 #include "utl/DirObjectTest.h"
+#include "utl/ExpectSamePath.h"
 
 using testing::IsSubsetOf;
 using testing::UnorderedElementsAreArray;
@@ -186,13 +187,7 @@ TEST_F(DirObjectTest, EntriesAreThePathsOfTheirNames) {
     auto name = names.rbegin();
     for (const utl_FilePath& path : paths) {
       SCOPED_TRACE(*name);
-      const utl_FilePath expected((dir_.ShownPath() + "\\" + *name++).c_str(), "");
-      EXPECT_EQ(path.PathName(), expected.PathName());
-      EXPECT_EQ(path.AbsolutePathName(), expected.AbsolutePathName());
-      EXPECT_EQ(path.AbsoluteDirectoryPath(), expected.AbsoluteDirectoryPath());
-      EXPECT_EQ(path.FileName(), expected.FileName());
-      EXPECT_EQ(path.BaseName(), expected.BaseName());
-      EXPECT_EQ(path.Extension(), expected.Extension());
+      ExpectSamePath(path, utl_FilePath((dir_.ShownPath() + "\\" + *name++).c_str(), ""));
     }
   };
   expect(List().GetAllFileNames(), FilesInOrder());

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "common/environment/ScopedEnvironment.h"
+#include "utl/ExpectSamePath.h"
 
 namespace {
 
@@ -77,12 +78,7 @@ constexpr const char* kNames[] = {".",
                                   "?.x"};
 
 void ExpectSame(const utl_FilePath& path, const utl_FilePath& expected) {
-  EXPECT_EQ(path.PathName(), expected.PathName());
-  EXPECT_EQ(path.AbsolutePathName(), expected.AbsolutePathName());
-  EXPECT_EQ(path.AbsoluteDirectoryPath(), expected.AbsoluteDirectoryPath());
-  EXPECT_EQ(path.FileName(), expected.FileName());
-  EXPECT_EQ(path.BaseName(), expected.BaseName());
-  EXPECT_EQ(path.Extension(), expected.Extension());
+  ExpectSamePath(path, expected);
   // A path that is not plain says so by this.
   EXPECT_EQ(path.IsWriteable(), expected.IsWriteable());
   EXPECT_EQ(path.Exists(), expected.Exists());

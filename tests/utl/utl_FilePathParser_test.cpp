@@ -33,18 +33,14 @@ struct Parts {
   }
 };
 
-std::string Text(const cow_String& text) {
-  return std::string(std::string_view(text));
-}
-
 Parts Parsed(std::string_view text) {
   const cow_String path(text);
   return {Parser::IsWindowsStyle(path), Parser::IsUnixStyle(path),
           Parser::HasDrive(path),       Parser::Drive(path),
-          Parser::HasHost(path),        Text(Parser::Host(path)),
-          Parser::HasDirName(path),     Text(Parser::DirName(path)),
-          Parser::HasBaseName(path),    Text(Parser::BaseName(path)),
-          Parser::HasExtension(path),   Text(Parser::Extension(path))};
+          Parser::HasHost(path),        std::string(Parser::Host(path)),
+          Parser::HasDirName(path),     std::string(Parser::DirName(path)),
+          Parser::HasBaseName(path),    std::string(Parser::BaseName(path)),
+          Parser::HasExtension(path),   std::string(Parser::Extension(path))};
 }
 
 struct Case {

@@ -9,14 +9,6 @@ namespace {
 
 class TrackedFileTest : public IOTrackerTest {
  protected:
-  static utl_IOTrackerRecord Totals(utl_IOTracker& tracker, const std::string& path) {
-    utl_IOTrackerRecord record;
-    tracker.COpen(1, path.c_str());
-    EXPECT_TRUE(tracker.CTotals(1, record));
-    tracker.CClose(1);
-    return record;
-  }
-
   const std::string path_ = File("a.dat");
 };
 

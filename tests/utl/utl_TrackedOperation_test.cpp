@@ -6,17 +6,7 @@
 
 namespace {
 
-class TrackedOperationTest : public IOTrackerTest {
- protected:
-  // Totals of the only key that still has the entry: under a new one.
-  static utl_IOTrackerRecord Totals(utl_IOTracker& tracker, const char* path) {
-    utl_IOTrackerRecord record;
-    tracker.COpen(1, path);
-    EXPECT_TRUE(tracker.CTotals(1, record));
-    tracker.CClose(1);
-    return record;
-  }
-};
+using TrackedOperationTest = IOTrackerTest;
 
 TEST_F(TrackedOperationTest, IsReportedAtItsEnd) {
   utl_IOTracker& tracker = StartTracker("3");

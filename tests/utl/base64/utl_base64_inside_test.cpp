@@ -18,18 +18,14 @@ namespace {
 constexpr std::string_view kAlphabet =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+!";
 
-std::string Text(const cow_String& string) {
-  return std::string(std::string_view(string));
-}
-
 std::string Encoded(std::string_view bytes, bool lineBreaks = false) {
   cow_String data(bytes);
-  return Text(utl_base64Encode(data, lineBreaks));
+  return std::string(utl_base64Encode(data, lineBreaks));
 }
 
 std::string Decoded(std::string_view characters, bool strict = true) {
   cow_String text(characters);
-  return Text(utl_base64Decode(text, strict));
+  return std::string(utl_base64Decode(text, strict));
 }
 
 void* AllocateNothing(std::size_t) {
@@ -64,7 +60,7 @@ TEST(Base64Test, EveryCharacterOfTheAlphabetInItsPlace) {
 TEST(Base64Test, EncodingLeavesTheCallersBytes) {
   cow_String data("\nMan\n");
   utl_base64Encode(data, true);
-  EXPECT_EQ(Text(data), "\nMan\n");
+  EXPECT_EQ(std::string(data), "\nMan\n");
 }
 
 TEST(Base64Test, NoBytesGiveAnEmptyText) {
@@ -158,18 +154,18 @@ TEST(Base64Test, TheCallersTextStaysTrimmed) {
   cow_String text("\nTWFu\n\n");
   const cow_String shared = text;
   utl_base64Decode(text, true);
-  EXPECT_EQ(Text(text), "TWFu");
-  EXPECT_EQ(Text(shared), "\nTWFu\n\n");
+  EXPECT_EQ(std::string(text), "TWFu");
+  EXPECT_EQ(std::string(shared), "\nTWFu\n\n");
 }
 
 TEST(Base64Test, TheCallersTextStaysTrimmedWhenDecodingFails) {
   cow_String text("\nTQ\n");
   EXPECT_THROW_TEXT(utl_base64Decode(text, false), utl_Base64CodecError, "padding error");
-  EXPECT_EQ(Text(text), "TQ");
+  EXPECT_EQ(std::string(text), "TQ");
   cow_String other("\n \n");
   EXPECT_THROW_TEXT(utl_base64Decode(other, true), utl_Base64CodecError,
                     "strict checking failure");
-  EXPECT_EQ(Text(other), " ");
+  EXPECT_EQ(std::string(other), " ");
 }
 
 TEST(Base64Test, ThreadsEncodeAndDecodeAtOnce) {
@@ -197,14 +193,15 @@ TEST(Base64Test, NoMemoryForTheText) {
   const cow_String data("Man");
   EXPECT_THROW_TEXT(codec.Encode(data, false), utl_Base64CodecError,
                     "memory allocation failure");
-  EXPECT_EQ(Text(codec.Encode(cow_String(), true)), "") << "nothing is allocated for it";
+  EXPECT_EQ(std::string(codec.Encode(cow_String(), true)), "")
+      << "nothing is allocated for it";
 }
 
 TEST(Base64Test, NoMemoryForTheBytes) {
   const utl_Base64Codec codec(utl_base64Kernels()[0], AllocateNothing);
   cow_String text("\nTWFu\n");
   EXPECT_THROW_TEXT(codec.Decode(text, false), utl_Base64CodecError, "malloc failure");
-  EXPECT_EQ(Text(text), "\nTWFu\n");
+  EXPECT_EQ(std::string(text), "\nTWFu\n");
 }
 
 TEST(Base64Test, TextLongerThanAStringCanBeIsRefused) {

@@ -20,10 +20,6 @@ namespace {
 constexpr std::string_view kAlphabet =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+!";
 
-std::string Text(const cow_String& string) {
-  return std::string(std::string_view(string));
-}
-
 // The model: a text is a row of bits, six a character, and nothing but that.
 
 std::string ModelEncoded(std::string_view bytes, bool lineBreaks) {
@@ -113,7 +109,7 @@ ModelResult Result(const utl_Base64Codec& codec, std::string_view characters,
                    bool strict) {
   cow_String text(characters);
   try {
-    return {Text(codec.Decode(text, strict)), ""};
+    return {std::string(codec.Decode(text, strict)), ""};
   } catch (const utl_Base64CodecError& error) {
     return {"", error.AsString().c_str()};
   }
@@ -172,8 +168,8 @@ class Base64KernelTest : public testing::TestWithParam<std::size_t> {
   void ExpectRoundTrip(const std::string& bytes) const {
     const cow_String data{std::string_view(bytes)};
     const std::string text = ModelEncoded(bytes, false);
-    ASSERT_EQ(Text(codec_.Encode(data, false)), text);
-    ASSERT_EQ(Text(codec_.Encode(data, true)), ModelEncoded(bytes, true));
+    ASSERT_EQ(std::string(codec_.Encode(data, false)), text);
+    ASSERT_EQ(std::string(codec_.Encode(data, true)), ModelEncoded(bytes, true));
     ASSERT_EQ(Result(codec_, text, true), (ModelResult{bytes, ""}));
     ASSERT_EQ(Result(codec_, text, false), (ModelResult{bytes, ""}));
   }

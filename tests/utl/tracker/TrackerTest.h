@@ -82,6 +82,15 @@ class IOTrackerTest : public testing::Test {
   SummaryFile Summary() const { return ReadSummary(File("ioFileSummary")); }
   bool Exists(const std::string& name) const { return FileExists(File(name)); }
 
+  /// The totals of an entry, asked for under a new key, which counts as one opening.
+  static utl_IOTrackerRecord Totals(utl_IOTracker& tracker, const std::string& path) {
+    utl_IOTrackerRecord record;
+    tracker.COpen(1, path.c_str());
+    EXPECT_TRUE(tracker.CTotals(1, record));
+    tracker.CClose(1);
+    return record;
+  }
+
   /// The names of the files in a directory, in the order of their bytes.
   static std::vector<std::string> Files(const std::string& directory = ".") {
     std::vector<std::string> names;
