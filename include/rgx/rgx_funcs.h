@@ -25,8 +25,8 @@
 /// Start and end of the regular-expression layer, to be called in pairs. The first start
 /// adds one to `count`, the caller's counter, and makes the calling thread's cache of
 /// patterns; the end that matches it takes one off and destroys that cache. Other
-/// threads' caches are made on first use and destroyed with their thread. Threads: for
-/// start-up and shut-down, one thread.
+/// threads' caches are made on first use and destroyed with their thread.
+/// Threads: for start-up and shut-down, one thread.
 KSTUTL_EXPORT void rgx_initialize(int& count);
 KSTUTL_EXPORT void rgx_finalize(int& count);
 

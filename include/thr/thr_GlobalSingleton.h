@@ -43,8 +43,8 @@ class thr_GlobalSingleton {
   /// `Look` finds the object until its destructor has ended. Nothing happens when there
   /// is neither. A later `Instance` creates both anew. An object that this process has
   /// from its parent, by `fork`, is only forgotten, and so is the mutex: neither is
-  /// touched or waited for (see thr_currentProcess). REQUIRES: no other thread uses the
-  /// object or the mutex any more.
+  /// touched or waited for (see thr_currentProcess).
+  /// REQUIRES: no other thread uses the object or the mutex any more.
   static void Destroy();
 
   // The rest is implementation.

@@ -47,7 +47,8 @@ class KSTUTL_EXPORT thr_ThreadPool {
   thr_ThreadPool() = default;
 
   /// Drops tasks that have not begun and waits for those that run, which must therefore
-  /// have been told to end. REQUIRES: it is not called on a thread of the pool.
+  /// have been told to end.
+  /// REQUIRES: it is not called on a thread of the pool.
   ~thr_ThreadPool();
 
   thr_ThreadPool(const thr_ThreadPool&) = delete;

@@ -98,14 +98,15 @@ class KSTUTL_EXPORT utl_File {
 
   /// Reads up to `count` bytes at the current position; returns their number, 0 at the
   /// end of the file. Throws utl_FileExceptionRead, for a negative count without asking
-  /// the system. REQUIRES: `buffer` has room for `count` bytes.
+  /// the system.
+  /// REQUIRES: `buffer` has room for `count` bytes.
   int Read(char* buffer, int count);
 
   /// Writes `count` bytes at the current position and returns `count`. Throws
   /// utl_FileExceptionFull when the system took only a part of them, whatever the cause,
   /// and utl_FileExceptionWrite for other failures: for a file opened for reading, and
-  /// for a negative count, without asking the system. REQUIRES: `buffer` has `count`
-  /// bytes.
+  /// for a negative count, without asking the system.
+  /// REQUIRES: `buffer` has `count` bytes.
   int Write(const char* buffer, int count);
 
   /// The same, but returns the number of bytes written when that is less than `count`.

@@ -187,8 +187,8 @@ class KSTUTL_EXPORT utl_IOTracker_Container {
   /// about a tenth of a second: the task finishes the current time point, or writes one
   /// more if it sleeps, and then writes "Completed TimedOutTask" and a line end to the
   /// standard error stream. A process that ends without this has no summary, and only
-  /// those lines of the other outputs that have reached the files. REQUIRES: no other
-  /// thread uses the tracker any more.
+  /// those lines of the other outputs that have reached the files.
+  /// REQUIRES: no other thread uses the tracker any more.
   ~utl_IOTracker_Container();
   utl_IOTracker_Container(const utl_IOTracker_Container&) = delete;
   utl_IOTracker_Container& operator=(const utl_IOTracker_Container&) = delete;

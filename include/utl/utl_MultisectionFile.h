@@ -132,9 +132,9 @@ class KSTUTL_EXPORT utl_MultisectionFile {
   void getSectionData(const cow_String& name, void* buffer);
 
   /// Checks section `number`, counted from 0 in the order of getSections, against its
-  /// checksum, and throws what getSectionData throws; so it can be told of sections of one
-  /// name, too. A section of any length is read in pieces. One that was set is whole.
-  /// Throws nex_AssertException when there is no such number.
+  /// checksum, and throws what getSectionData throws. So sections with one name can be
+  /// checked, too. A section is read in pieces, whatever its length. One that was set is
+  /// always right. Throws nex_AssertException when there is no such number.
   void checkSection(int number);
 
   /// The section as values of type T, which lie in it one after the other in the form

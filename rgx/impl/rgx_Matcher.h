@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-/// A compiled pattern, defined in rgx_Matcher.cpp. Threads: one pattern by one thread at
-/// a time.
+/// A compiled pattern, defined in rgx_Matcher.cpp.
+/// Threads: one pattern by one thread at a time.
 class rgx_CompiledPattern;
 
 /// Why a pattern did not compile.

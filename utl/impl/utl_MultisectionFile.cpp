@@ -125,7 +125,7 @@ void utl_MultisectionFile::checkSection(int number) {
   }
 }
 
-// Reads a section of the file and checks it; a null buffer gets nothing.
+// Reads a section of the file and checks it; its bytes are dropped if `buffer` is null.
 void utl_MultisectionFile::ReadSection(int number, char* buffer) {
   const utl_Section& section = (*directory_)[number];
   if (section.length < 0) {

@@ -38,7 +38,8 @@ utl_Stat::utl_Stat(const cow_String& name) {
 }
 
 utl_Stat::utl_Stat(int descriptor) {
-  // The run time returns a handle as a number. NOLINTNEXTLINE(performance-no-int-to-ptr)
+  // The run time returns a handle as a number.
+  // NOLINTNEXTLINE(performance-no-int-to-ptr)
   const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(descriptor));
   if (handle == INVALID_HANDLE_VALUE) {
     nex_SystemErrorException(omi_SystemErrorCode::FromErrno()).Throw(kSource);

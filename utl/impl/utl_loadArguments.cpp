@@ -8,8 +8,7 @@
 
 namespace {
 
-// The directory of "outdir" with its drive; one that begins with a separator has its
-// root.
+// Makes a relative "outdir" absolute; one that begins with a separator stays as it is.
 std::string AbsoluteDirectory(const std::string& directory) {
   const bool isRelative =
       !directory.empty() && directory[0] != '\\' && directory[0] != '/';

@@ -18,8 +18,8 @@ inline constexpr std::uint32_t kCrc32Start = 0xFFFFFFFFu;
 std::uint32_t utl_crc32(std::uint32_t reg, const void* data, std::size_t size) noexcept;
 
 /// Copies `size` bytes and continues the checksum over them, block by block, so that the
-/// data passes through the processor's cache once. REQUIRES: the two ranges do not
-/// overlap.
+/// data passes through the processor's cache once.
+/// REQUIRES: the two ranges do not overlap.
 std::uint32_t utl_crc32Copy(std::uint32_t reg, void* to, const void* from,
                             std::size_t size) noexcept;
 

@@ -19,8 +19,8 @@
 /// Threads: used by one thread at a time.
 class utl_IOTrackerIndividuals {
  public:
-  /// Makes the next lines show the totals that these tables have now. REQUIRES: the
-  /// tables' mutex is held; they are the same at every call.
+  /// Makes the next lines show the totals that these tables have now.
+  /// REQUIRES: the tables' mutex is held; they are the same at every call.
   void Take(const utl_IOTrackerTable& c, const utl_IOTrackerTable& u);
   /// Writes a line to every output, after the head in those that are new. `start` comes
   /// before the columns.

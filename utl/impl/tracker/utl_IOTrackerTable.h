@@ -83,7 +83,8 @@ class utl_IOTrackerTable {
   int Count();
   const char* Path(int index);
 
-  // For lines that show both tables at one moment. REQUIRES: the mutex is held.
+  // For lines that show both tables at one moment.
+  // REQUIRES: the mutex is held.
   /// Calls `visit` with every entry in their order.
   template <class Visit>
   void ForEach(Visit visit) const {
