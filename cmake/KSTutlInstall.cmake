@@ -74,6 +74,11 @@ function(kstutl_install_tool target)
   endif()
   install(FILES "${page}"
     DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT Tools)
+  if(EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/packaging/completion/${target}")
+    install(FILES packaging/completion/${target}
+      DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions"
+      COMPONENT Tools)
+  endif()
   file(RELATIVE_PATH libraries "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
   set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries}")
   install(CODE "
