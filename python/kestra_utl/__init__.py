@@ -18,6 +18,7 @@ Names, labels and paths are bytes in the files, of no fixed encoding. Here they 
 texts: UTF-8, in which a byte that is none stands as a lone surrogate (PEP 383), so that
 nothing is lost and two names are equal exactly if their bytes are. `as_bytes(text)` gives
 the bytes back, and `as_bytes(text).decode("cp1252")` reads those of another encoding.
+`shown(text)` can be printed whatever it is.
 
 Lengths and counts in a file are believed only once the file is known to have as much:
 what a damaged or hostile file promises costs no memory.
@@ -53,7 +54,7 @@ from ._sections import (
     open_sections,
     verify,
 )
-from ._text import as_bytes
+from ._text import as_bytes, shown
 from ._usage import Mark, Timer, UsageLog, read_usage
 
 __all__ = [
@@ -85,5 +86,6 @@ __all__ = [
     "read_iotrack",
     "read_totals",
     "read_usage",
+    "shown",
     "verify",
 ]

@@ -163,7 +163,7 @@ class Sections(Mapping[str, bytes]):
 
     def __contains__(self, name: object) -> bool:
         """Whether there is a section of this name; its data is not looked at."""
-        return isinstance(name, (str, bytes)) and self._find(name) is not None
+        return self._find(name) is not None
 
     def __getitem__(self, name: str | bytes) -> bytes:
         """The bytes of the section, whose checksum holds.
@@ -205,7 +205,8 @@ class Sections(Mapping[str, bytes]):
         """What the directory tells of the section of this name, or NoSectionError."""
         found = self._find(name)
         if found is None:
-            raise NoSectionError(self._path, "", f"there is no section {_quoted(name)}")
+            shown_name = _quoted(name) if isinstance(name, (str, bytes)) else repr(name)
+            raise NoSectionError(self._path, "", f"there is no section {shown_name}")
         return self._section(found)
 
     def directory(self) -> Iterator[Section]:
@@ -290,12 +291,12 @@ class Sections(Mapping[str, bytes]):
                 self._index.setdefault(_up_to_zero(self._name(i)), i)
         return self._index
 
-    def _find(self, name: str | bytes) -> int | None:
+    def _find(self, name: object) -> int | None:
         try:
             key = as_bytes(name) if isinstance(name, str) else name
         except UnicodeEncodeError:  # a text that no bytes are read as
             return None
-        return self._names().get(_up_to_zero(key))
+        return self._names().get(_up_to_zero(key)) if isinstance(key, bytes) else None
 
     def _read(self, section: Section) -> bytearray:
         """The data of the section, whose checksum holds."""

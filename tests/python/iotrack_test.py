@@ -195,7 +195,8 @@ class IoTrackTest(InFolder):
         )
 
     def test_without_lines_is_of_a_process_that_died(self):
-        for text in ("", HEAD[:5], HEAD[:25], HEAD[:-1]):
+        windows = HEAD[: HEAD.index("\n")] + "\r"
+        for text in ("", HEAD[:5], windows, HEAD[:25], HEAD[:-1]):
             table = self.read(text)
             self.assertEqual((table.lines, table.cut), ([], True))
         self.assertEqual((self.read(HEAD).lines, self.read(HEAD).cut), ([], False))

@@ -111,8 +111,9 @@ class SectionsTest(InFolder):
             self.assert_fails(
                 NoSectionError, "file: there is no section 'b'", sections.__getitem__, "b"
             )
-            with self.assertRaises(KeyError):
-                sections["b"]
+            for name in ("b", b"b", 1, None):
+                with self.assertRaises(KeyError):
+                    sections[name]
 
     def test_of_one_name_the_first_is_meant(self):
         data = section_file([(b"a", b"1"), (b"b", b"2"), (b"a", b"3"), (b"b\0x", b"4")])

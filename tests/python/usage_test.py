@@ -241,6 +241,25 @@ class UsageTest(InFolder):
                 self.assertNotEqual(data, LOG)
                 self.assert_fails(DamageError, "beam.use: " + text, self.read, data)
 
+    def test_takes_no_following_mark_into_a_damaged_one(self):
+        labels = [b"beam.1 0 beam-Start", b"beam.2 1 x", b"beam.3 2 y"]
+        marks = HEAD + b"".join(label + NUMBERS for label in labels)
+        self.assertEqual(len(self.read(marks).marks), 3)
+        self.assert_fails(
+            DamageError,
+            "beam.use: line 5: this is no mark",
+            self.read,
+            marks.replace(b"x 0.1", b"x 0,1"),
+        )
+
+    def test_takes_no_line_without_end_for_the_last(self):
+        self.assert_fails(
+            DamageError,
+            "beam.use: line 5: the line has more than 1048576 bytes",
+            self.read,
+            HEAD + START + NUMBERS + bytes(2 << 20) + b"\n",
+        )
+
     def test_takes_no_number_that_is_none(self):
         for number, instead in [
             (b" 11 ", b" 11.0 "), (b" 11 ", b" +11 "), (b" 11 ", b" 99999999999 "),
