@@ -7,6 +7,7 @@
 
 #include "compare/Inputs.h"
 #include "compare/Subject.h"
+#include "utl/utl_DirObject.h"
 #include "utl/utl_NativePath.h"
 
 namespace {
@@ -67,13 +68,27 @@ class Entries : public Subject {
     fs::permissions(path, fs::perms::owner_write, fs::perm_options::add, ignored);
   }
 
-  void Remove(const std::string& name) const {
-    std::error_code ignored;
-    MakeWriteable(Place(name));
-    for (const auto& entry : fs::recursive_directory_iterator(Place(name), ignored)) {
-      MakeWriteable(entry.path());
+  // A recorder may have left the name "Z:a" in a directory, as Wine permits. The standard
+  // library takes that for the path of a file elsewhere, and its remove_all would never
+  // come to an end.
+  static void RemoveAll(const cow_String& path) {
+    const utl_DirObject directory(utl_FilePath(path, ""));
+    for (const utl_FilePath& entry : directory.GetAllDirNames()) {
+      const cow_String name = entry.FileName();
+      if (name != "." && name != "..") {
+        RemoveAll(entry.AbsolutePathName());
+      }
     }
-    fs::remove_all(Place(name), ignored);
+    for (const utl_FilePath& entry : directory.GetAllFileNames()) {
+      RemoveOne(entry.AbsolutePathName());
+    }
+    RemoveOne(path);
+  }
+
+  static void RemoveOne(const cow_String& path) {
+    std::error_code ignored;
+    MakeWriteable(utl_nativePath(path));
+    fs::remove(utl_nativePath(path), ignored);
   }
 
   void Change(const std::string& name, int what, const std::string& contents,
@@ -85,7 +100,7 @@ class Entries : public Subject {
         Write(name, contents);
         break;
       case 2:
-        Remove(name);
+        RemoveAll(world_.shown + '\\' + name);
         break;
       case 3:
         fs::create_directories(Place(name), ignored);
