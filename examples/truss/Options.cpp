@@ -60,8 +60,11 @@ void CheckJob(const std::string& job) {
   const bool isOdd = rgx_match("[\\x01-\\x1f\\\\/:*?\"<>|$%]|^[ .]", job).Matched();
   const bool isDevice =
       rgx_match("(?i)^(con|prn|aux|nul|com\\d|lpt\\d)(\\.|$)", job).Matched();
-  if (isOdd || isDevice || job.size() > 100) {
-    Refuse(Quoted(job.substr(0, 100)) + " is no name for a job");
+  if (job.size() > 100) {
+    Refuse("a job's name has 100 characters at the most");
+  }
+  if (isOdd || isDevice) {
+    Refuse(Quoted(job) + " is no name for a job");
   }
 }
 
