@@ -2,8 +2,10 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 #include <nlohmann/json.hpp>
+#include <set>
 
 #include "common/Progress.h"
 #include "sections/SectionFile.h"
@@ -85,47 +87,62 @@ int ListSections(const std::vector<std::string>& files, bool asJson,
   return status;
 }
 
+namespace {
+
+// Checks one file; `report` is told about it, and what is wrong with it comes back as
+// lines.
+std::string Verify(const std::string& file, const Console& console, Json& report) {
+  SectionFile sections(file);
+  std::int64_t bytes = 0;
+  for (const utl_SectionInfo& section : sections.Sections()) {
+    bytes += std::max(section.length, 0);
+  }
+  Progress progress(console, bytes);
+  Json listed = Json::array();
+  std::string problems;
+  for (const utl_SectionInfo& section : sections.Sections()) {
+    const std::string damage = sections.Damage(static_cast<int>(listed.size()));
+    listed.push_back(Described(section));
+    listed.back()["damage"] = damage;
+    if (!damage.empty()) {
+      problems += fmt::format("{}: section \"{}\": {}\n", Shown(file),
+                              Shown(NameOf(section)), damage);
+    }
+    progress.Add(section.length);
+  }
+  const std::int64_t surplus = sections.Surplus();
+  if (surplus != 0) {
+    problems += fmt::format("{}: {}\n", Shown(file), SurplusText(surplus));
+  }
+  report = {{"file", file},
+            {"good", problems.empty()},
+            {"surplus", surplus},
+            {"sections", listed}};
+  return problems;
+}
+
+std::string Verdict(const Json& report) {
+  const Json& sections = report["sections"];
+  const auto good = std::count_if(sections.begin(), sections.end(),
+                                  [](const Json& one) { return one["damage"] == ""; });
+  return fmt::format("{}: {} of {} section{} good\n",
+                     Shown(report["file"].get<std::string>()), good, sections.size(),
+                     Plural(sections.size()));
+}
+
+}  // namespace
+
 int VerifyFiles(const std::vector<std::string>& files, bool asJson,
                 const Console& console) {
   Json all = Json::array();
   const int status = ForEachFile(files, console, [&](const std::string& file) {
-    SectionFile sections(file);
-    std::int64_t bytes = 0;
-    for (const utl_SectionInfo& section : sections.Sections()) {
-      bytes += std::max(section.length, 0);
-    }
-    Json listed = Json::array();
-    std::string text;
-    std::size_t damaged = 0;
-    {
-      Progress progress(console, bytes);
-      for (const utl_SectionInfo& section : sections.Sections()) {
-        const std::string damage = sections.Damage(static_cast<int>(listed.size()));
-        Json described = Described(section);
-        described["damage"] = damage;
-        listed.push_back(described);
-        if (!damage.empty()) {
-          text += fmt::format("{}: section \"{}\": {}\n", Shown(file),
-                              Shown(NameOf(section)), damage);
-          ++damaged;
-        }
-        progress.Add(section.length);
-      }
-    }
-    const std::int64_t surplus = sections.Surplus();
-    if (surplus != 0) {
-      text += fmt::format("{}: {}\n", Shown(file), SurplusText(surplus));
-    }
-    const bool isGood = damaged == 0 && surplus == 0;
-    all.push_back(
-        {{"file", file}, {"good", isGood}, {"surplus", surplus}, {"sections", listed}});
+    Json report;
+    const std::string problems = Verify(file, console, report);
     if (!asJson) {
-      const std::size_t count = sections.Sections().size();
-      console.out << text
-                  << fmt::format("{}: {} of {} section{} good\n", Shown(file),
-                                 count - damaged, count, Plural(count));
+      console.out << problems << Verdict(report);
     }
-    return isGood ? kGood : kFinding;
+    all.push_back(report);
+    return problems.empty() ? kGood : kFinding;
   });
   if (asJson) {
     console.out << Text(all);
@@ -167,7 +184,30 @@ bool AreEqual(double one, double other, const DiffOptions& options) {
   return std::abs(one - other) <= options.absolute + options.tolerance * larger;
 }
 
-// How the two differ; empty if they do not.
+// How two lists of equal length differ; empty if they do not.
+std::string Difference(const std::vector<double>& old, const std::vector<double>& fresh,
+                       const DiffOptions& options) {
+  std::size_t count = 0;
+  std::size_t worst = 0;
+  double largest = -1;
+  for (std::size_t i = 0; i < old.size(); ++i) {
+    if (AreEqual(old[i], fresh[i], options)) {
+      continue;
+    }
+    ++count;
+    // No number is more different than one that is none.
+    const double distance = std::abs(old[i] - fresh[i]);
+    if (distance > largest || std::isnan(distance)) {
+      largest = std::isnan(distance) ? HUGE_VAL : distance;
+      worst = i;
+    }
+  }
+  return count == 0 ? ""
+                    : fmt::format("{} of {} values differ, most at {}: {} and {}", count,
+                                  old.size(), worst, old[worst], fresh[worst]);
+}
+
+// How two sections of one name differ.
 std::string Difference(const std::string& name, const std::string& old,
                        const std::string& fresh, const DiffOptions& options) {
   if (old == fresh) {
@@ -179,36 +219,31 @@ std::string Difference(const std::string& name, const std::string& old,
   const ValueType type = TypeFor(options.type, name, old);
   const auto before = NumbersOf(type, old);
   const auto after = NumbersOf(type, fresh);
-  if (!before || !after) {
-    const auto place = std::mismatch(old.begin(), old.end(), fresh.begin()).first;
-    return fmt::format("differ from byte {} on", place - old.begin());
+  if (before && after) {
+    return Difference(*before, *after, options);
   }
-  std::size_t count = 0;
-  std::size_t worst = 0;
-  double largest = -1;
-  for (std::size_t i = 0; i < before->size(); ++i) {
-    const double distance = std::abs((*before)[i] - (*after)[i]);
-    if (!AreEqual((*before)[i], (*after)[i], options)) {
-      ++count;
-      // No number is more different than one that is none.
-      if (distance > largest || std::isnan(distance)) {
-        largest = std::isnan(distance) ? HUGE_VAL : distance;
-        worst = i;
-      }
-    }
-  }
-  return count == 0
-             ? ""
-             : fmt::format("{} of {} values differ, most at {}: {} and {}", count,
-                           before->size(), worst, (*before)[worst], (*after)[worst]);
+  const auto place = std::mismatch(old.begin(), old.end(), fresh.begin()).first;
+  return fmt::format("differ from byte {} on", place - old.begin());
 }
 
-// The first section of a name is the one that counts.
+// The names of the sections, each once: of several of one name the first counts.
 std::vector<std::string> NamesIn(const SectionFile& file) {
   std::vector<std::string> names;
+  std::set<std::string> known;
   for (const utl_SectionInfo& section : file.Sections()) {
-    names.push_back(NameOf(section));
+    if (known.insert(NameOf(section)).second) {
+      names.push_back(NameOf(section));
+    }
   }
+  return names;
+}
+
+bool Contains(const std::vector<std::string>& sorted, const std::string& name) {
+  return std::binary_search(sorted.begin(), sorted.end(), name);
+}
+
+std::vector<std::string> Sorted(std::vector<std::string> names) {
+  std::sort(names.begin(), names.end());
   return names;
 }
 
@@ -219,34 +254,25 @@ int DiffFiles(const DiffOptions& options, const Console& console) {
   SectionFile fresh(options.files[1]);
   const std::vector<std::string> before = NamesIn(old);
   const std::vector<std::string> after = NamesIn(fresh);
-  const std::set<std::string> inOld(before.begin(), before.end());
-  const std::set<std::string> inFresh(after.begin(), after.end());
+  const std::vector<std::string> inOld = Sorted(before);
+  const std::vector<std::string> inFresh = Sorted(after);
   Json differences = Json::array();
   const auto tell = [&](const std::string& name, const std::string& difference) {
+    if (difference.empty()) {
+      return;
+    }
     differences.push_back({{"name", name}, {"difference", difference}});
     if (!options.asJson) {
       console.out << '"' << Shown(name) << "\": " << Shown(difference) << '\n';
     }
   };
-  std::set<std::string> told;
   for (const std::string& name : before) {
-    if (!told.insert(name).second) {
-      continue;
-    }
-    if (!inFresh.contains(name)) {
-      tell(name, "only in " + options.files[0]);
-      continue;
-    }
-    const std::string difference =
-        Difference(name, old.Data(name), fresh.Data(name), options);
-    if (!difference.empty()) {
-      tell(name, difference);
-    }
+    tell(name, Contains(inFresh, name)
+                   ? Difference(name, old.Data(name), fresh.Data(name), options)
+                   : "only in " + options.files[0]);
   }
   for (const std::string& name : after) {
-    if (!inOld.contains(name) && told.insert(name).second) {
-      tell(name, "only in " + options.files[1]);
-    }
+    tell(name, Contains(inOld, name) ? "" : "only in " + options.files[1]);
   }
   if (options.asJson) {
     console.out << Text(
