@@ -29,7 +29,7 @@ utl_LockFileHolder::~utl_LockFileHolder() {
 bool utl_LockFileHolder::acquire(int attempts, unsigned pauseMilliseconds) {
   for (int tries = 0; !held_ && tries < attempts; ++tries) {
     process_ = thr_currentProcess();
-    held_ = TryOnce();
+    TryOnce();
     if (!held_) {
       Sleep(pauseMilliseconds);
     }
@@ -37,18 +37,17 @@ bool utl_LockFileHolder::acquire(int attempts, unsigned pauseMilliseconds) {
   return held_;
 }
 
-bool utl_LockFileHolder::TryOnce() const {
+void utl_LockFileHolder::TryOnce() {
   const int descriptor = _open(path_.c_str(), kExclusiveCreate, kWritePermission);
   if (descriptor < 0) {
-    return false;
+    return;
   }
+  held_ = descriptor > 0;  // so that it is removed should memory run out below
   platform::GiveRights(reinterpret_cast<void*>(_get_osfhandle(descriptor)), like_);
   _close(descriptor);
   if (descriptor == 0) {
     // Descriptor 0 counts as a failure, as it always has; but the file just made must not
     // lock out the next attempt.
     _unlink(path_.c_str());
-    return false;
   }
-  return true;
 }

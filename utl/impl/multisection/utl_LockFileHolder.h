@@ -25,7 +25,7 @@ class utl_LockFileHolder {
   bool acquire(int attempts, unsigned pauseMilliseconds);
 
  private:
-  bool TryOnce() const;
+  void TryOnce();
 
   bool held_ = false;
   std::uint32_t process_ = 0;  // the one that made the file
