@@ -38,7 +38,7 @@ class ExamplesTest(InFolder):
             capture_output=True,
         )  # fmt: skip
         self.assertEqual(done.returncode, 0, done.stderr)
-        page = str(ROOT / "python/README.md")
+        page = str(ROOT / "tools/python/README.md")
         result = doctest.testfile(page, module_relative=False)
         self.assertEqual(result.failed, 0)
         self.assertGreater(result.attempted, 10)
@@ -62,7 +62,7 @@ class TypesTest(InFolder):
             self.skipTest("mypy is not installed")
 
     def mypy(self, *arguments, folder="."):
-        settings = str(ROOT / "python/pyproject.toml")
+        settings = str(ROOT / "tools/python/pyproject.toml")
         done = subprocess.run(
             [sys.executable, "-m", "mypy", "--config-file", settings,
              "--cache-dir", self.folder / "cache", *arguments],
@@ -71,14 +71,14 @@ class TypesTest(InFolder):
         return done.stdout + done.stderr
 
     def test_are_checked_strictly(self):
-        said = self.mypy("kestra_utl", "setup.py", folder=ROOT / "python")
+        said = self.mypy("kestra_utl", "setup.py", folder=ROOT / "tools/python")
         self.assertRegex(said, r"^Success: no issues found in [0-9]+ source files\n$")
 
     def test_tell_clients_what_they_get(self):
         self.write(CLIENT.encode(), "right.py")
         wrong = CLIENT.replace("bytes", "int").replace("wall: int", "wall: str")
         self.write(wrong.encode(), "wrong.py")
-        shutil.copytree(ROOT / "python/kestra_utl", "kestra_utl")
+        shutil.copytree(ROOT / "tools/python/kestra_utl", "kestra_utl")
         self.assertEqual(
             self.mypy("right.py"), "Success: no issues found in 1 source file\n"
         )
@@ -93,7 +93,7 @@ class WheelTest(InFolder):
     def setUp(self):
         super().setUp()
         shutil.copytree(
-            ROOT / "python", "clone/python",
+            ROOT / "tools/python", "clone/tools/python",
             ignore=shutil.ignore_patterns("build", "dist", "*.egg-info", "__pycache__"),
         )  # fmt: skip
         shutil.copy(ROOT / "CMakeLists.txt", "clone")
@@ -116,19 +116,19 @@ class WheelTest(InFolder):
         return wheel
 
     def test_has_the_version_of_the_product_and_all_modules(self):
-        wheel = self.build("./clone/python")
+        wheel = self.build("./clone/tools/python")
         self.assertEqual(
             wheel.name, f"kestra_utl-{os.environ['VERSION']}-py3-none-any.whl"
         )
         names = {
             name for name in zipfile.ZipFile(wheel).namelist() if ".dist-info" not in name
         }
-        sources = ROOT.glob("python/kestra_utl/*.*")
+        sources = ROOT.glob("tools/python/kestra_utl/*.*")
         self.assertEqual(names, {f"kestra_utl/{source.name}" for source in sources})
         self.assertIn("kestra_utl/py.typed", names)
 
     def test_is_installed_and_used(self):
-        wheel = self.build("./clone/python")
+        wheel = self.build("./clone/tools/python")
         self.run_python(
             "-m", "pip", "install", "--no-deps", "-q", "--target", "there", wheel
         )
@@ -144,8 +144,8 @@ class WheelTest(InFolder):
         )
 
     def test_is_made_of_an_archive_of_the_sources_too(self):
-        program = "from setuptools import build_meta; build_meta.build_sdist('..')"
-        os.chdir("clone/python")
+        program = "from setuptools import build_meta; build_meta.build_sdist('../..')"
+        os.chdir("clone/tools/python")
         self.run_python("-c", program)
         os.chdir(self.folder)
         (archive,) = pathlib.Path("clone").glob("*.tar.gz")

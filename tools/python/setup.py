@@ -12,7 +12,7 @@ def version() -> str:
     """From the one place where it stands, or, in an archive of the sources without that
     place, from the archive's own record."""
     places = [
-        (_HERE.parent / "CMakeLists.txt", r"project\(KSTutl VERSION ([0-9.]+)"),
+        (_HERE.parents[1] / "CMakeLists.txt", r"project\(KSTutl VERSION ([0-9.]+)"),
         (_HERE / "PKG-INFO", r"(?m)^Version: ([0-9.]+)$"),
     ]
     for file, pattern in places:
