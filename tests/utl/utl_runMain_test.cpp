@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <iostream>
 #include <new>
@@ -258,6 +259,14 @@ TEST_F(RunMainTest, LeftOverLockIsToldWithItsFile) {
                          Native("job.kdb.lock") + "\n");
 }
 
+TEST_F(RunMainTest, LockOfARelativePathIsToldWithItsWholePath) {
+  WriteWholeFile("job.kdb.lock", "");
+  const Outcome run = RunProgram([](const utl_CommandLine&) {
+    utl_MultisectionFile("job.kdb", utl_FileAccessWrite);
+  });
+  EXPECT_THAT(run.err, testing::EndsWith("remove " + Native("job.kdb.lock") + "\n"));
+}
+
 TEST_F(RunMainTest, LockThatCannotBeMadeIsToldWithItsDirectory) {
   const Outcome run = RunProgram([this](const utl_CommandLine&) {
     // As the message would be if the directory permitted no new files.
@@ -315,6 +324,15 @@ TEST_F(RunMainTest, FileThatAnotherWritesNeedsNoAdvice) {
     utl_File(dir_.File("a"), utl_FileAccessUpdate, utl_FileShareDefault).Init();
   });
   EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
+}
+
+TEST_F(RunMainTest, EndlessNameNeedsNoAdvice) {
+  const std::string name(1000000, 'a');
+  const Outcome run = RunProgram([&](const utl_CommandLine&) {
+    utl_File(name, utl_FileAccessWrite, utl_FileShareDefault).Init();
+  });
+  EXPECT_THAT(run.err, testing::EndsWith("file: " + name + "\n"));
+  EXPECT_EQ(std::ranges::count(run.err, '\n'), 1);
 }
 
 TEST_F(RunMainTest, FileThatCannotBeReadNeedsNoAdvice) {

@@ -47,11 +47,12 @@ std::string LockAdvice(std::string_view message) {
     return {};
   }
   const std::string_view path = message.substr(1, message.size() - 1 - kEnd.size());
-  const std::string lock = std::string(path) + ".lock";
-  if (!utl_FilePath(lock, "").Exists()) {
+  const utl_FilePath lock(std::string(path) + ".lock", "");
+  if (!lock.Exists()) {
     return "New files must be permitted in " + DirectoryOf(path);
   }
-  return "If no other program has the file open, remove " + Shown(lock);
+  return "If no other program has the file open, remove " +
+         Shown(lock.AbsolutePathName());
 }
 
 // What to do about a file that cannot be opened for writing; the message has the
@@ -63,11 +64,13 @@ std::string OpenAdvice(std::string_view message) {
   const auto tells = [&](std::string_view text) {
     return cause.find(text) != std::string_view::npos;
   };
-  const std::string inUse =
-      omi_SystemErrorCode(omi_SystemErrorCode::kSystem, ERROR_SHARING_VIOLATION).Text();
-  if (at == std::string_view::npos || tells(inUse) ||
-      (!tells("in OpenWrite") && !tells("in OpenUpdate"))) {
-    return {};
+  const auto tellsCode = [&](int code) {
+    return tells(omi_SystemErrorCode(omi_SystemErrorCode::kSystem, code).Text());
+  };
+  if (at == std::string_view::npos ||
+      (!tells("in OpenWrite") && !tells("in OpenUpdate")) ||
+      tellsCode(ERROR_SHARING_VIOLATION) || tellsCode(ERROR_FILENAME_EXCED_RANGE)) {
+    return {};  // the message says it all
   }
   const utl_FilePath path(message.substr(at + kBeforePath.size()), "");
   const std::string shown = Shown(path.AbsolutePathName());
