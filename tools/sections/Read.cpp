@@ -4,9 +4,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <nlohmann/json.hpp>
 #include <set>
 
+#include "common/Output.h"
 #include "common/Progress.h"
 #include "sections/SectionFile.h"
 #include "sections/Sections.h"
@@ -14,11 +14,7 @@
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
-std::string Text(const Json& json) {
-  return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
-}
+constexpr char kName[] = "kst_sections";
 
 std::string Checksum(const utl_SectionInfo& section) {
   return fmt::format("{:08x}", section.checksum);
@@ -30,22 +26,6 @@ std::string NameOf(const utl_SectionInfo& section) {
 
 const char* Plural(std::size_t count) {
   return count == 1 ? "" : "s";
-}
-
-// Runs the work for each file; one that cannot be read does not keep the others from it.
-template <class Work>
-int ForEachFile(const std::vector<std::string>& files, const Console& console,
-                Work work) {
-  int status = kGood;
-  for (const std::string& file : files) {
-    try {
-      status = std::max(status, work(file));
-    } catch (...) {
-      console.err << "kst_sections: " << Shown(CurrentFailure()) << '\n';
-      status = kTrouble;
-    }
-  }
-  return status;
 }
 
 Json Described(const utl_SectionInfo& section) {
@@ -64,7 +44,7 @@ std::string SurplusText(std::int64_t surplus) {
 int ListSections(const std::vector<std::string>& files, bool asJson,
                  const Console& console) {
   Json all = Json::array();
-  const int status = ForEachFile(files, console, [&](const std::string& file) {
+  const int status = ForEachFile(kName, files, console, [&](const std::string& file) {
     const SectionFile sections(file);
     Json listed = Json::array();
     std::string text;
@@ -82,7 +62,7 @@ int ListSections(const std::vector<std::string>& files, bool asJson,
     return kGood;
   });
   if (asJson) {
-    console.out << Text(all);
+    console.out << JsonText(all);
   }
   return status;
 }
@@ -135,7 +115,7 @@ std::string Verdict(const Json& report) {
 int VerifyFiles(const std::vector<std::string>& files, bool asJson,
                 const Console& console) {
   Json all = Json::array();
-  const int status = ForEachFile(files, console, [&](const std::string& file) {
+  const int status = ForEachFile(kName, files, console, [&](const std::string& file) {
     Json report;
     const std::string problems = Verify(file, console, report);
     if (!asJson) {
@@ -145,7 +125,7 @@ int VerifyFiles(const std::vector<std::string>& files, bool asJson,
     return problems.empty() ? kGood : kFinding;
   });
   if (asJson) {
-    console.out << Text(all);
+    console.out << JsonText(all);
   }
   return status;
 }
@@ -170,7 +150,7 @@ int DumpSection(const DumpOptions& options, const Console& console) {
     }
     json["bytes"] = bytes;
   }
-  console.out << Text(json);
+  console.out << JsonText(json);
   return kGood;
 }
 
@@ -275,7 +255,7 @@ int DiffFiles(const DiffOptions& options, const Console& console) {
     tell(name, Contains(inOld, name) ? "" : "only in " + options.files[1]);
   }
   if (options.asJson) {
-    console.out << Text(
+    console.out << JsonText(
         {{"files", {options.files[0], options.files[1]}}, {"differences", differences}});
   }
   return differences.empty() ? kGood : kFinding;

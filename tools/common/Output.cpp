@@ -1,0 +1,20 @@
+#include "common/Output.h"
+
+std::string JsonText(const Json& json) {
+  return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+}
+
+std::string CsvField(std::string_view text) {
+  const std::string shown = Shown(text);
+  if (shown.find_first_of(",\"") == std::string::npos) {
+    return shown;
+  }
+  std::string field = "\"";
+  for (const char c : shown) {
+    field += c;
+    if (c == '"') {
+      field += '"';
+    }
+  }
+  return field + '"';
+}

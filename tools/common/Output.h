@@ -1,0 +1,33 @@
+#pragma once
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "common/Tool.h"
+
+using Json = nlohmann::ordered_json;
+
+/// JSON as the tools print it. What is no UTF-8 in it is replaced.
+std::string JsonText(const Json& json);
+
+/// A field of a line of CSV: in quotes where it must be (RFC 4180), and else as `Shown`.
+std::string CsvField(std::string_view text);
+
+/// Runs the work for each file and gives the worst status. A file that cannot be read is
+/// told, and does not keep the others from it.
+template <class Work>
+int ForEachFile(const std::string& tool, const std::vector<std::string>& files,
+                const Console& console, Work work) {
+  int status = kGood;
+  for (const std::string& file : files) {
+    try {
+      status = std::max(status, work(file));
+    } catch (...) {
+      console.err << tool << ": " << Shown(CurrentFailure()) << '\n';
+      status = kTrouble;
+    }
+  }
+  return status;
+}
