@@ -1,0 +1,303 @@
+#include <fmt/format.h>
+
+#include <cmath>
+#include <map>
+
+#include "common/Spread.h"
+#include "usage/Usage.h"
+
+namespace {
+
+constexpr double kMegabyte = 1048576;
+constexpr std::size_t kRows = 20;  // of a picture, at most
+constexpr int kWidth = 40;         // and its columns
+
+double Megabytes(std::int64_t bytes) {
+  return static_cast<double>(bytes) / kMegabyte;
+}
+
+void PrintPhases(const UsageLog& log, const Console& console) {
+  console.out << fmt::format("\n{:>9} {:>9} {:>9} {:>10} {:>6}  {}\n", "wall s", "CPU s",
+                             "MB", "faults", "marks", "phase");
+  for (const UsagePhase& phase : PhasesOf(log)) {
+    console.out << fmt::format("{:>9} {:>9.1f} {:>9.1f} {:>10} {:>6}  {}\n", phase.wall,
+                               phase.processor, Megabytes(phase.bytes), phase.faults,
+                               phase.count, Shown(phase.name));
+  }
+}
+
+void PrintTimers(const UsageLog& log, const Console& console) {
+  if (log.timers.empty()) {
+    return;
+  }
+  double sum = 0;
+  for (const UsageTimer& timer : log.timers) {
+    sum += timer.processor;
+  }
+  console.out << fmt::format("\n{:>9} {:>6} {:>9} {:>9} {:>11}  {}\n", "CPU s", "share",
+                             "wall s", "calls", "CPU s/call", "timer");
+  for (const UsageTimer& timer : TimersByCost(log)) {
+    const double share = sum > 0 ? timer.processor / sum * 100 : 0;
+    const double perCall =
+        timer.calls > 0 ? timer.processor / static_cast<double>(timer.calls) : 0;
+    console.out << fmt::format("{:>9.4f} {:>4.0f} % {:>9.1f} {:>9} {:>11.6f}  {}\n",
+                               timer.processor, share, timer.elapsed, timer.calls,
+                               perCall, Shown(timer.name));
+  }
+}
+
+// Of many marks, a row shows the one of several that has the most.
+void PrintMemory(const UsageLog& log, const Console& console) {
+  const std::vector<UsageMark>& marks = log.marks;
+  std::int64_t most = 1;
+  for (const UsageMark& mark : marks) {
+    most = std::max(most, mark.bytes);
+  }
+  const std::size_t rows = std::min(kRows, marks.size());
+  console.out << fmt::format("\n{:>9} {:>9}  memory over time\n", "wall s", "MB");
+  for (std::size_t row = 0; row < rows; ++row) {
+    const auto at = [&](std::size_t number) {
+      return marks.begin() + static_cast<std::ptrdiff_t>(number * marks.size() / rows);
+    };
+    const auto mark = std::max_element(at(row), at(row + 1),
+                                       [](const UsageMark& left, const UsageMark& right) {
+                                         return left.bytes < right.bytes;
+                                       });
+    const double part = static_cast<double>(mark->bytes) / static_cast<double>(most);
+    console.out << fmt::format("{:>9} {:>9.1f}  {:#<{}}\n", mark->wall,
+                               Megabytes(mark->bytes), "",
+                               static_cast<int>(std::lround(part * kWidth)));
+  }
+}
+
+struct Named {
+  std::string name;
+  double value;
+};
+
+std::vector<Named> Totals(const UsageLog& log) {
+  const UsageMark& last = log.marks.back();
+  return {{"wall s", static_cast<double>(last.wall)},
+          {"CPU s", last.processor},
+          {"peak MB", Megabytes(last.peakBytes)},
+          {"page faults", static_cast<double>(last.faults)}};
+}
+
+// Two columns of numbers side by side, by their names in the order of the older ones.
+void PrintPairs(const std::string& title, const std::vector<Named>& old,
+                const std::vector<Named>& fresh, const Console& console) {
+  SeriesList list;
+  for (const Named& one : old) {
+    list.Of(one.name).Add("old", one.value);
+  }
+  for (const Named& one : fresh) {
+    list.Of(one.name).Add("new", one.value);
+  }
+  console.out << fmt::format("\n{:>12} {:>12} {:>12} {:>8}  {}\n", "old", "new", "change",
+                             "", title);
+  const auto shown = [](const double* value) {
+    return value == nullptr ? "-" : fmt::format("{:.1f}", *value);
+  };
+  for (const Series& series : list.All()) {
+    const double* const before =
+        series.files.front() == "old" ? &series.values.front() : nullptr;
+    const double* const after =
+        series.files.back() == "new" ? &series.values.back() : nullptr;
+    std::string change;
+    std::string part;
+    if (before != nullptr && after != nullptr) {
+      change = fmt::format("{:+.1f}", *after - *before);
+      part = *before > 0 ? fmt::format("{:+.0f} %", (*after / *before - 1) * 100) : "";
+    }
+    console.out << fmt::format("{:>12} {:>12} {:>12} {:>8}  {}\n", shown(before),
+                               shown(after), change, part, Shown(series.name));
+  }
+}
+
+std::vector<Named> PhaseTimes(const UsageLog& log,
+                              double (*quantity)(const UsagePhase&)) {
+  std::vector<Named> list;
+  for (const UsagePhase& phase : PhasesOf(log)) {
+    list.push_back({phase.name, quantity(phase)});
+  }
+  return list;
+}
+
+double WallOf(const UsagePhase& phase) {
+  return static_cast<double>(phase.wall);
+}
+
+double ProcessorOf(const UsagePhase& phase) {
+  return phase.processor;
+}
+
+// Timers of one name are one.
+std::vector<Named> TimerTimes(const UsageLog& log) {
+  std::vector<Named> list;
+  std::map<std::string, std::size_t> places;
+  for (const UsageTimer& timer : TimersByCost(log)) {
+    const auto [place, isNew] = places.try_emplace(timer.name, list.size());
+    if (isNew) {
+      list.push_back({timer.name, 0});
+    }
+    list[place->second].value += timer.processor;
+  }
+  return list;
+}
+
+struct Spreads {
+  SeriesList totals;
+  SeriesList phases;
+  SeriesList timers;
+};
+
+Spreads SpreadsOf(const std::vector<UsageLog>& logs) {
+  Spreads spreads;
+  const auto add = [](SeriesList& list, const UsageLog& log,
+                      const std::vector<Named>& values) {
+    for (const Named& one : values) {
+      list.Of(one.name).Add(log.file, one.value);
+    }
+  };
+  for (const UsageLog& log : logs) {
+    add(spreads.totals, log, Totals(log));
+    add(spreads.phases, log, PhaseTimes(log, ProcessorOf));
+    add(spreads.timers, log, TimerTimes(log));
+  }
+  return spreads;
+}
+
+Json MarksOf(const UsageLog& log) {
+  Json marks = Json::array();
+  for (const UsageMark& mark : log.marks) {
+    marks.push_back({{"wall", mark.wall},
+                     {"label", mark.label},
+                     {"user", mark.user},
+                     {"system", mark.system},
+                     {"processor", mark.processor},
+                     {"bytes", mark.bytes},
+                     {"peak bytes", mark.peakBytes},
+                     {"page faults", mark.faults},
+                     {"page file bytes", mark.pageFileBytes},
+                     {"process", mark.process}});
+  }
+  return marks;
+}
+
+Json PhasesJson(const UsageLog& log) {
+  Json phases = Json::array();
+  for (const UsagePhase& phase : PhasesOf(log)) {
+    phases.push_back({{"name", phase.name},
+                      {"marks", phase.count},
+                      {"wall", phase.wall},
+                      {"processor", phase.processor},
+                      {"bytes", phase.bytes},
+                      {"page faults", phase.faults}});
+  }
+  return phases;
+}
+
+Json TimersOf(const UsageLog& log) {
+  Json timers = Json::array();
+  for (const UsageTimer& timer : log.timers) {
+    timers.push_back({{"number", timer.number},
+                      {"name", timer.name},
+                      {"calls", timer.calls},
+                      {"processor", timer.processor},
+                      {"elapsed", timer.elapsed}});
+  }
+  return timers;
+}
+
+const char* Note(const UsageLog& log) {
+  return log.isCut ? " (cut off)" : "";
+}
+
+}  // namespace
+
+void PrintLog(const UsageLog& log, const Console& console) {
+  const UsageMark& last = log.marks.back();
+  console.out << fmt::format(
+      "{}{}: job {}, snapshot {}, version {}, host {}\n"
+      "wall {} s, CPU {:.1f} s ({:.1f} user, {:.1f} system), peak {:.1f} MB, "
+      "{} page faults\n",
+      Shown(log.file), Note(log), Shown(log.job), Shown(log.snapshot), Shown(log.version),
+      Shown(log.host), last.wall, last.processor, last.user, last.system,
+      Megabytes(last.peakBytes), last.faults);
+  PrintPhases(log, console);
+  PrintTimers(log, console);
+  PrintMemory(log, console);
+}
+
+void PrintDifference(const UsageLog& old, const UsageLog& fresh, const Console& console) {
+  console.out << fmt::format("old: {}{}\nnew: {}{}\n", Shown(old.file), Note(old),
+                             Shown(fresh.file), Note(fresh));
+  PrintPairs("whole job", Totals(old), Totals(fresh), console);
+  PrintPairs("phase, wall s", PhaseTimes(old, WallOf), PhaseTimes(fresh, WallOf),
+             console);
+  PrintPairs("phase, CPU s", PhaseTimes(old, ProcessorOf), PhaseTimes(fresh, ProcessorOf),
+             console);
+  PrintPairs("timer, CPU s", TimerTimes(old), TimerTimes(fresh), console);
+}
+
+void PrintLogs(const std::vector<UsageLog>& logs, const Console& console) {
+  console.out << fmt::format("{:>9} {:>9} {:>9} {:>6}  {}\n", "wall s", "CPU s",
+                             "peak MB", "marks", "file");
+  for (const UsageLog& log : logs) {
+    const UsageMark& last = log.marks.back();
+    console.out << fmt::format("{:>9} {:>9.1f} {:>9.1f} {:>6}  {}{}\n", last.wall,
+                               last.processor, Megabytes(last.peakBytes),
+                               log.marks.size(), Shown(log.file), Note(log));
+  }
+  const Spreads spreads = SpreadsOf(logs);
+  PrintSpreads("whole job", spreads.totals, console);
+  PrintSpreads("phase, CPU s", spreads.phases, console);
+  PrintSpreads("timer, CPU s", spreads.timers, console);
+}
+
+Json JsonOf(const std::vector<UsageLog>& logs) {
+  Json all = Json::array();
+  for (const UsageLog& log : logs) {
+    all.push_back({{"file", log.file},
+                   {"job", log.job},
+                   {"snapshot", log.snapshot},
+                   {"version", log.version},
+                   {"host", log.host},
+                   {"cut", log.isCut},
+                   {"marks", MarksOf(log)},
+                   {"phases", PhasesJson(log)},
+                   {"timers", TimersOf(log)}});
+  }
+  const Spreads spreads = SpreadsOf(logs);
+  return {{"logs", all},
+          {"spread",
+           {{"whole job", JsonOf(spreads.totals)},
+            {"phases", JsonOf(spreads.phases)},
+            {"timers", JsonOf(spreads.timers)}}}};
+}
+
+void PrintMarksCsv(const std::vector<UsageLog>& logs, const Console& console) {
+  console.out << "file,job,number,wall,label,user,system,processor,bytes,peak_bytes,"
+                 "page_faults,page_file_bytes,process\n";
+  for (const UsageLog& log : logs) {
+    int number = 0;
+    for (const UsageMark& mark : log.marks) {
+      console.out << fmt::format("{},{},{},{},{},{},{},{},{},{},{},{},{}\n",
+                                 CsvField(log.file), CsvField(log.job), ++number,
+                                 mark.wall, CsvField(mark.label), mark.user, mark.system,
+                                 mark.processor, mark.bytes, mark.peakBytes, mark.faults,
+                                 mark.pageFileBytes, mark.process);
+    }
+  }
+}
+
+void PrintTimersCsv(const std::vector<UsageLog>& logs, const Console& console) {
+  console.out << "file,job,number,name,calls,processor,elapsed\n";
+  for (const UsageLog& log : logs) {
+    for (const UsageTimer& timer : log.timers) {
+      console.out << fmt::format("{},{},{},{},{},{},{}\n", CsvField(log.file),
+                                 CsvField(log.job), timer.number, CsvField(timer.name),
+                                 timer.calls, timer.processor, timer.elapsed);
+    }
+  }
+}

@@ -1,0 +1,5 @@
+#include "usage/Usage.h"
+
+int main(int argc, char** argv) {
+  return KstUsage(argc, argv, ProcessConsole());
+}
