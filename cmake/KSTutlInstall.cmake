@@ -66,13 +66,7 @@ function(kstutl_install_tool target)
   if(WIN32)
     return()
   endif()
-  set(page "${CMAKE_CURRENT_SOURCE_DIR}/packaging/man/${target}.1")
-  if(NOT EXISTS "${page}")
-    set(page "${generated}/${target}.1")
-    string(TOUPPER "${target}" title)
-    configure_file(packaging/man/tool.1.in "${page}" @ONLY)
-  endif()
-  install(FILES "${page}"
+  install(FILES packaging/man/${target}.1
     DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT Tools)
   if(EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/packaging/completion/${target}")
     install(FILES packaging/completion/${target}

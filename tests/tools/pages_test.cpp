@@ -6,8 +6,10 @@
 
 #include "common/temp/TempDir.h"
 #include "doctor/Doctor.h"
+#include "iotrack/IoTrack.h"
 #include "sections/Sections.h"
 #include "tools/RunTool.h"
+#include "usage/Usage.h"
 
 namespace {
 
@@ -21,7 +23,9 @@ const NamedTool kTools[] = {{"kst_sections",
                              KstSections,
                              {"list", "verify", "dump", "get", "set", "remove", "diff",
                               "salvage", "unlock", "recover"}},
-                            {"kst_doctor", KstDoctor, {}}};
+                            {"kst_doctor", KstDoctor, {}},
+                            {"kst_iotrack", KstIoTrack, {}},
+                            {"kst_usage", KstUsage, {}}};
 
 std::set<std::string> OptionsIn(const std::string& text) {
   const std::regex option("--[a-z]+");
