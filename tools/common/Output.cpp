@@ -5,7 +5,7 @@ std::string JsonText(const Json& json) {
 }
 
 std::string CsvField(std::string_view text) {
-  const std::string shown = Shown(text);
+  std::string shown = Shown(text);
   if (shown.find_first_of(",\"") == std::string::npos) {
     return shown;
   }
