@@ -93,7 +93,8 @@ if(KSTUTL_TOOLS)
   endforeach()
 endif()
 
-install(FILES README.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT Documentation)
+install(FILES README.md SECURITY.md DESTINATION "${CMAKE_INSTALL_DOCDIR}"
+  COMPONENT Documentation)
 install(DIRECTORY docs examples DESTINATION "${CMAKE_INSTALL_DOCDIR}"
   COMPONENT Documentation)
 
