@@ -43,7 +43,9 @@ void utl_LockFileHolder::TryOnce() {
     return;
   }
   held_ = descriptor > 0;  // so that it is removed should memory run out below
-  platform::GiveRights(reinterpret_cast<void*>(_get_osfhandle(descriptor)), like_);
+  // NOLINTNEXTLINE(performance-no-int-to-ptr)
+  const auto file = reinterpret_cast<HANDLE>(_get_osfhandle(descriptor));
+  platform::GiveRights(file, like_);
   _close(descriptor);
   if (descriptor == 0) {
     // Descriptor 0 counts as a failure, as it always has; but the file just made must not
