@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <io.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <windows.h>
 
 #include <cerrno>
@@ -16,6 +17,7 @@
 #include <iterator>
 #include <new>
 #include <string>
+#include <vector>
 
 #include "aio/aio_ostrstream.h"
 #include "common/environment/ScopedEnvironment.h"
@@ -47,6 +49,27 @@ std::ptrdiff_t OpenDescriptors() {
   const std::filesystem::directory_iterator all("/proc/self/fd");
   return std::distance(begin(all), end(all));
 }
+
+// Takes every number for a descriptor below one.
+class OpenedDescriptors {
+ public:
+  explicit OpenedDescriptors(int end) {
+    for (int fd = open("/dev/null", O_RDONLY | O_CLOEXEC); 0 <= fd && fd < end;
+         fd = fcntl(fd, F_DUPFD_CLOEXEC, 0)) {
+      opened_.push_back(fd);
+    }
+  }
+  OpenedDescriptors(const OpenedDescriptors&) = delete;
+  OpenedDescriptors& operator=(const OpenedDescriptors&) = delete;
+  ~OpenedDescriptors() {
+    for (const int fd : opened_) {
+      close(fd);
+    }
+  }
+
+ private:
+  std::vector<int> opened_;
+};
 
 // A deletion leaves its file when one of its own requests is refused. It makes fewer.
 constexpr int kMostOfADeletion = 20;
@@ -108,6 +131,27 @@ TEST_F(RefusedMemoryTest, SystemCreateForAWhile) {
 }
 
 // The destructors of the library rely on it.
+// A number so high that the table of open files has no place for it yet is where memory
+// can run out after the file was made.
+TEST_F(RefusedMemoryTest, FileThatWasMadeGoesAgain) {
+  const std::string name = Name("made");
+  bool refused = true;
+  for (int nth = 1; refused; ++nth) {
+    SCOPED_TRACE("request " + std::to_string(nth));
+    const OpenedDescriptors below(100 * nth);
+    HANDLE file = INVALID_HANDLE_VALUE;
+    refused = Refuse(nth, [&] {
+      file = CreateFileA(name.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                         FILE_ATTRIBUTE_NORMAL, nullptr);
+    });
+    ASSERT_EQ(std::filesystem::exists(name), file != INVALID_HANDLE_VALUE);
+    if (file != INVALID_HANDLE_VALUE) {
+      CloseHandle(file);
+      std::filesystem::remove(name);
+    }
+  }
+}
+
 TEST_F(RefusedMemoryTest, SystemDeletionThrowsNothing) {
   const std::string name = Name("deleted");
   DWORD code = 0;

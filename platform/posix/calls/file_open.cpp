@@ -188,6 +188,16 @@ int OpenByKind(const Request& request, Kind kind, bool& existed) {
   return OpenOrCreate(request, existed);
 }
 
+// The same for one that was just made, which goes again should memory run out.
+DWORD CompleteMade(int fd, const Request& request) {
+  try {
+    return Complete(fd, request, false);
+  } catch (const std::bad_alloc&) {
+    unlink(request.name.path.c_str());
+    throw;
+  }
+}
+
 // The descriptor, or -1 with its code in `code`.
 int Open(const Request& request, DWORD& code) {
   const Kind kind = KindOf(request.name.path);
@@ -198,7 +208,8 @@ int Open(const Request& request, DWORD& code) {
   bool existed = true;
   NewDescriptor fd(OpenByKind(request, kind, existed));
   code = fd.Get() < 0 ? CodeOfFailure(request.name.path)
-                      : Complete(fd.Get(), request, existed);
+         : existed    ? Complete(fd.Get(), request, true)
+                      : CompleteMade(fd.Get(), request);
   if (code != ERROR_SUCCESS) {
     return -1;
   }
