@@ -1,72 +1,66 @@
-// A million pieces put together, beside memcpy piece by piece and std::string.
+// Pieces of 1 to 32 bytes put together.
 
-#include <benchmark/benchmark.h>
+#include "utl/utl_Catenator.h"
 
 #include <cstddef>
 #include <cstring>
 #include <memory>
 #include <string>
 
-#include "utl/utl_Catenator.h"
+#include "bench_work.h"
+#include "utl_Catenator_works.h"
 
 namespace {
 
-constexpr int kPieces = 1000000;
-constexpr char kText[] = "a piece of the text, up to 32 by";
-
-int Length(int piece) {
-  return 1 + (piece * 7 & 31);
-}
-
-void BM_CatenatorPieces(benchmark::State& state) {
-  for (auto _ : state) {
-    utl_Catenator catenator;
-    for (int i = 0; i < kPieces; ++i) {
-      catenator.Cat(kText, Length(i));
-    }
-    benchmark::DoNotOptimize(catenator.GetString());
+cow_String Catenated(int pieces) {
+  utl_Catenator catenator;
+  for (int i = 0; i < pieces; ++i) {
+    catenator.Cat(kCatenatorText, CatenatorLength(i));
   }
-  state.SetItemsProcessed(state.iterations() * kPieces);
+  return catenator.GetString();
 }
-BENCHMARK(BM_CatenatorPieces)->Unit(benchmark::kMillisecond);
 
-// Into memory that is as new as the catenator's: blocks of this size never are reused.
-void BM_MemcpyPieces(benchmark::State& state) {
-  for (auto _ : state) {
-    const auto block = std::make_unique_for_overwrite<char[]>(std::size_t{64} * kPieces);
-    char* end = block.get();
-    for (int i = 0; i < kPieces; ++i) {
-      std::memcpy(end, kText, static_cast<std::size_t>(Length(i)));
-      end += Length(i);
-    }
-    benchmark::DoNotOptimize(end);
-    benchmark::ClobberMemory();
+std::string Standard(int pieces) {
+  std::string text;
+  for (int i = 0; i < pieces; ++i) {
+    text.append(kCatenatorText, static_cast<std::size_t>(CatenatorLength(i)));
   }
-  state.SetItemsProcessed(state.iterations() * kPieces);
+  return text;
 }
-BENCHMARK(BM_MemcpyPieces)->Unit(benchmark::kMillisecond);
 
-void BM_StandardStringPieces(benchmark::State& state) {
-  for (auto _ : state) {
-    std::string text;
-    for (int i = 0; i < kPieces; ++i) {
-      text.append(kText, static_cast<std::size_t>(Length(i)));
-    }
-    benchmark::DoNotOptimize(text.data());
+// A text that is made anew for every piece.
+std::string Naive(int pieces) {
+  std::string text;
+  for (int i = 0; i < pieces; ++i) {
+    text =
+        text + std::string(kCatenatorText, static_cast<std::size_t>(CatenatorLength(i)));
   }
-  state.SetItemsProcessed(state.iterations() * kPieces);
+  return text;
 }
-BENCHMARK(BM_StandardStringPieces)->Unit(benchmark::kMillisecond);
 
-void BM_CatenatorShortLine(benchmark::State& state) {
-  for (auto _ : state) {
-    utl_Catenator catenator;
-    for (int i = 0; i < 20; ++i) {
-      catenator.Cat(kText, Length(i));
-    }
-    benchmark::DoNotOptimize(catenator.GetString());
+// Into memory that is as new as a catenator's.
+void Copied(int pieces) {
+  const auto block = std::make_unique_for_overwrite<char[]>(
+      sizeof kCatenatorText * static_cast<std::size_t>(pieces));
+  char* end = block.get();
+  for (int i = 0; i < pieces; ++i) {
+    std::memcpy(end, kCatenatorText, static_cast<std::size_t>(CatenatorLength(i)));
+    end += CatenatorLength(i);
   }
+  benchmark::DoNotOptimize(end);
 }
-BENCHMARK(BM_CatenatorShortLine);
 
 }  // namespace
+
+void bench::AddWorks() {
+  for (const auto& [name, pieces] : kCatenatorWorks) {
+    const Work work(name);
+    work.Coding("ours", [pieces] { return Catenated(pieces); });
+    if (pieces < 1000) {  // its time grows with the square
+      work.Coding("naive", [pieces] { return Naive(pieces); });
+    }
+    work.Coding("std::string", [pieces] { return Standard(pieces); });
+    work.Measured("limit memcpy of the pieces", [pieces] { Copied(pieces); });
+    work.Counted();
+  }
+}

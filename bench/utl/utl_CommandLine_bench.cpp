@@ -1,98 +1,78 @@
-// A query of the command line, against a hash map behind a mutex.
+// A query of the command line.
 
 #include "utl/utl_CommandLine.h"
-
-#include <benchmark/benchmark.h>
 
 #include <mutex>
 #include <string>
 #include <unordered_map>
 
+#include "bench_work.h"
 #include "utl/utl_CommandLineLoader.h"
+#include "utl_CommandLine_works.h"
 
 namespace {
 
-constexpr const char* kArguments[] = {
-    "-job",    "beam",         "-cpus",        "4",       "-memory",
-    "2000000", "-tmpdir",      "/scratch/tmp", "-outdir", "/home/user/project/results",
-    "-input",  "tower.deck",   "-interactive", "-error",  "utl_File=3,rgx=",
-    "-loads",  "wind_3.loads", "-digits",      "12",
-};
-
 using Line = thr_GlobalSingleton<utl_CommandLine>;
 
-const utl_CommandLine& Loaded() {
-  static const bool once = [] {
-    cow_1DArrayList<cow_String> arguments;
-    for (const char* argument : kArguments) {
-      arguments.Append(argument);
+void Load() {
+  cow_1DArrayList<cow_String> arguments;
+  for (const auto& [name, value] : kCommandLine) {
+    arguments.Append(std::string("-") + name);
+    if (*value != '\0') {
+      arguments.Append(value);
     }
-    utl_CommandLineLoader::SetArgsList(arguments);
-    return true;
-  }();
-  static_cast<void>(once);
-  return Line::Instance();
-}
-
-// The peer, with the library's string type or the standard one.
-std::mutex peerMutex;
-
-template <class String>
-const std::unordered_map<String, String>& PeerOptions() {
-  static const auto* const options = new std::unordered_map<String, String>{
-      {"job", "beam"},
-      {"cpus", "4"},
-      {"memory", "2000000"},
-      {"tmpdir", "/scratch/tmp"},
-      {"outdir", "/home/user/project/results"},
-      {"input", "tower.deck"},
-      {"interactive", ""},
-      {"error", "utl_File=3,rgx="},
-      {"loads", "wind_3.loads"},
-      {"digits", "12"},
-  };
-  return *options;
-}
-
-// Copies share nothing here either.
-std::string Copy(const std::string& text) {
-  return text;
-}
-cow_String Copy(const cow_String& text) {
-  return {text.c_str(), text.Length()};
-}
-
-// A short value and a long one.
-constexpr const char* kOptions[] = {"job", "outdir"};
-
-void BM_Value(benchmark::State& state) {
-  Loaded();
-  const cow_String name(kOptions[state.range(0)]);
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(Line::Instance().ConstGetValue(name));
   }
+  utl_CommandLineLoader::SetArgsList(arguments);
 }
-BENCHMARK(BM_Value)->Name("value/library")->Arg(0)->Arg(1);
 
-template <class String>
-void BM_PeerValue(benchmark::State& state) {
-  const std::unordered_map<String, String>& options = PeerOptions<String>();
-  const String name(kOptions[state.range(0)]);
-  for (auto _ : state) {
-    const std::lock_guard<std::mutex> guard(peerMutex);
-    benchmark::DoNotOptimize(Copy(options.find(name)->second));
-  }
-}
-BENCHMARK(BM_PeerValue<cow_String>)->Name("value/peer, cow_String")->Arg(0)->Arg(1);
-BENCHMARK(BM_PeerValue<std::string>)->Name("value/peer, std::string")->Arg(0)->Arg(1);
+using Map = std::unordered_map<std::string, std::string>;
 
-void BM_Number(benchmark::State& state) {
-  Loaded();
-  const cow_String name("cpus");
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(Line::Instance().ConstGetValueAsInt(name));
+Map MakeMap() {
+  Map map;
+  for (const auto& [name, value] : kCommandLine) {
+    map[name] = value;
   }
+  return map;
 }
-BENCHMARK(BM_Number)->Name("number/library");
+
+std::string NaiveValue(const std::string& name) {
+  for (const auto& [option, value] : kCommandLine) {
+    if (name == option) {
+      return value;
+    }
+  }
+  return {};
+}
+
+std::mutex mutex;
 
 }  // namespace
+
+void bench::AddWorks() {
+  Load();
+  static const Map* const map = new Map(MakeMap());
+  for (const auto& [workName, option] : kCommandLineWorks) {
+    const Work work(workName);
+    work.Coding("ours", [name = cow_String(option)] {
+      return Line::Instance().ConstGetValue(name);
+    });
+    work.Coding("naive", [name = std::string(option)] {
+      const std::lock_guard<std::mutex> guard(mutex);
+      return NaiveValue(name);
+    });
+    work.Coding("mutex and unordered_map", [name = std::string(option)] {
+      const std::lock_guard<std::mutex> guard(mutex);
+      return map->find(name)->second;
+    });
+    work.Counted();
+  }
+  Work("command line: number")
+      .Coding("ours", [name = cow_String(
+                           "cpus")] { return Line::Instance().ConstGetValueAsInt(name); })
+      .Coding("mutex and unordered_map",
+              [name = std::string("cpus")] {
+                const std::lock_guard<std::mutex> guard(mutex);
+                return std::stoi(map->find(name)->second);
+              })
+      .Counted();
+}

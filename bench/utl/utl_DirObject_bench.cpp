@@ -1,7 +1,7 @@
-// Listing a directory of 10,000 entries, beside the system's own call, alone and with
-// its names kept, and beside the standard library's iterator.
+// Listing a directory of 10,000 entries.
 
-#include <benchmark/benchmark.h>
+#include "utl/utl_DirObject.h"
+
 #include <dirent.h>
 
 #include <filesystem>
@@ -9,105 +9,63 @@
 #include <string>
 #include <vector>
 
-#include "utl/utl_DirObject.h"
+#include "bench_work.h"
 
 namespace {
 
 constexpr int kFiles = 9990;
 constexpr int kDirectories = 8;  // and "." and ".."
-constexpr int kEntries = kFiles + kDirectories + 2;
 
-// A directory that is removed at the end.
-class ScratchDirectory {
- public:
-  ScratchDirectory() : path_(std::filesystem::temp_directory_path() / "kst_dir_bench") {
-    std::filesystem::remove_all(path_);
-    std::filesystem::create_directory(path_);
-    for (int i = 0; i < kFiles; ++i) {
-      std::ofstream(path_ / ("result" + std::to_string(i * 7919 % 100'000) + ".dat"));
-    }
-    for (int i = 0; i < kDirectories; ++i) {
-      std::filesystem::create_directory(path_ / ("job" + std::to_string(i)));
-    }
+std::filesystem::path MakeDirectory() {
+  std::filesystem::path path = std::filesystem::path(bench::Scratch()) / "entries";
+  std::filesystem::create_directory(path);
+  for (int i = 0; i < kFiles; ++i) {
+    std::ofstream(path / ("result" + std::to_string(i * 7919 % 100'000) + ".dat"));
   }
-  ~ScratchDirectory() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
+  for (int i = 0; i < kDirectories; ++i) {
+    std::filesystem::create_directory(path / ("job" + std::to_string(i)));
   }
-  ScratchDirectory(const ScratchDirectory&) = delete;
-  ScratchDirectory& operator=(const ScratchDirectory&) = delete;
-  const std::filesystem::path& Path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
-};
-
-const ScratchDirectory& Directory() {
-  static const ScratchDirectory directory;
-  return directory;
+  return path;
 }
 
-void CheckCount(benchmark::State& state, int count) {
-  if (count != kEntries) {
-    state.SkipWithError("entries are missing");
+template <class Use>
+void ReadDirectory(const char* path, Use use) {
+  DIR* const stream = opendir(path);
+  while (const dirent* const entry = readdir(stream)) {
+    use(*entry);
   }
-  state.SetItemsProcessed(state.iterations() * kEntries);
+  closedir(stream);
 }
 
-void BM_DirObject(benchmark::State& state) {
-  const utl_FilePath directory(Directory().Path().string().c_str(), "");
-  int count = 0;
-  for (auto _ : state) {
-    const utl_DirObject listing(directory);
-    count = listing.FileCount() + listing.DirCount();
+int Standard(const std::filesystem::path& path) {
+  int count = 2;  // it leaves out "." and ".."
+  for (const auto& entry : std::filesystem::directory_iterator(path)) {
+    benchmark::DoNotOptimize(entry.is_directory());
+    ++count;
   }
-  CheckCount(state, count);
+  return count;
 }
-BENCHMARK(BM_DirObject);
-
-void BM_Readdir(benchmark::State& state) {
-  const std::string path = Directory().Path().string();
-  int count = 0;
-  for (auto _ : state) {
-    count = 0;
-    DIR* stream = opendir(path.c_str());
-    while (const dirent* entry = readdir(stream)) {
-      benchmark::DoNotOptimize(entry->d_name[0]);
-      ++count;
-    }
-    closedir(stream);
-  }
-  CheckCount(state, count);
-}
-BENCHMARK(BM_Readdir);
-
-void BM_ReaddirKeepingNames(benchmark::State& state) {
-  const std::string path = Directory().Path().string();
-  int count = 0;
-  for (auto _ : state) {
-    std::vector<std::string> names;
-    DIR* stream = opendir(path.c_str());
-    while (const dirent* entry = readdir(stream)) {
-      names.emplace_back(entry->d_name);
-    }
-    closedir(stream);
-    count = static_cast<int>(names.size());
-  }
-  CheckCount(state, count);
-}
-BENCHMARK(BM_ReaddirKeepingNames);
-
-void BM_FilesystemIterator(benchmark::State& state) {
-  int count = 0;
-  for (auto _ : state) {
-    count = 2;  // it leaves out "." and ".."
-    for (const auto& entry : std::filesystem::directory_iterator(Directory().Path())) {
-      benchmark::DoNotOptimize(entry.is_directory());
-      ++count;
-    }
-  }
-  CheckCount(state, count);
-}
-BENCHMARK(BM_FilesystemIterator);
 
 }  // namespace
+
+void bench::AddWorks() {
+  const std::filesystem::path path = MakeDirectory();
+  const Work work("listing 10000 entries");
+  work.Coding("ours", [directory = utl_FilePath(path)] {
+    const utl_DirObject listing(directory);
+    return listing.FileCount() + listing.DirCount();
+  });
+  work.Coding("readdir that keeps names", [name = path.string()] {
+    std::vector<std::string> names;
+    ReadDirectory(name.c_str(),
+                  [&names](const dirent& entry) { names.emplace_back(entry.d_name); });
+    return static_cast<int>(names.size());
+  });
+  work.Coding("std::filesystem iterator", [path] { return Standard(path); });
+  work.Coding("limit readdir", [name = path.string()] {
+    int count = 0;
+    ReadDirectory(name.c_str(), [&count](const dirent&) { ++count; });
+    return count;
+  });
+  work.Counted();
+}

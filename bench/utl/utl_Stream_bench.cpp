@@ -1,12 +1,15 @@
-// One number at a time, beside the run time's snprintf and std::to_chars.
+// One number at a time, to a stream that does nothing with it.
 
-#include <benchmark/benchmark.h>
+#include "utl/utl_Stream.h"
 
 #include <array>
 #include <charconv>
 #include <cstdio>
+#include <memory>
+#include <string>
 
-#include "utl/utl_Stream.h"
+#include "bench_work.h"
+#include "utl_Stream_works.h"
 
 namespace {
 
@@ -20,79 +23,114 @@ class NullStream : public aio_ostream {
   bool good() const override { return true; }
 };
 
-constexpr std::array<double, 8> kReals = {
-    3.141592653589793, -1.0 / 3,    6.02214076e23, 1.6e-19,
-    123.456789,        -98765.4321, 2.5,           0.000123456};
+class TextStream : public aio_ostream {
+ public:
+  void write(const char* data, int length) override {
+    text_.append(data, static_cast<std::size_t>(length));
+  }
+  void flush() override {}
+  bool good() const override { return true; }
+  const std::string& Text() const { return text_; }
+
+ private:
+  std::string text_;
+};
+
+struct Ours {
+  explicit Ours(aio_ostream& out) : stream(out, 72, 6, 15) {}
+  utl_Stream stream;
+};
+
+using Buffer = std::array<char, 80>;
+
+// `Write` is called with a value and a buffer, and returns the text's length.
+template <class Value, class Write>
+void AddCoding(const NumberWork<Value>& about, const char* coding, Write write) {
+  bench::Work(about.name)
+      .Coding(
+          coding,
+          [values = about.values, at = std::size_t{0}, write]() mutable {
+            Buffer buffer;
+            const int length = write(values[at++ % kNumbers], buffer);
+            benchmark::DoNotOptimize(buffer);
+            return length;
+          },
+          [about, write] {
+            std::string text;
+            for (const Value value : about.values) {
+              Buffer buffer;
+              const int length = write(value, buffer);
+              text += about.InStyle({buffer.data(), static_cast<std::size_t>(length)});
+            }
+            return text;
+          });
+}
 
 template <class Value>
-void Stream(benchmark::State& state, Value (*value)(std::size_t)) {
-  NullStream null;
-  utl_Stream stream(null, 72, 6, 15);
-  std::size_t i = 0;
-  for (auto _ : state) {
-    stream << value(i++);
-  }
+void AddOurs(const NumberWork<Value>& about) {
+  bench::Work(about.name)
+      .Coding(
+          "ours",
+          [values = about.values, at = std::size_t{0},
+           null = std::make_shared<NullStream>(),
+           ours = std::shared_ptr<Ours>()]() mutable {
+            if (!ours) {
+              ours = std::make_shared<Ours>(*null);
+            }
+            ours->stream << values[at++ % kNumbers];
+          },
+          [about] {
+            TextStream out;
+            Ours ours(out);
+            for (const Value value : about.values) {
+              ours.stream << value;
+            }
+            return out.Text();
+          })
+      .Counted();
 }
 
-template <class Value>
-void Snprintf(benchmark::State& state, const char* format, Value (*value)(std::size_t)) {
-  char buffer[80];
-  std::size_t i = 0;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(std::snprintf(buffer, sizeof buffer, format, value(i++)));
-    benchmark::ClobberMemory();
-  }
+void AddReal(const NumberWork<double>& about) {
+  AddOurs(about);
+  AddCoding(about, "snprintf", [](double value, Buffer& buffer) {
+    return std::snprintf(buffer.data(), buffer.size(), "%.15g", value);
+  });
+  AddCoding(about, "to_chars", [](double value, Buffer& buffer) {
+    return static_cast<int>(std::to_chars(buffer.data(), buffer.data() + buffer.size(),
+                                          value, std::chars_format::general, 15)
+                                .ptr -
+                            buffer.data());
+  });
 }
 
-double Real(std::size_t i) {
-  return kReals[i % kReals.size()];
-}
-double Whole(std::size_t i) {
-  return static_cast<double>(i * 7919 & 0xFFFFF);
-}
-int Int(std::size_t i) {
-  return static_cast<int>(i * 7919 & 0xFFFFF) - 500000;
+int ToChars(int value, Buffer& buffer) {
+  return static_cast<int>(
+      std::to_chars(buffer.data(), buffer.data() + buffer.size(), value).ptr -
+      buffer.data());
 }
 
-void BM_StreamReal(benchmark::State& state) {
-  Stream(state, Real);
+void AddInt() {
+  const NumberWork<int> about = IntWork();
+  AddOurs(about);
+  AddCoding(about, "snprintf", [](int value, Buffer& buffer) {
+    return std::snprintf(buffer.data(), buffer.size(), "%i", value);
+  });
+  AddCoding(about, "to_chars and a virtual write",
+            [out = std::make_shared<NullStream>()](int value, Buffer& buffer) {
+              aio_ostream* stream = out.get();
+              benchmark::DoNotOptimize(stream);
+              const int length = ToChars(value, buffer);
+              stream->write(buffer.data(), length);
+              return length;
+            });
+  AddCoding(about, "limit to_chars", ToChars);
 }
-BENCHMARK(BM_StreamReal);
-
-void BM_SnprintfReal(benchmark::State& state) {
-  Snprintf(state, "%.15g", Real);
-}
-BENCHMARK(BM_SnprintfReal);
-
-void BM_ToCharsReal(benchmark::State& state) {
-  char buffer[80];
-  std::size_t i = 0;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(std::to_chars(buffer, std::end(buffer), Real(i++),
-                                           std::chars_format::general, 15));
-    benchmark::ClobberMemory();
-  }
-}
-BENCHMARK(BM_ToCharsReal);
-
-void BM_StreamWhole(benchmark::State& state) {
-  Stream(state, Whole);
-}
-BENCHMARK(BM_StreamWhole);
-
-void BM_SnprintfWhole(benchmark::State& state) {
-  Snprintf(state, "%.15g", Whole);
-}
-BENCHMARK(BM_SnprintfWhole);
-
-void BM_StreamInt(benchmark::State& state) {
-  Stream(state, Int);
-}
-BENCHMARK(BM_StreamInt);
-
-void BM_SnprintfInt(benchmark::State& state) {
-  Snprintf(state, "%i", Int);
-}
-BENCHMARK(BM_SnprintfInt);
 
 }  // namespace
+
+void bench::AddWorks() {
+  for (const NumberWork<double>& about : RealWorks()) {
+    AddReal(about);
+  }
+  AddInt();
+}

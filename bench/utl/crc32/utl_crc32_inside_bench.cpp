@@ -1,36 +1,65 @@
-// Every kernel of the checksum over a range of sizes; "plain" is the yardstick.
+// The checksum of the section file.
 
 #include "utl/impl/crc32/utl_crc32.h"
 
-#include <benchmark/benchmark.h>
-
+#include <array>
+#include <cstdint>
+#include <cstring>
 #include <string>
-#include <vector>
+
+#include "bench_work.h"
+#include "utl_crc32_works.h"
 
 namespace {
 
-void BM_Crc32(benchmark::State& state, utl_Crc32Function function) {
-  const std::vector<unsigned char> bytes(static_cast<std::size_t>(state.range(0)), 0x5A);
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(function(kCrc32Start, bytes.data(), bytes.size()));
+using Table = std::array<std::uint32_t, 256>;
+
+Table MakeTable() {
+  Table table{};
+  for (std::uint32_t byte = 0; byte < table.size(); ++byte) {
+    std::uint32_t reg = byte << 24;
+    for (int bit = 0; bit < 8; ++bit) {
+      reg = (reg << 1) ^ ((reg >> 31) * 0x04C11DB7);
+    }
+    table[byte] = reg;
   }
-  state.SetBytesProcessed(state.iterations() * state.range(0));
+  return table;
 }
 
-[[maybe_unused]] const bool registered = [] {
-  const auto sizes = [](benchmark::internal::Benchmark* bench) {
-    for (const int size : {9, 64, 1024, 16384, 1 << 20}) {
-      bench->Arg(size);
-    }
-  };
+std::uint32_t NaiveCrc(std::uint32_t reg, const std::string& bytes) {
+  static const Table table = MakeTable();
+  for (const char byte : bytes) {
+    reg = (reg << 8) ^ table[(reg >> 24) ^ static_cast<unsigned char>(byte)];
+  }
+  return reg;
+}
+
+void AddKernels() {
+  const std::string bytes = bench::RandomBytes(16384);
   for (const utl_Crc32Kernel& kernel : utl_crc32Kernels()) {
     if (kernel.available) {
-      sizes(benchmark::RegisterBenchmark((std::string("crc32/") + kernel.name).c_str(),
-                                         BM_Crc32, kernel.function));
+      const bench::Work work(std::string("CRC-32 16 KB by ") + kernel.name);
+      work.Coding("ours", [bytes, function = kernel.function] {
+        return function(kCrc32Start, bytes.data(), bytes.size());
+      });
+      work.Coding("naive", [bytes] { return NaiveCrc(kCrc32Start, bytes); });
     }
   }
-  sizes(benchmark::RegisterBenchmark("crc32/chosen", BM_Crc32, utl_crc32));
-  return true;
-}();
+}
 
 }  // namespace
+
+void bench::AddWorks() {
+  for (const auto& [name, size] : kCrc32Works) {
+    const std::string bytes = RandomBytes(size);
+    const Work work(name);
+    work.Coding("ours",
+                [bytes] { return utl_crc32(kCrc32Start, bytes.data(), bytes.size()); });
+    work.Coding("naive", [bytes] { return NaiveCrc(kCrc32Start, bytes); });
+    work.Measured("limit memcpy", [bytes, to = bytes]() mutable {
+      std::memcpy(to.data(), bytes.data(), bytes.size());
+    });
+    work.Counted();
+  }
+  AddKernels();
+}
