@@ -90,6 +90,19 @@ class Work {
     return *this;
   }
 
+  /// Measures what `run()` says that it took, in seconds.
+  template <class Run>
+  const Work& Timed(const std::string& coding, Run run) const {
+    benchmark::RegisterBenchmark((name_ + "/" + coding).c_str(),
+                                 [run](benchmark::State& state) mutable {
+                                   for (auto _ : state) {
+                                     state.SetIterationTime(run());
+                                   }
+                                 })
+        ->UseManualTime();
+    return *this;
+  }
+
  private:
   template <class Run>
   static void Once(Run& run) {
