@@ -5,9 +5,9 @@
 #include <limits>
 #include <random>
 #include <string>
-#include <string_view>
 
 #include "utl/RecordingStream.h"
+#include "utl/StreamLinesModel.h"
 #include "utl/utl_Stream.h"
 
 namespace {
@@ -182,68 +182,13 @@ TEST_F(StreamLinesTest, LineWidthsThatHoldNothingBreakAtEveryPlace) {
   }
 }
 
-// The model holds the whole line so far as text and decides from it.
-class Model {
- public:
-  explicit Model(std::size_t width) : width_(width) {}
-
-  void Print(const std::string& text) {
-    if (!breakable_) {
-      Out(text);
-      counted_ += text.size();
-      if (counted_ > 500) {
-        Out("|");
-        counted_ = 0;
-      }
-    } else if (counted_ + held_.size() + text.size() <= width_) {
-      held_ += text;
-    } else {
-      Out("\n|" + held_ + text);
-      counted_ = held_.size() + text.size();
-      held_ = "";
-      breakable_ = false;
-    }
-  }
-
-  void OptionalLineBreak() {
-    Out(held_);
-    counted_ += held_.size();
-    held_ = "";
-    breakable_ = true;
-  }
-
-  void LineBreak() {
-    Out(held_ + "\n|");
-    counted_ = held_.size();
-    held_ = "";
-    breakable_ = false;
-  }
-
-  void Flush() {
-    Out(held_ + "|");
-    counted_ = 0;
-    held_ = "";
-  }
-
-  const std::string& Text() const { return text_; }
-
- private:
-  void Out(std::string_view text) { text_ += text; }
-
-  std::size_t width_;
-  std::size_t counted_ = 0;
-  bool breakable_ = false;
-  std::string held_;
-  std::string text_;
-};
-
 TEST_F(StreamLinesTest, RandomSequencesAsTheModelWritesThem) {
   std::mt19937 random(1);
   for (int round = 0; round < 2000; ++round) {
     const unsigned width = static_cast<unsigned>(random()) % 120;
     RecordingStream out;
     utl_Stream stream(out, static_cast<int>(width), 6, 6);
-    Model model(width);
+    StreamLinesModel model(width);
     for (int step = 0; step < 200; ++step) {
       const std::string text(random() % (random() % 30 == 0 ? 400 : 12),
                              static_cast<char>('a' + random() % 26));

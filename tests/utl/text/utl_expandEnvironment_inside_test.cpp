@@ -2,10 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cctype>
 #include <map>
 #include <random>
 #include <string>
+
+#include "utl/text/EnvironmentModel.h"
 
 namespace {
 
@@ -34,53 +35,6 @@ string Expanded(const string& text) {
   return string(result);
 }
 
-// The rules to the letter: after each replacement the search starts from the front.
-class Model {
- public:
-  static string Expanded(string text) {
-    Expand(text, [](const string& s, std::size_t from, std::size_t& begin) {
-      begin = s.find('%', from);
-      const std::size_t close = begin == string::npos ? begin : s.find('%', begin + 1);
-      return close == string::npos ? string() : s.substr(begin, close + 1 - begin);
-    });
-    Expand(text, [](const string& s, std::size_t from, std::size_t& begin) {
-      while ((begin = s.find('$', from)) != string::npos && begin + 1 < s.size()) {
-        std::size_t end = from = begin + 1;
-        if (std::isalpha(s[end]) != 0) {
-          while (end < s.size() && (std::isalnum(s[end]) != 0 || s[end] == '_')) {
-            ++end;
-          }
-          return s.substr(begin, end - begin);
-        }
-      }
-      return string();
-    });
-    return text;
-  }
-
- private:
-  template <class Next>
-  static void Expand(string& text, Next next) {
-    std::size_t from = 0;
-    for (int replaced = 0; replaced < 1000 && text.size() <= 1'048'576;) {
-      std::size_t begin = 0;
-      const string whole = next(text, from, begin);
-      if (whole.empty()) {
-        return;
-      }
-      const string name = whole.substr(1, whole.size() - (whole[0] == '%' ? 2 : 1));
-      const auto found = variables.find(name);
-      if (found == variables.end() || name.size() > 255) {
-        from = begin + whole.size();
-      } else {
-        text = text.substr(0, begin) + found->second + text.substr(begin + whole.size());
-        from = 0;
-        ++replaced;
-      }
-    }
-  }
-};
-
 TEST_F(ExpandEnvironmentTest, RandomTextsAsByTheRules) {
   std::mt19937 random(1);
   const auto text = [&random](std::size_t most) {
@@ -98,7 +52,7 @@ TEST_F(ExpandEnvironmentTest, RandomTextsAsByTheRules) {
       }
     }
     const string before = text(16);
-    ASSERT_EQ(Expanded(before), Model::Expanded(before)) << before;
+    ASSERT_EQ(Expanded(before), EnvironmentModel(variables).Expanded(before)) << before;
   }
 }
 
