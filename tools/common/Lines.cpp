@@ -1,10 +1,8 @@
 #include "common/Lines.h"
 
-#include <fmt/format.h>
-
 #include <filesystem>
 
-#include "common/Tool.h"
+#include "common/FileError.h"
 #include "utl/utl_NativePath.h"
 
 namespace {
@@ -43,5 +41,5 @@ bool Lines::Next(std::string& line) {
 }
 
 void Lines::Fail(const std::string& text) const {
-  throw FileError(path_, fmt::format("line {}: {}", number_, text));
+  throw FileError(path_, "line " + std::to_string(number_) + ": " + text);
 }

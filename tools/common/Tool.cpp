@@ -50,9 +50,6 @@ Console ProcessConsole() {
   return {std::cout, std::cerr, isatty(fileno(stderr)) != 0};
 }
 
-FileError::FileError(const std::string& file, const std::string& text)
-    : std::runtime_error(file + ": " + text) {}
-
 int RunTool(CLI::App& app, int argc, const char* const* argv, const Console& console,
             const std::function<int()>& work) {
   const std::string name = app.get_name();

@@ -3,9 +3,10 @@
 #include <CLI/CLI.hpp>
 #include <functional>
 #include <iostream>
-#include <stdexcept>
 #include <string>
 #include <string_view>
+
+#include "common/FileError.h"
 
 /// Exit statuses of every tool.
 inline constexpr int kGood = 0;
@@ -22,12 +23,6 @@ struct Console {
 
 /// The process's own streams.
 Console ProcessConsole();
-
-/// Something about a file that keeps the tool from doing its work: "FILE: TEXT".
-class FileError : public std::runtime_error {
- public:
-  FileError(const std::string& file, const std::string& text);
-};
 
 /// Parses the arguments and runs the work; the exit status. --help and --version are
 /// answered, wrong use is told with a hint to --help, and whatever is thrown is told in

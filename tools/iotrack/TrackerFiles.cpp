@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <map>
 
+#include "common/FileError.h"
 #include "common/Lines.h"
-#include "common/Tool.h"
 #include "utl/utl_NativePath.h"
 
 namespace {

@@ -4,8 +4,8 @@
 #include <array>
 #include <map>
 
+#include "common/FileError.h"
 #include "common/Lines.h"
-#include "common/Tool.h"
 
 namespace {
 
