@@ -74,7 +74,7 @@ class FilePathParserModel {
 
  private:
   bool Windows() const {
-    for (char c : path_) {
+    for (char c : std::string(path_.c_str())) {  // up to a zero byte
       if (std::string("<>\"/|").find(c) != std::string::npos) {
         return false;
       }
@@ -127,9 +127,10 @@ class FilePathParserModel {
   }
   int Separator() const {
     const std::string text = Searched();
+    const char separator = Windows() ? '\\' : '/';
     int last = -1;
     for (int i = 0; i < static_cast<int>(text.length()); ++i) {
-      if (text[static_cast<std::size_t>(i)] == (Windows() ? '\\' : '/')) {
+      if (text[static_cast<std::size_t>(i)] == separator) {
         last = i;
       }
     }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cctype>
-#include <map>
 #include <string>
 
 /// The rules of references to the environment to the letter: after each replacement the
@@ -10,9 +9,10 @@ class EnvironmentModel {
  public:
   using string = std::string;
 
-  /// `variables` has to stay.
-  explicit EnvironmentModel(const std::map<string, string>& variables)
-      : variables_(variables) {}
+  /// Gives a variable's value, or null where it is unset.
+  using LookUp = char* (*)(const char*);
+
+  explicit EnvironmentModel(LookUp lookUp) : lookUp_(lookUp) {}
 
   string Expanded(string text) const {
     Expand(text, [](const string& s, std::size_t from, std::size_t& begin) {
@@ -48,16 +48,16 @@ class EnvironmentModel {
         return;
       }
       const string name = whole.substr(1, whole.size() - (whole[0] == '%' ? 2 : 1));
-      const auto found = variables_.find(name);
-      if (found == variables_.end() || name.size() > 255) {
+      const char* const value = name.size() > 255 ? nullptr : lookUp_(name.c_str());
+      if (value == nullptr) {
         from = begin + whole.size();
       } else {
-        text = text.substr(0, begin) + found->second + text.substr(begin + whole.size());
+        text = text.substr(0, begin) + value + text.substr(begin + whole.size());
         from = 0;
         ++replaced;
       }
     }
   }
 
-  const std::map<string, string>& variables_;
+  LookUp lookUp_;
 };

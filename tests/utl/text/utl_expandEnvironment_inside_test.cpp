@@ -52,7 +52,7 @@ TEST_F(ExpandEnvironmentTest, RandomTextsAsByTheRules) {
       }
     }
     const string before = text(16);
-    ASSERT_EQ(Expanded(before), EnvironmentModel(variables).Expanded(before)) << before;
+    ASSERT_EQ(Expanded(before), EnvironmentModel(LookUp).Expanded(before)) << before;
   }
 }
 
