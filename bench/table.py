@@ -48,15 +48,23 @@ def named(codings, names):
     return f"{best.removeprefix(LIMIT)} {time_text(codings[best])}"
 
 
+def nanoseconds(text):
+    number, unit = text.split()
+    return float(number) * {"us": 1e3, "ms": 1e6, "s": 1e9}[unit]
+
+
 def verdict(codings, against, goal):
-    """Ratio (or difference), goal and whether it is met, as texts."""
-    ours, other = codings["ours"], codings[against]
+    """The ratio, or the difference or time where the goal is one; the goal; whether it is
+    met. As texts."""
+    ours = codings["ours"]
+    if not against:
+        return time_text(ours), f"<= {goal}", met(ours, nanoseconds(goal))
+    other = codings[against]
     if goal is None:
         return ratio_text(ours / other), "", ""
     if goal.startswith("+"):
-        number, unit = goal[1:].split()
-        most = float(number) * {"us": 1e3, "ms": 1e6}[unit]
-        return f"+{time_text(max(ours - other, 0))}", f"<= {goal}", met(ours - other, most)
+        return (f"+{time_text(max(ours - other, 0))}", f"<= {goal}",
+                met(ours - other, nanoseconds(goal[1:])))
     most = 1 / float(goal[2:]) if goal.startswith("1/") else float(goal)
     return ratio_text(ours / other), f"<= {goal}", met(ours / other, most)
 
@@ -74,9 +82,11 @@ def rows(works, goals):
         limits = [name for name in codings if name.startswith(LIMIT)]
         peers = [n for n in codings if n not in ("ours", "naive") and n not in limits]
         rivals = peers or [n for n in codings if n != "ours"]
-        asked = [(a, g) for w, a, g in goals if w == work and a in codings]
+        asked = [(a, g) for w, a, g in goals if w == work and (not a or a in codings)]
         if not asked and rivals:
             asked = [(min(rivals, key=codings.get), None)]
+        if not asked:
+            yield (work, time_text(codings["ours"]), *[""] * 7)
         for against, goal in asked:
             yield (
                 work,

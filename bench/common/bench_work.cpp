@@ -14,7 +14,7 @@ namespace {
 struct Known {
   std::vector<std::pair<std::string, std::function<std::string()>>> results;
   std::function<void()> ours;
-  bool counted = false;
+  int counted = 0;  // runs
 };
 
 // By the works' names. Kept to the end of the process: so are the benchmarks.
@@ -80,18 +80,21 @@ class Directory {
 }  // namespace
 
 // Its calls are what callgrind is asked to count: see scripts/instructions.
-extern "C" [[gnu::noinline]] void bench_counted(const std::function<void()>& run) {
-  run();
+extern "C" [[gnu::noinline]] void bench_counted(const std::function<void()>& run,
+                                                int runs) {
+  for (int i = 0; i < runs; ++i) {
+    run();
+  }
 }
 
 namespace {
 
-// Does every counted work once after it was done before, and prints their names.
+// Does every counted work, each after it was done once before, and prints their names.
 void CountInstructions() {
   for (const auto& [work, known] : Works()) {
-    if (known.counted) {
+    if (known.counted > 0) {
       known.ours();
-      bench_counted(known.ours);
+      bench_counted(known.ours, known.counted);
       std::cout << work << '\n';
     }
   }
@@ -103,8 +106,8 @@ Part::Part(void (*add)()) {
   Parts().push_back(add);
 }
 
-const Work& Work::Counted() const {
-  Works()[name_].counted = true;
+const Work& Work::Counted(int runs) const {
+  Works()[name_].counted = runs;
   return *this;
 }
 

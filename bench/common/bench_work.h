@@ -48,8 +48,9 @@ class Work {
   /// `name` holds neither a slash nor a comma.
   explicit Work(std::string name) : name_(std::move(name)) {}
 
-  /// The work has a fixed number of instructions that is worth watching.
-  const Work& Counted() const;
+  /// The work has a number of instructions that is worth watching: it is counted over so
+  /// many runs.
+  const Work& Counted(int runs = 1) const;
 
   /// Measures `run()`, whose result is the same as that of the other codings.
   template <class Run>

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <map>
 #include <memory>
 #include <numeric>
 #include <random>
@@ -10,11 +11,15 @@
 
 #include "bench_work.h"
 
-/// The keys 0 to count - 1 in an order that depends on the seed.
-inline std::vector<int> ShuffledKeys(int count, unsigned seed) {
-  std::vector<int> keys(static_cast<std::size_t>(count));
-  std::iota(keys.begin(), keys.end(), 0);
-  std::shuffle(keys.begin(), keys.end(), std::mt19937(seed));
+/// The keys 0 to count - 1 in an order that depends on the seed; made once.
+inline const std::vector<int>& ShuffledKeys(int count, unsigned seed) {
+  static std::map<std::pair<int, unsigned>, std::vector<int>> made;
+  std::vector<int>& keys = made[{count, seed}];
+  if (keys.empty()) {
+    keys.resize(static_cast<std::size_t>(count));
+    std::iota(keys.begin(), keys.end(), 0);
+    std::shuffle(keys.begin(), keys.end(), std::mt19937(seed));
+  }
   return keys;
 }
 
@@ -70,17 +75,17 @@ long WalkAll(const Tree& tree) {
 template <class Tree>
 class FilledTree {
  public:
-  explicit FilledTree(std::vector<int> keys) : keys_(std::move(keys)) {}
+  explicit FilledTree(int size) : size_(size) {}
   const Tree& Get() const {
     if (!*tree_) {
       *tree_ = std::make_unique<Tree>();
-      FillTree(**tree_, keys_);
+      FillTree(**tree_, ShuffledKeys(size_, 1));
     }
     return **tree_;
   }
 
  private:
-  std::vector<int> keys_;
+  int size_;
   std::shared_ptr<std::unique_ptr<Tree>> tree_ =
       std::make_shared<std::unique_ptr<Tree>>();
 };
@@ -89,14 +94,12 @@ class FilledTree {
 template <class Tree>
 void AddTree(const char* coding) {
   for (const int size : kTreeSizes) {
-    const std::vector<int> in = ShuffledKeys(size, 1);
-    const std::vector<int> out = ShuffledKeys(size, 2);
-    bench::Work(TreeWorkName("insert and erase", size)).Coding(coding, [in, out] {
-      return InsertAndErase<Tree>(in, out);
+    bench::Work(TreeWorkName("insert and erase", size)).Coding(coding, [size] {
+      return InsertAndErase<Tree>(ShuffledKeys(size, 1), ShuffledKeys(size, 2));
     });
-    const FilledTree<Tree> tree(in);
-    bench::Work(TreeWorkName("find", size)).Coding(coding, [tree, out] {
-      return FindAll(tree.Get(), out);
+    const FilledTree<Tree> tree(size);
+    bench::Work(TreeWorkName("find", size)).Coding(coding, [tree, size] {
+      return FindAll(tree.Get(), ShuffledKeys(size, 2));
     });
     bench::Work(TreeWorkName("iterate", size)).Coding(coding, [tree] {
       return WalkAll(tree.Get());

@@ -71,16 +71,21 @@ int ReadBlocks(File& file, std::vector<char>& block) {
 template <class File>
 void AddFile(const char* coding) {
   const auto file = std::make_shared<File>();
+  const auto filled = std::make_shared<bool>(false);
   for (const int size : {512, 4096, 65536, 1 << 20}) {
-    std::vector<char> block(static_cast<std::size_t>(size), 'x');
-    WriteBlocks(*file, block);
+    const std::vector<char> block(static_cast<std::size_t>(size), 'x');
     const std::string blocks = "16 MB in blocks of " + std::to_string(size);
     bench::Work("file: write " + blocks).Coding(coding, [file, block] {
       return WriteBlocks(*file, block);
     });
-    bench::Work("file: read " + blocks).Coding(coding, [file, block]() mutable {
-      return ReadBlocks(*file, block);
-    });
+    bench::Work("file: read " + blocks)
+        .Coding(coding, [file, filled, to = std::vector<char>(block)]() mutable {
+          if (!*filled) {
+            WriteBlocks(*file, to);
+            *filled = true;
+          }
+          return ReadBlocks(*file, to);
+        });
   }
 }
 

@@ -87,7 +87,7 @@ void AddOurs(const NumberWork<Value>& about) {
             }
             return out.Text();
           })
-      .Counted();
+      .Counted(static_cast<int>(kNumbers));
 }
 
 void AddReal(const NumberWork<double>& about) {

@@ -11,6 +11,7 @@
 #include <string>
 
 #include "bench_work.h"
+#include "utl/utl_initialize.h"
 
 namespace {
 
@@ -40,4 +41,11 @@ void bench::AddWorks() {
   Work("start and end of a process")
       .Timed("ours", [] { return Run("utl_initialize_program_ours"); })
       .Timed("limit empty program", [] { return Run("utl_initialize_program_empty"); });
+  Work("start and end in a running process")
+      .Measured("ours",
+                [count = 0]() mutable {
+                  utl_initialize(count);
+                  utl_finalize(count);
+                })
+      .Counted();
 }

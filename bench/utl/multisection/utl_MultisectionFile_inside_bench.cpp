@@ -154,13 +154,17 @@ class File {
 
 // All bytes in one call.
 void AddOneWrite(const SectionWork& about, const std::string& work) {
-  const std::string bytes = bench::RandomBytes(static_cast<std::size_t>(about.count) *
-                                               static_cast<std::size_t>(about.size));
+  const auto size =
+      static_cast<std::size_t>(about.count) * static_cast<std::size_t>(about.size);
   const std::string path = bench::Scratch() + "/one write";
-  bench::Work(work).Measured("limit one write()", [bytes, path] {
-    const File file(path, O_WRONLY | O_CREAT | O_TRUNC);
-    return write(file.Descriptor(), bytes.data(), bytes.size());
-  });
+  bench::Work(work).Measured(
+      "limit one write()", [size, path, bytes = std::string()]() mutable {
+        if (bytes.empty()) {
+          bytes.assign(size, 'x');
+        }
+        const File file(path, O_WRONLY | O_CREAT | O_TRUNC);
+        return write(file.Descriptor(), bytes.data(), bytes.size());
+      });
 }
 
 // The sections' bytes read one section at a time, each with its checksum, without names.
@@ -247,6 +251,23 @@ void AddOneChanged(const char* name) {
       });
 }
 
+// The first search makes an index of all names.
+void AddFirstSearch() {
+  const std::string path = bench::Scratch() + "/first search";
+  bench::Work("section file open and first search of 1000000")
+      .Measured(
+          "ours",
+          [path] {
+            return utl_MultisectionFile(path, utl_FileAccessRead).hasSection("none");
+          },
+          [path] {
+            if (!std::filesystem::exists(path)) {
+              Ours<&utl_MultisectionFile::saveChanges>::Write(path,
+                                                              Sections(1000000, 16));
+            }
+          });
+}
+
 }  // namespace
 
 void bench::AddWorks() {
@@ -257,6 +278,7 @@ void bench::AddWorks() {
     AddOneWrite(about, std::string("section file write ") + about.name);
     AddReadAndCrc(about);
   }
+  AddFirstSearch();
   AddOneChanged<&utl_MultisectionFile::saveChanges>("saveChanges");
   AddOneChanged<&utl_MultisectionFile::saveChangesAtomically>("saveChangesAtomically");
   Work("section file write 10000 x 1 KB").Counted();
