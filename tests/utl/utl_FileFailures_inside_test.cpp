@@ -230,15 +230,19 @@ TEST_F(FileFailuresTest, EachStepOfExtend) {
       {SystemCall::kWriteFile, 1, "WriteFile"},
       {SystemCall::kSetFilePointer, 5, "SetFilePointer 5"},
   };
-  bool sizeIsSet = false;
-  for (const ExtendStep& step : steps) {
-    WriteWholeFile(path_, "0123456789");
-    utl_File file(name_, utl_FileAccessUpdate, utl_FileShareReadWrite);
-    const FailingCall failing(step.call, kCode, step.nth);
-    EXPECT_FILE_ERROR(file.Extend(20), utl_FileExceptionExtend,
-                      Text("Extend failed", step.operation));
-    EXPECT_EQ(file.FileSize(), sizeIsSet ? 20 : 10) << step.operation;
-    sizeIsSet = sizeIsSet || step.call == SystemCall::kSetEndOfFile;
+  for (const Failing times : {Failing::kOnce, Failing::kFromThenOn}) {
+    bool sizeIsSet = false;
+    for (const ExtendStep& step : steps) {
+      WriteWholeFile(path_, "0123456789");
+      utl_File file(name_, utl_FileAccessUpdate, utl_FileShareReadWrite);
+      {
+        const FailingCall failing(step.call, kCode, step.nth, times);
+        EXPECT_FILE_ERROR(file.Extend(20), utl_FileExceptionExtend,
+                          Text("Extend failed", step.operation));
+      }
+      EXPECT_EQ(file.FileSize(), sizeIsSet ? 20 : 10) << step.operation;
+      sizeIsSet = sizeIsSet || step.call == SystemCall::kSetEndOfFile;
+    }
   }
 }
 

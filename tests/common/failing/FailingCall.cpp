@@ -5,6 +5,8 @@
 
 #include <io.h>
 
+#include <cstdlib>
+
 #include "common/failing/Redirection.h"
 
 namespace {
@@ -13,15 +15,18 @@ struct Plan {
   SystemCall call = {};
   DWORD code = 0;
   int callsToGo = 0;  // 0: no failure is planned
+  Failing failing = Failing::kOnce;
   bool happened = false;
 };
 
 Plan plan;
 
+int callsUntilDeath = 0;  // 0: no death is planned
+
 }  // namespace
 
-FailingCall::FailingCall(SystemCall call, DWORD code, int nth) {
-  plan = {call, code, nth, false};
+FailingCall::FailingCall(SystemCall call, DWORD code, int nth, Failing failing) {
+  plan = {call, code, nth, failing, false};
 }
 
 FailingCall::~FailingCall() {
@@ -32,11 +37,19 @@ bool FailingCall::Happened() const {
   return plan.happened;
 }
 
+void DieAtCall(int nth) {
+  callsUntilDeath = nth;
+}
+
 bool redirection::Fails(SystemCall call) {
+  if (callsUntilDeath > 0 && --callsUntilDeath == 0) {
+    std::_Exit(99);
+  }
   if (call != plan.call || plan.callsToGo == 0 || --plan.callsToGo != 0) {
     return false;
   }
   plan.happened = true;
+  plan.callsToGo = plan.failing == Failing::kOnce ? 0 : 1;
   SetLastError(plan.code);
   return true;
 }

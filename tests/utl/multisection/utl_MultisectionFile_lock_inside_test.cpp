@@ -126,6 +126,26 @@ TEST_F(MultisectionLockTest, DirectoryInTheLocksPlaceRefusesUpdateAndStays) {
 }
 
 // An access that opens nothing leaves nothing to close either.
+// Whether it leads to a file, to nothing, or to itself.
+TEST_F(MultisectionLockTest, LinkInTheLocksPlaceIsNotFollowed) {
+  WriteImage({{"a", "1"}});
+  const InsteadOfSleep sleep([](DWORD) {});
+  const std::string victim = dir_.File("victim");
+  WriteWholeFile(victim, "untouched");
+  for (const std::string& target : {victim, dir_.File("nothing"), lock_}) {
+    std::error_code error;
+    std::filesystem::create_symlink(target, lock_, error);
+    if (error) {
+      GTEST_SKIP() << "no links here: " << error.message();
+    }
+    EXPECT_CONTENTS_ERROR(utl_MultisectionFile(path_, utl_FileAccessUpdate), kLocked);
+    EXPECT_EQ(ReadWholeFile(victim), "untouched");
+    EXPECT_FALSE(FileExists(dir_.File("nothing")));
+    EXPECT_TRUE(std::filesystem::is_symlink(lock_)) << "somebody else's";
+    std::filesystem::remove(lock_);
+  }
+}
+
 TEST_F(MultisectionLockTest, LeftOverLockRefusesAnyOtherAccess) {
   WriteWholeFile(lock_, "");
   const InsteadOfSleep sleep([](DWORD) {});
