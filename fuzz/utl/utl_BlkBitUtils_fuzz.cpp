@@ -13,7 +13,7 @@ namespace {
 
 // A run of very many words takes time and memory, as it should.
 bool HasLongRun(std::string_view text) {
-  constexpr int kMostDigits = 4;
+  constexpr int kMostDigits = 3;
   bool isCount = false;
   int digits = 0;
   for (const char c : text) {
