@@ -78,7 +78,7 @@ char* Environment(const char* name) {
   const std::string folded = posix::Folded(name);
   for (char** entry = environ; *entry != nullptr; ++entry) {
     char* const end = std::strchr(*entry, '=');
-    if (end != nullptr && posix::Folded({*entry, end}) == folded) {
+    if (end != nullptr && posix::IsFolded({*entry, end}, folded)) {
       return end + 1;
     }
   }

@@ -96,15 +96,18 @@ std::string Folded(std::string_view text) {
   return FoldUtf8(text, characters) ? characters : folded;
 }
 
-bool IsFolded(const char* text, std::string_view folded) {
+bool IsFolded(std::string_view text, std::string_view folded) {
+  const size_t shorter = std::min(text.size(), folded.size());
   size_t same = 0;
-  while (same < folded.size() && IsAscii(folded[same]) &&
+  while (same < shorter && IsAscii(folded[same]) &&
          FoldedAscii(text[same]) == folded[same]) {
     ++same;
   }
-  const bool isAsciiThere = same == folded.size() || IsAscii(folded[same]);
-  if (isAsciiThere && IsAscii(text[same])) {
-    return same == folded.size() && text[same] == '\0';
+  const auto isAsciiThere = [same](std::string_view letters) {
+    return same == letters.size() || IsAscii(letters[same]);
+  };
+  if (isAsciiThere(text) && isAsciiThere(folded)) {
+    return same == text.size() && same == folded.size();
   }
   return Folded(text) == folded;
 }

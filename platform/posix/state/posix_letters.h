@@ -13,6 +13,6 @@ namespace posix {
 std::string Folded(std::string_view text);
 
 /// Whether Folded(text) is `folded`; faster.
-bool IsFolded(const char* text, std::string_view folded);
+bool IsFolded(std::string_view text, std::string_view folded);
 
 }  // namespace posix
