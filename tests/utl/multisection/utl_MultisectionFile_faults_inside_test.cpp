@@ -111,6 +111,34 @@ TEST_F(MultisectionOpeningFaultsTest, CallsThatGoOnFailingLeaveNothing) {
   }
 }
 
+using MultisectionReadingFaultsTest = MultisectionTest;
+
+TEST_F(MultisectionReadingFaultsTest, CallsThatGoOnFailingDoNoHarmOnceTheyWorkAgain) {
+  const Image sections = {{"a", std::string(200000, 'a')}, {"b", "2"}, {"c", "3"}};
+  WriteImage(sections);
+  for (const SystemCall call : {SystemCall::kReadFile, SystemCall::kSetFilePointer}) {
+    bool happened = true;
+    for (int nth = 1; happened; ++nth) {
+      utl_MultisectionFile file(path_, utl_FileAccessRead);
+      {
+        const FailingCall failure(call, kCode, nth, Failing::kFromThenOn);
+        try {
+          for (const char* name : {"c", "a", "b"}) {  // not one after the other
+            Get(file, name);
+          }
+          happened = false;
+        } catch (const nex_TextException&) {
+        }
+        EXPECT_EQ(happened, failure.Happened()) << "time " << nth;
+      }
+      EXPECT_TRUE(happened || nth > 1) << "no such call at all";
+      for (const ImageSection& section : sections) {
+        EXPECT_TRUE(Get(file, section.name) == section.data);
+      }
+    }
+  }
+}
+
 /// A file before and after a save.
 struct Shape {
   Image before, after;
