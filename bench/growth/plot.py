@@ -2,7 +2,7 @@
 """plot.py RESULT FOLDER: draws what kstutl_growth_bench measured (its JSON).
 
 FOLDER/growth-sections.svg and FOLDER/growth.svg show the time of one unit over the number
-of units, FOLDER/growth.md holds the same numbers for the first and last sizes.
+of units, FOLDER/growth.md holds the same numbers for some hundreds and for the last size.
 """
 
 import json
@@ -40,6 +40,10 @@ def plot(found, target):
     subprocess.run(["gnuplot"], input="\n".join(text), text=True, check=True)
 
 
+def number_text(number):
+    return f"{number:.0f}" if number >= 100 else f"{number:.2g}"
+
+
 def main():
     result, folder = map(pathlib.Path, sys.argv[1:])
     found = lines(result)
@@ -50,7 +54,9 @@ def main():
     with (folder / "growth.md").open("w") as file:
         print("| One unit of | Units | ns | Units | ns |\n|---|---|---|---|---|", file=file)
         for name, points in found.items():
-            ends = " | ".join(f"{units} | {time:.3g}" for units, time in (points[0], points[-1]))
+            some = next(point for point in points if point[0] >= 100)
+            ends = " | ".join(f"{units} | {number_text(time)}"
+                              for units, time in (some, points[-1]))
             print(f"| {name} | {ends} |", file=file)
 
 
