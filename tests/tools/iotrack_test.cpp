@@ -270,6 +270,8 @@ TEST_F(KstIoTrackTest, DamageIsToldWithFileAndLine) {
        "line 8: is not of a summary"},
       {"beam.ioFileSummary", changed(kSummary, "16.000000, 2.0", "2.0"),
        "line 9: is no file of a summary"},
+      {"beam.ioFileSummary", changed(kSummary, ".deck", std::string(".deck\0x", 7)),
+       "line 4: is no file of a summary"},
       {"beam.ioFileSummary", std::string(kSummary) + "x",
        "line 11: stands behind the end of the summary"},
       {"beam.deck_ioTotal", totals, "line 2: does not name the columns of such a file"}};

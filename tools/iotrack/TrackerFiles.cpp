@@ -140,7 +140,8 @@ TrackedFile ReadFile(const std::string& line, bool isScratch, const Lines& lines
   if (!TakeTime(text, file.sums.read.seconds) ||
       !TakeTime(text, file.sums.read.megabytes) ||
       !TakeTime(text, file.sums.written.seconds) ||
-      !TakeTime(text, file.sums.written.megabytes)) {
+      !TakeTime(text, file.sums.written.megabytes) ||
+      text.find('\0') != std::string_view::npos) {  // which ends a name
     lines.Fail("is no file of a summary");
   }
   file.path = text;
