@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <string>
 
@@ -38,6 +39,26 @@ void GiveRights(void* file, void* like);
 
 /// Whether two open files have the same rights.
 bool HaveSameRights(void* file, void* like);
+
+/// Memory for blocks of 100 KB and more, which the system fills several times as fast
+/// when they lie side by side in its large pages (Linux). On Windows these are the blocks
+/// of operator new. One object is used by one thread at a time.
+class LargeBlocks {
+ public:
+  LargeBlocks() = default;
+  ~LargeBlocks();
+  LargeBlocks(const LargeBlocks&) = delete;
+  LargeBlocks& operator=(const LargeBlocks&) = delete;
+
+  /// The memory is the caller's, who gives it back with its size, even after this object
+  /// is gone. Throws std::bad_alloc.
+  char* Take(std::size_t size);
+  static void GiveBack(char* block, std::size_t size) noexcept;
+
+ private:
+  char* next_ = nullptr;
+  char* end_ = nullptr;
+};
 
 // The signals that end a process (POSIX).
 

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <cstdlib>
+#include <new>
 
 namespace {
 
@@ -57,6 +58,16 @@ void GiveRights(void*, void*) {}
 
 bool HaveSameRights(void*, void*) {
   return true;
+}
+
+LargeBlocks::~LargeBlocks() = default;
+
+char* LargeBlocks::Take(std::size_t size) {
+  return static_cast<char*>(::operator new(size));
+}
+
+void LargeBlocks::GiveBack(char* block, std::size_t) noexcept {
+  ::operator delete(block);
 }
 
 // Windows has no such signals: the writes fail anyway.

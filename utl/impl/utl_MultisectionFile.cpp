@@ -111,7 +111,7 @@ void utl_MultisectionFile::getSectionData(const cow_String& name, void* buffer) 
   const int number = Existing(*directory_, path_, name);
   const utl_Section& section = (*directory_)[number];
   if (section.data != nullptr) {
-    std::copy_n(section.data.get(), section.length, static_cast<char*>(buffer));
+    std::copy_n(section.data, section.length, static_cast<char*>(buffer));
   } else {
     ReadSection(number, static_cast<char*>(buffer));
   }
@@ -145,10 +145,10 @@ void utl_MultisectionFile::ReadSection(int number, char* buffer) {
 void utl_MultisectionFile::setSectionData(const cow_String& name, const void* data,
                                           int length) {
   utl_multisectionAssert(length >= 0, "length >= 0");
-  const auto size = static_cast<std::size_t>(length);
-  auto block = std::make_unique_for_overwrite<char[]>(size);
-  const std::uint32_t checksum = utl_crc32Copy(kCrc32Start, block.get(), data, size);
-  directory_->Set(name, std::move(block), length, checksum);
+  utl_SectionBytes bytes = directory_->NewBytes(length);
+  const std::uint32_t checksum =
+      utl_crc32Copy(kCrc32Start, bytes.get(), data, static_cast<std::size_t>(length));
+  directory_->Set(name, std::move(bytes), checksum);
 }
 
 // How many values of this size the section has. Throws unless the file has all its bytes.

@@ -14,10 +14,12 @@
 
 namespace {
 
-/// Writes to a file through a buffer, so that many small pieces take one call.
+/// Writes to a file through a buffer, so that many small pieces take one call. Counts in
+/// `written` the bytes that are in the file; those in the buffer do not count.
 class GatheringWriter {
  public:
-  explicit GatheringWriter(utl_File& file) : file_(file), buffer_(kMultisectionPiece) {}
+  GatheringWriter(utl_File& file, std::int64_t& written)
+      : file_(file), written_(written), buffer_(kMultisectionPiece) {}
 
   void Append(const char* bytes, int count) {
     if (count > FreeRoom()) {
@@ -61,17 +63,26 @@ class GatheringWriter {
     }
   }
 
-  /// How many bytes are in the file; those in the buffer do not count.
-  std::int64_t Written() const { return written_; }
-
  private:
   int FreeRoom() const { return kMultisectionPiece - used_; }
 
   utl_File& file_;
+  std::int64_t& written_;
   std::vector<char> buffer_;
   int used_ = 0;
-  std::int64_t written_ = 0;
 };
+
+// Appends the bytes from `begin` to `end` of another file.
+void CopyRange(GatheringWriter& out, utl_File& source, const cow_String& path,
+               std::int64_t begin, std::int64_t end) {
+  if (end > begin) {
+    source.Seek(begin);
+    if (!out.AppendFrom(source, static_cast<int>(end - begin))) {
+      out.Flush();
+      utl_fileFailAtEnd(path);
+    }
+  }
+}
 
 void WriteDirectory(GatheringWriter& out, const utl_SectionDirectory& directory) {
   out.Append(reinterpret_cast<const char*>(kMultisectionTag), sizeof kMultisectionTag);
@@ -100,13 +111,7 @@ int CopySections(GatheringWriter& out, const utl_SectionDirectory& directory, in
     }
     end += section.length;
   }
-  if (end > begin) {
-    file.Seek(begin);
-    if (!out.AppendFrom(file, static_cast<int>(end - begin))) {
-      out.Flush();
-      utl_fileFailAtEnd(path);
-    }
-  }
+  CopyRange(out, file, path, begin, end);
   return next;
 }
 
@@ -116,7 +121,7 @@ void WriteSections(GatheringWriter& out, const utl_SectionDirectory& directory,
   for (int i = 0; i < directory.Count();) {
     const utl_Section& section = directory[i];
     if (section.data != nullptr) {
-      out.Append(section.data.get(), section.length);
+      out.Append(section.data, section.length);
       ++i;
     } else if (section.length < 0) {
       ++i;
@@ -127,8 +132,9 @@ void WriteSections(GatheringWriter& out, const utl_SectionDirectory& directory,
 }
 
 // Writes the whole new file.
-void WriteAll(GatheringWriter& out, const utl_SectionDirectory& directory, utl_File& file,
-              const cow_String& path) {
+void WriteAll(utl_File& to, std::int64_t& written, const utl_SectionDirectory& directory,
+              utl_File& file, const cow_String& path) {
+  GatheringWriter out(to, written);
   WriteDirectory(out, directory);
   WriteSections(out, directory, file, path);
   out.Flush();
@@ -165,29 +171,35 @@ struct TemporaryFile {
   utl_File file;
 };
 
-// Writes the new file. The part that was written counts as saved, even after a failure.
-void WriteAndSettle(utl_File& temporary, utl_SectionDirectory& directory, utl_File& file,
-                    const cow_String& path) {
-  GatheringWriter out(temporary);
-  try {
-    WriteAll(out, directory, file, path);
-  } catch (...) {
-    directory.Settle(out.Written());
-    throw;
-  }
-  directory.Settle(out.Written());
-}
+// What was written of a save counts as saved however it ends.
+struct Settlement {
+  ~Settlement() { directory.Settle(written); }
 
-void CopyOver(utl_File& file, TemporaryFile& temporary) {
-  const auto size =
-      static_cast<int>(static_cast<std::int64_t>(temporary.file.FileSize()));
-  file.Extend(size);
+  utl_SectionDirectory& directory;
+  std::int64_t written = 0;
+};
+
+// Copies the whole temporary file over the file. Large sections that are still in memory
+// are taken from there.
+void CopyOver(utl_File& file, TemporaryFile& temporary,
+              const utl_SectionDirectory& directory) {
+  const auto size = static_cast<std::int64_t>(temporary.file.FileSize());
+  file.Extend(static_cast<int>(size));
   file.Seek(0);
-  temporary.file.Seek(0);
-  GatheringWriter out(file);
-  if (!out.AppendFrom(temporary.file, size)) {
-    utl_fileFailAtEnd(temporary.path);
+  std::int64_t written = 0;
+  GatheringWriter out(file, written);
+  std::int64_t copied = 0;
+  std::int64_t place = directory.DataOffset();
+  for (int i = 0; i < directory.Count(); ++i) {
+    const utl_Section& section = directory[i];
+    if (section.data != nullptr && section.length >= kMultisectionPiece) {
+      CopyRange(out, temporary.file, temporary.path, copied, place);
+      out.Append(section.data, section.length);
+      copied = place + section.length;
+    }
+    place += std::max(section.length, 0);
   }
+  CopyRange(out, temporary.file, temporary.path, copied, size);
   out.Flush();
 }
 
@@ -197,9 +209,10 @@ void utl_multisectionSave(utl_File& file, const cow_String& path,
                           utl_SectionDirectory& directory) {
   CheckSize(directory, path);
   TemporaryFile temporary(file, path);
-  WriteAndSettle(temporary.file, directory, file, path);
+  Settlement settlement{directory};
+  WriteAll(temporary.file, settlement.written, directory, file, path);
   temporary.file.Flush();
-  CopyOver(file, temporary);
+  CopyOver(file, temporary, directory);
   file.Flush();  // before the temporary file is deleted, or a loss of power loses both
 }
 
@@ -207,14 +220,14 @@ void utl_multisectionSaveAtomically(utl_File& file, const cow_String& path,
                                     utl_SectionDirectory& directory) {
   CheckSize(directory, path);
   TemporaryFile temporary(file, path);
-  GatheringWriter out(temporary.file);
-  WriteAll(out, directory, file, path);
+  std::int64_t written = 0;
+  WriteAll(temporary.file, written, directory, file, path);
   temporary.file.Flush();
   try {
     temporary.file.Replace(file);
   } catch (const utl_FileExceptionFlush&) {
-    directory.Settle(out.Written());  // the file has been replaced
+    directory.Settle(written);  // the file has been replaced
     throw;
   }
-  directory.Settle(out.Written());
+  directory.Settle(written);
 }

@@ -13,7 +13,29 @@ std::string_view UpToZero(std::string_view name) {
   return name.substr(0, name.find('\0'));
 }
 
+// Fewer bytes come from operator new.
+constexpr int kLargeSection = kMultisectionPiece;
+
+// Ends that a section holds its bytes here.
+void DropBytes(utl_Section& section) {
+  utl_SectionBytes(std::exchange(section.data, nullptr), {section.length});
+}
+
 }  // namespace
+
+void utl_FreeSectionBytes::operator()(char* bytes) const noexcept {
+  if (length >= kLargeSection) {
+    platform::LargeBlocks::GiveBack(bytes, static_cast<std::size_t>(length));
+  } else {
+    delete[] bytes;
+  }
+}
+
+utl_SectionDirectory::~utl_SectionDirectory() {
+  for (utl_Section& section : sections_) {
+    DropBytes(section);
+  }
+}
 
 std::string_view utl_SectionDirectory::Name(int section) const {
   const std::size_t begin = section == 0 ? 0 : nameEnds_[Index(section - 1)];
@@ -38,14 +60,21 @@ std::int64_t utl_SectionDirectory::FileSize() const {
   return size;
 }
 
-void utl_SectionDirectory::Set(const cow_String& name, std::unique_ptr<char[]> data,
-                               int length, std::uint32_t checksum) {
+utl_SectionBytes utl_SectionDirectory::NewBytes(int length) {
+  const std::size_t size = Index(length);
+  return {length >= kLargeSection ? largeBlocks_.Take(size) : new char[size], {length}};
+}
+
+void utl_SectionDirectory::Set(const cow_String& name, utl_SectionBytes bytes,
+                               std::uint32_t checksum) {
   const int found = Find(name);
   if (found == kNone) {
     std::copy_n(name.c_str(), name.Length(), Append(name.Length()));
   }
   utl_Section& section = found == kNone ? Last() : sections_[Index(found)];
-  section = {0, std::move(data), length, checksum};
+  DropBytes(section);
+  const int length = bytes.get_deleter().length;
+  section = {0, bytes.release(), length, checksum};
 }
 
 void utl_SectionDirectory::Reserve(int sections, std::size_t nameBytes) {
@@ -74,7 +103,7 @@ void utl_SectionDirectory::Settle(std::int64_t written) {
     if (end > written) {
       return;
     }
-    section.data.reset();
+    DropBytes(section);
     section.place = std::exchange(place, end);
   }
 }

@@ -9,15 +9,24 @@
 #include <vector>
 
 #include "cow/cow_String.h"
+#include "platform/platform.h"
 #include "utl/impl/multisection/utl_NameIndex.h"
+
+/// Gives back the memory of a section's bytes.
+struct utl_FreeSectionBytes {
+  void operator()(char* bytes) const noexcept;
+
+  int length = 0;
+};
+using utl_SectionBytes = std::unique_ptr<char[], utl_FreeSectionBytes>;
 
 /// A section without its name.
 struct utl_Section {
   /// Where its bytes are in the file, if they are not held here. 64 bits, as a damaged
   /// file's lengths may add up to anything.
   std::int64_t place = 0;
-  /// Its bytes, if they were set and are not in the file yet.
-  std::unique_ptr<char[]> data = nullptr;
+  /// Its bytes, if they were set and are not in the file yet; the directory's.
+  char* data = nullptr;
   int length = 0;  ///< In bytes; negative only in a damaged file.
   std::uint32_t checksum = 0;
 };
@@ -29,6 +38,11 @@ struct utl_Section {
 class utl_SectionDirectory {
  public:
   static constexpr int kNone = utl_NameIndex<>::kNone;
+
+  utl_SectionDirectory() = default;
+  ~utl_SectionDirectory();
+  utl_SectionDirectory(const utl_SectionDirectory&) = delete;
+  utl_SectionDirectory& operator=(const utl_SectionDirectory&) = delete;
 
   int Count() const { return static_cast<int>(nameEnds_.size()); }
   const utl_Section& operator[](int section) const { return sections_[Index(section)]; }
@@ -44,10 +58,12 @@ class utl_SectionDirectory {
   /// Bytes of that file. A negative length counts as 0.
   std::int64_t FileSize() const;
 
+  /// Memory for the bytes of a section.
+  utl_SectionBytes NewBytes(int length);
+
   /// Gives these bytes to the section of this name, a new last one if there is none.
   /// Changes nothing when it throws.
-  void Set(const cow_String& name, std::unique_ptr<char[]> data, int length,
-           std::uint32_t checksum);
+  void Set(const cow_String& name, utl_SectionBytes bytes, std::uint32_t checksum);
 
   /// Takes the memory for so many sections, so that appending them takes no more.
   void Reserve(int sections, std::size_t nameBytes);
@@ -70,4 +86,5 @@ class utl_SectionDirectory {
   std::vector<char> names_;  // one after the other
   std::vector<utl_Section> sections_;
   utl_NameIndex<> index_;
+  platform::LargeBlocks largeBlocks_;
 };
