@@ -8,8 +8,6 @@
 #include "cow/cow_String.h"
 #include "KSTutl_export.h"
 
-class utl_NumberText;
-
 /// The integers longer than an int, which differ between the targets.
 template <class Value>
 concept utl_LongInteger = std::same_as<Value, long> || std::same_as<Value, long long> ||
@@ -111,7 +109,7 @@ class KSTUTL_EXPORT utl_Stream {
  private:
   friend class utl_StreamSmallReal;
 
-  utl_Stream& PrintWhole(utl_NumberText&& number, int width);
+  utl_Stream& PrintDigits(std::uint64_t magnitude, bool isNegative, int width);
   utl_Stream& PrintLong(std::int64_t value, int width);
   utl_Stream& PrintLong(std::uint64_t value, int width);
   utl_Stream& PrintReal(double value, int width, int precision);

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 
+#include "utl/impl/text/utl_digits.h"
 #include "utl/impl/text/utl_NumberText.h"
 
 namespace {
@@ -56,25 +57,37 @@ utl_Stream& utl_Stream::PrintReal(double value, int width, int precision) {
   return PrintText(number.Text());
 }
 
-utl_Stream& utl_Stream::PrintWhole(utl_NumberText&& number, int width) {
+utl_Stream& utl_Stream::PrintDigits(std::uint64_t magnitude, bool isNegative, int width) {
+  char room[kMostDigits + 1];
+  char* const end = room + sizeof room;
+  char* begin = utl_putDigits(end, magnitude);
+  if (isNegative) {
+    *--begin = '-';
+  }
+  const std::string_view digits(begin, static_cast<std::size_t>(end - begin));
+  if (width == 0) {
+    return PrintText(digits);
+  }
+  utl_NumberText number(digits);
   number.Justify(width);
   return PrintText(number.Text());
 }
 
 utl_Stream& utl_Stream::Print(int value, int width) {
-  return PrintWhole(utl_NumberText(value), width);
+  return PrintLong(std::int64_t{value}, width);
 }
 
 utl_Stream& utl_Stream::Print(unsigned int value, int width) {
-  return PrintWhole(utl_NumberText(value), width);
+  return PrintDigits(value, false, width);
 }
 
 utl_Stream& utl_Stream::PrintLong(std::int64_t value, int width) {
-  return PrintWhole(utl_NumberText(value), width);
+  const auto bits = static_cast<std::uint64_t>(value);
+  return PrintDigits(value < 0 ? 0 - bits : bits, value < 0, width);
 }
 
 utl_Stream& utl_Stream::PrintLong(std::uint64_t value, int width) {
-  return PrintWhole(utl_NumberText(value), width);
+  return PrintDigits(value, false, width);
 }
 
 utl_Stream& utl_Stream::Print(const cow_String& text) {

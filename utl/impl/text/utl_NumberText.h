@@ -12,11 +12,8 @@ class utl_NumberText {
  public:
   /// As "%.*g"; as "%g" when `precision` is negative.
   utl_NumberText(double value, int precision);
-  /// As "%i" and "%u".
-  explicit utl_NumberText(int value);
-  explicit utl_NumberText(unsigned int value);
-  explicit utl_NumberText(std::int64_t value);
-  explicit utl_NumberText(std::uint64_t value);
+  /// The digits of a whole number, with its sign.
+  explicit utl_NumberText(std::string_view digits);
 
   utl_NumberText(const utl_NumberText&) = delete;
   utl_NumberText& operator=(const utl_NumberText&) = delete;
@@ -36,8 +33,7 @@ class utl_NumberText {
   std::string_view Text() const { return {text_, length_}; }
 
  private:
-  template <class... Value>
-  void Format(Value... value);
+  bool FormatShort(double value, int precision);
   void Pad(int width);
 
   // A double never has more significant digits, so a higher precision changes nothing.

@@ -1,0 +1,37 @@
+#pragma once
+
+// Internal to the library: whole numbers as decimal digits.
+
+#include <array>
+#include <cstdint>
+#include <cstring>
+
+/// The most digits that a number of 64 bits has.
+inline constexpr int kMostDigits = 20;
+
+/// "00", "01" to "99".
+inline constexpr std::array<char, 200> kPairsOfDigits = [] {
+  std::array<char, 200> pairs = {};
+  for (int i = 0; i < 100; ++i) {
+    pairs[static_cast<std::size_t>(2 * i)] = static_cast<char>('0' + i / 10);
+    pairs[static_cast<std::size_t>(2 * i + 1)] = static_cast<char>('0' + i % 10);
+  }
+  return pairs;
+}();
+
+/// Writes the digits of a number so that they end before `end`, and returns their first.
+/// They are written from the last to the first, so that nobody has to count them before.
+inline char* utl_putDigits(char* end, std::uint64_t value) {
+  while (value >= 100) {
+    end -= 2;
+    std::memcpy(end, &kPairsOfDigits[value % 100 * 2], 2);
+    value /= 100;
+  }
+  if (value < 10) {
+    *--end = static_cast<char>('0' + value);
+    return end;
+  }
+  end -= 2;
+  std::memcpy(end, &kPairsOfDigits[value * 2], 2);
+  return end;
+}
