@@ -1,6 +1,7 @@
 #include "cow/cow_String.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -72,6 +73,32 @@ namespace {
 
 using Handle = cow_Handle<cow_StringStorage>;
 
+// Copies a text of one or two words, by its first and its last word.
+template <class Word>
+void CopyEnds(char* to, std::string_view text) {
+  const std::size_t last = text.size() - sizeof(Word);
+  Word words[2];
+  std::memcpy(&words[0], text.data(), sizeof(Word));
+  std::memcpy(&words[1], text.data() + last, sizeof(Word));
+  std::memcpy(to, &words[0], sizeof(Word));
+  std::memcpy(to + last, &words[1], sizeof(Word));
+}
+
+// Copies up to 32 bytes, in less time than a call of memcpy takes.
+void CopyShort(char* to, std::string_view text) {
+  if (text.size() >= 16) {
+    CopyEnds<std::array<char, 16>>(to, text);
+  } else if (text.size() >= 8) {
+    CopyEnds<std::uint64_t>(to, text);
+  } else if (text.size() >= 4) {
+    CopyEnds<std::uint32_t>(to, text);
+  } else if (text.size() >= 2) {
+    CopyEnds<std::uint16_t>(to, text);
+  } else if (!text.empty()) {
+    *to = text.front();
+  }
+}
+
 // Twice the old capacity, so that appending costs constant time per byte, and at least
 // what fills a block of 64 bytes.
 int Grown(int capacity) {
@@ -87,8 +114,17 @@ cow_String::cow_String(const char* text) : cow_String(View(text)) {}
 cow_String::cow_String(const char* data, int length)
     : cow_String(std::string_view(data, Size(length))) {}
 
-cow_String::cow_String(std::string_view text)
-    : cow_String(WithRoom(CheckedLength(text.size()), text)) {}
+cow_String::cow_String(std::string_view text) {
+  if (text.size() <= kMostShort) {
+    CopyShort(text_.bytes, text);
+    BecomeShort(static_cast<int>(text.size()));
+    return;
+  }
+  cow_StringStorage& storage = *cow_StringStorage::Make(CheckedLength(text.size()));
+  std::memcpy(storage.chars, text.data(), text.size());
+  text_.shared = {&storage, storage.chars, 0, {}, kShared};
+  SetLength(static_cast<int>(text.size()));
+}
 
 cow_String::cow_String(cow_StringStorage& storage, int length) noexcept {
   text_.shared = {&storage, storage.chars, length, {}, kShared};

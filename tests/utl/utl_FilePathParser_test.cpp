@@ -80,6 +80,26 @@ TEST(FilePathParserTest, ControlCharacterMakesAPathNotWindowsStyle) {
   }
 }
 
+TEST(FilePathParserTest, ForbiddenCharacterIsFoundAtEveryPlaceOfPathsOfEveryLength) {
+  for (std::size_t length = 1; length < 70; ++length) {
+    for (std::size_t place = 0; place < length; ++place) {
+      std::string name(length, 'a');
+      for (const char forbidden : {'|', '\x1F'}) {
+        name[place] = forbidden;
+        ASSERT_FALSE(Parser::IsWindowsStyle(cow_String(name))) << length << ' ' << place;
+      }
+      name[place] = '\0';
+      ASSERT_TRUE(Parser::IsWindowsStyle(cow_String(name))) << length << ' ' << place;
+      if (place + 1 < length) {
+        name.back() = '|';
+        ASSERT_TRUE(Parser::IsWindowsStyle(cow_String(name))) << length << ' ' << place;
+      }
+    }
+    ASSERT_TRUE(Parser::IsWindowsStyle(cow_String(std::string(length, '\x80'))))
+        << length;
+  }
+}
+
 TEST(FilePathParserTest, StyleTestStopsAtTheFirstZeroByte) {
   using namespace std::string_view_literals;
   EXPECT_TRUE(Parser::IsWindowsStyle(cow_String("a\0|"sv)));

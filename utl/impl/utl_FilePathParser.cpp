@@ -1,6 +1,8 @@
 #include "utl/utl_FilePathParser.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <string_view>
 
 #include "utl/impl/text/utl_PathText.h"
@@ -13,7 +15,32 @@ bool IsForbiddenInWindowsName(char c) {
   return (c >= 1 && c <= 31) || c == '<' || c == '>' || c == '"' || c == '/' || c == '|';
 }
 
+using Bytes [[gnu::vector_size(16)]] = unsigned char;
+
+// Whether any of these bytes is forbidden or zero.
+bool HaveForbiddenOrZero(const char* bytes) {
+  Bytes c;
+  std::memcpy(&c, bytes, sizeof c);
+  const auto found =
+      (c < 32) | (c == '<') | (c == '>') | (c == '"') | (c == '/') | (c == '|');
+  std::uint64_t halves[2];
+  std::memcpy(halves, &found, sizeof halves);
+  return (halves[0] | halves[1]) != 0;
+}
+
+// Whether that is so of a path of 16 bytes or more. The last 16 may be tested twice.
+bool HasForbiddenOrZero(std::string_view path) {
+  std::size_t i = 0;
+  while (i + sizeof(Bytes) < path.size() && !HaveForbiddenOrZero(&path[i])) {
+    i += sizeof(Bytes);
+  }
+  return HaveForbiddenOrZero(&path[std::min(i, path.size() - sizeof(Bytes))]);
+}
+
 bool IsWindows(std::string_view path) {
+  if (path.size() >= sizeof(Bytes) && !HasForbiddenOrZero(path)) {
+    return true;
+  }
   path = path.substr(0, path.find('\0'));
   return std::none_of(path.begin(), path.end(), IsForbiddenInWindowsName);
 }
