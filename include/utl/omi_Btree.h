@@ -86,7 +86,7 @@ class KSTUTL_EXPORT omi_BtreeNode {
   };
   omi_BtreeNode** ChildSlot(int comparison) { return comparison < 1 ? &left_ : &right_; }
   void UpdateHeight();
-  static void Retrace(const std::vector<Step>& way);
+  static void Retrace(const std::vector<Step>& path);
   static void Rebalance(omi_BtreeNode*& slot);
   omi_BtreeNode* TakeReplacement();
   void RemoveNode(omi_BtreeNode* node, omi_BtreeNode* replacement);
