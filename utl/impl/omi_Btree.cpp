@@ -45,8 +45,8 @@ const omi_BtreeNode<K, V>* RootOf(const omi_Btree<K, V>* tree) {
 }
 
 // Extends the path from the root by a node and what lies behind it. The memory of what
-// lies ahead of these, which comes next, is asked for early: in a large map the walk waits
-// for little else.
+// lies ahead of these, which comes next, is asked for early: in a large map the walk
+// waits for little else.
 template <auto ahead, auto behind, class Node>
 void Descend(std::vector<const Node*>& path, const Node* node) {
   for (; node != nullptr; node = (node->*behind)()) {
