@@ -84,6 +84,12 @@ if(KSTUTL_EXAMPLES)
   kstutl_install_tool(kst_truss)  # to try an installation with
 endif()
 if(KSTUTL_TOOLS)
+  if(WIN32)
+    # The terms of the library of plots, which is in two of them.
+    install(FILES tools/common/page/licence.txt
+      DESTINATION "${CMAKE_INSTALL_DOCDIR}/terms" RENAME libjs-chart.js.txt
+      COMPONENT Tools)
+  endif()
   get_property(programs DIRECTORY tools PROPERTY BUILDSYSTEM_TARGETS)
   foreach(program IN LISTS programs)
     get_target_property(type ${program} TYPE)

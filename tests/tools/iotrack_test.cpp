@@ -319,11 +319,12 @@ TEST_F(KstIoTrackTest, CsvHasALineForEachFileOrMark) {
   EXPECT_EQ(
       Run({"--csv", "files", Path("beam")}).out,
       "job,directory,path,write_count,write_mb,write_s,read_count,read_mb,read_s\n" +
-          Path("beam") + ",work,run\\beam.deck,,0,0,,1,4\n" + Path("beam") +
-          ",work,\"run\\a, b.kdb\",,2.5,0.25,,0,0\n" + Path("beam") +
-          ",scratch,D:\\scratch\\beam.mat,,16,2,,16,1\n");
+          Path("beam") + ",work,run\\beam.deck,,0.0,0.0,,1.0,4.0\n" + Path("beam") +
+          ",work,\"run\\a, b.kdb\",,2.5,0.25,,0.0,0.0\n" + Path("beam") +
+          ",scratch,D:\\scratch\\beam.mat,,16.0,2.0,,16.0,1.0\n");
   const std::string totals = Run({"--csv", "totals", Path("beam")}).out;
-  EXPECT_NE(totals.find(Path("beam") + ",\"in, put\",0.5,0,0,0,2,1,0.1,0,0,0,0,0,0\n"),
+  EXPECT_NE(totals.find(Path("beam") +
+                        ",\"in, put\",0.5,0,0.0,0.0,2,1.0,0.1,0,0.0,0.0,0,0.0,0.0\n"),
             std::string::npos)
       << totals;
 }

@@ -335,13 +335,13 @@ TEST_F(KstUsageTest, CsvHasALineForEachMarkOrTimer) {
       marks.starts_with("file,job,number,wall,label,user,system,processor,bytes,"
                         "peak_bytes,page_faults,page_file_bytes,process\n"));
   EXPECT_NE(
-      marks.find(file + ",a,2,1,\"aa,\"\"b\\x1b\",0.5,0,0.5,2097152,2097152,10,4096,"
+      marks.find(file + ",a,2,1,\"aa,\"\"b\\x1b\",0.5,0.0,0.5,2097152,2097152,10,4096,"
                         "4711\n"),
       std::string::npos)
       << marks;
   EXPECT_EQ(std::count(marks.begin(), marks.end(), '\n'), 5);
   const std::string timers = Run({"--csv", "timers", file}).out;
-  EXPECT_NE(timers.find(file + ",a,2,solve,2,3.25,1\n"), std::string::npos) << timers;
+  EXPECT_NE(timers.find(file + ",a,2,solve,2,3.25,1.0\n"), std::string::npos) << timers;
 }
 
 TEST_F(KstUsageTest, NamesCannotMoveTheCursor) {

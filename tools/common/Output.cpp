@@ -1,12 +1,14 @@
 #include "common/Output.h"
 
+#include <fmt/format.h>
+
 std::string JsonText(const Json& json) {
   return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
 }
 
 std::string CsvField(std::string_view text) {
   std::string shown = Shown(text);
-  if (shown.find_first_of(",\"") == std::string::npos) {
+  if (!shown.empty() && shown.find_first_of(",\"") == std::string::npos) {
     return shown;
   }
   std::string field = "\"";
@@ -17,4 +19,8 @@ std::string CsvField(std::string_view text) {
     }
   }
   return field + '"';
+}
+
+std::string CsvField(double number) {
+  return fmt::format("{:#}", number);
 }

@@ -12,8 +12,13 @@ using Json = nlohmann::ordered_json;
 /// JSON as the tools print it. What is no UTF-8 in it is replaced.
 std::string JsonText(const Json& json);
 
-/// A field of a line of CSV: in quotes where it must be (RFC 4180), and else as `Shown`.
+/// A field of a line of CSV: a text as `Shown`, in quotes where it must be (RFC 4180). An
+/// empty text is a pair of quotes; a field of nothing is a value that is not known.
 std::string CsvField(std::string_view text);
+
+/// A number with a point in it, even a whole one: other programs tell the types of
+/// columns by how they are written.
+std::string CsvField(double number);
 
 /// Runs the work for each file and gives the worst status. A file that cannot be read is
 /// told, and does not keep the others from it.

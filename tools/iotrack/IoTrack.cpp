@@ -9,14 +9,15 @@ constexpr char kExamples[] = R"(Examples:
   kst_iotrack run/                      those of a run without a job's name
   kst_iotrack beam --by time --top 5    where the time went
   kst_iotrack rank1 rank2 rank3         sums, spread, the slowest
+  kst_iotrack --html beam.html beam     the same as a page with plots, for a browser
   kst_iotrack --csv files beam > files.csv
   kst_iotrack --json beam
 
 A megabyte has 1,048,576 bytes, times are in seconds. How often a file was written and
 read is known if the job ran with KES_IO_INDIVIDUAL=1, and up to its last mark.
 
-Exit status: 0 all is well, 1 a file is cut off, or there is no summary, 2 wrong use, or
-a file that cannot be read or is none of the tracker's.)";
+Exit status: 0 all is well, 1 a file is cut off, or there is no summary, 2 wrong use, a
+file that cannot be read or is none of the tracker's, or a page that cannot be written.)";
 
 }  // namespace
 
@@ -29,6 +30,7 @@ int KstIoTrack(int argc, const char* const* argv, const Console& console) {
   std::size_t top = 10;
   bool asJson = false;
   std::string csv;
+  std::string page;
   tool.add_option("JOB", names, "Names of jobs, or of their files")->required();
   tool.add_option("--by", by, "Order of the files: mb, time or count")
       ->check(CLI::IsMember({"mb", "time", "count"}));
@@ -38,6 +40,11 @@ int KstIoTrack(int argc, const char* const* argv, const Console& console) {
   tool.add_option("--csv", csv, "Print comma-separated values: files or totals")
       ->check(CLI::IsMember({"files", "totals"}))
       ->excludes(json);
+  CLI::Option* const html =
+      tool.add_option("--html", page, "Write a page with plots, one file for a browser")
+          ->type_name("PAGE")
+          ->excludes(json)
+          ->excludes("--csv");
   return RunTool(tool, argc, argv, console, [&]() -> int {
     std::vector<TrackedJob> jobs;
     const int status = ForEachFile(kName, names, console, [&](const std::string& name) {
@@ -55,6 +62,10 @@ int KstIoTrack(int argc, const char* const* argv, const Console& console) {
       PrintFilesCsv(jobs, console);
     } else if (csv == "totals") {
       PrintTotalsCsv(jobs, console);
+    } else if (html->count() > 0) {
+      if (!jobs.empty()) {
+        WritePage(page, IoTrackPage(jobs, by, top, names.size()));
+      }
     } else if (!jobs.empty()) {
       if (names.size() > 1) {
         PrintJobs(jobs, console);

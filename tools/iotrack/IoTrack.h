@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/Output.h"
+#include "common/Page.h"
 #include "iotrack/TrackerFiles.h"
 
 /// kst_iotrack: what jobs wrote and read, from the files of the I/O tracker.
@@ -20,6 +21,12 @@ void PrintFiles(const std::vector<TrackedJob>& jobs, const std::string& by,
 
 /// Everything that was read; how the jobs spread, too.
 Json JsonOf(const std::vector<TrackedJob>& jobs);
+
+/// The page of the jobs that could be read, of so many as were asked for: one or many,
+/// with the `top` files in its plots, and a table in the order of `by`. REQUIRES: there
+/// is one at least.
+Page IoTrackPage(const std::vector<TrackedJob>& jobs, const std::string& by,
+                 std::size_t top, std::size_t asked);
 
 /// All files, or all lines of totals, one a line.
 void PrintFilesCsv(const std::vector<TrackedJob>& jobs, const Console& console);

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "common/Spread.h"
+#include "iotrack/Figures.h"
 #include "iotrack/IoTrack.h"
 
 namespace {
@@ -10,85 +10,24 @@ namespace {
 constexpr std::size_t kRows = 20;  // of a table over time, at most
 constexpr int kWidth = 40;         // of its picture
 
-double Rate(double megabytes, double seconds) {
-  return seconds > 0 ? megabytes / seconds : 0;
-}
-
-void Add(TrackedSums& sum, const TrackedSums& other) {
-  sum.written.count += other.written.count;
-  sum.written.megabytes += other.written.megabytes;
-  sum.written.seconds += other.written.seconds;
-  sum.read.count += other.read.count;
-  sum.read.megabytes += other.read.megabytes;
-  sum.read.seconds += other.read.seconds;
-}
-
-struct Directories {
-  TrackedSums work;
-  TrackedSums scratch;
-};
-
-// What the summary has, which is later than the last mark, or else the last line of the
-// totals. The summary has no counts, and lacks what is neither work nor scratch.
-Directories SumsOf(const TrackedJob& job) {
-  Directories sums;
-  if (!job.lines.empty()) {
-    sums = {job.lines.back().work, job.lines.back().scratch};
-  }
-  Directories files;
-  for (const TrackedFile& file : job.files) {
-    Add(file.isScratch ? files.scratch : files.work, file.sums);
-  }
-  const auto takeLater = [](Transfer& transfer, const Transfer& summary) {
-    transfer.megabytes = std::max(transfer.megabytes, summary.megabytes);
-    transfer.seconds = std::max(transfer.seconds, summary.seconds);
-  };
-  takeLater(sums.work.written, files.work.written);
-  takeLater(sums.work.read, files.work.read);
-  takeLater(sums.scratch.written, files.scratch.written);
-  takeLater(sums.scratch.read, files.scratch.read);
-  return sums;
-}
-
-double Megabytes(const TotalsLine& line) {
-  return line.work.Megabytes() + line.scratch.Megabytes();
-}
-
-double Elapsed(const TrackedJob& job) {
-  return job.lines.empty() ? 0 : job.lines.back().elapsed;
-}
-
 void PrintTransfer(const char* name, const Transfer& transfer, const Console& console) {
   console.out << fmt::format("{:>11.3f} {:>11.3f} {:>11.1f}  {}\n", transfer.megabytes,
                              transfer.seconds, Rate(transfer.megabytes, transfer.seconds),
                              name);
 }
 
-// Of many lines, every row stands for several.
 void PrintRates(const TrackedJob& job, const Console& console) {
-  struct Row {
-    const TotalsLine* line;
-    double megabytes;
-    double rate;
-  };
-  std::vector<Row> rows;
-  const std::size_t count = std::min(kRows, job.lines.size());
-  double most = 0;
-  TotalsLine before;
-  for (std::size_t i = 0; i < count; ++i) {
-    const TotalsLine& line = job.lines[(i + 1) * job.lines.size() / count - 1];
-    const double megabytes = Megabytes(line) - Megabytes(before);
-    const double rate = Rate(megabytes, line.elapsed - before.elapsed);
-    rows.push_back({&line, megabytes, rate});
-    most = std::max(most, rate);
-    before = line;
-  }
+  const std::vector<RateRow> rows = RatesOf(job, kRows);
   if (rows.empty()) {
     return;
   }
+  double most = 0;
+  for (const RateRow& row : rows) {
+    most = std::max(most, row.rate);
+  }
   console.out << fmt::format("\n{:>11} {:>11} {:>11}  {:{}}  {}\n", "elapsed s", "MB",
                              "MB/s", "rate over time", kWidth, "up to the mark");
-  for (const Row& row : rows) {
+  for (const RateRow& row : rows) {
     const double part = most > 0 && std::isfinite(most) && row.rate > 0
                             ? std::min(row.rate / most, 1.0)
                             : 0;
@@ -97,37 +36,6 @@ void PrintRates(const TrackedJob& job, const Console& console) {
                                row.line->elapsed, row.megabytes, row.rate, "", full, "",
                                kWidth - full, Shown(row.line->label.value_or("")));
   }
-}
-
-struct JobFile {
-  const TrackedJob* job;
-  const TrackedFile* file;
-};
-
-double Measure(const TrackedFile& file, const std::string& by) {
-  if (by == "count") {
-    return file.hasCounts ? static_cast<double>(file.sums.Count()) : -1;
-  }
-  return by == "time" ? file.sums.Seconds() : file.sums.Megabytes();
-}
-
-SeriesList SpreadsOf(const std::vector<TrackedJob>& jobs) {
-  SeriesList list;
-  for (const TrackedJob& job : jobs) {
-    const Directories sums = SumsOf(job);
-    const auto add = [&](const std::string& name, const Transfer& transfer) {
-      list.Of(name + ", MB").Add(job.name, transfer.megabytes);
-      list.Of(name + ", s").Add(job.name, transfer.seconds);
-    };
-    list.Of("elapsed, s").Add(job.name, Elapsed(job));
-    list.Of("all transfers, s")
-        .Add(job.name, sums.work.Seconds() + sums.scratch.Seconds());
-    add("work, written", sums.work.written);
-    add("work, read", sums.work.read);
-    add("scratch, written", sums.scratch.written);
-    add("scratch, read", sums.scratch.read);
-  }
-  return list;
 }
 
 Json JsonOf(const Transfer& transfer, bool hasCount) {
@@ -167,9 +75,10 @@ std::string CsvOf(const TrackedSums& sums, bool hasCounts) {
   const auto count = [&](const Transfer& transfer) {
     return hasCounts ? std::to_string(transfer.count) : "";
   };
-  return fmt::format("{},{},{},{},{},{}", count(sums.written), sums.written.megabytes,
-                     sums.written.seconds, count(sums.read), sums.read.megabytes,
-                     sums.read.seconds);
+  return fmt::format("{},{},{},{},{},{}", count(sums.written),
+                     CsvField(sums.written.megabytes), CsvField(sums.written.seconds),
+                     count(sums.read), CsvField(sums.read.megabytes),
+                     CsvField(sums.read.seconds));
 }
 
 }  // namespace
@@ -191,8 +100,8 @@ void PrintJobs(const std::vector<TrackedJob>& jobs, const Console& console) {
                              "MB/s", "job");
   for (const TrackedJob& job : jobs) {
     const Directories sums = SumsOf(job);
-    const double megabytes = sums.work.Megabytes() + sums.scratch.Megabytes();
-    const double seconds = sums.work.Seconds() + sums.scratch.Seconds();
+    const double megabytes = sums.Megabytes();
+    const double seconds = sums.Seconds();
     console.out << fmt::format("{:>11.3f} {:>11.3f} {:>11.3f} {:>11.1f}  {}{}\n",
                                Elapsed(job), megabytes, seconds, Rate(megabytes, seconds),
                                Shown(job.name), job.cut.empty() ? "" : " (cut off)");
@@ -202,16 +111,7 @@ void PrintJobs(const std::vector<TrackedJob>& jobs, const Console& console) {
 
 void PrintFiles(const std::vector<TrackedJob>& jobs, const std::string& by,
                 std::size_t top, const Console& console) {
-  std::vector<JobFile> files;
-  for (const TrackedJob& job : jobs) {
-    for (const TrackedFile& file : job.files) {
-      files.push_back({&job, &file});
-    }
-  }
-  std::stable_sort(files.begin(), files.end(),
-                   [&](const JobFile& left, const JobFile& right) {
-                     return Measure(*left.file, by) > Measure(*right.file, by);
-                   });
+  std::vector<JobFile> files = FilesBy(jobs, by);
   files.resize(std::min(files.size(), top));
   console.out << fmt::format("\n{:>11} {:>11} {:>11} {:>9} {:8} {}\n", "MB written",
                              "MB read", "s", "count", "kind", "file");
@@ -259,9 +159,9 @@ void PrintTotalsCsv(const std::vector<TrackedJob>& jobs, const Console& console)
                  "scratch_read_s\n";
   for (const TrackedJob& job : jobs) {
     for (const TotalsLine& line : job.lines) {
-      console.out << fmt::format("{},{},{},{},{}\n", CsvField(job.name),
-                                 CsvField(line.label.value_or("")), line.elapsed,
-                                 CsvOf(line.work, true), CsvOf(line.scratch, true));
+      console.out << fmt::format(
+          "{},{},{},{},{}\n", CsvField(job.name), line.label ? CsvField(*line.label) : "",
+          CsvField(line.elapsed), CsvOf(line.work, true), CsvOf(line.scratch, true));
     }
   }
 }

@@ -1,20 +1,14 @@
 #include <fmt/format.h>
 
 #include <cmath>
-#include <map>
 
-#include "common/Spread.h"
+#include "usage/Figures.h"
 #include "usage/Usage.h"
 
 namespace {
 
-constexpr double kMegabyte = 1048576;
 constexpr std::size_t kRows = 20;  // of a picture, at most
 constexpr int kWidth = 40;         // and its columns
-
-double Megabytes(std::int64_t bytes) {
-  return static_cast<double>(bytes) / kMegabyte;
-}
 
 void PrintPhases(const UsageLog& log, const Console& console) {
   console.out << fmt::format("\n{:>9} {:>9} {:>9} {:>10} {:>6}  {}\n", "wall s", "CPU s",
@@ -30,39 +24,23 @@ void PrintTimers(const UsageLog& log, const Console& console) {
   if (log.timers.empty()) {
     return;
   }
-  double sum = 0;
-  for (const UsageTimer& timer : log.timers) {
-    sum += timer.processor;
-  }
   console.out << fmt::format("\n{:>9} {:>6} {:>9} {:>9} {:>11}  {}\n", "CPU s", "share",
                              "wall s", "calls", "CPU s/call", "timer");
-  for (const UsageTimer& timer : TimersByCost(log)) {
-    const double share = sum > 0 ? timer.processor / sum * 100 : 0;
-    const double perCall =
-        timer.calls > 0 ? timer.processor / static_cast<double>(timer.calls) : 0;
+  for (const auto& [timer, share, perCall] : CostsOf(log)) {
     console.out << fmt::format("{:>9.4f} {:>4.0f} % {:>9.1f} {:>9} {:>11.6f}  {}\n",
                                timer.processor, share, timer.elapsed, timer.calls,
                                perCall, Shown(timer.name));
   }
 }
 
-// Of many marks, a row shows the one of several that has the most.
 void PrintMemory(const UsageLog& log, const Console& console) {
-  const std::vector<UsageMark>& marks = log.marks;
+  const std::vector<const UsageMark*> marks = MarksOfMemory(log, kRows);
   std::int64_t most = 1;
-  for (const UsageMark& mark : marks) {
-    most = std::max(most, mark.bytes);
+  for (const UsageMark* mark : marks) {
+    most = std::max(most, mark->bytes);
   }
-  const std::size_t rows = std::min(kRows, marks.size());
   console.out << fmt::format("\n{:>9} {:>9}  memory over time\n", "wall s", "MB");
-  for (std::size_t row = 0; row < rows; ++row) {
-    const auto at = [&](std::size_t number) {
-      return marks.begin() + static_cast<std::ptrdiff_t>(number * marks.size() / rows);
-    };
-    const auto mark = std::max_element(at(row), at(row + 1),
-                                       [](const UsageMark& left, const UsageMark& right) {
-                                         return left.bytes < right.bytes;
-                                       });
+  for (const UsageMark* mark : marks) {
     const double part = static_cast<double>(mark->bytes) / static_cast<double>(most);
     console.out << fmt::format("{:>9} {:>9.1f}  {:#<{}}\n", mark->wall,
                                Megabytes(mark->bytes), "",
@@ -70,101 +48,22 @@ void PrintMemory(const UsageLog& log, const Console& console) {
   }
 }
 
-struct Named {
-  std::string name;
-  double value;
-};
-
-std::vector<Named> Totals(const UsageLog& log) {
-  const UsageMark& last = log.marks.back();
-  return {{"wall s", static_cast<double>(last.wall)},
-          {"CPU s", last.processor},
-          {"peak MB", Megabytes(last.peakBytes)},
-          {"page faults", static_cast<double>(last.faults)}};
-}
-
-// Two columns of numbers side by side, by their names in the order of the older ones.
+// Two columns of numbers side by side.
 void PrintPairs(const std::string& title, const std::vector<Named>& old,
                 const std::vector<Named>& fresh, const Console& console) {
-  SeriesList list;
-  for (const Named& one : old) {
-    list.Of(one.name).Add("old", one.value);
-  }
-  for (const Named& one : fresh) {
-    list.Of(one.name).Add("new", one.value);
-  }
   console.out << fmt::format("\n{:>12} {:>12} {:>12} {:>8}  {}\n", "old", "new", "change",
                              "", title);
-  const auto shown = [](const double* value) {
-    return value == nullptr ? "-" : fmt::format("{:.1f}", *value);
+  const auto shown = [](const std::optional<double>& value) {
+    return value ? fmt::format("{:.1f}", *value) : "-";
   };
-  for (const Series& series : list.All()) {
-    const double* const before =
-        series.files.front() == "old" ? &series.values.front() : nullptr;
-    const double* const after =
-        series.files.back() == "new" ? &series.values.back() : nullptr;
-    std::string change;
-    std::string part;
-    if (before != nullptr && after != nullptr) {
-      change = fmt::format("{:+.1f}", *after - *before);
-      part = *before > 0 ? fmt::format("{:+.0f} %", (*after / *before - 1) * 100) : "";
-    }
-    console.out << fmt::format("{:>12} {:>12} {:>12} {:>8}  {}\n", shown(before),
-                               shown(after), change, part, Shown(series.name));
+  for (const Pair& pair : PairsOf(old, fresh)) {
+    const std::optional<double> change = pair.Change();
+    const std::optional<double> percent = pair.Percent();
+    console.out << fmt::format(
+        "{:>12} {:>12} {:>12} {:>8}  {}\n", shown(pair.before), shown(pair.after),
+        change ? fmt::format("{:+.1f}", *change) : "",
+        percent ? fmt::format("{:+.0f} %", *percent) : "", Shown(pair.name));
   }
-}
-
-std::vector<Named> PhaseTimes(const UsageLog& log,
-                              double (*quantity)(const UsagePhase&)) {
-  std::vector<Named> list;
-  for (const UsagePhase& phase : PhasesOf(log)) {
-    list.push_back({phase.name, quantity(phase)});
-  }
-  return list;
-}
-
-double WallOf(const UsagePhase& phase) {
-  return static_cast<double>(phase.wall);
-}
-
-double ProcessorOf(const UsagePhase& phase) {
-  return phase.processor;
-}
-
-// Timers of one name are one.
-std::vector<Named> TimerTimes(const UsageLog& log) {
-  std::vector<Named> list;
-  std::map<std::string, std::size_t> places;
-  for (const UsageTimer& timer : TimersByCost(log)) {
-    const auto [place, isNew] = places.try_emplace(timer.name, list.size());
-    if (isNew) {
-      list.push_back({timer.name, 0});
-    }
-    list[place->second].value += timer.processor;
-  }
-  return list;
-}
-
-struct Spreads {
-  SeriesList totals;
-  SeriesList phases;
-  SeriesList timers;
-};
-
-Spreads SpreadsOf(const std::vector<UsageLog>& logs) {
-  Spreads spreads;
-  const auto add = [](SeriesList& list, const UsageLog& log,
-                      const std::vector<Named>& values) {
-    for (const Named& one : values) {
-      list.Of(one.name).Add(log.file, one.value);
-    }
-  };
-  for (const UsageLog& log : logs) {
-    add(spreads.totals, log, Totals(log));
-    add(spreads.phases, log, PhaseTimes(log, ProcessorOf));
-    add(spreads.timers, log, TimerTimes(log));
-  }
-  return spreads;
 }
 
 Json MarksOf(const UsageLog& log) {
@@ -282,11 +181,11 @@ void PrintMarksCsv(const std::vector<UsageLog>& logs, const Console& console) {
   for (const UsageLog& log : logs) {
     int number = 0;
     for (const UsageMark& mark : log.marks) {
-      console.out << fmt::format("{},{},{},{},{},{},{},{},{},{},{},{},{}\n",
-                                 CsvField(log.file), CsvField(log.job), ++number,
-                                 mark.wall, CsvField(mark.label), mark.user, mark.system,
-                                 mark.processor, mark.bytes, mark.peakBytes, mark.faults,
-                                 mark.pageFileBytes, mark.process);
+      console.out << fmt::format(
+          "{},{},{},{},{},{},{},{},{},{},{},{},{}\n", CsvField(log.file),
+          CsvField(log.job), ++number, mark.wall, CsvField(mark.label),
+          CsvField(mark.user), CsvField(mark.system), CsvField(mark.processor),
+          mark.bytes, mark.peakBytes, mark.faults, mark.pageFileBytes, mark.process);
     }
   }
 }
@@ -297,7 +196,8 @@ void PrintTimersCsv(const std::vector<UsageLog>& logs, const Console& console) {
     for (const UsageTimer& timer : log.timers) {
       console.out << fmt::format("{},{},{},{},{},{},{}\n", CsvField(log.file),
                                  CsvField(log.job), timer.number, CsvField(timer.name),
-                                 timer.calls, timer.processor, timer.elapsed);
+                                 timer.calls, CsvField(timer.processor),
+                                 CsvField(timer.elapsed));
     }
   }
 }

@@ -9,6 +9,7 @@ constexpr char kExamples[] = R"(Examples:
   kst_usage --diff old.use new.use      two runs side by side
   kst_usage rank*.use                   the ranks of a parallel run: sums, spread,
                                         the slowest, those apart from the others
+  kst_usage --html beam.html beam.use   the same as a page with plots, for a browser
   kst_usage --csv marks beam.use > marks.csv
   kst_usage --json rank*.use
 
@@ -16,8 +17,8 @@ A phase is what lies between two marks and has the name of the second one. Proce
 times are in seconds, megabytes have 1,048,576 bytes. A log without its end, of a
 process that still runs or has died, is read up to its last whole line.
 
-Exit status: 0 all is well, 1 a log is cut off, 2 wrong use, or a file that cannot
-be read or is no such log.)";
+Exit status: 0 all is well, 1 a log is cut off, 2 wrong use, a file that cannot be
+read or is no such log, or a page that cannot be written.)";
 
 }  // namespace
 
@@ -28,6 +29,7 @@ int KstUsage(int argc, const char* const* argv, const Console& console) {
   bool isDiff = false;
   bool asJson = false;
   std::string csv;
+  std::string page;
   tool.add_option("FILE", files, "Resource logs")->required();
   CLI::Option* const diff =
       tool.add_flag("--diff", isDiff, "Compare two logs, the older one first");
@@ -37,6 +39,11 @@ int KstUsage(int argc, const char* const* argv, const Console& console) {
       ->excludes(json)
       ->excludes(diff);
   json->excludes(diff);
+  CLI::Option* const html =
+      tool.add_option("--html", page, "Write a page with plots, one file for a browser")
+          ->type_name("PAGE")
+          ->excludes(json)
+          ->excludes("--csv");
   tool.callback([&] {
     if (isDiff && files.size() != 2) {
       throw CLI::ValidationError("--diff", "needs two files");
@@ -59,6 +66,10 @@ int KstUsage(int argc, const char* const* argv, const Console& console) {
       PrintMarksCsv(logs, console);
     } else if (csv == "timers") {
       PrintTimersCsv(logs, console);
+    } else if (html->count() > 0) {
+      if (logs.size() >= (isDiff ? 2 : 1)) {
+        WritePage(page, UsagePage(logs, isDiff, files.size()));
+      }
     } else if (isDiff && logs.size() == 2) {
       PrintDifference(logs[0], logs[1], console);
     } else if (files.size() > 1 && !isDiff) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/Output.h"
+#include "common/Page.h"
 #include "usage/UsageLog.h"
 
 /// kst_usage: phases, timers and memory of resource logs, one, two or many.
@@ -19,6 +20,10 @@ void PrintLogs(const std::vector<UsageLog>& logs, const Console& console);
 
 /// Everything in the logs; of two or more also how they spread.
 Json JsonOf(const std::vector<UsageLog>& logs);
+
+/// The page of one log, of two compared (`isDiff`), or of those of many that could be
+/// read, of so many as were asked for. REQUIRES: there is one at least; two, to compare.
+Page UsagePage(const std::vector<UsageLog>& logs, bool isDiff, std::size_t asked);
 
 /// All marks, or all timers, one a line.
 void PrintMarksCsv(const std::vector<UsageLog>& logs, const Console& console);
