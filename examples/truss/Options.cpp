@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <stdexcept>
 #include <system_error>
@@ -14,14 +15,14 @@ namespace {
 
 // Each has a value. The library itself looks at the last two.
 const std::string kOptions[] = {"job",    "outdir", "digits", "export",
-                                "import", "tmpdir", "error"};
+                                "import", "svg",    "tmpdir", "error"};
 
 [[noreturn]] void Refuse(const std::string& reason) {
   throw std::invalid_argument(reason + " (kst_truss -help tells more)");
 }
 
 std::string Quoted(const std::string& text) {
-  return '"' + text + '"';
+  return '"' + Shortened(text) + '"';
 }
 
 bool IsOption(const std::string& argument) {
@@ -41,7 +42,7 @@ std::string CheckArguments(const utl_CommandLine& line) {
       continue;
     }
     if (std::ranges::find(kOptions, argument.substr(1)) == std::end(kOptions)) {
-      Refuse("unknown option " + argument);
+      Refuse("unknown option " + Shortened(argument));
     }
     ++i;
     if (i == line.Size() || IsOption(std::string(line.ConstGet(i))) ||
@@ -78,11 +79,23 @@ bool IsDirectory(const std::filesystem::path& path) {
 void CheckResult(const std::string& path) {
   const std::filesystem::path result = utl_nativePath(path);
   if (!IsDirectory(result.parent_path())) {
-    Refuse("there is no directory " + result.parent_path().string());
+    Refuse("there is no directory " + Shortened(result.parent_path().string()));
   }
   if (IsDirectory(result) || !utl_FilePath(path, "").IsWriteable() ||
       !utl_FilePath(path + ".try", "").IsWriteable()) {
     Refuse("cannot write " + result.string());
+  }
+}
+
+// The same of a file that is simply written: it is opened, and stays as it is.
+void CheckOutput(const std::string& name) {
+  std::error_code ignored;
+  const bool isNew = !std::filesystem::exists(name, ignored);
+  if (!std::ofstream(name, std::ios::app)) {
+    Refuse("cannot write " + Shortened(name));
+  }
+  if (isNew) {
+    std::filesystem::remove(name, ignored);
   }
 }
 
@@ -96,7 +109,13 @@ Options ReadOptions(const utl_CommandLine& line) {
   options.exported = std::string(line.ConstGetValue("export", ""));
   options.imported = std::string(line.ConstGetValue("import", ""));
   options.digits = std::clamp(line.ConstGetValueAsInt("digits", 6), 1, 17);
+  options.picture = std::string(line.ConstGetValue("svg", ""));
   CheckResult(options.result);
+  for (const std::string& name : {options.exported, options.picture}) {
+    if (!name.empty()) {
+      CheckOutput(name);
+    }
+  }
   return options;
 }
 
@@ -112,6 +131,7 @@ and reactions, and saves them in NAME.kdb, a multisection file.
   -digits N      digits of the numbers that are printed, 1 to 17; without it 6
   -export FILE   also writes nodes, bars and results as one binary stream
   -import FILE   compares such a file with the job
+  -svg FILE      also draws the deformed frame, its bars coloured by force
   -tmpdir DIR    the scratch directory, as far as the I/O tracker is concerned
   -error FLAG=N  debug printing of the library
   -help          this text

@@ -60,20 +60,23 @@ struct Record {
 
 /// What the command line asks for.
 struct Options {
-  std::string deck, result;        ///< the result: the path of the section file
-  std::string exported, imported;  ///< "" when not asked for
+  std::string deck, result;                 ///< the result: the path of the section file
+  std::string exported, imported, picture;  ///< "" when not asked for
   int digits;
 };
 
 /// Prints how the program is called, with an example.
 void PrintUsage();
-/// Throws std::invalid_argument for what the program does not take, and when the result
-/// could not be written.
+/// Throws std::invalid_argument for what the program does not take, and when what it is
+/// to write could not be written.
 Options ReadOptions(const utl_CommandLine& line);
 
 /// Throws the nex_TextException "FILE:LINE: REASON", or "FILE: REASON", unless it is
 /// good.
 void Check(bool isGood, const std::string& file, const std::string& reason, int line = 0);
+
+/// A text that may be endless, without its middle if it has more than so many characters.
+std::string Shortened(const std::string& text, std::size_t most = 200);
 
 /// The first three throw as Check does for a bad line, a mechanism, numbers too large.
 Deck ReadDeck(const std::string& name);
@@ -91,3 +94,7 @@ void Save(const std::string& path, const Record& record);
 void Export(const std::string& name, const Record& record);
 /// Throws as Check does unless it is such a file of this record.
 void Import(const std::string& name, const Record& record);
+
+/// Draws the deformed frame as an SVG file: bars coloured by their forces, with a legend,
+/// the undeformed frame behind it.
+void Draw(const std::string& name, const Deck& deck, const Results& results);

@@ -35,6 +35,10 @@ static void SolveDeck(const Options& options) {
       Export(options.exported, record);
       std::cout << "Exported to " << options.exported << ".\n";
     }
+    if (!options.picture.empty()) {
+      Draw(options.picture, deck, results);
+      std::cout << "Drawn in " << options.picture << ".\n";
+    }
     if (!options.imported.empty()) {
       Import(options.imported, record);
       std::cout << "The same in " << options.imported << ".\n";

@@ -229,6 +229,23 @@ TEST(TrussProgramTest, NeedsOneDeckThatIsNoOptionsValue) {
       std::string("expected one deck, not \"one.deck\" and \"two.deck\"") + kHint);
 }
 
+TEST(TrussProgramTest, ShowsEndlessNamesInPart) {
+  const TrussJob job(kTwoBarDeck);
+  const std::string endless = 'a' + std::string(100000, 'b') + 'c';
+  const std::string shown =
+      'a' + std::string(97, 'b') + "..." + std::string(97, 'b') + 'c';
+  const TrussRun run = job.Run({"-import", endless});
+  EXPECT_TRUE(run.err.starts_with("kst_truss: " + shown + ": ")) << run.err;
+  EXPECT_EQ(RunTruss({"-job", "job", "-outdir", job.DirPath(), endless}).err,
+            "kst_truss: " + shown + ": cannot be read\n");
+  ExpectRefusal({"-job", "a", endless, "b"},
+                "expected one deck, not \"" + shown + "\" and \"b\"" + kHint);
+  ExpectRefusal({"-job", "a", '-' + endless}, "unknown option -" + shown.substr(0, 97) +
+                                                  "..." + shown.substr(101) + kHint);
+  ExpectRefusal({"-job", "a", "-svg", endless, job.DeckPath()},
+                "cannot write " + shown + kHint);
+}
+
 TEST(TrussProgramTest, RefusesOptionsThatItDoesNotKnow) {
   const TrussJob job(kTwoBarDeck);
   for (const char* option : {"-jobs", "-Job", "--job", "-", "-x.deck", "-5", "-helpme"}) {
@@ -240,7 +257,8 @@ TEST(TrussProgramTest, RefusesOptionsThatItDoesNotKnow) {
 
 TEST(TrussProgramTest, RefusesOptionsWithoutTheirValue) {
   const TrussJob job(kTwoBarDeck);
-  for (const char* option : {"-job", "-outdir", "-digits", "-export", "-import"}) {
+  for (const char* option :
+       {"-job", "-outdir", "-digits", "-export", "-import", "-svg"}) {
     const std::string message = std::string("expected a value after ") + option + kHint;
     ExpectRefusal({option}, message);
     ExpectRefusal({option, "", job.DeckPath()}, message);
