@@ -1,6 +1,6 @@
-"""Loads the pages of kst_usage and kst_iotrack in a headless browser, which no script
-error may reach, and looks at what is there: plots painted in the colours of the mode, a
-page no wider than its window, and no more elements than were meant."""
+"""Loads the pages of kst_usage, of kst_iotrack and of a run in a headless browser. No error
+of a script may reach it; plots have to be painted in the colours of the mode, a page no
+wider than its window, and names no elements."""
 
 import html
 import json
@@ -11,6 +11,7 @@ import shutil
 import subprocess
 import tempfile
 import unittest
+import xml.etree.ElementTree
 
 GOLDEN = pathlib.Path(__file__).parent.parent / "tools" / "golden"
 CHROMIUM = shutil.which("chromium")
@@ -93,22 +94,16 @@ class BrowserTest(unittest.TestCase):
         self.assertLess(made.returncode, 2, made.stderr)
         return page.read_text(encoding="utf-8")
 
-    def load(self, text, width, is_dark):
-        """What the probe finds in a page, which must be loaded without a complaint."""
-        probe = PROBE.replace("COLOUR", str(DARK if is_dark else LIGHT))
-        probe = probe.replace("LIGHT", str(LIGHT))
-        probed = self.folder / "probed.html"
-        probed.write_text(text.replace("</body>\n", probe), encoding="utf-8")
-        frame = self.folder / "frame.html"
-        frame.write_text(FRAME.replace("WIDTH", str(width)))
+    def browse(self, page, is_dark):
+        """The browser's text of a page, which must be loaded without a complaint."""
         command = [
             CHROMIUM, "--headless", "--no-sandbox", "--disable-gpu", "--no-first-run",
             "--disable-background-networking", "--disable-component-update",
             "--disable-dev-shm-usage", "--disable-sync", "--enable-logging=stderr",
-            "--v=0", "--virtual-time-budget=5000",
-            f"--user-data-dir={self.folder / 'profile'}", "--window-size=1400,1300",
+            "--v=0", "--virtual-time-budget=5000", "--window-size=1400,1300",
+            f"--user-data-dir={self.folder / 'profile'}",
             f"--blink-settings=preferredColorScheme={0 if is_dark else 1}",
-            "--dump-dom", frame.as_uri(),
+            "--dump-dom", page.as_uri(),
         ]
         environment = dict(os.environ, HOME=str(self.folder))
         shown = subprocess.run(
@@ -116,8 +111,19 @@ class BrowserTest(unittest.TestCase):
         )
         said = [line for line in shown.stderr.splitlines() if "CONSOLE" in line]
         self.assertEqual(said, [])
-        found = re.search('<pre id="found">(.+)</pre>', shown.stdout)
-        self.assertIsNotNone(found, shown.stdout[-500:] + shown.stderr[-2000:])
+        return shown.stdout
+
+    def load(self, text, width, is_dark):
+        """What the probe finds in a page."""
+        probe = PROBE.replace("COLOUR", str(DARK if is_dark else LIGHT))
+        probe = probe.replace("LIGHT", str(LIGHT))
+        probed = self.folder / "probed.html"
+        probed.write_text(text.replace("</body>\n", probe), encoding="utf-8")
+        frame = self.folder / "frame.html"
+        frame.write_text(FRAME.replace("WIDTH", str(width)))
+        shown = self.browse(frame, is_dark)
+        found = re.search('<pre id="found">(.+)</pre>', shown)
+        self.assertIsNotNone(found, shown[-500:])
         return json.loads(html.unescape(found[1]))
 
     def check(self, text, plots, tables, windows=((360, False),)):
@@ -163,6 +169,30 @@ class BrowserTest(unittest.TestCase):
         path = self.folder / "a.use"
         path.write_text(log([]))
         self.check(self.make("KST_USAGE", path), plots=0, tables=1)
+
+    def test_page_of_a_run(self):
+        """What ./run makes, without its build."""
+        truss = GOLDEN.parent.parent.parent / "examples" / "truss"
+        command = [
+            os.environ["KST_TRUSS"], "-job", "job", "-outdir", self.folder,
+            "-svg", self.folder / "picture.svg", truss / "decks" / "space_truss.deck",
+        ]
+        environment = dict(os.environ, KES_RESOURCE_MONITOR="ON", KES_IO_TRACK="1")
+        subprocess.run(command, env=environment, check=True, capture_output=True)
+        picture = xml.etree.ElementTree.parse(self.folder / "picture.svg")
+        self.assertEqual(len(list(picture.iter("{http://www.w3.org/2000/svg}line"))), 51)
+        usage = self.make("KST_USAGE", self.folder / "job.use")
+        (self.folder / "usage.html").write_text(usage, encoding="utf-8")
+        tracked = self.make("KST_IOTRACK", self.folder / "job")
+        (self.folder / "io.html").write_text(tracked, encoding="utf-8")
+        page = (truss / "page.html").read_text(encoding="utf-8")
+        probe = """<script>addEventListener("load", () => {
+          const picture = document.images[0];
+          picture.alt = [picture.complete, picture.naturalWidth > 0, frames.length];
+        });</script></body>"""
+        whole = self.folder / "index.html"
+        whole.write_text(page.replace("</body>", probe), encoding="utf-8")
+        self.assertIn('alt="true,true,2"', self.browse(whole, True))
 
     def test_errors_are_seen(self):
         """That the test would see an error of a script, and a plot that is not drawn."""

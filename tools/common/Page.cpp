@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
@@ -68,8 +69,9 @@ std::string ScriptJson(const Json& list) {
 double LengthOf(const BarPlot& plot, std::size_t row) {
   double length = 0;
   for (const BarSeries& series : plot.series) {
-    const double value = std::isfinite(series.values[row]) ? series.values[row] : 0;
-    length = plot.isStacked ? length + value : std::max(length, value);
+    const double value = series.values[row];
+    const double part = std::isfinite(value) ? std::abs(value) : 0;
+    length = plot.isStacked ? length + part : std::max(length, part);
   }
   return length;
 }
@@ -121,6 +123,11 @@ std::string Grouped(std::int64_t number) {
   return text;
 }
 
+std::string FileNameOf(const std::string& path) {
+  const std::string name = path.substr(path.find_last_of("/\\") + 1);
+  return name.empty() ? path : name;
+}
+
 Page::Page(const std::string& tool, const std::string& title)
     : tool_(tool), title_(HtmlOf(Cut(title, kLongestText))) {}
 
@@ -145,10 +152,10 @@ void Page::Section(const std::string& title, const std::string& text) {
 }
 
 void Page::Add(const BarPlot& plot) {
-  if (plot.names.empty()) {
+  const std::vector<std::size_t> rows = Longest(plot);
+  if (std::ranges::all_of(rows, [&](auto row) { return LengthOf(plot, row) == 0; })) {
     return;
   }
-  const std::vector<std::size_t> rows = Longest(plot);
   Json names = Json::array();
   for (const std::size_t row : rows) {
     names.push_back(Cut(plot.names[row], kLongestName));

@@ -52,6 +52,9 @@ struct Table {
 /// A count as people read it: "1,234,567". REQUIRES: it is not negative.
 std::string Grouped(std::int64_t number);
 
+/// What stands behind the directories of a path, or all of it where nothing does.
+std::string FileNameOf(const std::string& path);
+
 /// A page for browsers: one file with all it needs in it, in which plots stand beside
 /// their tables. Texts may be anything; they are escaped here, and long ones are cut in
 /// their middle. The same calls make the same bytes.

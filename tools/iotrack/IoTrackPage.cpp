@@ -8,6 +8,11 @@ namespace {
 
 constexpr std::size_t kPoints = 400;  // of a curve, at most
 
+// Small jobs have to show something, too.
+std::string Megabytes(double value) {
+  return value < 10 ? fmt::format("{:.3f} MB", value) : fmt::format("{:.1f} MB", value);
+}
+
 std::string Number(double value) {
   return fmt::format("{:.3f}", value);
 }
@@ -31,8 +36,8 @@ void AddNotes(Page& page, const std::vector<TrackedJob>& jobs, std::size_t asked
 void AddFigures(Page& page, const Directories& sums) {
   const double written = sums.work.written.megabytes + sums.scratch.written.megabytes;
   const double read = sums.work.read.megabytes + sums.scratch.read.megabytes;
-  page.Figure("written", fmt::format("{:.1f} MB", written));
-  page.Figure("read", fmt::format("{:.1f} MB", read));
+  page.Figure("written", Megabytes(written));
+  page.Figure("read", Megabytes(read));
   page.Figure("time of transfers", fmt::format("{:.3f} s", sums.Seconds()));
 }
 
@@ -195,9 +200,9 @@ void AddJobs(Page& page, const std::vector<TrackedJob>& jobs) {
 Page IoTrackPage(const std::vector<TrackedJob>& jobs, const std::string& by,
                  std::size_t top, std::size_t asked) {
   const bool isOne = asked == 1;
-  Page page("kst_iotrack",
-            isOne ? jobs[0].name : fmt::format("I/O of {} jobs", jobs.size()));
-  page.Line(isOne ? fmt::format("I/O of a job: {} files, {} lines of totals",
+  Page page("kst_iotrack", isOne ? FileNameOf(jobs[0].name)
+                                 : fmt::format("I/O of {} jobs", jobs.size()));
+  page.Line(isOne ? fmt::format("I/O of {}: {} files, {} lines of totals", jobs[0].name,
                                 jobs[0].files.size(), jobs[0].lines.size())
                   : jobs.front().name + " to " + jobs.back().name);
   AddNotes(page, jobs, asked);

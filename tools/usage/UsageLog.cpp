@@ -246,14 +246,20 @@ UsageLog ReadUsageLog(const std::string& file) {
   return Reader(file).Read();
 }
 
+std::string NameOf(const UsageLog& log, const UsageMark& mark) {
+  if (&mark == log.marks.data()) {
+    return "(start)";
+  }
+  return IsLabel(mark.label, log.job + "-End") ? "(end)" : mark.label;
+}
+
 std::vector<UsagePhase> PhasesOf(const UsageLog& log) {
   std::vector<UsagePhase> phases;
   std::map<std::string, std::size_t> places;
   for (std::size_t i = 1; i < log.marks.size(); ++i) {
     const UsageMark& before = log.marks[i - 1];
     const UsageMark& mark = log.marks[i];
-    const bool isEnd = IsLabel(mark.label, log.job + "-End");
-    const std::string name = isEnd ? "(end)" : mark.label;
+    const std::string name = NameOf(log, mark);
     const auto [place, isNew] = places.try_emplace(name, phases.size());
     if (isNew) {
       phases.push_back({name, 0, 0, 0, 0, 0});

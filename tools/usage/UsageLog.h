@@ -43,13 +43,17 @@ UsageLog ReadUsageLog(const std::string& file);
 /// What the process did up to a mark, after the mark before; marks of the same label are
 /// one phase.
 struct UsagePhase {
-  std::string name;  ///< "(end)" for the mark that ends a log, so that jobs compare
+  std::string name;  ///< as NameOf has it
   std::int64_t count = 0;
   std::int64_t wall = 0;
   double processor = 0;
   std::int64_t bytes = 0;  ///< the largest of the working sets at its marks
   std::int64_t faults = 0;
 };
+
+/// The label of a mark, or "(start)" and "(end)" for those that begin and end a log, so
+/// that jobs compare.
+std::string NameOf(const UsageLog& log, const UsageMark& mark);
 
 /// In the order in which they first came.
 std::vector<UsagePhase> PhasesOf(const UsageLog& log);

@@ -106,7 +106,7 @@ CurvePlot PlotOfMemory(const std::vector<const UsageLog*>& logs, bool byTime) {
     for (const UsageMark* mark : MarksOfMemory(*log, kPoints)) {
       curve.x.push_back(Place(*log, *mark, byTime));
       curve.y.push_back(Megabytes(mark->bytes));
-      curve.labels.push_back(mark->label);
+      curve.labels.push_back(NameOf(*log, *mark));
     }
     if (log->marks.size() > kPoints) {
       plot.caption = fmt::format("Resident memory, of several marks the one with most");
@@ -128,7 +128,7 @@ void AddMemory(Page& page, const UsageLog& log) {
   table.texts = {"mark"};
   table.numbers = {"wall s", "CPU s", "MB", "peak MB", "faults"};
   for (const UsageMark& mark : log.marks) {
-    table.rows.push_back({mark.label, fmt::format("{}", mark.wall),
+    table.rows.push_back({NameOf(log, mark), fmt::format("{}", mark.wall),
                           fmt::format("{:.1f}", mark.processor),
                           fmt::format("{:.1f}", Megabytes(mark.bytes)),
                           fmt::format("{:.1f}", Megabytes(mark.peakBytes)),
@@ -138,8 +138,8 @@ void AddMemory(Page& page, const UsageLog& log) {
 }
 
 Page PageOf(const UsageLog& log) {
-  Page page(kName, log.file);
-  page.Line(Description(log));
+  Page page(kName, FileNameOf(log.file));
+  page.Line(fmt::format("{}: {}", log.file, Description(log)));
   AddNotes(page, {log}, 1);
   const UsageMark& last = log.marks.back();
   page.Figure("wall time", fmt::format("{} s", last.wall));
@@ -179,8 +179,8 @@ void AddPairs(Page& page, const std::string& unit, const std::vector<Pair>& pair
 
 Page PageOfDifference(const UsageLog& old, const UsageLog& fresh) {
   Page page(kName, "Two runs compared");
-  page.Line(fmt::format("old: {} - {}", old.file, Description(old)));
-  page.Line(fmt::format("new: {} - {}", fresh.file, Description(fresh)));
+  page.Line(fmt::format("old: {}: {}", old.file, Description(old)));
+  page.Line(fmt::format("new: {}: {}", fresh.file, Description(fresh)));
   AddNotes(page, {old, fresh}, 2);
   page.Section("Whole job");
   AddPairs(page, "", PairsOf(Totals(old), Totals(fresh)));
