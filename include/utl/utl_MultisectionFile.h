@@ -201,7 +201,8 @@ class KSTUTL_EXPORT utl_MultisectionFile {
   ///   provided that both are on one file system. Hard links keep the old file.
   /// - On Linux a reader that has the old file open keeps it; one that opens `path` gets
   ///   the old or the new file, never something in between. Windows replaces no file that
-  ///   others have open: saving waits up to 200 ms for them, and then fails.
+  ///   others have open: saving waits up to 200 ms for them, and then fails. Who opens
+  ///   the file there at the very moment of its replacement may be refused.
   ///
   /// Throws what saveChanges throws, and utl_FileExceptionWrite when the file cannot be
   /// replaced: with code 5 for the reasons above, with the system's code for others, and
