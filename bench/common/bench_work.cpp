@@ -106,6 +106,11 @@ Part::Part(void (*add)()) {
   Parts().push_back(add);
 }
 
+benchmark::internal::Benchmark& Register(const std::string& name,
+                                         std::function<void(benchmark::State&)> measure) {
+  return *benchmark::RegisterBenchmark(name.c_str(), std::move(measure));
+}
+
 const Work& Work::Counted(int runs) const {
   Works()[name_].counted = runs;
   return *this;

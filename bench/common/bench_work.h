@@ -30,6 +30,10 @@ struct Part {
   explicit Part(void (*add)());
 };
 
+/// Adds a benchmark.
+benchmark::internal::Benchmark& Register(const std::string& name,
+                                         std::function<void(benchmark::State&)> measure);
+
 /// A result as text, by which results are compared.
 template <class Result>
 std::string Text(const Result& result) {
@@ -75,13 +79,12 @@ class Work {
   /// The same; `prepare()` is called before each repetition.
   template <class Run, class Prepare>
   const Work& Measured(const std::string& coding, Run run, Prepare prepare) const {
-    benchmark::RegisterBenchmark((name_ + "/" + coding).c_str(),
-                                 [run, prepare](benchmark::State& state) mutable {
-                                   prepare();
-                                   for (auto _ : state) {
-                                     Once(run);
-                                   }
-                                 });
+    Register(name_ + '/' + coding, [run, prepare](benchmark::State& state) mutable {
+      prepare();
+      for (auto _ : state) {
+        Once(run);
+      }
+    });
     if (coding == "ours") {
       Count([run, prepare]() mutable {
         prepare();
@@ -94,13 +97,11 @@ class Work {
   /// Measures what `run()` says that it took, in seconds.
   template <class Run>
   const Work& Timed(const std::string& coding, Run run) const {
-    benchmark::RegisterBenchmark((name_ + "/" + coding).c_str(),
-                                 [run](benchmark::State& state) mutable {
-                                   for (auto _ : state) {
-                                     state.SetIterationTime(run());
-                                   }
-                                 })
-        ->UseManualTime();
+    Register(name_ + '/' + coding, [run](benchmark::State& state) mutable {
+      for (auto _ : state) {
+        state.SetIterationTime(run());
+      }
+    }).UseManualTime();
     return *this;
   }
 

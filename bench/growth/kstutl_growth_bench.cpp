@@ -31,8 +31,8 @@ using Run = std::function<void()>;
 // `prepare(units)` returns what is measured.
 template <class Prepare>
 void Add(const char* name, const std::vector<std::int64_t>& sizes, Prepare prepare) {
-  auto* const added =
-      benchmark::RegisterBenchmark(name, [prepare](benchmark::State& state) {
+  benchmark::internal::Benchmark& added =
+      bench::Register(name, [prepare](benchmark::State& state) {
         const Run run = prepare(state.range(0));
         for (auto _ : state) {
           run();
@@ -40,7 +40,7 @@ void Add(const char* name, const std::vector<std::int64_t>& sizes, Prepare prepa
         }
       });
   for (const std::int64_t size : sizes) {
-    added->Arg(size);
+    added.Arg(size);
   }
 }
 

@@ -22,7 +22,7 @@ def lines(path):
         name, units = result["run_name"].split("/")
         points = found.setdefault(name, {})
         points[int(units)] = result["cpu_time"] / int(units)
-    return {name: sorted(points.items()) for name, points in found.items()}
+    return {name: sorted(points.items()) for name, points in sorted(found.items())}
 
 
 def plot(found, target):
@@ -41,7 +41,7 @@ def plot(found, target):
 
 
 def number_text(number):
-    return f"{number:.0f}" if number >= 100 else f"{number:.2g}"
+    return f"{number:.0f}" if number >= 10 else f"{number:.2g}"
 
 
 def main():
