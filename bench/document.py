@@ -11,7 +11,7 @@ import shutil
 import sys
 
 BEGIN, END = "<!-- measured by scripts/bench --document -->", "<!-- end -->"
-FEATURES = "sse4_2 pclmulqdq avx2 bmi2 avx512f avx512bw avx512_vbmi vpclmulqdq".split()
+FEATURES = "sse4_2 pclmulqdq avx2 bmi2 avx512f avx512bw avx512vbmi vpclmulqdq".split()
 
 
 def processor():
@@ -22,7 +22,8 @@ def processor():
     has = [feature for feature in FEATURES if feature in fields["flags"].split()]
     cache = pathlib.Path("/sys/devices/system/cpu/cpu0/cache/index2/size")
     second = f", {cache.read_text().strip()} of second-level cache" if cache.exists() else ""
-    return f"{fields['model name']} with {', '.join(has)}{second}; Linux {platform.release()}"
+    system = ".".join(platform.release().split(".")[:2])
+    return f"{fields['model name']} with {', '.join(has)}{second}; Linux {system}"
 
 
 def main():
