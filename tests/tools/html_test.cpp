@@ -453,6 +453,14 @@ TEST_F(KstHtmlTest, WhatALinkLeadsToIsReplaced) {
   EXPECT_TRUE(ReadWholeFile(Path("target.html")).starts_with("<!DOCTYPE html>"));
 }
 
+TEST_F(KstHtmlTest, PathsMayBeginWithASlash) {
+  std::string log = Written("a.use", Log({"read"}));
+  log = log.substr(log.find_first_of("/\\"));
+  std::replace(log.begin(), log.end(), '\\', '/');
+  EXPECT_EQ(RunWith(KstUsage, {"--html", log + ".html", log}).status, kFinding);
+  EXPECT_TRUE(FileExists(Path("a.use.html")));
+}
+
 TEST_F(KstHtmlTest, CountsAreGrouped) {
   const std::pair<std::int64_t, const char*> cases[] = {
       {0, "0"}, {999, "999"}, {1000, "1,000"}, {123456789, "123,456,789"}};

@@ -55,6 +55,11 @@ int RunTool(CLI::App& app, int argc, const char* const* argv, const Console& con
   const std::string name = app.get_name();
   try {
     const StartedLibrary library;
+    // On Windows, too, what begins with a slash is a path.
+    app.allow_windows_style_options(false);
+    for (CLI::App* const verb : app.get_subcommands({})) {
+      verb->allow_windows_style_options(false);
+    }
     app.set_version_flag(
         "--version", [&] { return Version(name); }, "Print the version and exit");
     app.failure_message([](const CLI::App* tool, const CLI::Error& error) {
