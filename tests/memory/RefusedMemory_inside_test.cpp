@@ -133,7 +133,7 @@ TEST_F(RefusedMemoryTest, SystemCreateForAWhile) {
 // The destructors of the library rely on it.
 // A number so high that the table of open files has no place for it yet is where memory
 // can run out after the file was made.
-TEST_F(RefusedMemoryTest, FileThatWasMadeGoesAgain) {
+TEST_F(RefusedMemoryTest, FileJustMadeIsDeletedWhenMemoryRunsOut) {
   const std::string name = Name("made");
   bool refused = true;
   for (int nth = 1; refused; ++nth) {

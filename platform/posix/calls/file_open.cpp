@@ -188,7 +188,7 @@ int OpenByKind(const Request& request, Kind kind, bool& existed) {
   return OpenOrCreate(request, existed);
 }
 
-// The same for one that was just made, which goes again should memory run out.
+// The same for a file that was just made: it is deleted should memory run out.
 DWORD CompleteMade(int fd, const Request& request) {
   try {
     return Complete(fd, request, false);

@@ -42,8 +42,8 @@ char* Map(std::size_t size) {
   char* const aligned = begin + (RoundedUp(address, kLargePage) - address);
   Unmap(begin, aligned);
   Unmap(aligned + size, begin + whole);
-  madvise(aligned, size,
-          MADV_HUGEPAGE);  // where it is refused, small pages serve as well
+  // Where this is refused, small pages serve as well.
+  madvise(aligned, size, MADV_HUGEPAGE);
   return aligned;
 }
 
@@ -59,16 +59,18 @@ char* LargeBlocks::Take(std::size_t size) {
   }
   const std::size_t room = RoundedUp(size, kPage);
   if (room > static_cast<std::size_t>(end_ - next_)) {
-    // Where the process may not have much, the block alone.
     std::size_t stretch = std::max(room, kStretch);
-    char* const begin = Map(stretch);
-    char* const alone = begin == nullptr && room < stretch ? Map(stretch = room) : begin;
-    if (alone == nullptr) {
+    char* begin = Map(stretch);
+    if (begin == nullptr) {  // the process may not have so much: the block alone
+      stretch = room;
+      begin = Map(stretch);
+    }
+    if (begin == nullptr) {
       throw std::bad_alloc();
     }
     Unmap(next_, end_);
-    next_ = alone;
-    end_ = alone + stretch;
+    next_ = begin;
+    end_ = begin + stretch;
   }
   return std::exchange(next_, next_ + room);
 }

@@ -94,6 +94,7 @@
           data: one.x.map((x, i) => ({ x: x, y: one.y[i] })),
           stepped: plot.stepped ? "after" : false,
           borderWidth: 2, pointRadius: few && !plot.stepped ? 3 : 0,
+          clip: 4,  // the first and the last point lie on the edge
         })),
       },
       options: {

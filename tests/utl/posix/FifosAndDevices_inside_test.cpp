@@ -14,15 +14,15 @@
 
 namespace {
 
-class SpecialFilesTest : public TempFileFixture {
+class FifosAndDevicesTest : public TempFileFixture {
  protected:
-  SpecialFilesTest() {
+  FifosAndDevicesTest() {
     EXPECT_EQ(mkfifo(dir_.File("fifo").c_str(), 0644), 0);
     std::filesystem::create_directory(dir_.File("t"));
   }
 };
 
-TEST_F(SpecialFilesTest, HaveAStatus) {
+TEST_F(FifosAndDevicesTest, HaveAStatus) {
   for (const std::string& name : {Shown("fifo"), std::string("Z:\\dev\\null")}) {
     const utl_Stat status(name.c_str());
     EXPECT_EQ(status.record, &status.size) << name;
@@ -32,7 +32,7 @@ TEST_F(SpecialFilesTest, HaveAStatus) {
   }
 }
 
-TEST_F(SpecialFilesTest, AnswerForTheirPaths) {
+TEST_F(FifosAndDevicesTest, AnswerForTheirPaths) {
   const utl_FilePath fifo(Shown("fifo").c_str(), "");
   EXPECT_TRUE(fifo.Exists());
   EXPECT_TRUE(fifo.IsReadable());
@@ -40,7 +40,7 @@ TEST_F(SpecialFilesTest, AnswerForTheirPaths) {
   EXPECT_FALSE(fifo.IsDir());
 }
 
-TEST_F(SpecialFilesTest, AreFilesOfAListingAndHaveNone) {
+TEST_F(FifosAndDevicesTest, AreFilesOfAListingAndHaveNone) {
   std::filesystem::create_symlink("missing", dir_.File("toNothing"));
   const utl_DirObject listing(utl_FilePath(dir_.ShownPath().c_str(), ""));
   EXPECT_EQ(listing.FileCount(), 2);  // the FIFO and the link
@@ -49,7 +49,7 @@ TEST_F(SpecialFilesTest, AreFilesOfAListingAndHaveNone) {
   EXPECT_EQ(utl_DirObject(utl_FilePath(Shown("fifo").c_str(), "")).FileCount(), 0);
 }
 
-TEST_F(SpecialFilesTest, ArePassedOverAsTemporaryDirectories) {
+TEST_F(FifosAndDevicesTest, ArePassedOverAsTemporaryDirectories) {
   const ScopedEnvironment scratch("SCRATCH", Shown("fifo").c_str());
   const ScopedEnvironment tmpdir("TMPDIR", Shown("t").c_str());
   EXPECT_EQ(DirectoryOf(utl_TempFile("")), Shown("t"));

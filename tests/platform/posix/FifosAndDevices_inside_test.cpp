@@ -32,14 +32,14 @@ unsigned long long CreationOf(const std::string& path) {
   return static_cast<unsigned long long>(time.dwHighDateTime) << 32 | time.dwLowDateTime;
 }
 
-class SpecialFilesTest : public PlatformTest {
+class FifosAndDevicesTest : public PlatformTest {
  protected:
-  SpecialFilesTest() { EXPECT_EQ(mkfifo(Name("fifo").c_str(), 0644), 0); }
+  FifosAndDevicesTest() { EXPECT_EQ(mkfifo(Name("fifo").c_str(), 0644), 0); }
 };
 
 }  // namespace
 
-TEST_F(SpecialFilesTest, StatusOfAFifoWaitsForNobody) {
+TEST_F(FifosAndDevicesTest, StatusOfAFifoWaitsForNobody) {
   for (const DWORD access : {DWORD{GENERIC_READ}, DWORD{0}}) {
     const ScopedHandle handle(
         Open(Name("fifo"), access, kShareAll, OPEN_EXISTING, kBackup));
@@ -51,7 +51,7 @@ TEST_F(SpecialFilesTest, StatusOfAFifoWaitsForNobody) {
   }
 }
 
-TEST_F(SpecialFilesTest, HandleForTheStatusReadsNothing) {
+TEST_F(FifosAndDevicesTest, HandleForTheStatusReadsNothing) {
   const ScopedHandle handle(
       Open(Name("fifo"), GENERIC_READ, kShareAll, OPEN_EXISTING, kBackup));
   char byte = 0;
@@ -60,7 +60,7 @@ TEST_F(SpecialFilesTest, HandleForTheStatusReadsNothing) {
             DWORD{ERROR_ACCESS_DENIED});
 }
 
-TEST_F(SpecialFilesTest, FifoThatIsReadHasItsData) {
+TEST_F(FifosAndDevicesTest, FifoThatIsReadHasItsData) {
   const int writer = open(Name("fifo").c_str(), O_RDWR | O_NONBLOCK);
   ASSERT_EQ(write(writer, "text", 4), 4);
   const ScopedHandle handle(Open(Name("fifo")));
@@ -68,7 +68,7 @@ TEST_F(SpecialFilesTest, FifoThatIsReadHasItsData) {
   close(writer);
 }
 
-TEST_F(SpecialFilesTest, NamesOfSpecialFilesAreAnsweredAtOnce) {
+TEST_F(FifosAndDevicesTest, NamesOfSpecialFilesAreAnsweredAtOnce) {
   for (const std::string& name : {Name("fifo"), std::string("Z:\\dev\\null")}) {
     struct _stat64i32 status = {};
     EXPECT_EQ(_access(name.c_str(), 6), 0) << name;
@@ -86,7 +86,7 @@ TEST_F(SpecialFilesTest, NamesOfSpecialFilesAreAnsweredAtOnce) {
   }
 }
 
-TEST_F(SpecialFilesTest, SpecialFilesAndDanglingLinksAreListed) {
+TEST_F(FifosAndDevicesTest, SpecialFilesAndDanglingLinksAreListed) {
   std::filesystem::create_symlink("missing", Name("toNothing"));
   std::filesystem::create_symlink("loop", Name("loop"));
   for (const char* name : {"fifo", "toNothing", "loop"}) {
@@ -99,7 +99,7 @@ TEST_F(SpecialFilesTest, SpecialFilesAndDanglingLinksAreListed) {
   }
 }
 
-TEST_F(SpecialFilesTest, CreationTimeStaysWhenTheFileIsWritten) {
+TEST_F(FifosAndDevicesTest, CreationTimeStaysWhenTheFileIsWritten) {
   struct statx status = {};
   ASSERT_EQ(statx(AT_FDCWD, Name("a").c_str(), 0, STATX_BTIME, &status), 0);
   if ((status.stx_mask & STATX_BTIME) == 0) {
