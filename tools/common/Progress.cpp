@@ -25,7 +25,7 @@ Progress::~Progress() {
 }
 
 void Progress::Add(std::int64_t done) {
-  done_ = std::min(done_ + done, total_);
+  done_ = std::min(done_ + std::max<std::int64_t>(done, 0), total_);
   if (!isWatched_ || Clock::now() < next_) {
     return;
   }

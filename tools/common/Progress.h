@@ -18,6 +18,7 @@ class Progress {
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
+  /// A negative length, as a damaged file may have it, counts as 0.
   void Add(std::int64_t done);
 
  private:

@@ -73,11 +73,7 @@ namespace {
 // lines.
 std::string Verify(const std::string& file, const Console& console, Json& report) {
   SectionFile sections(file);
-  std::int64_t bytes = 0;
-  for (const utl_SectionInfo& section : sections.Sections()) {
-    bytes += std::max(section.length, 0);
-  }
-  Progress progress(console, bytes);
+  Progress progress(console, sections.Bytes());
   Json listed = Json::array();
   std::string problems;
   for (const utl_SectionInfo& section : sections.Sections()) {
@@ -237,19 +233,24 @@ int DiffFiles(const DiffOptions& options, const Console& console) {
   const std::vector<std::string> inOld = Sorted(before);
   const std::vector<std::string> inFresh = Sorted(after);
   Json differences = Json::array();
+  std::string lines;  // written at the end, below no progress bar
   const auto tell = [&](const std::string& name, const std::string& difference) {
-    if (difference.empty()) {
-      return;
-    }
-    differences.push_back({{"name", name}, {"difference", difference}});
-    if (!options.asJson) {
-      console.out << '"' << Shown(name) << "\": " << Shown(difference) << '\n';
+    if (!difference.empty()) {
+      differences.push_back({{"name", name}, {"difference", difference}});
+      lines += fmt::format("\"{}\": {}\n", Shown(name), Shown(difference));
     }
   };
-  for (const std::string& name : before) {
-    tell(name, Contains(inFresh, name)
-                   ? Difference(name, old.Data(name), fresh.Data(name), options)
-                   : "only in " + options.files[0]);
+  {
+    Progress progress(console, old.Bytes());
+    for (const std::string& name : before) {
+      if (!Contains(inFresh, name)) {
+        tell(name, "only in " + options.files[0]);
+        continue;
+      }
+      const std::string data = old.Data(name);
+      tell(name, Difference(name, data, fresh.Data(name), options));
+      progress.Add(static_cast<std::int64_t>(data.size()));
+    }
   }
   for (const std::string& name : after) {
     tell(name, Contains(inOld, name) ? "" : "only in " + options.files[1]);
@@ -257,6 +258,8 @@ int DiffFiles(const DiffOptions& options, const Console& console) {
   if (options.asJson) {
     console.out << JsonText(
         {{"files", {options.files[0], options.files[1]}}, {"differences", differences}});
+  } else {
+    console.out << lines;
   }
   return differences.empty() ? kGood : kFinding;
 }

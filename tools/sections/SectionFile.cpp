@@ -1,5 +1,6 @@
 #include "sections/SectionFile.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <string_view>
 
@@ -16,6 +17,14 @@ constexpr std::int64_t kEntry = 12;  // and the name
 
 SectionFile::SectionFile(const std::string& path)
     : path_(path), file_(path, utl_FileAccessRead), sections_(file_.getSections()) {}
+
+std::int64_t SectionFile::Bytes() const {
+  std::int64_t bytes = 0;
+  for (const utl_SectionInfo& section : sections_) {
+    bytes += std::max(section.length, 0);
+  }
+  return bytes;
+}
 
 std::string SectionFile::Data(const std::string& name) {
   const std::vector<char> data = file_.getSection<char>(name);
@@ -34,10 +43,9 @@ std::string SectionFile::Damage(int number) {
 }
 
 std::int64_t SectionFile::Surplus() const {
-  std::int64_t size = kHeader;
+  std::int64_t size = kHeader + Bytes();
   for (const utl_SectionInfo& section : sections_) {
-    const auto name = static_cast<std::int64_t>(std::string_view(section.name).size());
-    size += kEntry + name + std::max(section.length, 0);
+    size += kEntry + static_cast<std::int64_t>(std::string_view(section.name).size());
   }
   return static_cast<std::int64_t>(std::filesystem::file_size(utl_nativePath(path_))) -
          size;

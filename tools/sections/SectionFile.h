@@ -14,6 +14,9 @@ class SectionFile {
 
   const std::vector<utl_SectionInfo>& Sections() const { return sections_; }
 
+  /// How many bytes all sections have together.
+  std::int64_t Bytes() const;
+
   /// The section's bytes, checked. Throws for a damaged section and an absent one.
   std::string Data(const std::string& name);
 

@@ -83,14 +83,18 @@ int RemoveSections(const std::string& file, const std::vector<std::string>& sect
   }
   NewSectionFile fresh(output);
   std::size_t kept = 0;
-  for (const utl_SectionInfo& section : old.Sections()) {
-    const std::string name(section.name);
-    if (std::find(sections.begin(), sections.end(), name) == sections.end()) {
-      fresh.Add(name, old.Data(name));
-      ++kept;
+  {
+    Progress progress(console, old.Bytes());
+    for (const utl_SectionInfo& section : old.Sections()) {
+      const std::string name(section.name);
+      if (std::find(sections.begin(), sections.end(), name) == sections.end()) {
+        fresh.Add(name, old.Data(name));
+        ++kept;
+      }
+      progress.Add(section.length);
     }
+    fresh.Save();
   }
-  fresh.Save();
   console.out << fmt::format("{}: {} of {} sections\n", Shown(output), kept,
                              old.Sections().size());
   return kGood;
@@ -101,23 +105,29 @@ int SalvageSections(const std::string& file, const std::string& output,
   SectionFile damaged(file);
   NewSectionFile rescued(output);
   std::set<std::string> names;
+  std::string lines;  // written at the end, below no progress bar
   std::size_t saved = 0;
-  int number = 0;
-  for (const utl_SectionInfo& section : damaged.Sections()) {
-    const std::string name(section.name);
-    std::string damage = damaged.Damage(number++);
-    if (!names.insert(name).second) {
-      damage = "another section of this name comes before it";
+  {
+    Progress progress(console, damaged.Bytes());
+    int number = 0;
+    for (const utl_SectionInfo& section : damaged.Sections()) {
+      const std::string name(section.name);
+      std::string damage = damaged.Damage(number++);
+      if (!names.insert(name).second) {
+        damage = "another section of this name comes before it";
+      }
+      if (damage.empty()) {
+        rescued.Add(name, damaged.Data(name));
+        ++saved;
+      } else {
+        lines += fmt::format("lost: \"{}\", {} bytes: {}\n", Shown(name), section.length,
+                             damage);
+      }
+      progress.Add(section.length);
     }
-    if (damage.empty()) {
-      rescued.Add(name, damaged.Data(name));
-      ++saved;
-    } else {
-      console.out << fmt::format("lost: \"{}\", {} bytes: {}\n", Shown(name),
-                                 section.length, damage);
-    }
+    rescued.Save();
   }
-  rescued.Save();
+  console.out << lines;
   console.out << fmt::format("{}: {} of {} sections\n", Shown(output), saved,
                              damaged.Sections().size());
   return saved == damaged.Sections().size() ? kGood : kFinding;
