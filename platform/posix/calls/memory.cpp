@@ -16,7 +16,7 @@ namespace platform {
 namespace {
 
 constexpr std::size_t kPage = 4096;
-constexpr std::size_t kLargePage = 2 * 1024 * 1024;
+constexpr std::size_t kLargePage = std::size_t{2} * 1024 * 1024;
 constexpr std::size_t kStretch = 16 * kLargePage;
 
 std::size_t RoundedUp(std::size_t size, std::size_t unit) {

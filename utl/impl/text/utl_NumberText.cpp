@@ -58,6 +58,7 @@ bool utl_NumberText::FormatShort(double value, int precision) {
   if (magnitude != static_cast<double>(whole)) {
     // The number is the one that is closest to these thousandths if it is what their
     // division gives. With so few digits they are then its rounded digits, too.
+    // NOLINTNEXTLINE(bugprone-incorrect-roundings): one that is wrong is found out below
     thousandths = static_cast<std::uint64_t>(magnitude * 1000 + 0.5);
     const auto rounded = static_cast<double>(thousandths);
     if (precision > kExactDigits || rounded >= most || rounded / 1000 != magnitude) {

@@ -3,6 +3,7 @@
 // Internal to the library: whole numbers as decimal digits.
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -12,9 +13,9 @@ inline constexpr int kMostDigits = 20;
 /// "00", "01" to "99".
 inline constexpr std::array<char, 200> kPairsOfDigits = [] {
   std::array<char, 200> pairs = {};
-  for (int i = 0; i < 100; ++i) {
-    pairs[static_cast<std::size_t>(2 * i)] = static_cast<char>('0' + i / 10);
-    pairs[static_cast<std::size_t>(2 * i + 1)] = static_cast<char>('0' + i % 10);
+  for (std::size_t i = 0; i < pairs.size(); i += 2) {
+    pairs[i] = static_cast<char>('0' + i / 20);
+    pairs[i + 1] = static_cast<char>('0' + i / 2 % 10);
   }
   return pairs;
 }();
