@@ -3,7 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <regex>
+#include <string>
+#include <vector>
 
 #include "truss_job.h"
 
@@ -14,15 +15,27 @@ struct Line {
   std::string colour;  // "" for an undeformed bar
 };
 
+// The value of a tag's attribute, "" when it has none.
+std::string Attribute(const std::string& tag, const std::string& name) {
+  const std::string start = ' ' + name + "='";
+  const std::size_t begin = tag.find(start);
+  if (begin == std::string::npos) {
+    return "";
+  }
+  const std::size_t value = begin + start.size();
+  return tag.substr(value, tag.find('\'', value) - value);
+}
+
 // The bars' lines: those of the undeformed frame, then the others.
 std::vector<Line> LinesIn(const std::string& svg) {
-  const std::regex form(
-      "<line x1='([-.0-9]+)' y1='([-.0-9]+)' x2='([-.0-9]+)' y2='([-.0-9]+)'"
-      "( stroke='([^']*)')?");
+  constexpr char kBar[] = "<line x1=";  // the legend's line has a class first
   std::vector<Line> lines;
-  for (std::sregex_iterator it(svg.begin(), svg.end(), form), end; it != end; ++it) {
-    lines.push_back({std::stod((*it)[1]), std::stod((*it)[2]), std::stod((*it)[3]),
-                     std::stod((*it)[4]), (*it)[6]});
+  for (std::size_t begin = svg.find(kBar); begin != std::string::npos;
+       begin = svg.find(kBar, begin + 1)) {
+    const std::string tag = svg.substr(begin, svg.find('>', begin) - begin);
+    const auto number = [&](const char* name) { return std::stod(Attribute(tag, name)); };
+    lines.push_back({number("x1"), number("y1"), number("x2"), number("y2"),
+                     Attribute(tag, "stroke")});
   }
   return lines;
 }
