@@ -46,8 +46,7 @@ bool Skip(std::string_view& text, std::string_view expected) {
 struct Parts {
   std::string_view host, port, path;
 
-  explicit Parts(std::string_view text) {
-    host = Take(text, IsHostCharacter);
+  explicit Parts(std::string_view text) : host(Take(text, IsHostCharacter)) {
     if (host.empty()) {
       return;
     }

@@ -18,7 +18,7 @@ inline constexpr int kBase64Invalid = -3;
 inline constexpr auto kBase64Values = [] {
   std::array<int, 256> values{};
   values.fill(kBase64Invalid);
-  for (std::size_t i = 0; i < kBase64Alphabet.size(); ++i) {
+  for (std::size_t i = 0; i != kBase64Alphabet.size(); ++i) {
     values[static_cast<unsigned char>(kBase64Alphabet[i])] = static_cast<int>(i);
   }
   values['\0'] = kBase64End;

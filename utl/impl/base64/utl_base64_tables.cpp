@@ -10,7 +10,7 @@ using Pair = std::array<char, 2>;
 // The two characters of every value of 12 bits.
 constexpr auto kPairs = [] {
   std::array<Pair, 4096> pairs{};
-  for (std::size_t i = 0; i < pairs.size(); ++i) {
+  for (std::size_t i = 0; i != pairs.size(); ++i) {
     pairs[i] = {kBase64Alphabet[i >> 6], kBase64Alphabet[i & 63]};
   }
   return pairs;

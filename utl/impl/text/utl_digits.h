@@ -13,7 +13,7 @@ inline constexpr int kMostDigits = 20;
 /// "00", "01" to "99".
 inline constexpr std::array<char, 200> kPairsOfDigits = [] {
   std::array<char, 200> pairs = {};
-  for (std::size_t i = 0; i < pairs.size(); i += 2) {
+  for (std::size_t i = 0; i != pairs.size(); i += 2) {
     pairs[i] = static_cast<char>('0' + i / 20);
     pairs[i + 1] = static_cast<char>('0' + i / 2 % 10);
   }
