@@ -25,6 +25,11 @@ char* Environment(const char* name);
 /// Whether a file that is open can be replaced by renaming another one.
 bool OpenFilesCanBeReplaced();
 
+/// Flushes the name of a file to the disk, which on POSIX flushing the file does not do:
+/// the error number, 0 for success. In a directory that this process may not read it
+/// cannot, and does nothing.
+unsigned FlushName(const char* name);
+
 // The rights of files: owner, group and permissions on POSIX. On Windows a file inherits
 // those of its directory, and these calls do nothing.
 

@@ -163,10 +163,10 @@ class KSTUTL_EXPORT utl_MultisectionFile {
   void setSection(const cow_String& name, std::span<const T> values);
 
   /// Rewrites the whole file: first to the temporary file `path`.PID.tmp (PID is the
-  /// decimal process number), which is flushed to disk, then from there over the file
-  /// itself, which is flushed, too. Afterwards no section is held in memory. The
-  /// temporary file is always deleted; only a process that dies meanwhile leaves it
-  /// behind, and then the file is intact or the temporary file is complete
+  /// decimal process number), which is flushed to disk with its name, then from there
+  /// over the file itself, which is flushed, too. Afterwards no section is held in
+  /// memory. The temporary file is always deleted; only a process that dies meanwhile
+  /// leaves it behind, and then the file is intact or the temporary file is complete
   /// (docs/multisection-file.md says how to tell).
   ///
   /// The temporary file is always a new one: a file or link of its name is deleted

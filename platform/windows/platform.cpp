@@ -50,6 +50,11 @@ bool OpenFilesCanBeReplaced() {
   return false;
 }
 
+// Flushing a file flushes its name, too.
+unsigned FlushName(const char*) {
+  return ERROR_SUCCESS;
+}
+
 void* OwnersAlone() {
   return nullptr;
 }

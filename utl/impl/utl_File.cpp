@@ -151,6 +151,13 @@ void utl_fileFailAtEnd(const cow_String& path) {
   Fail<utl_FileExceptionRead>("ReadFile", ERROR_HANDLE_EOF, path);
 }
 
+void utl_fileFlushName(const cow_String& path) {
+  const DWORD code = platform::FlushName(path.c_str());
+  if (code != ERROR_SUCCESS) {
+    Fail<utl_FileExceptionFlush>("FlushFileBuffers of the directory", code, path);
+  }
+}
+
 utl_File::utl_File() = default;
 
 utl_File::utl_File(const cow_String& path, utl_FileAccess access, utl_FileSharing sharing)

@@ -16,6 +16,7 @@
 #include <memory>
 #include <new>
 
+#include "platform/posix/state/posix_directory.h"
 #include "platform/posix/state/posix_error.h"
 #include "platform/posix/state/posix_file.h"
 #include "platform/posix/state/posix_path.h"
@@ -81,16 +82,6 @@ DWORD CheckNewName(Path& name, bool mayReplace) {
   return ERROR_SUCCESS;
 }
 
-int OpenDirectory(const std::string& path) {
-  return Retried([&] { return open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
-}
-
-// Flushes a directory's names to the disk. File systems that have nothing to flush answer
-// EINVAL.
-bool Flush(int directory) {
-  return Retried([&] { return fsync(directory); }) == 0 || errno == EINVAL;
-}
-
 // Renames a file; with `isThrough` the renaming is then on the disk. The directory is
 // opened first, so that after the renaming only the disk can fail.
 DWORD Rename(const std::string& from, const std::string& to, bool isThrough) {
@@ -98,7 +89,8 @@ DWORD Rename(const std::string& from, const std::string& to, bool isThrough) {
   if ((isThrough && directory.Get() < 0) || rename(from.c_str(), to.c_str()) != 0) {
     return CodeOfFailure(to);
   }
-  return isThrough && !Flush(directory.Get()) ? CodeFromErrno(errno) : ERROR_SUCCESS;
+  return isThrough && !FlushDirectory(directory.Get()) ? CodeFromErrno(errno)
+                                                       : ERROR_SUCCESS;
 }
 
 }  // namespace

@@ -5,11 +5,14 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
 
+#include "platform/posix/state/posix_directory.h"
+#include "platform/posix/state/posix_error.h"
 #include "platform/posix/state/posix_file.h"
 #include "platform/posix/state/posix_letters.h"
 #include "platform/posix/state/posix_path.h"
@@ -87,6 +90,18 @@ char* Environment(const char* name) {
 
 bool OpenFilesCanBeReplaced() {
   return true;
+}
+
+unsigned FlushName(const char* name) {
+  posix::Path path;
+  const DWORD code = posix::Resolve(name, path);
+  if (code != ERROR_SUCCESS) {
+    return code;
+  }
+  const posix::NewDescriptor directory(posix::OpenDirectory(posix::ParentOf(path.path)));
+  const bool flushed =
+      directory.Get() < 0 ? errno == EACCES : posix::FlushDirectory(directory.Get());
+  return flushed ? ERROR_SUCCESS : posix::CodeFromErrno(errno);
 }
 
 void* OwnersAlone() {

@@ -12,6 +12,7 @@ enum class SystemCall {
   kFindFirstFile,
   kFindFirstFileByNull,  // answers null instead of INVALID_HANDLE_VALUE
   kFindNextFile,
+  kFlushDirectory,  // POSIX
   kFlushFileBuffers,
   kGetDiskFreeSpaceEx,
   kGetFileInformationByHandle,

@@ -212,6 +212,7 @@ void utl_multisectionSave(utl_File& file, const cow_String& path,
   Settlement settlement{directory};
   WriteAll(temporary.file, settlement.written, directory, file, path);
   temporary.file.Flush();
+  utl_fileFlushName(temporary.path);  // or a loss of power loses the temporary file
   CopyOver(file, temporary, directory);
   file.Flush();  // before the temporary file is deleted, or a loss of power loses both
 }
