@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <cstring>
 #include <new>
 #include <string>
 #include <string_view>
@@ -30,6 +32,22 @@ std::string Decoded(std::string_view characters, bool strict = true) {
 
 void* AllocateNothing(std::size_t) {
   return nullptr;
+}
+
+// Blocks with a fence of known bytes behind what was asked for.
+constexpr std::size_t kFence = 16;
+char* lastBlock;
+std::size_t lastSize;
+
+void* AllocateFenced(std::size_t size) {
+  lastSize = size;
+  lastBlock = static_cast<char*>(::operator new(size + kFence));
+  std::memset(lastBlock, '#', size + kFence);
+  return lastBlock;
+}
+
+void ExpectFence() {
+  EXPECT_EQ(std::string(lastBlock + lastSize, kFence), std::string(kFence, '#'));
 }
 
 TEST(Base64Test, GroupsOfThreeBytes) {
@@ -202,6 +220,23 @@ TEST(Base64Test, NoMemoryForTheBytes) {
   cow_String text("\nTWFu\n");
   EXPECT_THROW_TEXT(codec.Decode(text, false), utl_Base64CodecError, "malloc failure");
   EXPECT_EQ(std::string(text), "\nTWFu\n");
+}
+
+TEST(Base64Test, ResultsEndInAZeroByteAndFitTheirBlocks) {
+  const utl_Base64Codec codec(utl_base64Kernels()[0], AllocateFenced);
+  for (const bool lineBreaks : {false, true}) {
+    for (std::size_t size = 1; size < 200; ++size) {
+      SCOPED_TRACE(size);
+      const std::string bytes(size, 'x');
+      cow_String text = codec.Encode(cow_String(std::string_view(bytes)), lineBreaks);
+      EXPECT_EQ(std::strlen(text.c_str()), static_cast<std::size_t>(text.Length()));
+      ExpectFence();
+      if (!lineBreaks) {
+        EXPECT_STREQ(codec.Decode(text, true).c_str(), bytes.c_str());
+        ExpectFence();
+      }
+    }
+  }
 }
 
 TEST(Base64Test, TextLongerThanAStringCanBeIsRefused) {
