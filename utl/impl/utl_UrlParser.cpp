@@ -11,7 +11,8 @@
 
 namespace {
 
-constexpr std::string_view kKnownSchemes[] = {"kstrdb"};
+// The one scheme that the product serves, and its colon.
+constexpr std::string_view kUrlStart = "kstrdb:";
 
 bool IsSchemeCharacter(char c) {
   return utl_isLetter(c) || c == '+' || c == '.' || c == '-';
@@ -93,11 +94,7 @@ bool IsSchemeName(std::string_view name) {
 }  // namespace
 
 bool utl_UrlParser::IsUrl(const cow_String& s) {
-  return std::any_of(std::begin(kKnownSchemes), std::end(kKnownSchemes),
-                     [&s](std::string_view known) {
-                       std::string_view rest = s;
-                       return Skip(rest, known) && rest.starts_with(':');
-                     });
+  return std::string_view(s).starts_with(kUrlStart);
 }
 
 cow_String utl_UrlParser::GetScheme(const cow_String& s) {
