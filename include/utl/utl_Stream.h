@@ -109,10 +109,12 @@ class KSTUTL_EXPORT utl_Stream {
  private:
   friend class utl_StreamSmallReal;
 
-  utl_Stream& PrintDigits(std::uint64_t magnitude, bool isNegative, int width);
   utl_Stream& PrintLong(std::int64_t value, int width);
   utl_Stream& PrintLong(std::uint64_t value, int width);
   utl_Stream& PrintReal(double value, int width, int precision);
+  utl_Stream& PrintAfterBreak(std::string_view text);
+  utl_Stream& PrintDigits(std::uint64_t magnitude, bool isNegative, int width);
+  utl_Stream& PrintInField(std::string_view digits, int width);
   utl_Stream& PrintText(std::string_view text);
   void Write(std::string_view text);
   void WritePending();

@@ -86,6 +86,37 @@ TEST(StreamPrintfTest, AMillionFloats) {
   ExpectMillionAsPrintf<float, std::uint32_t>(2);
 }
 
+// Mantissas of few bits make numbers that lie halfway between two roundings.
+TEST(StreamPrintfTest, NumbersWithoutExponentAndHalves) {
+  std::mt19937_64 random(5);
+  Printer printed;
+  for (int round = 0; round < 500000; ++round) {
+    const auto mantissa = static_cast<double>(random() >> (11 + random() % 53));
+    const double value = std::ldexp(random() % 2 == 0 ? mantissa : -mantissa,
+                                    -static_cast<int>(random() % 68));
+    const int precision = static_cast<int>(random() % 19);
+    ASSERT_EQ(printed(value, 0, precision), PrintfModel::Real(value, 0, precision))
+        << std::hexfloat << value << ", " << precision;
+  }
+}
+
+TEST(StreamPrintfTest, WholeNumbersOfEveryLength) {
+  Printer printed;
+  for (std::uint64_t power = 1; power < 10'000'000'000'000'000'000U; power *= 10) {
+    for (const std::uint64_t value : {power - 1, power, 5 * power, 9 * power}) {
+      ASSERT_EQ(printed(value, 0), std::to_string(value));
+      const auto number = static_cast<std::int64_t>(value / 2);
+      ASSERT_EQ(printed(-number, 0), std::to_string(-number));
+    }
+  }
+  constexpr auto kLeast = std::numeric_limits<std::int64_t>::min();
+  constexpr auto kMost = std::numeric_limits<std::uint64_t>::max();
+  constexpr auto kLeastInt = std::numeric_limits<int>::min();
+  EXPECT_EQ(printed(kLeast, 0), std::to_string(kLeast));
+  EXPECT_EQ(printed(kMost, 0), std::to_string(kMost));
+  EXPECT_EQ(printed(kLeastInt, 0), std::to_string(kLeastInt));
+}
+
 TEST(StreamPrintfTest, WholeNumbers) {
   std::mt19937 random(3);
   Printer printed;

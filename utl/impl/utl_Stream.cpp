@@ -39,6 +39,28 @@ utl_Stream::utl_Stream(aio_ostream& out, int lineWidth, int floatPrecision,
 
 utl_Stream::~utl_Stream() = default;
 
+// Writes in pieces whose bytes the underlying stream can count.
+inline void utl_Stream::Write(std::string_view text) {
+  constexpr std::size_t kLargest = std::numeric_limits<int>::max();
+  for (; text.size() > kLargest; text.remove_prefix(kLargest)) {
+    out_.write(text.data(), std::numeric_limits<int>::max());
+  }
+  out_.write(text.data(), static_cast<int>(text.size()));
+}
+
+inline utl_Stream& utl_Stream::PrintText(std::string_view text) {
+  if (pendingBreak_) {
+    return PrintAfterBreak(text);
+  }
+  column_ += Length(text);
+  Write(text);
+  if (column_ > kFlushColumn) {
+    column_ = 0;
+    out_.flush();
+  }
+  return *this;
+}
+
 utl_Stream& utl_Stream::Print(double value, int width, int precision) {
   return PrintReal(value, width, precision);
 }
@@ -61,13 +83,13 @@ utl_Stream& utl_Stream::PrintDigits(std::uint64_t magnitude, bool isNegative, in
   char room[kMostDigits + 1];
   char* const end = room + sizeof room;
   char* begin = utl_putDigits(end, magnitude);
-  if (isNegative) {
-    *--begin = '-';
-  }
+  begin[-1] = '-';  // in any case: a processor cannot foresee which numbers need it
+  begin -= isNegative ? 1 : 0;
   const std::string_view digits(begin, static_cast<std::size_t>(end - begin));
-  if (width == 0) {
-    return PrintText(digits);
-  }
+  return width == 0 ? PrintText(digits) : PrintInField(digits, width);
+}
+
+utl_Stream& utl_Stream::PrintInField(std::string_view digits, int width) {
   utl_NumberText number(digits);
   number.Justify(width);
   return PrintText(number.Text());
@@ -98,25 +120,18 @@ utl_Stream& utl_Stream::Print(const char* text) {
   return PrintText(text);
 }
 
-utl_Stream& utl_Stream::PrintText(std::string_view text) {
-  if (!pendingBreak_) {
-    column_ += Length(text);
-    Write(text);
-    if (column_ > kFlushColumn) {
-      column_ = 0;
-      out_.flush();
-    }
-  } else if (column_ + pending_.Length() + Length(text) <= lineWidth_) {
+utl_Stream& utl_Stream::PrintAfterBreak(std::string_view text) {
+  if (column_ + pending_.Length() + Length(text) <= lineWidth_) {
     pending_ += text;
-  } else {
-    pendingBreak_ = false;
-    Write("\n");
-    out_.flush();
-    column_ = 0;
-    WritePending();
-    column_ += Length(text);
-    Write(text);
+    return *this;
   }
+  pendingBreak_ = false;
+  Write("\n");
+  out_.flush();
+  column_ = 0;
+  WritePending();
+  column_ += Length(text);
+  Write(text);
   return *this;
 }
 
@@ -140,16 +155,6 @@ void utl_Stream::Flush() {
   WritePending();
   out_.flush();
   column_ = 0;
-}
-
-// Writes in pieces whose bytes the underlying stream can count.
-void utl_Stream::Write(std::string_view text) {
-  constexpr std::size_t kLargest = std::numeric_limits<int>::max();
-  do {
-    const std::string_view piece = text.substr(0, kLargest);
-    out_.write(piece.data(), static_cast<int>(piece.size()));
-    text.remove_prefix(piece.size());
-  } while (!text.empty());
 }
 
 // Writes what is held and counts its columns.

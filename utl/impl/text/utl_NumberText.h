@@ -7,6 +7,10 @@
 #include <memory>
 #include <string_view>
 
+/// Puts a point after a text of `length` characters, which must have room for it, removes
+/// a blank at its front if there is one, and returns the new length.
+std::size_t utl_addPoint(char* text, std::size_t length);
+
 /// Formats a number step by step, with the result of printf.
 class utl_NumberText {
  public:
@@ -28,12 +32,19 @@ class utl_NumberText {
 
   /// Does what utl_Stream::FixNumericString does. Here that is only the point: exponents
   /// have two digits, or three that do not begin with 0.
-  void AddPoint();
+  void AddPoint() {
+    if (!hasPoint_) {
+      length_ = utl_addPoint(text_, length_);
+    }
+  }
 
   std::string_view Text() const { return {text_, length_}; }
 
  private:
-  bool FormatShort(double value, int precision);
+  bool FormatWhole(double value, int precision);
+  bool FormatDecimals(double value, int precision);
+  void FormatAny(double value, int precision);
+  void Take(char* begin, bool isNegative);
   void Pad(int width);
 
   // A double never has more significant digits, so a higher precision changes nothing.
@@ -43,9 +54,5 @@ class utl_NumberText {
   std::unique_ptr<char[]> large_;
   char* text_ = local_;
   std::size_t length_ = 0;
-  bool onlyDigits_ = false;  // known to have neither point nor exponent
+  bool hasPoint_ = false;  // or an exponent
 };
-
-/// Puts a point after a text of `length` characters, which must have room for it, removes
-/// a blank at its front if there is one, and returns the new length.
-std::size_t utl_addPoint(char* text, std::size_t length);

@@ -21,18 +21,20 @@ inline constexpr std::array<char, 200> kPairsOfDigits = [] {
 }();
 
 /// Writes the digits of a number so that they end before `end`, and returns their first.
-/// They are written from the last to the first, so that nobody has to count them before.
+/// They are written from the last to the first, so that nobody has to count them before,
+/// and in pairs: the byte before an odd number of them is overwritten.
 inline char* utl_putDigits(char* end, std::uint64_t value) {
-  while (value >= 100) {
+  const auto put = [&end](std::size_t pair) {
     end -= 2;
-    std::memcpy(end, &kPairsOfDigits[value % 100 * 2], 2);
-    value /= 100;
+    std::memcpy(end, &kPairsOfDigits[pair * 2], 2);
+  };
+  for (; value >> 32 != 0; value /= 100) {
+    put(value % 100);
   }
-  if (value < 10) {
-    *--end = static_cast<char>('0' + value);
-    return end;
+  auto rest = static_cast<std::uint32_t>(value);  // which is divided faster
+  for (; rest >= 100; rest /= 100) {
+    put(rest % 100);
   }
-  end -= 2;
-  std::memcpy(end, &kPairsOfDigits[value * 2], 2);
-  return end;
+  put(rest);
+  return end + (rest < 10 ? 1 : 0);
 }
