@@ -1,11 +1,13 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 // What differs between the targets and is not a Windows call: platform/posix and
-// platform/windows each define it in platform.cpp.
+// platform/windows each define it.
 
 namespace platform {
 
@@ -64,6 +66,20 @@ class LargeBlocks {
   char* next_ = nullptr;
   char* end_ = nullptr;
 };
+
+// Other processes.
+
+struct Process {
+  std::uint32_t number = 0;
+  std::string name;  ///< of its program; empty when the system does not tell
+};
+
+/// Whether a process has this number, and then which.
+bool FindProcess(std::uint32_t number, Process& found);
+
+/// The processes that have the file `name` open for writing, as far as the system tells;
+/// on Windows, which does not tell for what, all that have it open.
+std::vector<Process> WritersOf(const char* name);
 
 // The signals that end a process (POSIX).
 

@@ -6,13 +6,17 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
+#include "common/child/ChildProcess.h"
+#include "common/child/WritersAreTold.h"
 #include "common/temp/TempDir.h"
+#include "thr/thr_currentProcess.h"
 #include "tools/RunTool.h"
 #include "utl/utl_MultisectionFile.h"
 #include "utl/utl_NativePath.h"
 
 namespace {
 
+using Json = nlohmann::json;
 using Sections = std::vector<std::pair<std::string, std::string>>;
 
 template <class T>
@@ -313,9 +317,90 @@ TEST_F(KstSectionsTest, LockOfALivingWriterStays) {
   for (const char* verb : {"unlock", "recover"}) {
     const ToolRun run = Run({verb, Path("a.kdb"), "--yes"});
     EXPECT_EQ(run.status, kFinding) << verb;
-    EXPECT_NE(run.out.find("a program has it open for writing"), std::string::npos);
+    EXPECT_TRUE(run.out.ends_with(". Nothing was done.\n")) << run.out;
   }
   EXPECT_EQ(Names(), "a.kdb a.kdb.lock");
+}
+
+TEST_CHILD(writeSectionFile) {
+  const utl_MultisectionFile writer(argv[1], utl_FileAccessUpdate);
+  ChildWriteLine(std::to_string(thr_currentProcess()));
+  ChildReadLine();
+  return 0;
+}
+
+TEST_F(KstSectionsTest, WriterIsNamedWhereTheSystemTellsIt) {
+  ChildProcess writer = ChildProcess::Start("writeSectionFile", {Path("a.kdb")});
+  const std::string number = writer.ReadLine();
+  const ToolRun run = Run({"unlock", Path("a.kdb"), "--yes"});
+  const Json json = Json::parse(Run({"recover", Path("a.kdb"), "--json"}).out);
+  EXPECT_EQ(json["in use"], true);
+  EXPECT_EQ(json["done"], false);
+  EXPECT_EQ(json["removed"], Json::array());
+  if (!WritersAreTold()) {
+    EXPECT_EQ(run.out, Path("a.kdb") +
+                           ": in use by a program; the system does not tell "
+                           "which. Nothing was done.\n");
+    EXPECT_EQ(json["users"], Json::array());
+    return;
+  }
+  const std::string head =
+      Path("a.kdb") + ": in use by process " + number + " (tools_tests";
+  EXPECT_EQ(run.out.substr(0, head.size()), head);
+  ASSERT_EQ(json["users"].size(), 1u);
+  EXPECT_EQ(std::to_string(json["users"][0]["process"].get<int>()), number);
+  EXPECT_TRUE(json["users"][0]["name"].get<std::string>().starts_with("tools_tests"));
+}
+
+TEST_F(KstSectionsTest, MakerOfATemporaryFileIsToldAndWhetherItRuns) {
+  ChildProcess other = ChildProcess::Start("writeSectionFile", {Path("a.kdb")});
+  const std::string number = other.ReadLine();
+  Write("b.kdb", {});
+  WriteWholeFile(Path("b.kdb." + number + ".tmp"), ReadWholeFile(Path("b.kdb")));
+  EXPECT_NE(Run({"recover", Path("b.kdb")})
+                .out.find(": whole, of process " + number + " (tools"),
+            std::string::npos);
+  Json json = Json::parse(Run({"recover", Path("b.kdb"), "--json"}).out);
+  ASSERT_EQ(json["temporary"].size(), 1u);
+  EXPECT_EQ(json["temporary"][0]["alive"], true);
+  EXPECT_EQ(json["temporary"][0]["whole"], true);
+
+  other.Kill();
+  EXPECT_NE(Run({"recover", Path("b.kdb")})
+                .out.find(": whole, of process " + number +
+                          ", which does not run on this host\n"),
+            std::string::npos);
+  json = Json::parse(Run({"recover", Path("b.kdb"), "--json"}).out);
+  EXPECT_EQ(json["temporary"][0]["alive"], false);
+}
+
+TEST_F(KstSectionsTest, JsonTellsWhatARepairDidOrWouldDo) {
+  WriteDamaged();
+  const std::string temporary = Path("b.kdb.4711.tmp");
+  std::filesystem::copy_file(Path("a.kdb"), temporary);
+  WriteWholeFile(Path("b.kdb.lock"), "");
+  Json json = Json::parse(Run({"unlock", Path("b.kdb"), "--yes", "--json"}).out);
+  EXPECT_EQ(json["lock"], true);
+  EXPECT_EQ(json["removed"], Json::array());
+  for (const bool isDone : {false, true}) {
+    std::vector<std::string> arguments = {"recover", Path("b.kdb"), "--json"};
+    if (isDone) {
+      arguments.push_back("--yes");
+    }
+    const ToolRun run = Run(arguments);
+    EXPECT_EQ(run.status, isDone ? kGood : kFinding);
+    json = Json::parse(run.out);
+    EXPECT_EQ(json["complete"], false);
+    EXPECT_EQ(json["in use"], false);
+    EXPECT_EQ(json["done"], isDone);
+    EXPECT_EQ(json["copied"], utl_nativePath(temporary).string());
+    EXPECT_EQ(json["removed"], (Json{utl_nativePath(temporary).string(),
+                                     utl_nativePath(Path("b.kdb.lock")).string()}));
+  }
+  json = Json::parse(Run({"recover", Path("b.kdb"), "--json"}).out);
+  EXPECT_EQ(json["complete"], true);
+  EXPECT_EQ(json["done"], false);
+  EXPECT_EQ(json["copied"], nullptr);
 }
 
 TEST_F(KstSectionsTest, RecoverHasNothingToDo) {

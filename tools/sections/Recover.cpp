@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "common/Output.h"
 #include "nex/nex_Exception.h"
+#include "sections/LeftOver.h"
 #include "sections/SectionFile.h"
 #include "sections/Sections.h"
 #include "utl/utl_NativePath.h"
@@ -13,66 +15,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr int kSharingViolation = 32;
-
-// The two files that a writer has beside its own.
-struct LeftOver {
-  fs::path lock;                    // empty if there is none
-  std::vector<fs::path> temporary;  // the newest first
-};
-
-bool IsTemporaryOf(const std::string& file, const std::string& name) {
-  constexpr std::string_view kEnding = ".tmp";
-  if (!name.starts_with(file + '.') || !name.ends_with(kEnding) ||
-      name.size() <= file.size() + 1 + kEnding.size()) {
-    return false;
-  }
-  const std::size_t length = name.size() - file.size() - 1 - kEnding.size();
-  const std::string process = name.substr(file.size() + 1, length);
-  return process.find_first_not_of("0123456789") == std::string::npos;
-}
-
-LeftOver Find(const std::string& file) {
-  const fs::path native = utl_nativePath(file);
-  if (!fs::exists(native)) {
-    throw FileError(file, "is not there");
-  }
-  LeftOver found;
-  fs::path lock = native;
-  lock += ".lock";
-  if (fs::exists(lock)) {
-    found.lock = lock;
-  }
-  const fs::path directory = native.has_parent_path() ? native.parent_path() : ".";
-  for (const fs::directory_entry& entry : fs::directory_iterator(directory)) {
-    if (IsTemporaryOf(native.filename().string(), entry.path().filename().string())) {
-      found.temporary.push_back(entry.path());
-    }
-  }
-  std::sort(found.temporary.begin(), found.temporary.end(),
-            [](const fs::path& one, const fs::path& other) {
-              return fs::last_write_time(one) > fs::last_write_time(other);
-            });
-  return found;
-}
-
-// Whoever writes a section file has it open, and lets nobody else open it for writing.
-bool IsInUse(const std::string& file) {
-  const cow_String refusal =
-      utl_FileExceptionOpen(kSharingViolation, file, "CreateFile in OpenUpdate")
-          .AsString()
-          .c_str();
-  try {
-    utl_File(file, utl_FileAccessUpdate, utl_FileShareDefault).Init();
-    return false;
-  } catch (const utl_FileExceptionOpen& error) {
-    if (refusal == error.AsString().c_str()) {
-      return true;
-    }
-    throw;
-  }
-}
 
 bool IsComplete(const std::string& file) {
   try {
@@ -95,76 +37,165 @@ void CopyOver(const cow_String& from, const std::string& file) {
   out.Flush();
 }
 
-// One line of what is done, or would be.
-void Tell(const Console& console, bool isDone, const std::string& what) {
-  console.out << (isDone ? "" : "would be ") << what << '\n';
+// "process 4711 (kst_truss)"
+std::string TextOf(const utl_Process& process) {
+  const std::string text = fmt::format("process {}", process.number);
+  return process.name.IsEmpty() ? text : text + " (" + Shown(process.name) + ')';
 }
 
-void Remove(const fs::path& path, bool isDone, const Console& console) {
-  if (isDone) {
-    fs::remove(path);
+std::string TextOf(const Temporary& temporary) {
+  const utl_Process process =
+      temporary.alive.value_or(utl_Process{temporary.process, {}});
+  return fmt::format("{}: {}, of {}, which {}", Shown(temporary.path.string()),
+                     temporary.isWhole ? "whole" : "not whole", TextOf(process),
+                     temporary.alive ? "runs" : "does not run on this host");
+}
+
+Json JsonOf(const utl_Process& process) {
+  return {{"process", process.number}, {"name", std::string(process.name)}};
+}
+
+Json JsonOf(const Temporary& temporary) {
+  return {{"file", temporary.path.string()},
+          {"whole", temporary.isWhole},
+          {"process", temporary.process},
+          {"alive", temporary.alive.has_value()},
+          {"name", temporary.alive ? std::string(temporary.alive->name) : ""}};
+}
+
+// Puts a file in order, or says what it would do, and tells each step as it is done: in
+// lines, or all in JSON at the end.
+class Repair {
+ public:
+  Repair(const RepairOptions& options, const Console& console)
+      : file_(options.file),
+        isDone_(options.isConfirmed),
+        asJson_(options.asJson),
+        console_(console),
+        found_(FindLeftOver(options.file)) {
+    report_ = {
+        {"file", file_},     {"lock", !found_.lock.empty()}, {"temporary", Json::array()},
+        {"in use", false},   {"users", Json::array()},       {"done", false},
+        {"copied", nullptr}, {"removed", Json::array()}};
+    for (const Temporary& temporary : found_.temporary) {
+      report_["temporary"].push_back(JsonOf(temporary));
+    }
   }
-  Tell(console, isDone, "removed: " + Shown(path.string()));
-}
 
-int Refuse(const std::string& file, const Console& console) {
-  console.out << Shown(file)
-              << ": a program has it open for writing. Nothing was done.\n";
-  return kFinding;
-}
+  int Unlock() {
+    int status = kGood;
+    if (found_.lock.empty()) {
+      Line(Shown(file_) + ": no lock");
+    } else if (IsRefused()) {
+      status = kFinding;
+    } else if (!found_.temporary.empty()) {
+      Line(Shown(file_) + ": a save was under way. See kst_sections recover.");
+      status = kFinding;
+    } else {
+      Remove(found_.lock);
+      status = isDone_ ? kGood : kFinding;
+    }
+    return Ended(status);
+  }
+
+  int Recover() {
+    const bool isComplete = IsComplete(file_);
+    report_["complete"] = isComplete;
+    Line(Shown(file_) + (isComplete ? ": complete" : ": damaged"));
+    if (found_.lock.empty() && found_.temporary.empty()) {
+      Line("nothing was left by a crash");
+      return Ended(isComplete ? kGood : kFinding);
+    }
+    for (const Temporary& temporary : found_.temporary) {
+      Line(TextOf(temporary));
+    }
+    if (IsRefused()) {
+      return Ended(kFinding);
+    }
+    const bool isGood = isComplete || CopyWholeOver();
+    for (const Temporary& temporary : found_.temporary) {
+      Remove(temporary.path);
+    }
+    if (!found_.lock.empty()) {
+      Remove(found_.lock);
+    }
+    return Ended(isDone_ && isGood ? kGood : kFinding);
+  }
+
+ private:
+  void Line(const std::string& line) {
+    if (!asJson_) {
+      console_.out << line << '\n';
+    }
+  }
+
+  // A line of what is done, or would be.
+  void Step(const std::string& what, const fs::path& path) {
+    report_["done"] = isDone_;
+    Line((isDone_ ? "" : "would be ") + what + ": " + Shown(path.string()));
+  }
+
+  // Whether nothing can be done because somebody is at work with the file.
+  bool IsRefused() {
+    if (!IsInUse(file_)) {
+      return false;
+    }
+    report_["in use"] = true;
+    std::string users;
+    for (const utl_Process& user : utl_findWriters(file_)) {
+      report_["users"].push_back(JsonOf(user));
+      users += (users.empty() ? "" : ", ") + TextOf(user);
+    }
+    Line(Shown(file_) + ": in use by " +
+         (users.empty() ? "a program; the system does not tell which" : users) +
+         ". Nothing was done.");
+    return true;
+  }
+
+  void Remove(const fs::path& path) {
+    if (isDone_) {
+      fs::remove(path);
+    }
+    Step("removed", path);
+    report_["removed"].push_back(path.string());
+  }
+
+  // Copies a whole temporary file over the damaged file; false when there is none.
+  bool CopyWholeOver() {
+    const auto whole = std::ranges::find_if(found_.temporary, &Temporary::isWhole);
+    if (whole == found_.temporary.end()) {
+      Line("no whole temporary file: it was damaged before. See kst_sections salvage.");
+      return false;
+    }
+    if (isDone_) {
+      CopyOver(utl_fromNativePath(whole->path), file_);
+    }
+    Step("copied over it", whole->path);
+    report_["copied"] = whole->path.string();
+    return true;
+  }
+
+  int Ended(int status) {
+    if (asJson_) {
+      console_.out << JsonText(report_);
+    }
+    return status;
+  }
+
+  const std::string file_;
+  const bool isDone_;
+  const bool asJson_;
+  const Console& console_;
+  const LeftOver found_;
+  Json report_;
+};
 
 }  // namespace
 
-int UnlockFile(const std::string& file, bool isConfirmed, const Console& console) {
-  const LeftOver found = Find(file);
-  if (found.lock.empty()) {
-    console.out << Shown(file) << ": no lock\n";
-    return kGood;
-  }
-  if (IsInUse(file)) {
-    return Refuse(file, console);
-  }
-  if (!found.temporary.empty()) {
-    console.out << Shown(file) << ": a save was under way. See kst_sections recover.\n";
-    return kFinding;
-  }
-  Remove(found.lock, isConfirmed, console);
-  return isConfirmed ? kGood : kFinding;
+int UnlockFile(const RepairOptions& options, const Console& console) {
+  return Repair(options, console).Unlock();
 }
 
-int RecoverFile(const std::string& file, bool isConfirmed, const Console& console) {
-  const LeftOver found = Find(file);
-  const bool isComplete = IsComplete(file);
-  console.out << Shown(file) << (isComplete ? ": complete\n" : ": damaged\n");
-  if (found.lock.empty() && found.temporary.empty()) {
-    console.out << "nothing was left by a crash\n";
-    return isComplete ? kGood : kFinding;
-  }
-  if (IsInUse(file)) {
-    return Refuse(file, console);
-  }
-  bool isGood = isComplete;
-  if (!isComplete) {
-    const auto whole = std::find_if(
-        found.temporary.begin(), found.temporary.end(), [](const fs::path& path) {
-          return IsWholeSectionFile(std::string(utl_fromNativePath(path)));
-        });
-    isGood = whole != found.temporary.end();
-    if (!isGood) {
-      console.out << "no whole temporary file: it was damaged before. See kst_sections "
-                     "salvage.\n";
-    } else {
-      if (isConfirmed) {
-        CopyOver(utl_fromNativePath(*whole), file);
-      }
-      Tell(console, isConfirmed, "copied over it: " + Shown(whole->string()));
-    }
-  }
-  for (const fs::path& temporary : found.temporary) {
-    Remove(temporary, isConfirmed, console);
-  }
-  if (!found.lock.empty()) {
-    Remove(found.lock, isConfirmed, console);
-  }
-  return isConfirmed && isGood ? kGood : kFinding;
+int RecoverFile(const RepairOptions& options, const Console& console) {
+  return Repair(options, console).Recover();
 }

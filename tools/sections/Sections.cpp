@@ -38,13 +38,13 @@ int KstSections(int argc, const char* const* argv, const Console& console) {
 
   std::function<int()> chosen;
   bool asJson = false;
-  bool isConfirmed = false;
   std::string file;
   std::string section;
   std::string other;
   std::vector<std::string> many;
   DumpOptions dump;
   DiffOptions diff;
+  RepairOptions repair;
   const CLI::IsMember typeNames(ValueTypeNames());
 
   CLI::App* verb = AddVerb(tool, "list", "Names, lengths and checksums", chosen,
@@ -110,14 +110,18 @@ int KstSections(int argc, const char* const* argv, const Console& console) {
   verb->add_option("OUTPUT", other, "New section file")->required();
 
   verb = AddVerb(tool, "unlock", "Remove a lock that a crash has left", chosen,
-                 [&] { return UnlockFile(file, isConfirmed, console); });
-  verb->add_option("FILE", file, "Section file")->required();
-  verb->add_flag("--yes", isConfirmed, "Do it; without, only say what would be done");
+                 [&] { return UnlockFile(repair, console); });
+  verb->add_option("FILE", repair.file, "Section file")->required();
+  verb->add_flag("--yes", repair.isConfirmed,
+                 "Do it; without, only say what would be done");
+  verb->add_flag("--json", repair.asJson, "Print JSON");
 
   verb = AddVerb(tool, "recover", "Put in order what a crash has left", chosen,
-                 [&] { return RecoverFile(file, isConfirmed, console); });
-  verb->add_option("FILE", file, "Section file")->required();
-  verb->add_flag("--yes", isConfirmed, "Do it; without, only say what would be done");
+                 [&] { return RecoverFile(repair, console); });
+  verb->add_option("FILE", repair.file, "Section file")->required();
+  verb->add_flag("--yes", repair.isConfirmed,
+                 "Do it; without, only say what would be done");
+  verb->add_flag("--json", repair.asJson, "Print JSON");
 
   return RunTool(tool, argc, argv, console, [&] { return chosen(); });
 }

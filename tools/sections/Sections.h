@@ -50,8 +50,14 @@ int DiffFiles(const DiffOptions& options, const Console& console);
 int SalvageSections(const std::string& file, const std::string& output,
                     const Console& console);
 
-/// Removes a lock that was left over. Does nothing without `isConfirmed`.
-int UnlockFile(const std::string& file, bool isConfirmed, const Console& console);
+struct RepairOptions {
+  std::string file;
+  bool isConfirmed = false;  ///< without it nothing is done, only told
+  bool asJson = false;
+};
 
-/// Brings a file in order after a crash. Does nothing without `isConfirmed`.
-int RecoverFile(const std::string& file, bool isConfirmed, const Console& console);
+/// Removes a lock that was left over.
+int UnlockFile(const RepairOptions& options, const Console& console);
+
+/// Brings a file in order after a crash.
+int RecoverFile(const RepairOptions& options, const Console& console);

@@ -1,0 +1,5 @@
+#include "common/child/WritersAreTold.h"
+
+bool WritersAreTold() {
+  return true;
+}
