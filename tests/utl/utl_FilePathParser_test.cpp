@@ -84,7 +84,7 @@ TEST(FilePathParserTest, ForbiddenCharacterIsFoundAtEveryPlaceOfPathsOfEveryLeng
   for (std::size_t length = 1; length < 70; ++length) {
     for (std::size_t place = 0; place < length; ++place) {
       std::string name(length, 'a');
-      for (const char forbidden : {'|', '\x1F'}) {
+      for (const char forbidden : {'<', '>', '"', '/', '|', '\x01', '\x1F'}) {
         name[place] = forbidden;
         ASSERT_FALSE(Parser::IsWindowsStyle(cow_String(name))) << length << ' ' << place;
       }
@@ -97,6 +97,15 @@ TEST(FilePathParserTest, ForbiddenCharacterIsFoundAtEveryPlaceOfPathsOfEveryLeng
     }
     ASSERT_TRUE(Parser::IsWindowsStyle(cow_String(std::string(length, '\x80'))))
         << length;
+  }
+}
+
+TEST(FilePathParserTest, NothingButOneForbiddenCharacterIsFoundToo) {
+  for (const char forbidden : {'<', '>', '"', '/', '|', '\x01', '\x1F'}) {
+    for (std::size_t length = 1; length < 70; ++length) {
+      ASSERT_FALSE(Parser::IsWindowsStyle(cow_String(std::string(length, forbidden))))
+          << int{forbidden} << ' ' << length;
+    }
   }
 }
 

@@ -127,6 +127,12 @@ TEST(FilePathTest, NameThatStandsForTheDirectoryForgetsTheEarlierName) {
   }
 }
 
+TEST(FilePathTest, AbsoluteNameForgetsTheEarlierDirectory) {
+  utl_FilePath path("f", "D:\\x");
+  path.SetFilePath("E:\\g", "");
+  EXPECT_EQ(path.AbsolutePathName(), "E:\\g");
+}
+
 TEST(FilePathTest, AbsentDriveLeavesTheDirectoryAsItWas) {
   utl_FilePath path("f", "D:\\x");
   path.SetFilePath("Q:g", "");

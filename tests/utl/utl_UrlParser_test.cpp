@@ -119,6 +119,8 @@ TEST(UrlParserTest, IsScheme) {
       // A name's check passes over one line feed at the end.
       {"ab\n:", "ab\n", true},
       {"ab:", "ab\n", false},
+      {"a1\n:", "a1\n", false},
+      {"\n:", "\n", false},
   };
   for (const auto& [text, scheme, is] : cases) {
     EXPECT_EQ(utl_UrlParser::IsScheme(text, scheme), is) << text << " " << scheme;
