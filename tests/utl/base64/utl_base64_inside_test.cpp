@@ -225,15 +225,15 @@ TEST(Base64Test, NoMemoryForTheBytes) {
 TEST(Base64Test, ResultsEndInAZeroByteAndFitTheirBlocks) {
   const utl_Base64Codec codec(utl_base64Kernels()[0], AllocateFenced);
   for (const bool lineBreaks : {false, true}) {
-    // Shorter ones do not stay in their blocks.
-    for (std::size_t size = 100; size < 300; ++size) {
+    for (std::size_t size = 1; size < 200; ++size) {
       SCOPED_TRACE(size);
       const std::string bytes(size, 'x');
       cow_String text = codec.Encode(cow_String(std::string_view(bytes)), lineBreaks);
       EXPECT_EQ(std::strlen(text.c_str()), static_cast<std::size_t>(text.Length()));
       ExpectFence();
       if (!lineBreaks) {
-        EXPECT_STREQ(codec.Decode(text, true).c_str(), bytes.c_str());
+        const cow_String back = codec.Decode(text, true);
+        EXPECT_STREQ(back.c_str(), bytes.c_str());
         ExpectFence();
       }
     }
