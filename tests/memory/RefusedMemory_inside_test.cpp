@@ -14,13 +14,13 @@
 #include <cerrno>
 #include <filesystem>
 #include <functional>
-#include <iterator>
 #include <new>
 #include <string>
 #include <vector>
 
 #include "aio/aio_ostrstream.h"
 #include "common/environment/ScopedEnvironment.h"
+#include "common/handle/OpenHandles.h"
 #include "common/temp/TempDir.h"
 #include "nex/nex_TextException.h"
 #include "omi/omi_BlkBitVect.h"
@@ -43,12 +43,6 @@
 #include "utl/utl_Version.h"
 
 namespace {
-
-// The kernel's list, in which the descriptor that lists it counts each time.
-std::ptrdiff_t OpenDescriptors() {
-  const std::filesystem::directory_iterator all("/proc/self/fd");
-  return std::distance(begin(all), end(all));
-}
 
 // Takes every number for a descriptor below one.
 class OpenedDescriptors {
@@ -90,11 +84,11 @@ void RefuseEachInTurn(
     const std::function<void()>& operation, const std::function<void()>& check = [] {}) {
   operation();  // whatever is made once a process is there now
   check();
-  const std::ptrdiff_t descriptors = OpenDescriptors();
+  const int descriptors = OpenHandles();
   int nth = 1;
   for (; Refuse(nth, operation); ++nth) {
     SCOPED_TRACE("request " + std::to_string(nth));
-    ASSERT_EQ(OpenDescriptors(), descriptors);
+    ASSERT_EQ(OpenHandles(), descriptors);
     check();
     ASSERT_FALSE(testing::Test::HasFailure());
   }

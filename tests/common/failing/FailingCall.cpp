@@ -91,6 +91,13 @@ REDIRECT(BOOL, GetUserNameA, LPSTR name, LPDWORD size) {
   return Fails(SystemCall::kGetUserName) ? FALSE : REAL(GetUserNameA)(name, size);
 }
 
+REDIRECT(BOOL, LockFileEx, HANDLE handle, DWORD flags, DWORD reserved, DWORD low,
+         DWORD high, OVERLAPPED* range) {
+  return Fails(SystemCall::kLockFileEx)
+             ? FALSE
+             : REAL(LockFileEx)(handle, flags, reserved, low, high, range);
+}
+
 REDIRECT(BOOL, MoveFileExA, LPCSTR from, LPCSTR to, DWORD flags) {
   if (Fails(SystemCall::kMoveFileEx)) {
     return FALSE;
@@ -115,6 +122,13 @@ REDIRECT(DWORD, SetFilePointer, HANDLE handle, LONG distance, PLONG distanceHigh
   return Fails(SystemCall::kSetFilePointer)
              ? INVALID_SET_FILE_POINTER
              : REAL(SetFilePointer)(handle, distance, distanceHigh, method);
+}
+
+REDIRECT(BOOL, UnlockFileEx, HANDLE handle, DWORD reserved, DWORD low, DWORD high,
+         OVERLAPPED* range) {
+  return Fails(SystemCall::kUnlockFileEx)
+             ? FALSE
+             : REAL(UnlockFileEx)(handle, reserved, low, high, range);
 }
 
 REDIRECT(int, gethostname, char* name, redirection::HostNameSize size) {

@@ -21,6 +21,7 @@ enum class SystemCall {
   kGetProcessMemoryInfo,
   kGetProcessTimes,
   kGetUserName,
+  kLockFileEx,
   kMoveFileEx,
   kMoveFileExAfterwards,  // moves, and fails all the same
   kOpenProcess,
@@ -29,6 +30,7 @@ enum class SystemCall {
   kSetFilePointer,
   kSetHandleInformation,
   kSocketStart,
+  kUnlockFileEx,
   kWriteFile,
 };
 

@@ -1,0 +1,4 @@
+#pragma once
+
+/// How many descriptors (POSIX) or handles (Windows) this process has open.
+int OpenHandles();
