@@ -9,8 +9,8 @@
 /// may start with a drive ("C:") or a host (`\\server`); Unix style separates by
 /// `/` only. A path that holds a `/` is never Windows style; a plain name such
 /// as "file.txt" is both. All functions are stateless, may be called from any
-/// thread, work on bytes and never throw: what a path does not have is false,
-/// the NUL character or an empty string.
+/// thread, work on bytes and throw nothing but std::bad_alloc: what a path does
+/// not have is false, the NUL character or an empty string.
 ///
 ///     path                       Drive  Host    DirName         BaseName  Extension
 ///     C:\dir\sub\file.tar.gz     'c'    ""      \dir\sub        file.tar  gz

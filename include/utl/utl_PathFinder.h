@@ -4,8 +4,8 @@
 #include "KSTutl_export.h"
 
 /// Searches the directories that an environment variable lists, separated by ";", for a
-/// file. Stateless; nothing throws; resolving the candidates follows utl_FilePath, whose
-/// rules on threads hold.
+/// file. Stateless; nothing but std::bad_alloc is thrown; resolving the candidates
+/// follows utl_FilePath, whose rules on threads hold.
 class KSTUTL_EXPORT utl_PathFinder {
  public:
   utl_PathFinder() = delete;

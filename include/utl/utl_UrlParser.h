@@ -21,8 +21,8 @@
 ///     utl_UrlParser::GetPort("kstrdb://me@node-7:4000/db/f?x=1");   // "4000"
 ///     utl_UrlParser::GetPath("kstrdb://me@node-7:4000/db/f?x=1");   // "db/f"
 ///
-/// A text with a zero byte ends there. Nothing throws unless a function says so; a part
-/// that is not there is "".
+/// A text with a zero byte ends there. Nothing but std::bad_alloc is thrown unless a
+/// function says so; a part that is not there is "".
 ///
 /// Threads: any.
 class KSTUTL_EXPORT utl_UrlParser {

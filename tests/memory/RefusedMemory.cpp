@@ -3,6 +3,7 @@
 
 #include "memory/RefusedMemory.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
@@ -10,13 +11,21 @@ namespace {
 
 thread_local int requestsToGo = 0;  // 0: nothing is refused
 thread_local bool refused = false;
+std::atomic<int> blocks = 0;
 
 void* Request(std::size_t size) {
   if (requestsToGo > 0 && --requestsToGo == 0) {
     refused = true;
     return nullptr;
   }
-  return std::malloc(size > 0 ? size : 1);
+  void* const block = std::malloc(size > 0 ? size : 1);
+  blocks += block != nullptr ? 1 : 0;
+  return block;
+}
+
+void Release(void* block) {
+  blocks -= block != nullptr ? 1 : 0;
+  std::free(block);
 }
 
 }  // namespace
@@ -31,15 +40,15 @@ void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
 }
 
 void operator delete(void* block) noexcept {
-  std::free(block);
+  Release(block);
 }
 
 void operator delete(void* block, std::size_t) noexcept {
-  std::free(block);
+  Release(block);
 }
 
 void operator delete(void* block, const std::nothrow_t&) noexcept {
-  std::free(block);
+  Release(block);
 }
 
 RefusedMemory::RefusedMemory(int nth) {
@@ -53,4 +62,8 @@ RefusedMemory::~RefusedMemory() {
 
 bool RefusedMemory::Happened() const {
   return refused;
+}
+
+int RefusedMemory::Blocks() {
+  return blocks;
 }

@@ -13,4 +13,7 @@ class RefusedMemory {
   RefusedMemory& operator=(const RefusedMemory&) = delete;
 
   bool Happened() const;
+
+  /// How many blocks of `operator new` are in use, by all threads.
+  static int Blocks();
 };

@@ -2,7 +2,7 @@
 // refused, then with its second, until none is left to refuse. It must end in an
 // exception or well, leave no file open or locked, and keep what was there.
 
-#include "memory/RefusedMemory.h"
+#include "memory/RefuseEachInTurn.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -13,14 +13,12 @@
 
 #include <cerrno>
 #include <filesystem>
-#include <functional>
 #include <new>
 #include <string>
 #include <vector>
 
 #include "aio/aio_ostrstream.h"
 #include "common/environment/ScopedEnvironment.h"
-#include "common/handle/OpenHandles.h"
 #include "common/temp/TempDir.h"
 #include "nex/nex_TextException.h"
 #include "omi/omi_BlkBitVect.h"
@@ -67,34 +65,6 @@ class OpenedDescriptors {
 
 // A deletion leaves its file when one of its own requests is refused. It makes fewer.
 constexpr int kMostOfADeletion = 20;
-
-// Whether a request was refused; otherwise there are fewer than `nth`.
-bool Refuse(int nth, const std::function<void()>& operation) {
-  const RefusedMemory refused(nth);
-  try {
-    operation();
-  } catch (const std::bad_alloc&) {
-  } catch (const nex_TextException&) {
-  }
-  return refused.Happened();
-}
-
-// `check` follows every call, the undisturbed ones before and after the others included.
-void RefuseEachInTurn(
-    const std::function<void()>& operation, const std::function<void()>& check = [] {}) {
-  operation();  // whatever is made once a process is there now
-  check();
-  const int descriptors = OpenHandles();
-  int nth = 1;
-  for (; Refuse(nth, operation); ++nth) {
-    SCOPED_TRACE("request " + std::to_string(nth));
-    ASSERT_EQ(OpenHandles(), descriptors);
-    check();
-    ASSERT_FALSE(testing::Test::HasFailure());
-  }
-  EXPECT_GT(nth, 1);
-  check();
-}
 
 }  // namespace
 

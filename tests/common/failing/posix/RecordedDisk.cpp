@@ -9,6 +9,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <filesystem>
+#include <string_view>
 #include <utility>
 
 #include "common/failing/Redirection.h"
@@ -157,14 +158,16 @@ REDIRECT(int, open, const char* path, int flags, ...) {
 }
 
 REDIRECT(ssize_t, write, int fd, const void* bytes, size_t count) {
-  const off_t offset = NumberOf(fd) != 0 ? lseek(fd, 0, SEEK_CUR) : 0;
+  const int file = NumberOf(fd);
+  if (file == 0) {
+    return REAL(write)(fd, bytes, count);
+  }
+  const off_t offset = lseek(fd, 0, SEEK_CUR);
   const ssize_t written = REAL(write)(fd, bytes, count);
   if (written > 0) {
-    NoteForOpen(fd, {Kind::kWrite,
-                     0,
-                     offset,
-                     {static_cast<const char*>(bytes), static_cast<size_t>(written)},
-                     {}});
+    const std::string_view all(static_cast<const char*>(bytes),
+                               static_cast<size_t>(written));
+    Note({Kind::kWrite, file, offset, std::string(all), {}});
   }
   return written;
 }

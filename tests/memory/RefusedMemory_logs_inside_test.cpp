@@ -1,0 +1,150 @@
+// Logs and the command line where memory runs out: see RefuseEachInTurn.
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "common/environment/ScopedEnvironment.h"
+#include "common/temp/CurrentDirectory.h"
+#include "common/temp/TempDir.h"
+#include "memory/RefuseEachInTurn.h"
+#include "thr/thr_GlobalSingleton.h"
+#include "utl/utl_CommandLine.h"
+#include "utl/utl_CommandLineForeign.h"
+#include "utl/utl_CommandLineLoader.h"
+#include "utl/utl_IOTracker.h"
+#include "utl/utl_JobFileName.h"
+#include "utl/utl_Phase.h"
+#include "utl/utl_ResourceMonitor.h"
+#include "utl/utl_runMain.h"
+#include "utl/utl_TrackedFile.h"
+#include "utl/utl_TrackedOperation.h"
+
+namespace {
+
+using TrackerHolder = thr_GlobalSingleton<utl_IOTracker_Container>;
+
+void LoadOptions() {
+  thr_GlobalSingleton<utl_CommandLine>::Destroy();
+  cow_1DArrayList<cow_String> list;
+  for (const char* argument :
+       {"-job", "a-job-with-a-long-name", "-count", "12", "-title", "some text"}) {
+    list.Append(argument);
+  }
+  utl_CommandLineLoader::SetArgsList(list);
+}
+
+// Ends the logs that were begun, however an operation ends.
+struct LogsEnd {
+  ~LogsEnd() {
+    TrackerHolder::Destroy();
+    omi_SingletonBase<utl_ResourceMonitor>::Finalize();
+  }
+};
+
+class RefusedMemoryLogsTest : public testing::Test {
+ protected:
+  ~RefusedMemoryLogsTest() override { thr_GlobalSingleton<utl_CommandLine>::Destroy(); }
+
+  TempDir dir_;
+  CurrentDirectory current_{dir_.Path()};
+  ScopedEnvironment monitor_{"KES_RESOURCE_MONITOR", "FULLMETHOD"};
+  ScopedEnvironment track_{"KES_IO_TRACK", "3"};
+};
+
+utl_ResourceMonitor& Monitor() {
+  return omi_Singleton<utl_ResourceMonitor>::Instance();
+}
+
+TEST_F(RefusedMemoryLogsTest, Monitor) {
+  const std::string label(200, 'x');
+  RefuseEachInTurn([&] {
+    const LogsEnd end;
+    Monitor().Initialize("a-job-with-a-long-name");
+    Monitor().StartTimer(0, "a timer with a long name that needs memory");
+    Monitor().StopTimer(0);
+    Monitor().Mark(label.c_str());
+  });
+}
+
+TEST_F(RefusedMemoryLogsTest, TrackerOfEachOperation) {
+  testing::internal::CaptureStdout();  // it tells what it opens
+  RefuseEachInTurn([] {
+    const LogsEnd end;
+    utl_IOTracker& tracker = *TrackerHolder::Instance().Tracker();
+    tracker.SetSuffix("-suffix-of-some-length");
+    tracker.COpen(1, "a-file-with-a-long-name");
+    tracker.CWrite(1, 100, 0.5);
+    tracker.CRead(1, 100, 0.5);
+    tracker.CSeek(1, 0.5);
+    tracker.CRename(1, "another-file-with-a-long-name");
+    tracker.UOpen(2, "a-file-with-a-long-name");
+    tracker.UWrite(2, 100, 0.5);
+    tracker.Mark("a mark with a long name, which needs memory");
+    tracker.TimePoint();
+    tracker.WriteIncrements("a label with a long name, which needs memory");
+    tracker.FlushOutputs();
+    tracker.CClose(1);
+  });
+  testing::internal::GetCapturedStdout();
+}
+
+TEST_F(RefusedMemoryLogsTest, TrackedFilesAndOperations) {
+  testing::internal::CaptureStdout();
+  RefuseEachInTurn([] {
+    const LogsEnd end;
+    TrackerHolder::Instance();
+    utl_TrackedFile file("a-file-with-a-long-name", utl_FileAccessWrite,
+                         utl_FileShareDefault);
+    file.Write("abc", 3);
+    file.Seek(0);
+    char bytes[3];
+    EXPECT_EQ(file.Read(bytes, 3), 3);
+    utl_TrackedOperation operation(utl_TrackedWrite, "a-file-with-a-long-name");
+    operation.SetBytes(3);
+  });
+  testing::internal::GetCapturedStdout();
+}
+
+// Throws nothing: a phase at whose end there is no memory leaves its mark out.
+TEST_F(RefusedMemoryLogsTest, PhaseThrowsNothingAtItsEnd) {
+  testing::internal::CaptureStdout();
+  RefuseEachInTurn([] {
+    const LogsEnd end;
+    TrackerHolder::Instance();
+    Monitor().Initialize("a-job-with-a-long-name");
+    const utl_Phase phase(1, "a phase with a long name, which needs memory");
+  });
+  testing::internal::GetCapturedStdout();
+}
+
+TEST_F(RefusedMemoryLogsTest, CommandLineInAllItsWays) {
+  RefuseEachInTurn([] {
+    LoadOptions();
+    const utl_CommandLine& line = thr_GlobalSingleton<utl_CommandLine>::Instance();
+    EXPECT_EQ(line.ConstGetValueAsInt("count"), 12);
+    EXPECT_GT(utl_JobFileName(".suffix").Length(), 30);
+    int number = 0;
+    UTL_COMMANDLINEINTEGER("count", &number, 5);
+    EXPECT_EQ(number, 12);
+    char text[100];
+    EXPECT_EQ(utl_CommandLineStringC("title", text, 100), 9);
+  });
+}
+
+TEST_F(RefusedMemoryLogsTest, ProgramEndsWithAStatus) {
+  testing::internal::CaptureStderr();
+  int status = -1;
+  RefuseEachInTurn(
+      [&] {
+        char program[] = "program";
+        char option[] = "-title";
+        char value[] = "a value that is too long to be held without memory";
+        char* arguments[] = {program, option, value, nullptr};
+        status = utl_runMain("program", 3, arguments, [](const utl_CommandLine&) {});
+      },
+      [&] { EXPECT_TRUE(status == 0 || status == 1) << status; });
+  testing::internal::GetCapturedStderr();
+}
+
+}  // namespace
