@@ -10,6 +10,7 @@
 #include <thread>
 #include <vector>
 
+#include "common/environment/Rounds.h"
 #include "common/handle/Pipe.h"
 #include "utl/FlockTest.h"
 
@@ -277,16 +278,16 @@ TEST_CHILD(addUnderLock) {
 
 // Those that may read and write the locked file, and those that may not.
 TEST_F(FlockTest, ProcessesTakeTurns) {
-  constexpr int kRounds = 25;
-  constexpr int kAccesses[] = {_O_RDWR, _O_RDONLY, _O_WRONLY,
-                               _O_RDWR, _O_RDONLY, _O_WRONLY};
+  constexpr int kProcesses = 16;
+  constexpr int kAccesses[] = {_O_RDWR, _O_RDONLY, _O_WRONLY};
+  const int rounds = ContentionRounds(25);
   const std::string counter = dir_.File("counter");
   WriteWholeFile(counter, "0");
   std::vector<ChildProcess> children;
-  for (const int access : kAccesses) {
+  for (int i = 0; i < kProcesses; ++i) {
     children.push_back(ChildProcess::Start(
         "addUnderLock",
-        {path_, counter, std::to_string(kRounds), std::to_string(access)}));
+        {path_, counter, std::to_string(rounds), std::to_string(kAccesses[i % 3])}));
   }
   for (ChildProcess& child : children) {
     child.WriteLine("go");
@@ -294,7 +295,7 @@ TEST_F(FlockTest, ProcessesTakeTurns) {
   for (ChildProcess& child : children) {
     EXPECT_EQ(child.ReadLine(), "0");
   }
-  EXPECT_EQ(NumberIn(counter), std::ssize(kAccesses) * kRounds);
+  EXPECT_EQ(NumberIn(counter), kProcesses * rounds);
 }
 
 // Locks argv[1] again and again, in all ways and by all kinds of descriptors. Who has it
