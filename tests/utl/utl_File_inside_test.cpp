@@ -8,6 +8,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "common/child/ChildProcess.h"
 #include "common/failing/WatchedFileCalls.h"
 #include "common/handle/BytesOnDisk.h"
 #include "common/handle/Pipe.h"
@@ -355,6 +356,21 @@ TEST_F(FileTest, TheDestructorClosesTheFile) {
   }
   utl_File alone(name_, utl_FileAccessRead, utl_FileShareRead);
   EXPECT_EQ(alone.FileSize(), 0);
+}
+
+TEST_CHILD(writeAndWait) {
+  utl_File file(argv[1], utl_FileAccessWrite, utl_FileShareReadWrite);
+  file.Write("written", 7);
+  ChildWriteLine("done");
+  ChildReadLine();
+  return 0;
+}
+
+TEST_F(FileTest, WhatAKilledProcessHasWrittenIsThere) {
+  ChildProcess child = ChildProcess::Start("writeAndWait", {path_});
+  EXPECT_EQ(child.ReadLine(), "done");
+  child.Kill();
+  EXPECT_EQ(ReadWholeFile(path_), "written");
 }
 
 TEST_F(FileTest, OpeningForWritingMakesTheHolderOfTheTracker) {

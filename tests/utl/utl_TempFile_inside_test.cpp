@@ -155,6 +155,14 @@ TEST_CHILD(holdTempFile) {
   return 0;
 }
 
+TEST_F(TempFileTest, AKilledProcessLeavesItsFile) {
+  ChildProcess child = ChildProcess::Start("holdTempFile");
+  const std::string name = child.ReadLine();
+  child.Kill();
+  EXPECT_TRUE(
+      std::filesystem::remove(dir_.File(name.substr(name.find_last_of('\\') + 1))));
+}
+
 TEST_F(TempFileTest, ProcessesHaveNamesOfTheirOwn) {
   ChildProcess child = ChildProcess::Start("holdTempFile");
   const std::string name = child.ReadLine();

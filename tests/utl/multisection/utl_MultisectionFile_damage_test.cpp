@@ -254,15 +254,17 @@ TEST_F(MultisectionDamageTest, NameInTheMessageIsNotTakenForATemplate) {
 TEST_F(MultisectionDamageTest, DamageIsCopiedUnseenAndStillDetectedAfterASave) {
   std::string bytes = BuildImage({{"a", "abc"}, {"b", "old"}});
   bytes[bytes.size() - 5] = 'X';  // in "abc"
-  WriteWholeFile(file_, bytes);
-  utl_MultisectionFile file(path_, utl_FileAccessUpdate);
-  Set(file, "b", "new");
-  file.saveChanges();
-  EXPECT_EQ(Get(file, "b"), "new");
-  EXPECT_CONTENTS_ERROR(Get(file, "a"), "Data corrupted in section \"a\"");
-  Set(file, "a", "abc");
-  file.saveChanges();
-  EXPECT_EQ(Get(file, "a"), "abc");
+  for (const Save save : kSaves) {
+    WriteWholeFile(file_, bytes);
+    utl_MultisectionFile file(path_, utl_FileAccessUpdate);
+    Set(file, "b", "new");
+    (file.*save)();
+    EXPECT_EQ(Get(file, "b"), "new");
+    EXPECT_CONTENTS_ERROR(Get(file, "a"), "Data corrupted in section \"a\"");
+    Set(file, "a", "abc");
+    (file.*save)();
+    EXPECT_EQ(Get(file, "a"), "abc");
+  }
 }
 
 TEST_F(MultisectionDamageTest, EveryFlippedDataByteIsDetected) {
