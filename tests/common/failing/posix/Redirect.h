@@ -9,10 +9,10 @@
 
 #define REDIRECT(Result, name, ...) Result name(__VA_ARGS__)
 
-#define REAL(name)                                       \
-  ([] {                                                  \
-    static const auto real = redirection::NextOf(&name); \
-    return real;                                         \
+#define REAL(name)                                         \
+  ([] {                                                    \
+    static const auto real = redirection::NextOf(&(name)); \
+    return real;                                           \
   }())
 
 namespace redirection {
