@@ -6,9 +6,11 @@
 #include <filesystem>
 #include <memory>
 #include <system_error>
+#include <vector>
 
 #include "common/expect/ExpectThrow.h"
 #include "common/failing/FailingCall.h"
+#include "common/failing/InsteadOfSleep.h"
 #include "common/failing/WatchedFileCalls.h"
 #include "common/temp/TempDir.h"
 #include "utl/utl_File.h"
@@ -93,6 +95,39 @@ TEST_F(FileReplaceTest, FailedReplacementLeavesBothFiles) {
   EXPECT_EQ(ReadWholeFile(path_), "OLD");
   fresh.Replace(*file_);
   EXPECT_EQ(ReadWholeFile(path_), "new");
+}
+
+TEST_F(FileReplaceTest, FileInUseIsTriedTwentyTimes) {
+  utl_File fresh;
+  fresh.OpenNew(newName_, *file_);
+  std::vector<DWORD> pauses;
+  const InsteadOfSleep sleep([&](DWORD milliseconds) { pauses.push_back(milliseconds); });
+  {
+    const FailingCall failure(SystemCall::kMoveFileEx, ERROR_SHARING_VIOLATION, 1,
+                              Failing::kFromThenOn);
+    EXPECT_THROW_TEXT(
+        fresh.Replace(*file_), utl_FileExceptionWrite,
+        utl_FileExceptionWrite(32, name_, "MoveFileEx in Replace").AsString());
+  }
+  EXPECT_EQ(pauses, std::vector<DWORD>(19, 10));
+  {
+    const FailingCall failure(SystemCall::kMoveFileEx, ERROR_ACCESS_DENIED);
+    fresh.Replace(*file_);
+  }
+  EXPECT_EQ(pauses, std::vector<DWORD>(20, 10));
+  EXPECT_EQ(ReadWholeFile(path_), "");
+}
+
+TEST_F(FileReplaceTest, FileOpenForReadingIsNotReplaced) {
+  file_->Release();
+  utl_File reader(name_, utl_FileAccessRead, utl_FileShareDefault);
+  utl_File fresh;
+  fresh.OpenNew(newName_, reader);
+  EXPECT_THROW_TEXT(
+      fresh.Replace(reader), utl_FileExceptionWrite,
+      utl_FileExceptionWrite(name_, "attempt to write to a read-only file.").AsString());
+  EXPECT_EQ(ReadWholeFile(path_), "old");
+  EXPECT_TRUE(FileExists(newPath_));
 }
 
 TEST_F(FileReplaceTest, RenewingGoesOnWithTheFileThatIsThere) {
