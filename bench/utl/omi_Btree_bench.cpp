@@ -29,23 +29,6 @@ class Ours {
   omi_Btree<int, int> map_;
 };
 
-class Standard {
- public:
-  void Insert(int key) { map_.insert({key, key}); }
-  bool Has(int key) const { return map_.find(key) != map_.end(); }
-  void Remove(int key) { map_.erase(key); }
-
-  template <class Use>
-  void Walk(Use use) const {
-    for (const auto& [key, value] : map_) {
-      use(key);
-    }
-  }
-
- private:
-  std::map<int, int> map_;
-};
-
 // The recursive way that the rules of the tree suggest: the same shape, a call a node.
 class Naive {
  public:
@@ -147,7 +130,7 @@ class Naive {
 void bench::AddWorks() {
   AddTree<Ours>("ours");
   AddTree<Naive>("naive");
-  AddTree<Standard>("std::map");
+  AddTree<MapTree<std::map<int, int>>>("std::map");
   for (const char* const work : {"insert and erase", "find", "iterate"}) {
     Work(TreeWorkName(work, 30000)).Counted();
   }

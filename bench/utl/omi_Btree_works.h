@@ -31,6 +31,25 @@ inline std::string TreeWorkName(const char* work, int size) {
 
 // What a tree needs for the works: Insert, Has, Remove, and Walk with a function.
 
+/// A map with the interface of std::map.
+template <class Map>
+class MapTree {
+ public:
+  void Insert(int key) { map_.insert({key, key}); }
+  bool Has(int key) const { return map_.find(key) != map_.end(); }
+  void Remove(int key) { map_.erase(key); }
+
+  template <class Use>
+  void Walk(Use use) const {
+    for (const auto& [key, value] : map_) {
+      use(key);
+    }
+  }
+
+ private:
+  Map map_;
+};
+
 template <class Tree>
 void FillTree(Tree& tree, const std::vector<int>& keys) {
   for (const int key : keys) {

@@ -2,6 +2,8 @@
 
 #include <cstddef>
 #include <iterator>
+#include <memory>
+#include <memory_resource>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -18,7 +20,8 @@
 /// root to the removed node is rebalanced.
 ///
 /// The library has three maps, <int,int>, <cow_String,int> and <cow_String,void*>, whose
-/// pointers it does not own. One map is used by one thread at a time.
+/// pointers it does not own. One map is used by one thread at a time. It keeps the memory
+/// of removed entries for new ones until it is empty.
 ///
 ///     omi_Btree<cow_String, int> ids;
 ///     ids.Insert("steel", 7);
@@ -51,6 +54,7 @@ class KSTUTL_EXPORT omi_BtreeNode {
   /// A node without children, of height 0.
   omi_BtreeNode(const K& key, const V& value);
   ~omi_BtreeNode();
+  omi_BtreeNode(const omi_BtreeNode&) = delete;
   omi_BtreeNode& operator=(const omi_BtreeNode&) = delete;
 
   const K& Key() const { return key_; }
@@ -78,18 +82,20 @@ class KSTUTL_EXPORT omi_BtreeNode {
  private:
   friend class omi_Btree<K, V>;
 
-  omi_BtreeNode(const omi_BtreeNode& other);
-  // A node on the path down, and the slot of the child that the path takes.
-  struct Step {
-    omi_BtreeNode* node;
-    omi_BtreeNode** child;
-  };
-  omi_BtreeNode** ChildSlot(int comparison) { return comparison < 1 ? &left_ : &right_; }
-  void UpdateHeight();
-  static void Retrace(const std::vector<Step>& path);
+  using Allocator = std::pmr::polymorphic_allocator<>;
+  // The slots on the way down, each but the first in the node of the one before.
+  using Path = std::vector<omi_BtreeNode**>;
+
+  static void Copy(omi_BtreeNode*& to, const omi_BtreeNode* subtree,
+                   std::pmr::memory_resource* memory);
+  static bool InsertAt(Path& path, const K& key, const V& value,
+                       std::pmr::memory_resource* memory);
+  static bool RemoveAt(Path& path, const K& key, std::pmr::memory_resource* memory);
+  static bool Seek(Path& path, const K& key);
+  static void Retrace(Path& path);
   static void Rebalance(omi_BtreeNode*& slot);
+  void UpdateHeight();
   omi_BtreeNode* TakeReplacement();
-  void RemoveNode(omi_BtreeNode* node, omi_BtreeNode* replacement);
 
   V value_;
   K key_;
@@ -140,6 +146,8 @@ class KSTUTL_EXPORT omi_Btree {
   omi_BtreeNode<K, V>* root_;
   int count_;
   V nullValue_;
+  std::unique_ptr<std::pmr::memory_resource> memory_;  // of the nodes; made for the first
+  std::vector<omi_BtreeNode<K, V>**> path_;            // kept for its memory
 };
 
 /// Walks a map in the order of its keys, both ways. At the end to begin with. It must not

@@ -2,16 +2,15 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory_resource>
+#include <new>
 #include <type_traits>
 #include <utility>
 
 #include "atr/atr_naturalOrder.h"
+#include "platform/platform.h"
 
 namespace {
-
-// The order of insertion can make the tree much deeper than a balanced one: every walk is
-// a loop, as recursion might exhaust the stack. Paths are rarely longer than this.
-constexpr std::size_t kUsualDepth = 32;
 
 int Compare(int searched, int key) {
   return static_cast<int>(static_cast<unsigned>(searched) - static_cast<unsigned>(key));
@@ -22,9 +21,58 @@ int Compare(const cow_String& searched, const cow_String& key) {
                                : std::strcmp(searched.c_str(), key.c_str());
 }
 
+// Memory for the nodes of one map. They lie side by side, in large pages where there are
+// many, as a large map waits for little else than memory. What is given back serves the
+// next nodes.
+class NodeMemory : public std::pmr::memory_resource {
+ private:
+  // Where the blocks of nodes come from.
+  class Blocks : public std::pmr::memory_resource {
+    static constexpr std::size_t kLarge = std::size_t{256} * 1024;
+
+    void* do_allocate(std::size_t size, std::size_t) override {
+      return size < kLarge ? operator new(size) : blocks_.Take(size);
+    }
+    void do_deallocate(void* block, std::size_t size, std::size_t) override {
+      if (size < kLarge) {
+        operator delete(block);
+      } else {
+        platform::LargeBlocks::GiveBack(static_cast<char*>(block), size);
+      }
+    }
+    bool do_is_equal(const memory_resource& other) const noexcept override {
+      return this == &other;
+    }
+
+    platform::LargeBlocks blocks_;
+  };
+
+  struct Free {
+    Free* next;
+  };
+
+  void* do_allocate(std::size_t size, std::size_t alignment) override {
+    return free_ == nullptr ? memory_.allocate(size, alignment)
+                            : std::exchange(free_, free_->next);
+  }
+  void do_deallocate(void* node, std::size_t, std::size_t) override {
+    free_ = new (node) Free{free_};
+  }
+  bool do_is_equal(const memory_resource& other) const noexcept override {
+    return this == &other;
+  }
+
+  static constexpr std::size_t kFirstBlock = 256;
+
+  Blocks blocks_;
+  std::pmr::monotonic_buffer_resource memory_{kFirstBlock, &blocks_};
+  Free* free_ = nullptr;
+};
+
 // Deletes a subtree, turning it into a chain of right children on the way.
 template <class Node>
-void DeleteSubtree(Node* node, Node* Node::*left, Node* Node::*right) {
+void DeleteSubtree(Node* node, Node* Node::*left, Node* Node::*right,
+                   std::pmr::memory_resource* memory) {
   while (node != nullptr) {
     if (Node* const child = node->*left) {
       node->*left = child->*right;
@@ -32,7 +80,7 @@ void DeleteSubtree(Node* node, Node* Node::*left, Node* Node::*right) {
       node = child;
     } else {
       Node* const next = std::exchange(node->*right, nullptr);
-      delete node;
+      std::pmr::polymorphic_allocator<>(memory).delete_object(node);
       node = next;
     }
   }
@@ -44,13 +92,31 @@ const omi_BtreeNode<K, V>* RootOf(const omi_Btree<K, V>* tree) {
   return tree != nullptr ? tree->Root() : nullptr;
 }
 
-// Extends the path from the root by a node and what lies behind it. The memory of what
-// lies ahead of these, which comes next, is asked for early: in a large map the walk
-// waits for little else.
-template <auto ahead, auto behind, class Node>
+// Subtrees of this height are prefetched as a whole.
+constexpr int kPrefetchedHeight = 10;
+
+// Asks for the memory of a subtree level by level, so that the nodes of a level come at
+// once. In a large map a walk waits for little else.
+template <class Node>
+void Prefetch(const Node* root) {
+  constexpr std::size_t kMost = 1024;  // few subtrees of that height have more nodes
+  const Node* nodes[kMost + 2];
+  nodes[0] = root;
+  std::size_t count = 1;
+  for (std::size_t i = 0; i < count && count < kMost; ++i) {
+    for (const Node* const child : {nodes[i]->Left(), nodes[i]->Right()}) {
+      __builtin_prefetch(child);
+      nodes[count] = child;
+      count += child != nullptr ? 1 : 0;
+    }
+  }
+  asm volatile("");  // g++ leaves out the calls of a function that does nothing else
+}
+
+// Extends the path by a node and what lies behind it.
+template <auto behind, class Node>
 void Descend(std::vector<const Node*>& path, const Node* node) {
   for (; node != nullptr; node = (node->*behind)()) {
-    __builtin_prefetch((node->*ahead)());
     path.push_back(node);
   }
 }
@@ -63,8 +129,17 @@ void Step(std::vector<const Node*>& path) {
     return;
   }
   const Node* node = path.back();
-  if (const Node* const child = (node->*ahead)()) {
-    Descend<ahead, behind>(path, child);
+  if (const Node* child = (node->*ahead)()) {
+    if (node->Height() > kPrefetchedHeight) {
+      for (; child != nullptr && child->Height() > kPrefetchedHeight;
+           child = (child->*behind)()) {
+        path.push_back(child);
+      }
+      if (child != nullptr) {
+        Prefetch(child);
+      }
+    }
+    Descend<behind>(path, child);
     return;
   }
   do {
@@ -79,19 +154,20 @@ template <class K, class V>
 omi_BtreeNode<K, V>::omi_BtreeNode(const K& key, const V& value)
     : value_(value), key_(key) {}
 
+// Fills the slot, which is empty, with a copy of the subtree; when that throws, with a
+// part of it.
 template <class K, class V>
-omi_BtreeNode<K, V>::omi_BtreeNode(const omi_BtreeNode& other)
-    : omi_BtreeNode(other.key_, other.value_) {
-  height_ = other.height_;
-  std::vector<std::pair<omi_BtreeNode**, const omi_BtreeNode*>> open = {
-      {&left_, other.left_}, {&right_, other.right_}};
+void omi_BtreeNode<K, V>::Copy(omi_BtreeNode*& to, const omi_BtreeNode* subtree,
+                               std::pmr::memory_resource* memory) {
+  std::vector<std::pair<omi_BtreeNode**, const omi_BtreeNode*>> open = {{&to, subtree}};
   while (!open.empty()) {
     const auto [slot, source] = open.back();
     open.pop_back();
     if (source == nullptr) {
       continue;
     }
-    omi_BtreeNode* const copy = *slot = new omi_BtreeNode(source->key_, source->value_);
+    omi_BtreeNode* const copy = *slot =
+        Allocator(memory).new_object<omi_BtreeNode>(source->key_, source->value_);
     copy->height_ = source->height_;
     open.push_back({&copy->left_, source->left_});
     open.push_back({&copy->right_, source->right_});
@@ -100,44 +176,74 @@ omi_BtreeNode<K, V>::omi_BtreeNode(const omi_BtreeNode& other)
 
 template <class K, class V>
 omi_BtreeNode<K, V>::~omi_BtreeNode() {
-  DeleteSubtree(left_, &omi_BtreeNode::left_, &omi_BtreeNode::right_);
-  DeleteSubtree(right_, &omi_BtreeNode::left_, &omi_BtreeNode::right_);
+  for (omi_BtreeNode* const child : {left_, right_}) {
+    DeleteSubtree(child, &omi_BtreeNode::left_, &omi_BtreeNode::right_,
+                  std::pmr::new_delete_resource());
+  }
 }
 
 template <class K, class V>
 bool omi_BtreeNode<K, V>::Insert(const K& key, const V& value) {
-  std::vector<Step> path;
-  path.reserve(kUsualDepth);
-  for (omi_BtreeNode* node = this; node != nullptr; node = *path.back().child) {
-    const int comparison = Compare(key, node->key_);
-    if (comparison == 0) {
-      return false;
-    }
-    path.push_back({node, node->ChildSlot(comparison)});
+  omi_BtreeNode* self = this;
+  Path path = {&self};
+  return InsertAt(path, key, value, std::pmr::new_delete_resource());
+}
+
+template <class K, class V>
+bool omi_BtreeNode<K, V>::InsertAt(Path& path, const K& key, const V& value,
+                                   std::pmr::memory_resource* memory) {
+  if (Seek(path, key)) {
+    return false;
   }
-  *path.back().child = new omi_BtreeNode(key, value);
+  *path.back() = Allocator(memory).new_object<omi_BtreeNode>(key, value);
   Retrace(path);
   return true;
 }
 
 template <class K, class V>
 bool omi_BtreeNode<K, V>::Remove(const K& key, omi_BtreeNode& parent) {
-  std::vector<Step> path;
-  path.reserve(kUsualDepth);
-  omi_BtreeNode* above = &parent;
-  omi_BtreeNode* node = this;
-  while (const int comparison = Compare(key, node->key_)) {
-    omi_BtreeNode** const child = node->ChildSlot(comparison);
-    if (*child == nullptr) {
-      return false;
-    }
-    path.push_back({node, child});
-    above = node;
-    node = *child;
+  omi_BtreeNode* self = this;
+  Path path = {&self};
+  if (!RemoveAt(path, key, std::pmr::new_delete_resource())) {
+    return false;
   }
-  above->RemoveNode(node, node->TakeReplacement());
+  if (self != this) {
+    (parent.right_ == this ? parent.right_ : parent.left_) = self;
+    parent.UpdateHeight();
+  }
+  return true;
+}
+
+template <class K, class V>
+bool omi_BtreeNode<K, V>::RemoveAt(Path& path, const K& key,
+                                   std::pmr::memory_resource* memory) {
+  if (!Seek(path, key)) {
+    return false;
+  }
+  omi_BtreeNode*& slot = *path.back();
+  omi_BtreeNode* const node = std::exchange(slot, slot->TakeReplacement());
+  Allocator(memory).delete_object(node);
+  if (path.size() > 1 && slot != nullptr) {
+    Rebalance(slot);
+  }
   Retrace(path);
   return true;
+}
+
+// Continues the path from its last slot to that of the key's node, or to the empty one
+// where it would be. A retrace will ask both children for their heights.
+template <class K, class V>
+bool omi_BtreeNode<K, V>::Seek(Path& path, const K& key) {
+  for (omi_BtreeNode* node = *path.back(); node != nullptr; node = *path.back()) {
+    __builtin_prefetch(node->left_);
+    __builtin_prefetch(node->right_);
+    const int comparison = Compare(key, node->key_);
+    if (comparison == 0) {
+      return true;
+    }
+    path.push_back(comparison < 1 ? &node->left_ : &node->right_);
+  }
+  return false;
 }
 
 template <class K, class V>
@@ -159,15 +265,17 @@ void omi_BtreeNode<K, V>::UpdateHeight() {
                      right_ != nullptr ? right_->height_ + 1 : 0);
 }
 
-// Rebalances upwards after a change at the end of the path. It continues above a height
-// that did not change: stopping there would give another shape.
+// Rebalances upwards after a change in the last slot of the path; but not what is in the
+// first. It continues above a height that did not change: stopping there would give
+// another shape.
 template <class K, class V>
-void omi_BtreeNode<K, V>::Retrace(const std::vector<Step>& path) {
-  for (auto step = path.rbegin(); step != path.rend(); ++step) {
-    if (*step->child != nullptr) {
-      Rebalance(*step->child);
-    }
-    step->node->UpdateHeight();
+void omi_BtreeNode<K, V>::Retrace(Path& path) {
+  for (path.pop_back(); path.size() > 1; path.pop_back()) {
+    (*path.back())->UpdateHeight();
+    Rebalance(*path.back());
+  }
+  if (!path.empty()) {
+    (*path.back())->UpdateHeight();
   }
 }
 
@@ -176,14 +284,13 @@ void omi_BtreeNode<K, V>::Rebalance(omi_BtreeNode*& slot) {
   omi_BtreeNode* const node = slot;
   omi_BtreeNode* const left = node->left_;
   omi_BtreeNode* const right = node->right_;
-  const auto counted = [](const omi_BtreeNode* child) {
-    return child != nullptr ? child->height_ : 0;
-  };
-  if (right != nullptr && right->height_ - counted(left) >= 2) {
+  const int lean =
+      (right != nullptr ? right->height_ : 0) - (left != nullptr ? left->height_ : 0);
+  if (lean >= 2) {
     node->right_ = right->left_;
     right->left_ = node;
     slot = right;
-  } else if (left != nullptr && left->height_ - counted(right) >= 2) {
+  } else if (lean <= -2) {
     node->left_ = left->right_;
     left->right_ = node;
     slot = left;
@@ -225,20 +332,16 @@ omi_BtreeNode<K, V>* omi_BtreeNode<K, V>::TakeReplacement() {
 }
 
 template <class K, class V>
-void omi_BtreeNode<K, V>::RemoveNode(omi_BtreeNode* node, omi_BtreeNode* replacement) {
-  (node == right_ ? right_ : left_) = replacement;
-  UpdateHeight();
-  delete node;
-}
-
-template <class K, class V>
 omi_Btree<K, V>::omi_Btree() : root_(nullptr), count_(0), nullValue_(GetNullValue()) {}
 
 template <class K, class V>
-omi_Btree<K, V>::omi_Btree(const omi_Btree& other)
-    : root_(other.root_ != nullptr ? new omi_BtreeNode<K, V>(*other.root_) : nullptr),
-      count_(other.count_),
-      nullValue_(other.nullValue_) {}
+omi_Btree<K, V>::omi_Btree(const omi_Btree& other) : omi_Btree() {
+  if (!other.IsEmpty()) {
+    memory_ = std::make_unique<NodeMemory>();
+    omi_BtreeNode<K, V>::Copy(root_, other.root_, memory_.get());
+    count_ = other.count_;
+  }
+}
 
 template <class K, class V>
 omi_Btree<K, V>& omi_Btree<K, V>::operator=(const omi_Btree& other) {
@@ -247,52 +350,46 @@ omi_Btree<K, V>& omi_Btree<K, V>::operator=(const omi_Btree& other) {
   }
   omi_Btree copy(other);
   std::swap(root_, copy.root_);
-  count_ = copy.count_;
-  nullValue_ = copy.nullValue_;
+  std::swap(memory_, copy.memory_);
+  std::swap(count_, copy.count_);
   return *this;
 }
 
 template <class K, class V>
 omi_Btree<K, V>::~omi_Btree() {
-  delete root_;
+  if constexpr (!std::is_trivially_destructible_v<K>) {
+    DeleteSubtree(root_, &omi_BtreeNode<K, V>::left_, &omi_BtreeNode<K, V>::right_,
+                  memory_.get());
+  }
 }
 
 template <class K, class V>
 bool omi_Btree<K, V>::Insert(const K& key, const V& value) {
-  if (root_ == nullptr) {
-    root_ = new omi_BtreeNode<K, V>(key, value);
-  } else {
-    if (!root_->Insert(key, value)) {
-      return false;
-    }
-    omi_BtreeNode<K, V>::Rebalance(root_);
+  if (memory_ == nullptr) {
+    memory_ = std::make_unique<NodeMemory>();
   }
+  path_ = {&root_};
+  if (!omi_BtreeNode<K, V>::InsertAt(path_, key, value, memory_.get())) {
+    return false;
+  }
+  omi_BtreeNode<K, V>::Rebalance(root_);
   ++count_;
   return true;
 }
 
 template <class K, class V>
 bool omi_Btree<K, V>::Remove(const K& key) {
-  if (root_ == nullptr) {
+  path_ = {&root_};
+  if (!omi_BtreeNode<K, V>::RemoveAt(path_, key, memory_.get())) {
     return false;
   }
-  omi_BtreeNode<K, V> above(root_->key_, nullValue_);
-  above.left_ = root_;
-  bool removed = false;
-  try {
-    removed = root_->Remove(key, above);
-  } catch (...) {
-    above.left_ = nullptr;  // the map keeps its nodes
-    throw;
-  }
-  root_ = std::exchange(above.left_, nullptr);
-  if (removed) {
-    --count_;
-  }
-  if (removed && root_ != nullptr) {
+  --count_;
+  if (root_ == nullptr) {
+    memory_ = nullptr;  // returns all of it
+  } else {
     omi_BtreeNode<K, V>::Rebalance(root_);
   }
-  return removed;
+  return true;
 }
 
 template <class K, class V>
@@ -323,13 +420,13 @@ omi_BtreeIterator<K, V>::omi_BtreeIterator(const omi_Btree<K, V>& tree) : tree_(
 template <class K, class V>
 void omi_BtreeIterator<K, V>::First() {
   path_.clear();
-  Descend<&Node::Right, &Node::Left>(path_, RootOf(tree_));
+  Descend<&Node::Left>(path_, RootOf(tree_));
 }
 
 template <class K, class V>
 void omi_BtreeIterator<K, V>::Last() {
   path_.clear();
-  Descend<&Node::Left, &Node::Right>(path_, RootOf(tree_));
+  Descend<&Node::Right>(path_, RootOf(tree_));
 }
 
 template <class K, class V>
