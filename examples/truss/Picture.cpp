@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <Eigen/Geometry>
 #include <fstream>
 #include <iomanip>
 #include <numbers>
@@ -69,13 +70,11 @@ std::string Colour(double part) {
 class View {
  public:
   explicit View(const Deck& deck) {
-    Eigen::Vector3d least = deck.nodes[0].xyz, most = least;
+    Eigen::AlignedBox3d box;
     for (const Node& node : deck.nodes) {
-      least = least.cwiseMin(node.xyz);
-      most = most.cwiseMax(node.xyz);
+      box.extend(node.xyz);
     }
-    const Eigen::Vector3d extent = most - least;
-    if (extent.z() == 0) {
+    if (box.sizes().z() == 0) {
       across_ = {1, 0, 0};
       upwards_ = {0, 1, 0};
       return;
@@ -111,18 +110,20 @@ Points Places(const Deck& deck, const Results& results, const View& view, double
   return points;
 }
 
+Eigen::AlignedBox2d BoxOf(const Points& points) {
+  Eigen::AlignedBox2d box;
+  for (const Eigen::Vector2d& point : points) {
+    box.extend(point);
+  }
+  return box;
+}
+
 // Moves and scales points in common so that all of them fill the frame.
 void Fit(Points& before, Points& after) {
-  Eigen::Vector2d least = before[0], most = before[0];
-  for (const Points* points : {&before, &after}) {
-    for (const Eigen::Vector2d& point : *points) {
-      least = least.cwiseMin(point);
-      most = most.cwiseMax(point);
-    }
-  }
-  const Eigen::Vector2d extent = most - least;
+  const Eigen::AlignedBox2d box = BoxOf(before).merged(BoxOf(after));
+  const Eigen::Vector2d extent = box.sizes();
   const double scale = std::min(kWidth / extent.x(), kHeight / extent.y());
-  const Eigen::Vector2d middle = least + extent / 2;
+  const Eigen::Vector2d middle = box.min() + extent / 2;
   for (Points* points : {&before, &after}) {
     for (Eigen::Vector2d& point : *points) {
       point = (point - middle) * scale +
@@ -140,7 +141,7 @@ void DrawLine(std::ostream& svg, const Points& points, const Bar& bar) {
 
 std::string Number(double value) {
   std::ostringstream text;
-  text << std::setprecision(4) << value;
+  text << std::setprecision(4) << value + 0.0;  // which makes 0 of -0
   return text.str();
 }
 
@@ -154,7 +155,7 @@ void DrawLegend(std::ostream& svg, double most, double factor) {
   svg << "</linearGradient></defs>\n<rect x='" << left << "' y='" << top << "' width='"
       << width << "' height='12' fill='url(#forces)'/>\n";
   const std::pair<const char*, std::string> marks[] = {
-      {"compression", '-' + Number(most)}, {"", "0"}, {"tension", Number(most)}};
+      {"compression", Number(-most)}, {"", "0"}, {"tension", Number(most)}};
   const char* const anchors[] = {"start", "middle", "end"};
   for (int i = 0; const auto& [above, below] : marks) {
     const double x = left + i * width / 2;
@@ -169,24 +170,50 @@ void DrawLegend(std::ostream& svg, double most, double factor) {
       << "' text-anchor='end'>before; displacements x " << Number(factor) << "</text>\n";
 }
 
+// The bars where their nodes are, those that carry most in front.
+void DrawBars(std::ostream& svg, const Deck& deck, const Vector& forces, double most,
+              const Points& points) {
+  std::vector<std::size_t> order(deck.bars.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::ranges::stable_sort(
+      order, {}, [&](std::size_t row) { return std::abs(forces[Eigen::Index(row)]); });
+  const double thinnest = deck.bars.size() > 100 ? 0.6 : 2;
+  svg << "<g class='bars'>\n";
+  for (const std::size_t row : order) {
+    const double tension = forces[Eigen::Index(row)];
+    const double part = most > 0 ? tension / most : 0;
+    DrawLine(svg, points, deck.bars[row]);
+    svg << " stroke='" << Colour(part) << "' stroke-width='"
+        << thinnest + 3 * std::abs(part) << "'><title>bar " << deck.bars[row].id << ": "
+        << Number(tension) << "</title></line>\n";
+  }
+  svg << "</g>\n";
+}
+
+// Dots on the nodes that are held in more than one direction.
+void DrawHeld(std::ostream& svg, const Deck& deck, const Points& points) {
+  svg << "<g class='held'>\n";
+  for (std::size_t i = 0; i < deck.nodes.size(); ++i) {
+    if (std::ranges::count(deck.nodes[i].held, true) > 1) {
+      svg << "<circle cx='" << points[i].x() << "' cy='" << points[i].y()
+          << "' r='5'/>\n";
+    }
+  }
+  svg << "</g>\n";
+}
+
 std::string PictureOf(const Deck& deck, const Results& results) {
   const View view(deck);
   Points before = Places(deck, results, view, 0);
-  Eigen::Vector2d least = before[0], most = least;
-  for (const Eigen::Vector2d& point : before) {
-    least = least.cwiseMin(point);
-    most = most.cwiseMax(point);
-  }
   const double largest = results.displacements.lpNorm<Eigen::Infinity>();
   const double factor =
-      largest > 0 ? Rounded(kShown * (most - least).maxCoeff() / largest) : 1;
+      largest > 0 ? Rounded(kShown * BoxOf(before).sizes().maxCoeff() / largest) : 1;
   Points after = Places(deck, results, view, factor);
   Fit(before, after);
   for (const Eigen::Vector2d& point : after) {
     Check(point.allFinite(), deck.name, "cannot be drawn");
   }
 
-  const double force = results.forces.lpNorm<Eigen::Infinity>();
   std::ostringstream svg;
   svg << std::fixed << std::setprecision(2)
       << "<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 " << kWidth + 2 * kEdge
@@ -200,30 +227,10 @@ std::string PictureOf(const Deck& deck, const Results& results) {
     DrawLine(svg, before, bar);
     svg << "/>\n";
   }
-  svg << "</g>\n<g class='bars'>\n";
-  // Those that carry most lie in front.
-  std::vector<std::size_t> order(deck.bars.size());
-  std::iota(order.begin(), order.end(), std::size_t{0});
-  std::ranges::stable_sort(order, {}, [&](std::size_t row) {
-    return std::abs(results.forces[Eigen::Index(row)]);
-  });
-  const double thinnest = deck.bars.size() > 100 ? 0.6 : 2;
-  for (const std::size_t row : order) {
-    const double tension = results.forces[Eigen::Index(row)];
-    const double part = force > 0 ? tension / force : 0;
-    DrawLine(svg, after, deck.bars[row]);
-    svg << " stroke='" << Colour(part) << "' stroke-width='"
-        << thinnest + 3 * std::abs(part) << "'><title>bar " << deck.bars[row].id << ": "
-        << Number(tension) << "</title></line>\n";
-  }
-  svg << "</g>\n<g class='held'>\n";
-  for (std::size_t i = 0; i < deck.nodes.size(); ++i) {
-    const auto& held = deck.nodes[i].held;
-    if (std::ranges::count(held, true) > 1) {
-      svg << "<circle cx='" << after[i].x() << "' cy='" << after[i].y() << "' r='5'/>\n";
-    }
-  }
   svg << "</g>\n";
+  const double force = results.forces.lpNorm<Eigen::Infinity>();
+  DrawBars(svg, deck, results.forces, force, after);
+  DrawHeld(svg, deck, after);
   DrawLegend(svg, force, factor);
   svg << "</svg>\n";
   return svg.str();

@@ -87,8 +87,10 @@ TEST(TrussPictureTest, TensionHasAnotherColour) {
 TEST(TrussPictureTest, FrameWithoutLoadsIsAsItWas) {
   const std::string deck = kTwoBarDeck;
   const TrussJob job(deck.substr(0, deck.find("load")));
-  const std::vector<Line> lines = LinesIn(PictureOf(job));
+  const std::string svg = PictureOf(job);
+  const std::vector<Line> lines = LinesIn(svg);
   ASSERT_EQ(lines.size(), 4u);
+  EXPECT_EQ(svg.find("-0<"), std::string::npos) << "in the legend";
   EXPECT_EQ(lines[2].x2, lines[0].x2);
   EXPECT_EQ(lines[2].colour, "rgb(176,184,192)");
 }
