@@ -7,6 +7,7 @@
 #include <regex>
 
 #include "common/environment/FileSizeLimit.h"
+#include "common/Output.h"
 #include "common/Page.h"
 #include "common/PageAssets.h"
 #include "common/temp/CurrentDirectory.h"
@@ -167,10 +168,11 @@ TEST_F(KstHtmlTest, NamesCannotBecomeMarkupOrScripts) {
                                           "&lt;b>",
                                           "{}, [\\\"",
                                           "a\x1b[2Jb\xff",
+                                          "\xe2\x80\xaetxt.exe",
                                           "m\xc3\xa4st"};
-  const std::vector<std::string> shown = {names[0],          names[1], names[2],
-                                          names[3],          names[4], names[5],
-                                          "a\\x1b[2Jb\\xff", names[7]};
+  std::vector<std::string> shown = names;
+  shown[6] = "a\\x1b[2Jb\\xff";
+  shown[7] = "\\xe2\\x80\\xaetxt.exe";
   const std::string log = Log(names);
   for (const std::string& html :
        {Made(KstUsage, {Written("a.use", log)}, kFinding),
@@ -340,6 +342,59 @@ TEST_F(KstHtmlTest, InfiniteTimesHaveNoBar) {
   const std::string html = Made(KstIoTrack, {Path("beam")});
   EXPECT_EQ(PlotsOf(html)[3]["series"][0]["values"], Json::array({nullptr}));
   EXPECT_NE(html.find("<td>inf</td>"), std::string::npos);
+}
+
+TEST_F(KstHtmlTest, PointsThatAreNowhereAreLeftOutOfACurve) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  Page page("tool", "title");
+  page.Section("curves");
+  CurvePlot plot;
+  plot.curves = {{"a", {0, kInfinity, 2}, {1, 2, kInfinity}, {"x", "y", "z"}}};
+  page.Add(plot);
+  plot.curves = {{"a", {0, kInfinity}, {1, 2}, {"x", "y"}}};
+  page.Add(plot);
+  const Json plots = PlotsOf(page.Html());
+  ASSERT_EQ(plots.size(), 1u) << "one of a single place is nothing to see";
+  EXPECT_EQ(plots[0]["most"], 2.0);
+  EXPECT_EQ(plots[0]["series"][0]["x"], Json::array({0.0, 2.0}));
+  EXPECT_EQ(plots[0]["series"][0]["y"], Json::array({1.0, nullptr}));
+  EXPECT_EQ(plots[0]["series"][0]["labels"], Json::array({"x", "z"}));
+}
+
+TEST_F(KstHtmlTest, TablesThatAreScrolledHaveTheNameOfTheirSection) {
+  Page page("tool", "title");
+  page.Section("a \"b\"");
+  page.Add(Table{{"name"}, {}, {{"x"}}});
+  EXPECT_NE(page.Html().find(" tabindex=\"0\" role=\"region\" "
+                             "aria-label=\"a &quot;b&quot;\">"),
+            std::string::npos);
+}
+
+TEST_F(KstHtmlTest, NumbersAreReadable) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  EXPECT_EQ(Fixed(1234.5678, 3), "1234.568");
+  EXPECT_EQ(Fixed(-0.04, 1), "0.0");
+  EXPECT_EQ(Fixed(-0.06, 1), "-0.1");
+  EXPECT_EQ(Fixed(-1e14, 0), "-100000000000000");
+  EXPECT_EQ(Fixed(-1e300, 3), "-1e+300");
+  EXPECT_EQ(Fixed(kInfinity, 1), "inf");
+  EXPECT_EQ(Fixed(-kInfinity, 1), "-inf");
+  EXPECT_EQ(Fixed(kInfinity - kInfinity, 1), "-") << "its sign differs by processor";
+  EXPECT_EQ(Signed(2, 1), "+2.0");
+  EXPECT_EQ(Signed(-0.04, 1), "+0.0");
+  EXPECT_EQ(Signed(-2, 0), "-2");
+  EXPECT_EQ(Signed(kInfinity - kInfinity, 1), "-");
+}
+
+TEST_F(KstHtmlTest, RatesOfInfiniteTotalsAreToldAsNone) {
+  Written("beam.ioTotal",
+          "IO Tracking Totals\nCode Mark, Elapsed Time, Work Write Count, Work Write MB, "
+          "Work Write Time, Work Read Count, Work Read MB, Work Read Time, Scratch Write "
+          "Count, Scratch Write MB, Scratch Write Time, Scratch Read Count, Scratch Read "
+          "MB, Scratch Read Time\na, inf, 1, inf, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1\n");
+  const std::string html = Made(KstIoTrack, {WrittenJob({"x.dat"})});
+  EXPECT_NE(html.find("<td>inf</td><td>inf</td><td>-</td>"), std::string::npos);
+  EXPECT_NE(html.find("beam: 1 file, 1 line of totals</p>"), std::string::npos);
 }
 
 TEST_F(KstHtmlTest, FileThatCannotBeReadIsToldOnThePageOfTheOthers) {

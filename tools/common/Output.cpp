@@ -2,8 +2,34 @@
 
 #include <fmt/format.h>
 
+#include <cmath>
+
 std::string JsonText(const Json& json) {
   return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+}
+
+std::string Fixed(double number, int digits) {
+  constexpr double kVeryLarge = 1e15;  // whole numbers up to here are exact
+  if (std::isnan(number)) {
+    return "-";
+  }
+  if (std::abs(number) >= kVeryLarge) {
+    return fmt::format("{:.4g}", number);
+  }
+  std::string text = fmt::format("{:.{}f}", number, digits);
+  if (text.starts_with('-') && text.find_first_of("123456789") == std::string::npos) {
+    text.erase(0, 1);
+  }
+  return text;
+}
+
+std::string Signed(double number, int digits) {
+  const std::string text = Fixed(number, digits);
+  return text.starts_with('-') ? text : '+' + text;
+}
+
+const char* Plural(std::size_t count) {
+  return count == 1 ? "" : "s";
 }
 
 std::string CsvField(std::string_view text) {

@@ -12,6 +12,16 @@ using Json = nlohmann::ordered_json;
 /// JSON as the tools print it. What is no UTF-8 in it is replaced.
 std::string JsonText(const Json& json);
 
+/// A number as people read it, with so many digits behind its point: a very large one as
+/// a power of ten, what is no number as "-", and zero without a sign.
+std::string Fixed(double number, int digits);
+
+/// The same with a sign, for changes: "+0.5", and "+0.0" for none.
+std::string Signed(double number, int digits);
+
+/// What makes a word the one for so many: "s", or nothing for one.
+const char* Plural(std::size_t count);
+
 /// A field of a line of CSV: a text as `Shown`, in quotes where it must be (RFC 4180). An
 /// empty text is a pair of quotes; a field of nothing is a value that is not known.
 std::string CsvField(std::string_view text);

@@ -146,7 +146,8 @@ void Page::Figure(const std::string& name, const std::string& value) {
 
 void Page::Section(const std::string& title, const std::string& text) {
   sections_ += sections_.empty() ? "" : "</div>\n</section>\n";
-  sections_ += "<section>\n<h2>" + Escaped(title) + "</h2>\n";
+  section_ = Escaped(title);
+  sections_ += "<section>\n<h2>" + section_ + "</h2>\n";
   sections_ += text.empty() ? "" : "<p>" + HtmlOf(Cut(text, kLongestText)) + "</p>\n";
   sections_ += "<div class=\"parts\">\n";
 }
@@ -186,17 +187,19 @@ void Page::Add(const CurvePlot& plot) {
   Json all = Json::array();
   double most = 0;
   for (const Curve& curve : plot.curves) {
-    Json labels = Json::array();
-    for (const std::string& label : curve.labels) {
-      labels.push_back(Cut(label, kLongestName));
+    Json one = {{"name", Cut(curve.name, kLongestName)},
+                {"x", Json::array()},
+                {"y", Json::array()},
+                {"labels", Json::array()}};
+    for (std::size_t i = 0; i < curve.x.size(); ++i) {
+      if (std::isfinite(curve.x[i])) {
+        one["x"].push_back(curve.x[i]);
+        one["y"].push_back(curve.y[i]);
+        one["labels"].push_back(Cut(curve.labels[i], kLongestName));
+        most = std::max(most, curve.x[i]);
+      }
     }
-    all.push_back({{"name", Cut(curve.name, kLongestName)},
-                   {"x", curve.x},
-                   {"y", curve.y},
-                   {"labels", labels}});
-    for (const double x : curve.x) {
-      most = std::max(most, x);
-    }
+    all.push_back(one);
   }
   if (most <= 0) {
     return;
@@ -221,8 +224,10 @@ void Page::Add(const Table& table) {
     return;
   }
   const bool isWide = table.texts.size() > 1;  // has no room beside a plot
-  sections_ +=
-      fmt::format("<div class=\"table{}\" tabindex=\"0\">", isWide ? " wide" : "");
+  sections_ += fmt::format(
+      "<div class=\"table{}\" tabindex=\"0\" role=\"region\" "
+      "aria-label=\"{}\">",
+      isWide ? " wide" : "", section_);
   if (table.rows.size() > kRows) {
     sections_ += fmt::format("<p>The first {} of {} rows; --json has all.</p>\n",
                              Grouped(kRows), Grouped(std::ssize(table.rows)));

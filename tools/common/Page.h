@@ -27,7 +27,7 @@ struct BarPlot {
 
 struct Curve {
   std::string name;
-  std::vector<double> x;
+  std::vector<double> x;  ///< a point whose x is infinite is left out
   std::vector<double> y;
   std::vector<std::string> labels;  ///< what each point is; as many
 };
@@ -51,6 +51,9 @@ struct Table {
 
 /// A count as people read it: "1,234,567". REQUIRES: it is not negative.
 std::string Grouped(std::int64_t number);
+
+/// So many points a curve has at most; more cannot be told apart.
+inline constexpr std::size_t kCurvePoints = 400;
 
 /// What stands behind the directories of a path, or all of it where nothing does.
 std::string FileNameOf(const std::string& path);
@@ -93,6 +96,7 @@ class Page {
   std::string head_;
   std::string notes_;
   std::string figures_;
+  std::string section_;  // the title of the last one
   std::string sections_;
   bool isCut_ = false;  // a text was
   Json plots_ = Json::array();

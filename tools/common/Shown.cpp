@@ -32,8 +32,16 @@ std::size_t PrintableLength(std::string_view text) {
       return 0;
     }
   }
+  const unsigned third = Byte(text, 2);
+  // Marks, embeddings, overrides and isolates of directions, and ends of lines: U+061C,
+  // U+200E, U+200F, U+2028 to U+202E, U+2066 to U+2069.
+  const bool isDirection =
+      (first == 0xD8 && second == 0x9C) ||
+      (first == 0xE2 && second == 0x80 &&
+       (third == 0x8E || third == 0x8F || (third >= 0xA8 && third <= 0xAE))) ||
+      (first == 0xE2 && second == 0x81 && third >= 0xA6 && third <= 0xA9);
   const bool isControl =
-      first < 0x20 || first == 0x7F || (first == 0xC2 && second < 0xA0);
+      first < 0x20 || first == 0x7F || (first == 0xC2 && second < 0xA0) || isDirection;
   // Too long a form of a shorter character, half of a pair, or beyond the last character.
   const bool isNone =
       (first == 0xE0 && second < 0xA0) || (first == 0xED && second > 0x9F) ||

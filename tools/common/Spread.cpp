@@ -60,14 +60,23 @@ Spread SpreadOf(const Series& series) {
   return spread;
 }
 
+std::string AboutOutliers(const std::string& files) {
+  return fmt::format(
+      "An outlier lies more than {} times as far from the median as half of the {} do, "
+      "and "
+      "more than {} % of it.",
+      kApart, files, kNoticeable * 100);
+}
+
 void PrintSpreads(const std::string& title, const SeriesList& list,
                   const Console& console) {
   console.out << fmt::format("\n{:>11} {:>11} {:>11} {:>11} {:>5}  {}\n", "sum", "mean",
                              "least", "most", "files", title);
   for (const Series& series : list.All()) {
     const Spread spread = SpreadOf(series);
-    console.out << fmt::format("{:>11.3f} {:>11.3f} {:>11.3f} {:>11.3f} {:>5}  {}",
-                               spread.sum, spread.mean, spread.least, spread.most,
+    console.out << fmt::format("{:>11} {:>11} {:>11} {:>11} {:>5}  {}",
+                               Fixed(spread.sum, 3), Fixed(spread.mean, 3),
+                               Fixed(spread.least, 3), Fixed(spread.most, 3),
                                series.values.size(), Shown(series.name));
     if (spread.most > spread.least) {
       console.out << ", most in " << Shown(spread.where);

@@ -35,12 +35,14 @@ struct Spread {
   double least = 0;
   double most = 0;
   std::string where;  ///< the file of the most
-  /// Files whose value lies apart from the others: of at least three values, it is from
-  /// their median farther than five times as far as half of them, and than a tenth of
-  /// the median.
+  /// Files whose value lies apart from the others, as `AboutOutliers` says; of fewer than
+  /// three values there are none.
   std::vector<std::string> outliers;
 };
 Spread SpreadOf(const Series& series);
+
+/// A sentence for readers on what an outlier is among "logs" or the like.
+std::string AboutOutliers(const std::string& files);
 
 /// A table with a line for each, under a title.
 void PrintSpreads(const std::string& title, const SeriesList& list,

@@ -50,11 +50,10 @@ void AddSpreadTable(Page& page, const SeriesList& list) {
   table.numbers = {"sum", "mean", "least", "most", "files"};
   for (const Series& series : list.All()) {
     const Spread spread = SpreadOf(series);
-    table.rows.push_back(
-        {series.name, spread.most > spread.least ? spread.where : "", Outliers(spread),
-         fmt::format("{:.3f}", spread.sum), fmt::format("{:.3f}", spread.mean),
-         fmt::format("{:.3f}", spread.least), fmt::format("{:.3f}", spread.most),
-         fmt::format("{}", series.values.size())});
+    table.rows.push_back({series.name, spread.most > spread.least ? spread.where : "",
+                          Outliers(spread), Fixed(spread.sum, 3), Fixed(spread.mean, 3),
+                          Fixed(spread.least, 3), Fixed(spread.most, 3),
+                          fmt::format("{}", series.values.size())});
   }
   page.Add(table);
 }

@@ -34,5 +34,6 @@ int RunTool(CLI::App& app, int argc, const char* const* argv, const Console& con
 std::string CurrentFailure();
 
 /// Text from a file, to be shown to people: control characters, which could move the
-/// cursor or end the line, and what is no UTF-8 are written as \xNN.
+/// cursor, end the line or turn the direction of writing, and what is no UTF-8 are
+/// written as \xNN.
 std::string Shown(std::string_view text);

@@ -1,5 +1,7 @@
 #include "iotrack/Figures.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 
 namespace {
@@ -14,6 +16,12 @@ void Add(TrackedSums& sum, const TrackedSums& other) {
 }
 
 }  // namespace
+
+std::string Description(const TrackedJob& job) {
+  return fmt::format("{}: {} file{}, {} line{} of totals", job.name, job.files.size(),
+                     Plural(job.files.size()), job.lines.size(),
+                     Plural(job.lines.size()));
+}
 
 double Rate(double megabytes, double seconds) {
   return seconds > 0 ? megabytes / seconds : 0;

@@ -5,6 +5,9 @@
 
 // The figures that all reports on the I/O tracker's files show.
 
+/// "beam: 2 files, 1 line of totals"
+std::string Description(const TrackedJob& job);
+
 /// Megabytes per second, 0 where there is no time.
 double Rate(double megabytes, double seconds);
 

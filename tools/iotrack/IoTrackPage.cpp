@@ -6,15 +6,13 @@
 
 namespace {
 
-constexpr std::size_t kPoints = 400;  // of a curve, at most
-
 // Small jobs have to show something, too.
 std::string Megabytes(double value) {
-  return value < 10 ? fmt::format("{:.3f} MB", value) : fmt::format("{:.1f} MB", value);
+  return Fixed(value, value < 10 ? 3 : 1) + " MB";
 }
 
 std::string Number(double value) {
-  return fmt::format("{:.3f}", value);
+  return Fixed(value, 3);
 }
 
 void AddNotes(Page& page, const std::vector<TrackedJob>& jobs, std::size_t asked) {
@@ -38,7 +36,7 @@ void AddFigures(Page& page, const Directories& sums) {
   const double read = sums.work.read.megabytes + sums.scratch.read.megabytes;
   page.Figure("written", Megabytes(written));
   page.Figure("read", Megabytes(read));
-  page.Figure("time of transfers", fmt::format("{:.3f} s", sums.Seconds()));
+  page.Figure("time of transfers", Number(sums.Seconds()) + " s");
 }
 
 void AddDirectories(Page& page, const Directories& sums) {
@@ -62,9 +60,8 @@ void AddDirectories(Page& page, const Directories& sums) {
   table.texts = {"directory"};
   table.numbers = {"MB", "s", "MB/s"};
   const auto add = [&](const char* name, const Transfer& transfer) {
-    table.rows.push_back(
-        {name, Number(transfer.megabytes), Number(transfer.seconds),
-         fmt::format("{:.1f}", Rate(transfer.megabytes, transfer.seconds))});
+    table.rows.push_back({name, Number(transfer.megabytes), Number(transfer.seconds),
+                          Fixed(Rate(transfer.megabytes, transfer.seconds), 1)});
   };
   add("work, written", sums.work.written);
   add("work, read", sums.work.read);
@@ -78,7 +75,8 @@ void AddRates(Page& page, const TrackedJob& job) {
                "What was written and read from one mark to the next, by the time between "
                "them.");
   CurvePlot plot;
-  plot.caption = job.lines.size() > kPoints ? "Rate, of several marks together" : "Rate";
+  plot.caption =
+      job.lines.size() > kCurvePoints ? "Rate, of several marks together" : "Rate";
   plot.unit = "MB/s";
   plot.across = "seconds since the beginning";
   plot.isStepped = true;
@@ -91,7 +89,7 @@ void AddRates(Page& page, const TrackedJob& job) {
     curve.y.push_back(y);
     curve.labels.push_back(label);
   };
-  for (const RateRow& row : RatesOf(job, kPoints)) {
+  for (const RateRow& row : RatesOf(job, kCurvePoints)) {
     const std::string label = row.line->label.value_or("");
     if (table.rows.empty()) {
       add(plot.curves[0], 0, row.workRate, label);
@@ -99,8 +97,8 @@ void AddRates(Page& page, const TrackedJob& job) {
     }
     add(plot.curves[0], row.line->elapsed, row.workRate, label);
     add(plot.curves[1], row.line->elapsed, row.scratchRate, label);
-    table.rows.push_back({label, Number(row.line->elapsed), Number(row.megabytes),
-                          fmt::format("{:.1f}", row.rate)});
+    table.rows.push_back(
+        {label, Number(row.line->elapsed), Number(row.megabytes), Fixed(row.rate, 1)});
   }
   if (!table.rows.empty()) {
     page.Add(plot);
@@ -183,15 +181,13 @@ void AddJobs(Page& page, const std::vector<TrackedJob>& jobs) {
     table.rows.push_back({job.name + (job.cut.empty() ? "" : " (cut off)"),
                           Number(Elapsed(job)), Number(sums.Megabytes()),
                           Number(sums.Seconds()),
-                          fmt::format("{:.1f}", Rate(sums.Megabytes(), sums.Seconds()))});
+                          Fixed(Rate(sums.Megabytes(), sums.Seconds()), 1)});
   }
   page.Add(PlotOfFiles(elapsed, "Elapsed time", "s"));
   page.Add(PlotOfFiles(megabytes, "Megabytes written and read", "MB"));
   page.Add(PlotOfFiles(seconds, "Time of transfers", "s"));
   page.Add(table);
-  page.Section("Spread",
-               "An outlier lies more than five times as far from the median as half of "
-               "the jobs do, and more than a tenth of it.");
+  page.Section("Spread", AboutOutliers("jobs"));
   AddSpreadTable(page, SpreadsOf(jobs));
 }
 
@@ -202,14 +198,13 @@ Page IoTrackPage(const std::vector<TrackedJob>& jobs, const std::string& by,
   const bool isOne = asked == 1;
   Page page("kst_iotrack", isOne ? FileNameOf(jobs[0].name)
                                  : fmt::format("I/O of {} jobs", jobs.size()));
-  page.Line(isOne ? fmt::format("I/O of {}: {} files, {} lines of totals", jobs[0].name,
-                                jobs[0].files.size(), jobs[0].lines.size())
+  page.Line(isOne ? "I/O of " + Description(jobs[0])
                   : jobs.front().name + " to " + jobs.back().name);
   AddNotes(page, jobs, asked);
   const Directories sums = SumsOf(jobs);
   AddFigures(page, sums);
   if (isOne) {
-    page.Figure("elapsed", fmt::format("{:.3f} s", Elapsed(jobs[0])));
+    page.Figure("elapsed", Number(Elapsed(jobs[0])) + " s");
   } else {
     page.Figure("jobs", Grouped(std::ssize(jobs)));
     AddJobs(page, jobs);

@@ -11,9 +11,9 @@ constexpr std::size_t kRows = 20;  // of a table over time, at most
 constexpr int kWidth = 40;         // of its picture
 
 void PrintTransfer(const char* name, const Transfer& transfer, const Console& console) {
-  console.out << fmt::format("{:>11.3f} {:>11.3f} {:>11.1f}  {}\n", transfer.megabytes,
-                             transfer.seconds, Rate(transfer.megabytes, transfer.seconds),
-                             name);
+  console.out << fmt::format("{:>11} {:>11} {:>11}  {}\n", Fixed(transfer.megabytes, 3),
+                             Fixed(transfer.seconds, 3),
+                             Fixed(Rate(transfer.megabytes, transfer.seconds), 1), name);
 }
 
 void PrintRates(const TrackedJob& job, const Console& console) {
@@ -32,9 +32,10 @@ void PrintRates(const TrackedJob& job, const Console& console) {
                             ? std::min(row.rate / most, 1.0)
                             : 0;
     const int full = static_cast<int>(std::lround(part * kWidth));
-    console.out << fmt::format("{:>11.3f} {:>11.3f} {:>11.1f}  {:#<{}}{:{}}  {}\n",
-                               row.line->elapsed, row.megabytes, row.rate, "", full, "",
-                               kWidth - full, Shown(row.line->label.value_or("")));
+    console.out << fmt::format("{:>11} {:>11} {:>11}  {:#<{}}{:{}}  {}\n",
+                               Fixed(row.line->elapsed, 3), Fixed(row.megabytes, 3),
+                               Fixed(row.rate, 1), "", full, "", kWidth - full,
+                               Shown(row.line->label.value_or("")));
   }
 }
 
@@ -85,8 +86,7 @@ std::string CsvOf(const TrackedSums& sums, bool hasCounts) {
 
 void PrintJob(const TrackedJob& job, const Console& console) {
   const Directories sums = SumsOf(job);
-  console.out << fmt::format("{}: {} files, {} lines of totals\n\n", Shown(job.name),
-                             job.files.size(), job.lines.size());
+  console.out << Shown(Description(job)) << "\n\n";
   console.out << fmt::format("{:>11} {:>11} {:>11}  directory\n", "MB", "s", "MB/s");
   PrintTransfer("work, written", sums.work.written, console);
   PrintTransfer("work, read", sums.work.read, console);
@@ -102,8 +102,9 @@ void PrintJobs(const std::vector<TrackedJob>& jobs, const Console& console) {
     const Directories sums = SumsOf(job);
     const double megabytes = sums.Megabytes();
     const double seconds = sums.Seconds();
-    console.out << fmt::format("{:>11.3f} {:>11.3f} {:>11.3f} {:>11.1f}  {}{}\n",
-                               Elapsed(job), megabytes, seconds, Rate(megabytes, seconds),
+    console.out << fmt::format("{:>11} {:>11} {:>11} {:>11}  {}{}\n",
+                               Fixed(Elapsed(job), 3), Fixed(megabytes, 3),
+                               Fixed(seconds, 3), Fixed(Rate(megabytes, seconds), 1),
                                Shown(job.name), job.cut.empty() ? "" : " (cut off)");
   }
   PrintSpreads("all jobs", SpreadsOf(jobs), console);

@@ -24,10 +24,6 @@ std::string NameOf(const utl_SectionInfo& section) {
   return std::string(section.name);
 }
 
-const char* Plural(std::size_t count) {
-  return count == 1 ? "" : "s";
-}
-
 Json Described(const utl_SectionInfo& section) {
   return {{"name", NameOf(section)},
           {"length", section.length},

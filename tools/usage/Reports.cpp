@@ -14,9 +14,9 @@ void PrintPhases(const UsageLog& log, const Console& console) {
   console.out << fmt::format("\n{:>9} {:>9} {:>9} {:>10} {:>6}  {}\n", "wall s", "CPU s",
                              "MB", "faults", "marks", "phase");
   for (const UsagePhase& phase : PhasesOf(log)) {
-    console.out << fmt::format("{:>9} {:>9.1f} {:>9.1f} {:>10} {:>6}  {}\n", phase.wall,
-                               phase.processor, Megabytes(phase.bytes), phase.faults,
-                               phase.count, Shown(phase.name));
+    console.out << fmt::format("{:>9} {:>9} {:>9.1f} {:>10} {:>6}  {}\n", phase.wall,
+                               Fixed(phase.processor, 1), Megabytes(phase.bytes),
+                               phase.faults, phase.count, Shown(phase.name));
   }
 }
 
@@ -27,9 +27,10 @@ void PrintTimers(const UsageLog& log, const Console& console) {
   console.out << fmt::format("\n{:>9} {:>6} {:>9} {:>9} {:>11}  {}\n", "CPU s", "share",
                              "wall s", "calls", "CPU s/call", "timer");
   for (const auto& [timer, share, perCall] : CostsOf(log)) {
-    console.out << fmt::format("{:>9.4f} {:>4.0f} % {:>9.1f} {:>9} {:>11.6f}  {}\n",
-                               timer.processor, share, timer.elapsed, timer.calls,
-                               perCall, Shown(timer.name));
+    console.out << fmt::format("{:>9} {:>4} % {:>9} {:>9} {:>11}  {}\n",
+                               Fixed(timer.processor, 4), Fixed(share, 0),
+                               Fixed(timer.elapsed, 1), timer.calls, Fixed(perCall, 6),
+                               Shown(timer.name));
   }
 }
 
@@ -54,15 +55,15 @@ void PrintPairs(const std::string& title, const std::vector<Named>& old,
   console.out << fmt::format("\n{:>12} {:>12} {:>12} {:>8}  {}\n", "old", "new", "change",
                              "", title);
   const auto shown = [](const std::optional<double>& value) {
-    return value ? fmt::format("{:.1f}", *value) : "-";
+    return value ? Fixed(*value, 1) : "-";
   };
   for (const Pair& pair : PairsOf(old, fresh)) {
     const std::optional<double> change = pair.Change();
     const std::optional<double> percent = pair.Percent();
-    console.out << fmt::format(
-        "{:>12} {:>12} {:>12} {:>8}  {}\n", shown(pair.before), shown(pair.after),
-        change ? fmt::format("{:+.1f}", *change) : "",
-        percent ? fmt::format("{:+.0f} %", *percent) : "", Shown(pair.name));
+    console.out << fmt::format("{:>12} {:>12} {:>12} {:>8}  {}\n", shown(pair.before),
+                               shown(pair.after), change ? Signed(*change, 1) : "",
+                               percent ? Signed(*percent, 0) + " %" : "",
+                               Shown(pair.name));
   }
 }
 
@@ -118,11 +119,11 @@ void PrintLog(const UsageLog& log, const Console& console) {
   const UsageMark& last = log.marks.back();
   console.out << fmt::format(
       "{}{}: job {}, snapshot {}, version {}, host {}\n"
-      "wall {} s, CPU {:.1f} s ({:.1f} user, {:.1f} system), peak {:.1f} MB, "
+      "wall {} s, CPU {} s ({} user, {} system), peak {:.1f} MB, "
       "{} page faults\n",
       Shown(log.file), Note(log), Shown(log.job), Shown(log.snapshot), Shown(log.version),
-      Shown(log.host), last.wall, last.processor, last.user, last.system,
-      Megabytes(last.peakBytes), last.faults);
+      Shown(log.host), last.wall, Fixed(last.processor, 1), Fixed(last.user, 1),
+      Fixed(last.system, 1), Megabytes(last.peakBytes), last.faults);
   PrintPhases(log, console);
   PrintTimers(log, console);
   PrintMemory(log, console);
@@ -144,8 +145,8 @@ void PrintLogs(const std::vector<UsageLog>& logs, const Console& console) {
                              "peak MB", "marks", "file");
   for (const UsageLog& log : logs) {
     const UsageMark& last = log.marks.back();
-    console.out << fmt::format("{:>9} {:>9.1f} {:>9.1f} {:>6}  {}{}\n", last.wall,
-                               last.processor, Megabytes(last.peakBytes),
+    console.out << fmt::format("{:>9} {:>9} {:>9.1f} {:>6}  {}{}\n", last.wall,
+                               Fixed(last.processor, 1), Megabytes(last.peakBytes),
                                log.marks.size(), Shown(log.file), Note(log));
   }
   const Spreads spreads = SpreadsOf(logs);

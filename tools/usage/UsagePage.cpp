@@ -7,11 +7,10 @@
 namespace {
 
 constexpr char kName[] = "kst_usage";
-constexpr std::size_t kPoints = 400;  // of a curve, at most
-constexpr std::size_t kTicks = 30;    // names below a curve, at most
+constexpr std::size_t kTicks = 30;  // names below a curve, at most
 
 std::string Number(const std::optional<double>& value) {
-  return value ? fmt::format("{:.1f}", *value) : "-";
+  return value ? Fixed(*value, 1) : "-";
 }
 
 std::string Description(const UsageLog& log) {
@@ -19,15 +18,17 @@ std::string Description(const UsageLog& log) {
                      log.version, log.host);
 }
 
-void AddNotes(Page& page, const std::vector<UsageLog>& logs, std::size_t asked) {
+using Logs = std::vector<const UsageLog*>;
+
+void AddNotes(Page& page, const Logs& logs, std::size_t asked) {
   if (logs.size() < asked) {
     page.Note(fmt::format("Of {} files {} could be read.", asked, logs.size()));
   }
   std::size_t count = 0;
   std::string first;
-  for (const UsageLog& log : logs) {
-    first = log.isCut && count == 0 ? log.file : first;
-    count += log.isCut ? 1 : 0;
+  for (const UsageLog* log : logs) {
+    first = log->isCut && count == 0 ? log->file : first;
+    count += log->isCut ? 1 : 0;
   }
   if (count > 0) {
     page.Note(first + (count > 1 ? fmt::format(" and {} more are", count - 1) : " is") +
@@ -51,8 +52,7 @@ void AddPhases(Page& page, const UsageLog& log) {
     plot.series[0].values.push_back(WallOf(phase));
     plot.series[1].values.push_back(ProcessorOf(phase));
     table.rows.push_back({phase.name, fmt::format("{}", phase.wall),
-                          fmt::format("{:.1f}", phase.processor),
-                          fmt::format("{:.1f}", Megabytes(phase.bytes)),
+                          Fixed(phase.processor, 1), Fixed(Megabytes(phase.bytes), 1),
                           fmt::format("{}", phase.faults),
                           fmt::format("{}", phase.count)});
   }
@@ -73,10 +73,9 @@ void AddTimers(Page& page, const UsageLog& log) {
   for (const auto& [timer, share, perCall] : CostsOf(log)) {
     plot.names.push_back(timer.name);
     plot.series[0].values.push_back(timer.processor);
-    table.rows.push_back(
-        {timer.name, fmt::format("{:.4f}", timer.processor),
-         fmt::format("{:.0f} %", share), fmt::format("{:.1f}", timer.elapsed),
-         fmt::format("{}", timer.calls), fmt::format("{:.6f}", perCall)});
+    table.rows.push_back({timer.name, Fixed(timer.processor, 4), Fixed(share, 0) + " %",
+                          Fixed(timer.elapsed, 1), fmt::format("{}", timer.calls),
+                          Fixed(perCall, 6)});
   }
   page.Add(plot);
   page.Add(table);
@@ -95,7 +94,7 @@ double Place(const UsageLog& log, const UsageMark& mark, bool byTime) {
   return static_cast<double>(byTime ? mark.wall : &mark - log.marks.data());
 }
 
-CurvePlot PlotOfMemory(const std::vector<const UsageLog*>& logs, bool byTime) {
+CurvePlot PlotOfMemory(const Logs& logs, bool byTime) {
   CurvePlot plot;
   plot.caption = "Resident memory at each mark";
   plot.unit = "MB";
@@ -103,13 +102,13 @@ CurvePlot PlotOfMemory(const std::vector<const UsageLog*>& logs, bool byTime) {
   for (const UsageLog* log : logs) {
     Curve curve;
     curve.name = log->file;
-    for (const UsageMark* mark : MarksOfMemory(*log, kPoints)) {
+    for (const UsageMark* mark : MarksOfMemory(*log, kCurvePoints)) {
       curve.x.push_back(Place(*log, *mark, byTime));
       curve.y.push_back(Megabytes(mark->bytes));
       curve.labels.push_back(NameOf(*log, *mark));
     }
-    if (log->marks.size() > kPoints) {
-      plot.caption = fmt::format("Resident memory, of several marks the one with most");
+    if (log->marks.size() > kCurvePoints) {
+      plot.caption = "Resident memory, of several marks the one with most";
     }
     plot.curves.push_back(curve);
   }
@@ -129,9 +128,8 @@ void AddMemory(Page& page, const UsageLog& log) {
   table.numbers = {"wall s", "CPU s", "MB", "peak MB", "faults"};
   for (const UsageMark& mark : log.marks) {
     table.rows.push_back({NameOf(log, mark), fmt::format("{}", mark.wall),
-                          fmt::format("{:.1f}", mark.processor),
-                          fmt::format("{:.1f}", Megabytes(mark.bytes)),
-                          fmt::format("{:.1f}", Megabytes(mark.peakBytes)),
+                          Fixed(mark.processor, 1), Fixed(Megabytes(mark.bytes), 1),
+                          Fixed(Megabytes(mark.peakBytes), 1),
                           fmt::format("{}", mark.faults)});
   }
   page.Add(table);
@@ -140,10 +138,10 @@ void AddMemory(Page& page, const UsageLog& log) {
 Page PageOf(const UsageLog& log) {
   Page page(kName, FileNameOf(log.file));
   page.Line(fmt::format("{}: {}", log.file, Description(log)));
-  AddNotes(page, {log}, 1);
+  AddNotes(page, {&log}, 1);
   const UsageMark& last = log.marks.back();
   page.Figure("wall time", fmt::format("{} s", last.wall));
-  page.Figure("processor time", fmt::format("{:.1f} s", last.processor));
+  page.Figure("processor time", Fixed(last.processor, 1) + " s");
   page.Figure("largest memory", fmt::format("{:.1f} MB", Megabytes(last.peakBytes)));
   page.Figure("page faults", Grouped(last.faults));
   AddPhases(page, log);
@@ -168,8 +166,8 @@ void AddPairs(Page& page, const std::string& unit, const std::vector<Pair>& pair
     plot.series[0].values.push_back(pair.before.value_or(kNone));
     plot.series[1].values.push_back(pair.after.value_or(kNone));
     table.rows.push_back({pair.name, Number(pair.before), Number(pair.after),
-                          change ? fmt::format("{:+.1f}", *change) : "",
-                          percent ? fmt::format("{:+.0f} %", *percent) : ""});
+                          change ? Signed(*change, 1) : "",
+                          percent ? Signed(*percent, 0) + " %" : ""});
   }
   if (!unit.empty()) {
     page.Add(plot);
@@ -181,7 +179,7 @@ Page PageOfDifference(const UsageLog& old, const UsageLog& fresh) {
   Page page(kName, "Two runs compared");
   page.Line(fmt::format("old: {}: {}", old.file, Description(old)));
   page.Line(fmt::format("new: {}: {}", fresh.file, Description(fresh)));
-  AddNotes(page, {old, fresh}, 2);
+  AddNotes(page, {&old, &fresh}, 2);
   page.Section("Whole job");
   AddPairs(page, "", PairsOf(Totals(old), Totals(fresh)));
   page.Section("Phases, wall time");
@@ -203,11 +201,16 @@ Page PageOf(const std::vector<UsageLog>& logs, std::size_t asked) {
   const Spreads spreads = SpreadsOf(logs);
   Page page(kName, fmt::format("{} resource logs", logs.size()));
   page.Line(fmt::format("{} to {}", logs.front().file, logs.back().file));
-  AddNotes(page, logs, asked);
+  Logs all;
+  for (const UsageLog& log : logs) {
+    all.push_back(&log);
+  }
+  AddNotes(page, all, asked);
+  // Wall time, processor time, memory, as Totals has them.
   const std::vector<Series>& totals = spreads.totals.All();
   page.Figure("logs", Grouped(std::ssize(logs)));
   page.Figure("longest wall time", fmt::format("{:.0f} s", SpreadOf(totals[0]).most));
-  page.Figure("processor time of all", fmt::format("{:.1f} s", SpreadOf(totals[1]).sum));
+  page.Figure("processor time of all", Fixed(SpreadOf(totals[1]).sum, 1) + " s");
   page.Figure("largest memory", fmt::format("{:.1f} MB", SpreadOf(totals[2]).most));
   page.Section("Each log");
   page.Add(PlotOfFiles(totals[0], "Wall time", "s"));
@@ -220,14 +223,11 @@ Page PageOf(const std::vector<UsageLog>& logs, std::size_t asked) {
     const UsageMark& last = log.marks.back();
     table.rows.push_back(
         {log.file + (log.isCut ? " (cut off)" : ""), fmt::format("{}", last.wall),
-         fmt::format("{:.1f}", last.processor),
-         fmt::format("{:.1f}", Megabytes(last.peakBytes)), fmt::format("{}", last.faults),
-         fmt::format("{}", log.marks.size())});
+         Fixed(last.processor, 1), Fixed(Megabytes(last.peakBytes), 1),
+         fmt::format("{}", last.faults), fmt::format("{}", log.marks.size())});
   }
   page.Add(table);
-  page.Section("Spread of the whole job",
-               "An outlier lies more than five times as far from the median as half of "
-               "the logs do, and more than a tenth of it.");
+  page.Section("Spread of the whole job", AboutOutliers("logs"));
   AddSpreadTable(page, spreads.totals);
   page.Section("Spread of the phases, processor time");
   AddSpreads(page, spreads.phases, "Least, mean and most of all logs", "s");

@@ -5,33 +5,40 @@
   const root = document.documentElement;
   const plots = JSON.parse(document.getElementById("plots").textContent);
   const charts = [];
+  const pen = document.createElement("canvas").getContext("2d");
+  const legendRoom = 200;  // the width of a series' name, in pixels
 
   function colour(name) {
     return getComputedStyle(root).getPropertyValue("--" + name).trim();
   }
 
   function number(value) {
-    return value.toLocaleString("en", { maximumSignificantDigits: 6 });
+    return value.toLocaleString("en", {
+      maximumSignificantDigits: 6,
+      notation: Math.abs(value) < 1e15 ? "standard" : "scientific",
+    });
   }
 
-  // The beginning and the end of a name that has no room.
+  // The beginning and the end of a name that is wider than so many pixels. Letters are
+  // not of one width.
   function cut(name, most) {
     const letters = Array.from(name);
-    if (letters.length <= most) {
-      return name;
+    let shown = name;
+    for (let half = Math.floor(letters.length / 2);
+         half > 0 && pen.measureText(shown).width > most; --half) {
+      shown = letters.slice(0, half).join("") + "\u2026" +
+              letters.slice(letters.length - half).join("");
     }
-    const half = Math.floor((most - 1) / 2);
-    return letters.slice(0, half).join("") + "\u2026" +
-           letters.slice(letters.length - half).join("");
+    return shown;
   }
 
   function lines(name) {
     return name.match(/.{1,48}/gsu) || [""];
   }
 
-  // How many letters a name beside a bar, or below a line, may have.
+  // How wide a name beside a bar, or below a line, may be.
   function room(chart) {
-    return Math.max(10, Math.min(40, Math.floor(chart.width / 17)));
+    return Math.max(60, Math.min(260, chart.width / 3));
   }
 
   function tooltip(plot) {
@@ -47,7 +54,7 @@
         label: (item) => {
           const value = plot.kind === "bars" ? item.parsed.x : item.parsed.y;
           const shown = plot.series[item.datasetIndex].shown;
-          return cut(item.dataset.label, 30) + ": " +
+          return cut(item.dataset.label, legendRoom) + ": " +
                  number(shown ? shown[item.dataIndex] : value) + " " + plot.unit;
         },
       },
@@ -123,7 +130,7 @@
         boxWidth: 12,
         generateLabels: (chart) =>
           Chart.defaults.plugins.legend.labels.generateLabels(chart).map((label) => {
-            label.text = cut(label.text, 30);
+            label.text = cut(label.text, legendRoom);
             return label;
           }),
       },
@@ -150,6 +157,7 @@
   Chart.defaults.maintainAspectRatio = false;
   Chart.defaults.locale = "en";
   Chart.defaults.font.family = getComputedStyle(document.body).fontFamily;
+  pen.font = Chart.defaults.font.size + "px " + Chart.defaults.font.family;
   draw();
 
   matchMedia("(prefers-color-scheme: dark)").addEventListener("change", draw);
