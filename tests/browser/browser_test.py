@@ -40,7 +40,15 @@ addEventListener("load", () => setTimeout(() => {
     return count;
   };
   const canvases = Array.from(document.querySelectorAll("canvas"));
+  // Names beside bars that are wider than their room.
+  const clipped = (canvas) => {
+    const scale = Chart.getChart(canvas).scales.y;
+    const pen = document.createElement("canvas").getContext("2d");
+    pen.font = Chart.defaults.font.size + "px " + Chart.defaults.font.family;
+    return scale.ticks.filter((tick) => pen.measureText(tick.label).width > scale.width);
+  };
   const found = {
+    clipped: canvases.flatMap(clipped).map((tick) => tick.label),
     window: innerWidth,
     page: document.documentElement.scrollWidth,
     plots: canvases.map((canvas) => painted(canvas, COLOUR)),
@@ -140,6 +148,7 @@ class BrowserTest(unittest.TestCase):
                 self.assertEqual(found["tables"], tables)
                 self.assertEqual(found["scripts"], 4, "data, library, plots, probe")
                 self.assertEqual(found["images"], 0)
+                self.assertEqual(found["clipped"], [])
 
     def test_usage(self):
         self.check(self.make("KST_USAGE", "beam.use"), 3, 3, ((360, True), (1280, False)))
@@ -161,6 +170,8 @@ class BrowserTest(unittest.TestCase):
     def test_strange_and_many_names(self):
         names = ["</script><script>throw 1</script>", "<!--", "<b>x", "<img src=x>"]
         names += ["x" * 5000, "\u00e4" * 300, "\U0001f600 {}[]\"'\\"]
+        # Letters that are wider than others, and the largest bar of all.
+        names += ["\U0001f600" * 100] * 2
         path = self.folder / "a.use"
         path.write_text(log(names + [f"step {i}" for i in range(3000)]), "utf-8")
         self.check(self.make("KST_USAGE", path), plots=2, tables=2)
