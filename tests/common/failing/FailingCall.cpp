@@ -41,10 +41,14 @@ void DieAtCall(int nth) {
   callsUntilDeath = nth;
 }
 
-bool redirection::Fails(SystemCall call) {
+void redirection::Reach() {
   if (callsUntilDeath > 0 && --callsUntilDeath == 0) {
     std::_Exit(99);
   }
+}
+
+bool redirection::Fails(SystemCall call) {
+  Reach();
   if (call != plan.call || plan.callsToGo == 0 || --plan.callsToGo != 0) {
     return false;
   }

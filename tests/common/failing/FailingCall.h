@@ -60,5 +60,6 @@ class FailingCall {
 };
 
 /// Ends this process at once, with status 99, at the `nth` call from here on that a test
-/// can cause to fail, of any kind: as if it were killed there.
+/// can cause to fail, of any kind, or, on POSIX, that changes a file or its name: as if
+/// it were killed there.
 void DieAtCall(int nth);

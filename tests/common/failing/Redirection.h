@@ -18,6 +18,9 @@
 
 namespace redirection {
 
+/// Counts a call that cannot be made to fail, for DieAtCall.
+void Reach();
+
 /// Counts a call; true, with the last error set, for the one that is to fail.
 bool Fails(SystemCall call);
 

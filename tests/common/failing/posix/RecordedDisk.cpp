@@ -150,6 +150,7 @@ REDIRECT(int, open, const char* path, int flags, ...) {
   struct stat status;
   const bool isNew =
       recording != nullptr && (flags & O_CREAT) != 0 && lstat(path, &status) != 0;
+  redirection::Reach();
   const int fd = REAL(open)(path, flags, mode);
   if (isNew && fd >= 0) {
     NoteNewFile(path);
@@ -159,6 +160,7 @@ REDIRECT(int, open, const char* path, int flags, ...) {
 
 REDIRECT(ssize_t, write, int fd, const void* bytes, size_t count) {
   const int file = NumberOf(fd);
+  redirection::Reach();
   if (file == 0) {
     return REAL(write)(fd, bytes, count);
   }
@@ -173,6 +175,7 @@ REDIRECT(ssize_t, write, int fd, const void* bytes, size_t count) {
 }
 
 REDIRECT(int, ftruncate, int fd, off_t size) {
+  redirection::Reach();
   const int result = REAL(ftruncate)(fd, size);
   if (result == 0) {
     NoteForOpen(fd, {Kind::kSetSize, 0, size, {}, {}});
@@ -181,6 +184,7 @@ REDIRECT(int, ftruncate, int fd, off_t size) {
 }
 
 REDIRECT(int, fallocate, int fd, int mode, off_t from, off_t length) {
+  redirection::Reach();
   const int result = REAL(fallocate)(fd, mode, from, length);
   if (result == 0) {
     NoteForOpen(fd, {Kind::kGrow, 0, from + length, {}, {}});
@@ -195,6 +199,7 @@ REDIRECT(int, fsync, int fd) {
     errno = EIO;
     return -1;
   }
+  redirection::Reach();
   const int result = REAL(fsync)(fd);
   if (result == 0 && isDirectory && IsDirectory(status)) {
     Note({Kind::kFlushNames, 0, 0, {}, {}});
@@ -205,6 +210,7 @@ REDIRECT(int, fsync, int fd) {
 }
 
 REDIRECT(int, rename, const char* from, const char* to) {
+  redirection::Reach();
   const int result = REAL(rename)(from, to);
   struct stat status;
   if (result == 0 && IsInDirectory(to) && lstat(to, &status) == 0) {
@@ -216,6 +222,7 @@ REDIRECT(int, rename, const char* from, const char* to) {
 }
 
 REDIRECT(int, unlink, const char* path) {
+  redirection::Reach();
   const int result = REAL(unlink)(path);
   if (result == 0 && IsInDirectory(path)) {
     Note({Kind::kRemoveName, 0, 0, {}, LastName(path)});
