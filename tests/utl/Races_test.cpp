@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -150,7 +151,7 @@ TEST_CHILD(endWhileThreadsGoOn) {
     std::thread([] {
       while (UseFunctions()) {
       }
-      std::quick_exit(3);
+      std::_Exit(3);
     }).detach();
   }
   utl_sleep(static_cast<unsigned>(std::stoi(argv[1])));
