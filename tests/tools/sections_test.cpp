@@ -299,6 +299,12 @@ TEST_F(KstSectionsTest, SalvageKeepsWhatIsWhole) {
   EXPECT_EQ(run.out, "lost: \"forces\", 24 bytes: its bytes do not have its checksum\n" +
                          Path("c.kdb") + ": 1 of 2 sections\n");
   EXPECT_EQ(Read("c.kdb"), (Sections{{"title", "A frame\n"}}));
+  const Json json =
+      Json::parse(Run({"salvage", "--json", Path("b.kdb"), Path("e.kdb")}).out);
+  EXPECT_EQ(json["saved"], 1);
+  EXPECT_EQ(json["lost"], (Json{{{"name", "forces"},
+                                 {"length", 24},
+                                 {"damage", "its bytes do not have its checksum"}}}));
   EXPECT_EQ(Run({"salvage", Path("a.kdb"), Path("d.kdb")}).status, kGood);
   EXPECT_EQ(Run({"salvage", Path("a.kdb"), Path("d.kdb")}).status, kTrouble);
 }

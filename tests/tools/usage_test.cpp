@@ -99,7 +99,7 @@ TEST_F(KstUsageTest, WrongUseHasStatusTwo) {
                                              {"--frobnicate", log},
                                              {"--diff", log},
                                              {"--diff", log, log, log},
-                                             {"--diff", "--json", log, log},
+                                             {"--diff", "--csv", "marks", log, log},
                                              {"--csv", "phases", log},
                                              {"--csv", "marks", "--json", log}}) {
     const ToolRun run = Run(arguments);
@@ -301,6 +301,18 @@ TEST_F(KstUsageTest, DifferenceShowsTwoRunsSideBySide) {
                            "         3.5          5.5         +2.0    +57 %  solve\n"}) {
     EXPECT_NE(run.out.find(line), std::string::npos) << line << run.out;
   }
+  const Json json = Json::parse(Run({"--diff", "--json", old, fresh}).out);
+  EXPECT_EQ(json["old"], old);
+  EXPECT_EQ(json["new"], fresh);
+  EXPECT_EQ(json["whole job"][1], (Json{{"name", "CPU s"},
+                                        {"old", 4.0},
+                                        {"new", 6.0},
+                                        {"change", 2.0},
+                                        {"percent", 50.0}}));
+  EXPECT_EQ(json["phases, processor"][0]["name"], "read");
+  EXPECT_EQ(json["phases, processor"][0]["new"], nullptr);
+  EXPECT_EQ(json["phases, processor"][0]["change"], nullptr);
+  EXPECT_EQ(Run({"--diff", "--json", old, Path("none")}).out, "");
   EXPECT_EQ(Run({"--diff", old, Path("none")}).status, kTrouble);
   EXPECT_EQ(Run({"--diff", old, Path("none")}).out, "");
 }

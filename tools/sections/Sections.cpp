@@ -13,6 +13,7 @@ constexpr char kExamples[] = R"(Examples:
   kst_sections remove model.kdb forces reactions smaller.kdb
   kst_sections diff old.kdb new.kdb --tolerance 1e-9
   kst_sections salvage damaged.kdb rescued.kdb
+  kst_sections unlock model.kdb
   kst_sections recover model.kdb --yes
 
 Exit status: 0 all is well, 1 damage, a difference or something to be done,
@@ -104,10 +105,11 @@ int KstSections(int argc, const char* const* argv, const Console& console) {
   verb->add_flag("--json", diff.asJson, "Print JSON");
 
   verb = AddVerb(tool, "salvage", "Write all whole sections to a new file", chosen,
-                 [&] { return SalvageSections(file, other, console); });
+                 [&] { return SalvageSections(file, other, asJson, console); });
   verb->add_option("FILE", file, "Damaged section file, which stays as it is")
       ->required();
   verb->add_option("OUTPUT", other, "New section file")->required();
+  verb->add_flag("--json", asJson, "Print JSON");
 
   verb = AddVerb(tool, "unlock", "Remove a lock that a crash has left", chosen,
                  [&] { return UnlockFile(repair, console); });

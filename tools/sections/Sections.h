@@ -47,7 +47,7 @@ struct DiffOptions {
 int DiffFiles(const DiffOptions& options, const Console& console);
 
 /// Every section whose checksum holds into a new file.
-int SalvageSections(const std::string& file, const std::string& output,
+int SalvageSections(const std::string& file, const std::string& output, bool asJson,
                     const Console& console);
 
 struct RepairOptions {

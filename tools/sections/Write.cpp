@@ -7,6 +7,7 @@
 #include <fstream>
 #include <set>
 
+#include "common/Output.h"
 #include "common/Progress.h"
 #include "sections/SectionFile.h"
 #include "sections/Sections.h"
@@ -100,13 +101,12 @@ int RemoveSections(const std::string& file, const std::vector<std::string>& sect
   return kGood;
 }
 
-int SalvageSections(const std::string& file, const std::string& output,
+int SalvageSections(const std::string& file, const std::string& output, bool asJson,
                     const Console& console) {
   SectionFile damaged(file);
   NewSectionFile rescued(output);
   std::set<std::string> names;
-  std::string lines;  // written at the end, below no progress bar
-  std::size_t saved = 0;
+  Json lost = Json::array();  // told at the end, below no progress bar
   {
     Progress progress(console, damaged.Bytes());
     int number = 0;
@@ -118,17 +118,25 @@ int SalvageSections(const std::string& file, const std::string& output,
       }
       if (damage.empty()) {
         rescued.Add(name, damaged.Data(name));
-        ++saved;
       } else {
-        lines += fmt::format("lost: \"{}\", {} bytes: {}\n", Shown(name), section.length,
-                             damage);
+        lost.push_back({{"name", name}, {"length", section.length}, {"damage", damage}});
       }
       progress.Add(section.length);
     }
     rescued.Save();
   }
-  console.out << lines;
-  console.out << fmt::format("{}: {} of {} sections\n", Shown(output), saved,
-                             damaged.Sections().size());
-  return saved == damaged.Sections().size() ? kGood : kFinding;
+  const std::size_t saved = damaged.Sections().size() - lost.size();
+  if (asJson) {
+    console.out << JsonText(
+        {{"file", file}, {"output", output}, {"saved", saved}, {"lost", lost}});
+  } else {
+    for (const Json& one : lost) {
+      console.out << fmt::format(
+          "lost: \"{}\", {} bytes: {}\n", Shown(one["name"].get<std::string>()),
+          one["length"].get<int>(), one["damage"].get<std::string>());
+    }
+    console.out << fmt::format("{}: {} of {} sections\n", Shown(output), saved,
+                               damaged.Sections().size());
+  }
+  return lost.empty() ? kGood : kFinding;
 }

@@ -67,6 +67,21 @@ void PrintPairs(const std::string& title, const std::vector<Named>& old,
   }
 }
 
+Json JsonOf(const std::vector<Named>& old, const std::vector<Named>& fresh) {
+  const auto number = [](const std::optional<double>& value) {
+    return value ? Json(*value) : Json();
+  };
+  Json pairs = Json::array();
+  for (const Pair& pair : PairsOf(old, fresh)) {
+    pairs.push_back({{"name", pair.name},
+                     {"old", number(pair.before)},
+                     {"new", number(pair.after)},
+                     {"change", number(pair.Change())},
+                     {"percent", number(pair.Percent())}});
+  }
+  return pairs;
+}
+
 Json MarksOf(const UsageLog& log) {
   Json marks = Json::array();
   for (const UsageMark& mark : log.marks) {
@@ -174,6 +189,16 @@ Json JsonOf(const std::vector<UsageLog>& logs) {
            {{"whole job", JsonOf(spreads.totals)},
             {"phases", JsonOf(spreads.phases)},
             {"timers", JsonOf(spreads.timers)}}}};
+}
+
+Json JsonOfDifference(const UsageLog& old, const UsageLog& fresh) {
+  return {{"old", old.file},
+          {"new", fresh.file},
+          {"whole job", JsonOf(Totals(old), Totals(fresh))},
+          {"phases, wall", JsonOf(PhaseTimes(old, WallOf), PhaseTimes(fresh, WallOf))},
+          {"phases, processor",
+           JsonOf(PhaseTimes(old, ProcessorOf), PhaseTimes(fresh, ProcessorOf))},
+          {"timers, processor", JsonOf(TimerTimes(old), TimerTimes(fresh))}};
 }
 
 void PrintMarksCsv(const std::vector<UsageLog>& logs, const Console& console) {

@@ -38,7 +38,6 @@ int KstUsage(int argc, const char* const* argv, const Console& console) {
       ->check(CLI::IsMember({"marks", "timers"}))
       ->excludes(json)
       ->excludes(diff);
-  json->excludes(diff);
   CLI::Option* const html =
       tool.add_option("--html", page, "Write a page with plots, one file for a browser")
           ->type_name("PAGE")
@@ -60,21 +59,24 @@ int KstUsage(int argc, const char* const* argv, const Console& console) {
       }
       return kGood;
     });
-    if (asJson) {
-      console.out << JsonText(JsonOf(logs));
+    if (isDiff && logs.size() < 2) {
+      return status;  // why is told already
+    }
+    if (html->count() > 0) {
+      if (!logs.empty()) {
+        WritePage(page, UsagePage(logs, isDiff, files.size()));
+      }
+    } else if (asJson) {
+      console.out << JsonText(isDiff ? JsonOfDifference(logs[0], logs[1]) : JsonOf(logs));
+    } else if (isDiff) {
+      PrintDifference(logs[0], logs[1], console);
     } else if (csv == "marks") {
       PrintMarksCsv(logs, console);
     } else if (csv == "timers") {
       PrintTimersCsv(logs, console);
-    } else if (html->count() > 0) {
-      if (logs.size() >= (isDiff ? 2 : 1)) {
-        WritePage(page, UsagePage(logs, isDiff, files.size()));
-      }
-    } else if (isDiff && logs.size() == 2) {
-      PrintDifference(logs[0], logs[1], console);
-    } else if (files.size() > 1 && !isDiff) {
+    } else if (files.size() > 1) {
       PrintLogs(logs, console);
-    } else if (logs.size() == 1 && !isDiff) {
+    } else if (!logs.empty()) {
       PrintLog(logs[0], console);
     }
     return status;

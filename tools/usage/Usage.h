@@ -21,6 +21,9 @@ void PrintLogs(const std::vector<UsageLog>& logs, const Console& console);
 /// Everything in the logs; of two or more also how they spread.
 Json JsonOf(const std::vector<UsageLog>& logs);
 
+/// What `PrintDifference` prints.
+Json JsonOfDifference(const UsageLog& old, const UsageLog& fresh);
+
 /// The page of one log, of two compared (`isDiff`), or of those of many that could be
 /// read, of so many as were asked for. REQUIRES: there is one at least; two, to compare.
 Page UsagePage(const std::vector<UsageLog>& logs, bool isDiff, std::size_t asked);
