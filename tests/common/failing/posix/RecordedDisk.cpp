@@ -12,6 +12,7 @@
 #include <string_view>
 #include <utility>
 
+#include "common/failing/posix/FailingSystemCall.h"
 #include "common/failing/Redirection.h"
 #include "common/temp/TempDir.h"
 
@@ -19,6 +20,26 @@ namespace {
 
 using Kind = DiskRequest::Kind;
 using Identity = std::pair<dev_t, ino_t>;
+
+struct Plan {
+  PosixCall call = {};
+  int number = 0;
+  int callsToGo = 0;  // 0: no failure is planned
+  bool happened = false;
+};
+
+Plan plan;
+
+// Counts a call; true, with errno, for the one that is to fail.
+bool Fails(PosixCall call) {
+  redirection::Reach();
+  if (call != plan.call || plan.callsToGo == 0 || --plan.callsToGo != 0) {
+    return false;
+  }
+  plan.happened = true;
+  errno = plan.number;
+  return true;
+}
 
 // What is being recorded.
 struct Recording {
@@ -122,6 +143,18 @@ std::map<std::string, std::string> DiskImage::Contents() const {
   return contents;
 }
 
+FailingSystemCall::FailingSystemCall(PosixCall call, int number, int nth) {
+  plan = {call, number, nth, false};
+}
+
+FailingSystemCall::~FailingSystemCall() {
+  plan = {};
+}
+
+bool FailingSystemCall::Happened() const {
+  return plan.happened;
+}
+
 RecordedDisk::RecordedDisk(const std::string& directory) {
   recording = new Recording{directory, &requests_, {}, 0};
   for (const auto& entry : std::filesystem::directory_iterator(directory)) {
@@ -150,7 +183,9 @@ REDIRECT(int, open, const char* path, int flags, ...) {
   struct stat status;
   const bool isNew =
       recording != nullptr && (flags & O_CREAT) != 0 && lstat(path, &status) != 0;
-  redirection::Reach();
+  if (Fails(PosixCall::kOpen)) {
+    return -1;
+  }
   const int fd = REAL(open)(path, flags, mode);
   if (isNew && fd >= 0) {
     NoteNewFile(path);
@@ -160,7 +195,9 @@ REDIRECT(int, open, const char* path, int flags, ...) {
 
 REDIRECT(ssize_t, write, int fd, const void* bytes, size_t count) {
   const int file = NumberOf(fd);
-  redirection::Reach();
+  if (Fails(PosixCall::kWrite)) {
+    return -1;
+  }
   if (file == 0) {
     return REAL(write)(fd, bytes, count);
   }
@@ -175,7 +212,9 @@ REDIRECT(ssize_t, write, int fd, const void* bytes, size_t count) {
 }
 
 REDIRECT(int, ftruncate, int fd, off_t size) {
-  redirection::Reach();
+  if (Fails(PosixCall::kSetSize)) {
+    return -1;
+  }
   const int result = REAL(ftruncate)(fd, size);
   if (result == 0) {
     NoteForOpen(fd, {Kind::kSetSize, 0, size, {}, {}});
@@ -184,7 +223,9 @@ REDIRECT(int, ftruncate, int fd, off_t size) {
 }
 
 REDIRECT(int, fallocate, int fd, int mode, off_t from, off_t length) {
-  redirection::Reach();
+  if (Fails(PosixCall::kAllocate)) {
+    return -1;
+  }
   const int result = REAL(fallocate)(fd, mode, from, length);
   if (result == 0) {
     NoteForOpen(fd, {Kind::kGrow, 0, from + length, {}, {}});
@@ -199,7 +240,9 @@ REDIRECT(int, fsync, int fd) {
     errno = EIO;
     return -1;
   }
-  redirection::Reach();
+  if (Fails(PosixCall::kFlush)) {
+    return -1;
+  }
   const int result = REAL(fsync)(fd);
   if (result == 0 && isDirectory && IsDirectory(status)) {
     Note({Kind::kFlushNames, 0, 0, {}, {}});
@@ -210,7 +253,9 @@ REDIRECT(int, fsync, int fd) {
 }
 
 REDIRECT(int, rename, const char* from, const char* to) {
-  redirection::Reach();
+  if (Fails(PosixCall::kRename)) {
+    return -1;
+  }
   const int result = REAL(rename)(from, to);
   struct stat status;
   if (result == 0 && IsInDirectory(to) && lstat(to, &status) == 0) {
@@ -222,7 +267,9 @@ REDIRECT(int, rename, const char* from, const char* to) {
 }
 
 REDIRECT(int, unlink, const char* path) {
-  redirection::Reach();
+  if (Fails(PosixCall::kUnlink)) {
+    return -1;
+  }
   const int result = REAL(unlink)(path);
   if (result == 0 && IsInDirectory(path)) {
     Note({Kind::kRemoveName, 0, 0, {}, LastName(path)});

@@ -178,20 +178,20 @@ INSTANTIATE_TEST_SUITE_P(BothSaves, MultisectionPowerTest, testing::ValuesIn(kSa
                            return save.param == kSaves[0] ? "Ordinary" : "Atomic";
                          });
 
-// Some sections, the files being of up to some sectors.
+// Some sections; the files have up to some dozens of sectors.
 Image RandomSections(std::mt19937& random, unsigned most) {
   Image sections;
   for (unsigned i = 0; i < 1 + random() % most; ++i) {
     std::string name = "s" + std::to_string(i);
     name.resize(random() % 8 == 0 ? 300 : name.size(), '_');
-    const std::size_t size = random() % (random() % 3 == 0 ? 900 : 40);
+    const std::size_t size = random() % (random() % 3 == 0 ? 6000 : 40);
     sections.push_back({name, std::string(size, static_cast<char>('a' + random() % 26))});
   }
   return sections;
 }
 
 TEST_P(MultisectionPowerTest, LossDuringASaveLosesNothing) {
-  for (int shape = 0; shape < 20; ++shape) {
+  for (int shape = 0; shape < 50; ++shape) {
     SCOPED_TRACE("shape " + std::to_string(shape));
     WriteImage(RandomSections(random_, 4));
     const RecordedDisk disk(dir_.Path());
