@@ -1,7 +1,8 @@
-# What cmake --install puts where, in four components:
+# What cmake --install puts where, in five components:
 #   Runtime        what programs need that use the library
 #   Development    headers, CMake and pkg-config files, the Fortran module's source
 #   Tools          programs
+#   Python         the package kestra_utl, on Linux; elsewhere there is its wheel
 #   Documentation  pages and examples
 # Everything is found relative to its neighbours, so that the whole may be moved.
 
@@ -97,6 +98,12 @@ if(KSTUTL_TOOLS)
       kstutl_install_tool(${program})
     endif()
   endforeach()
+endif()
+
+# Where Debian's Python looks for modules, whatever its version.
+if(KSTUTL_TOOLS AND NOT WIN32)
+  install(DIRECTORY tools/python/kestra_utl DESTINATION lib/python3/dist-packages
+    COMPONENT Python PATTERN "*.pyc" EXCLUDE PATTERN __pycache__ EXCLUDE)
 endif()
 
 install(FILES README.md SECURITY.md DESTINATION "${CMAKE_INSTALL_DOCDIR}"

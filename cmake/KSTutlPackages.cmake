@@ -1,4 +1,4 @@
-# What cpack makes of the components: four Debian packages on Linux, one zip for Windows.
+# What cpack makes of the components: five Debian packages on Linux, one zip for Windows.
 
 set(KSTUTL_PACKAGE_CONTACT "Kestra Library Team <library@kestra.example>"
   CACHE STRING "Who maintains the packages, as NAME <MAIL>")
@@ -11,6 +11,10 @@ set(CPACK_COMPONENTS_ALL Runtime Development Tools Documentation)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+
+if(KSTUTL_TOOLS AND NOT WIN32)
+  list(APPEND CPACK_COMPONENTS_ALL Python)
+endif()
 
 if(WIN32)
   set(CPACK_GENERATOR ZIP)
@@ -44,6 +48,10 @@ kstutl_debian_package(Development libkstutl-dev libdevel "development files"
   "This package has what programs in C++, C and Fortran are built with.")
 kstutl_debian_package(Tools kstutl-tools science "programs"
   "This package has programs on top of the library.")
+kstutl_debian_package(Python python3-kestra-utl python "readers in Python"
+  "This package has the module kestra_utl, which reads section files, resource
+logs and files of the I/O tracker, into arrays and data frames where numpy
+and pandas are there.")
 kstutl_debian_package(Documentation kstutl-doc doc "documentation"
   "This package has the pages on file formats and use, and the examples.")
 
@@ -55,6 +63,9 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_LIBRARY_OUTPUT_DIRECTOR
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${deb_runtime} (>= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${deb_runtime} (= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.9)")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-numpy, python3-pandas")
 
 # What Debian has every package say of itself.
 string(TIMESTAMP deb_date "%a, %d %b %Y %H:%M:%S +0000" UTC)
