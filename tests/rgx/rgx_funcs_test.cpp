@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -112,6 +113,14 @@ TEST(RgxJoinTest, ItemsAndSeparators) {
   EXPECT_EQ(rgx_join(List({"", "", ""}), "-"), "--");
   EXPECT_EQ(rgx_join(List({"a", "b"}), ""), "ab");
   EXPECT_EQ(rgx_join(List({"a", "b"}), cow_String("\0", 1)), cow_String("a\0b", 3));
+}
+
+TEST(RgxJoinTest, ASingleItemNeedsNoRoomForASeparator) {
+  // A block that nobody writes to takes no memory.
+  constexpr int kBytes = 1500000000;
+  const cow_String separator =
+      cow_String::Adopt(static_cast<char*>(::operator new(kBytes + 1U)), kBytes);
+  EXPECT_EQ(rgx_join(List({"a"}), separator), "a");
 }
 
 TEST(RgxJoinTest, AResultThatIsTooLong) {

@@ -386,6 +386,27 @@ TEST_F(TempFileTest, CloseMayBeRepeated) {
   _close(descriptor);
 }
 
+// Tells when descriptor 0, the next free one, is the file's.
+TEST_CHILD(useDescriptorZero) {
+  _close(0);
+  utl_TempFile file("");
+  file.Create();
+  ChildWriteLine(IsOpen(0) ? "open" : "not open");
+  file.Close();
+  ChildWriteLine(IsOpen(0) ? "open" : "not open");
+  file.Open();
+  ChildWriteLine(IsOpen(0) ? "open" : "not open");
+  return 0;
+}
+
+TEST_F(TempFileTest, DescriptorZeroIsLikeAnyOther) {
+  ChildProcess child = ChildProcess::Start("useDescriptorZero");
+  EXPECT_EQ(child.ReadLine(), "open");
+  EXPECT_EQ(child.ReadLine(), "not open");
+  EXPECT_EQ(child.ReadLine(), "open");
+  EXPECT_EQ(child.Wait(), 0);
+}
+
 // The end.
 
 TEST_F(TempFileTest, TheFileGoesWithTheObject) {
