@@ -137,12 +137,12 @@ TEST_P(IOTrackerTableTest, MegabytesOfManyBytesAreExact) {
 TEST_P(IOTrackerTableTest, NegativeAndMissingNumbersCountAsZero) {
   Start();
   Open(7, "a");
-  for (const double seconds : {-1.0, kNan, -kNan, -kInfinity, -0.0}) {
+  for (const double seconds : {-1.0, -0.5, kNan, -kNan, -kInfinity, -0.0}) {
     Write(7, -1, seconds);
     Read(7, std::numeric_limits<std::int64_t>::min(), seconds);
   }
-  EXPECT_EQ(Quantities(Totals(7)), (Numbers{5, 0, 0, 5, 0, 0}));
-  EXPECT_EQ(Quantities(Increments(7)), (Numbers{5, 0, 0, 5, 0, 0}));
+  EXPECT_EQ(Quantities(Totals(7)), (Numbers{6, 0, 0, 6, 0, 0}));
+  EXPECT_EQ(Quantities(Increments(7)), (Numbers{6, 0, 0, 6, 0, 0}));
 }
 
 TEST_P(IOTrackerTableTest, InfiniteTimeCountsAsZero) {
