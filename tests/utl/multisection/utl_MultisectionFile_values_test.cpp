@@ -1,12 +1,14 @@
 // Sections as numbers, the list of them, and files that move from object to object.
 
 #include <array>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
+#include "common/expect/PeakMemory.h"
 #include "nex/nex_AssertException.h"
 #include "utl/multisection/MultisectionTest.h"
 
@@ -90,8 +92,10 @@ TEST_F(MultisectionValuesTest, LengthThatTheFileDoesNotHaveTakesNoMemory) {
   WriteWholeFile(file_, image);
   {
     utl_MultisectionFile file = Reader();
+    const std::int64_t before = PeakMemory();
     EXPECT_THROW_TEXT(file.getSection<double>("a"), utl_FileExceptionRead,
                       EndOfFileText());
+    EXPECT_LT(PeakMemory() - before, 256 * 1024 * 1024);
   }
   std::memcpy(image.data() + 12 + 4 + 1, &lengths[1], 4);
   WriteWholeFile(file_, image);
