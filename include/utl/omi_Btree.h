@@ -37,9 +37,9 @@
 /// on; the switch must not change while a map holds entries.
 
 template <class K, class V>
-class omi_Btree;
+class KSTUTL_EXPORT omi_Btree;
 template <class K, class V>
-class omi_BtreeIterator;
+class KSTUTL_EXPORT omi_BtreeIterator;
 
 /// Whether the library has the map of these keys and values.
 template <class K, class V>
