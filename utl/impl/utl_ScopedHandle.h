@@ -9,8 +9,8 @@
 class utl_ScopedHandle {
  public:
   explicit utl_ScopedHandle(HANDLE handle) noexcept : handle_(handle) {}
-  utl_ScopedHandle(utl_ScopedHandle&& other) noexcept : handle_(other.Release()) {}
-  utl_ScopedHandle& operator=(utl_ScopedHandle&&) = delete;
+  utl_ScopedHandle(const utl_ScopedHandle&) = delete;
+  utl_ScopedHandle& operator=(const utl_ScopedHandle&) = delete;
   ~utl_ScopedHandle() {
     if (IsValid()) {
       CloseHandle(handle_);

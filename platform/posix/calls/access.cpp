@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cerrno>
 #include <string_view>
@@ -51,10 +52,8 @@ bool IsNameOfStatus(std::string_view name) {
 }
 
 bool IsProgram(std::string_view path) {
-  if (path.size() < 4) {
-    return false;
-  }
-  std::string ending(path.substr(path.size() - 4));
+  constexpr size_t kEnding = 4;
+  std::string ending(path.substr(path.size() - std::min(path.size(), kEnding)));
   for (char& c : ending) {
     c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
   }
