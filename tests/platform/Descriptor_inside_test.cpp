@@ -55,6 +55,7 @@ TEST_F(DescriptorTest, OpenErrors) {
   EXPECT_EQ(OpenErrno(dir_.Path() + "\\a*"), EINVAL);
   EXPECT_EQ(OpenErrno(dir_.Path() + "\\a\\"), EINVAL);
   EXPECT_EQ(OpenErrno(Name("a"), _O_CREAT | _O_EXCL), EEXIST);
+  EXPECT_EQ(OpenErrno(Name("a"), _O_CREAT | _O_EXCL | _O_TRUNC), EEXIST);
   EXPECT_EQ(OpenErrno(Name("d"), _O_CREAT | _O_EXCL), EEXIST);
   const ScopedHandle alone(Open(Name("a"), GENERIC_READ, 0));
   EXPECT_EQ(OpenErrno(Name("a")), EACCES);
@@ -67,6 +68,7 @@ TEST_F(DescriptorTest, OpenModes) {
   } cases[] = {{_O_WRONLY, "x123456789"},
                {_O_RDWR, "x123456789"},
                {_O_WRONLY | _O_TRUNC, "x"},
+               {_O_WRONLY | _O_TRUNC | _O_EXCL, "x"},
                {_O_WRONLY | _O_CREAT, "x123456789"},
                {_O_RDWR | _O_CREAT | _O_TRUNC, "x"},
                {_O_WRONLY | _O_APPEND, "0123456789x"}};
@@ -132,6 +134,7 @@ TEST_F(DescriptorTest, ReadsAndWrites) {
   EXPECT_EQ(_lseeki64(fd, 1LL << 33, SEEK_SET), 1LL << 33);
   EXPECT_EQ(ErrnoOf([&] { return _lseeki64(fd, -1, SEEK_SET); }), EINVAL);
   EXPECT_EQ(ErrnoOf([&] { return _lseeki64(fd, 0, 5); }), EINVAL);
+  EXPECT_EQ(ErrnoOf([&] { return _lseeki64(fd, 0, -1); }), EINVAL);
   EXPECT_EQ(ErrnoOf([&] { return _read(fd, nullptr, 1); }), EINVAL);
   EXPECT_EQ(ErrnoOf([&] { return _write(fd, nullptr, 1); }), EINVAL);
   EXPECT_EQ(_close(fd), 0);
@@ -158,6 +161,14 @@ TEST_F(DescriptorTest, BadDescriptors) {
     EXPECT_EQ(ErrnoOf([&] { return _get_osfhandle(fd); }), EBADF);
     EXPECT_EQ(ErrnoOf([&] { return _close(fd); }), EBADF);
   }
+}
+
+TEST_F(DescriptorTest, PositionThatLooksLikeAFailure) {
+  const int fd = _open(Name("a").c_str(), _O_RDWR | _O_BINARY);
+  ASSERT_GE(fd, 0);
+  EXPECT_EQ(_lseeki64(fd, 0xFFFFFFFF, SEEK_SET), 0xFFFFFFFF);
+  EXPECT_EQ(_lseeki64(fd, 1, SEEK_CUR), 0x100000000);
+  _close(fd);
 }
 
 TEST_F(DescriptorTest, FullDisk) {

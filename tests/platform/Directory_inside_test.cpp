@@ -459,16 +459,23 @@ TEST_F(DirectoryTest, DirectoryWhereNobodyMayWrite) {
 }
 
 TEST_F(DirectoryTest, Status) {
-  WriteWholeFile(Name("p.exe"), "123");
+  for (const char* name : {"p.exe", "p.bat", "p.CMD", "p.com"}) {
+    WriteWholeFile(Name(name), "123");
+  }
   const struct {
     std::string name;
     int mode;  // 0: there is none
     int size;
   } cases[] = {{Below("a"), 0x81B6, 10},
                {Below("p.exe"), 0x81FF, 3},
+               {Below("p.bat"), 0x81FF, 3},
+               {Below("p.CMD"), 0x81FF, 3},
+               {Below("p.com"), 0x81FF, 3},
                {Below("d"), 0x41FF, 0},
                {Below("d\\"), 0, 0},
                {Below("a\\"), 0, 0},
+               {Below("d/"), 0, 0},
+               {"xy", 0, 0},
                {"Z:\\", 0x41FF, 0},
                {".", 0x41FF, 0},
                {Below("missing"), 0, 0},

@@ -58,6 +58,10 @@ TEST(HostTest, ClockRate) {
     EXPECT_EQ(size, 4u);
     EXPECT_EQ(type, DWORD{REG_DWORD});
   }
+  EXPECT_EQ(RegQueryValueExA(key, "~MHz", nullptr, nullptr, nullptr, nullptr), 0);
+  DWORD needed = 0;
+  EXPECT_EQ(RegQueryValueExA(key, "~MHz", nullptr, nullptr, nullptr, &needed), 0);
+  EXPECT_EQ(needed, 4u);
   BYTE small[2];
   DWORD size = sizeof small;
   EXPECT_EQ(RegQueryValueExA(key, "~MHz", nullptr, nullptr, small, &size),
@@ -296,6 +300,7 @@ TEST(HostTest, SocketLayer) {
 TEST(HostTest, InheritanceOfHandles) {
   TempDir dir;
   const ScopedHandle file(Open(dir.File("f"), GENERIC_WRITE, kShareAll, CREATE_NEW));
+  EXPECT_TRUE(SetHandleInformation(file, 0, HANDLE_FLAG_INHERIT));
   EXPECT_TRUE(SetHandleInformation(file, HANDLE_FLAG_INHERIT, 0));
   EXPECT_TRUE(SetHandleInformation(file, HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT));
   EXPECT_EQ(CodeOf([] { return SetHandleInformation(nullptr, HANDLE_FLAG_INHERIT, 0); }),

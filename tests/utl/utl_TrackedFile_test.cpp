@@ -103,8 +103,13 @@ TEST_F(TrackedFileTest, FailuresAreThoseOfTheFileAndNotReported) {
 }
 
 TEST_F(TrackedFileTest, WithoutATrackerIsAFile) {
-  utl_TrackedFile(path_, utl_FileAccessWrite, utl_FileShareDefault).Write("abc", 3);
-  EXPECT_EQ(ReadWholeFile(path_), "abc");
+  {
+    utl_TrackedFile file(path_, utl_FileAccessWrite, utl_FileShareDefault);
+    file.Write("abc", 3);
+    file.Seek(1);
+    file.Write("x", 1);
+  }
+  EXPECT_EQ(ReadWholeFile(path_), "axc");
   EXPECT_EQ(TrackerHolder::Instance().Tracker(), nullptr);
 }
 

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <iostream>
 #include <new>
@@ -212,6 +213,12 @@ TEST_F(RunMainTest, TellsATextExceptionInOneLine) {
   EXPECT_EQ(run.err, "prog: a deck without bars [31m\n");
 }
 
+TEST_F(RunMainTest, ALineEndAtTheBeginningOfAMessageIsLeftOutAndLettersStay) {
+  const Outcome run = RunProgram(
+      [](const utl_CommandLine&) { throw std::runtime_error("\n\tTr\xC3\xA4ger"); });
+  EXPECT_EQ(run.err, "prog: Tr\xC3\xA4ger\n");
+}
+
 TEST_F(RunMainTest, TellsExceptionsOfAllKinds) {
   EXPECT_EQ(
       RunProgram([](const utl_CommandLine&) { throw std::runtime_error("why"); }).err,
@@ -244,6 +251,18 @@ TEST_CHILD(printsToNobody) {
 
 TEST_F(RunMainTest, OutputThatCannotBeWrittenIsAFailure) {
   ChildProcess child = ChildProcess::Start("printsToNobody");
+  EXPECT_EQ(child.ReadLine(), "prog: The standard output cannot be written.");
+  EXPECT_EQ(child.Wait(), 1);
+}
+
+TEST_CHILD(printsUnbufferedToNobody) {
+  std::setvbuf(stdout, nullptr, _IONBF, 0);
+  return ChildMain_printsToNobody(argc, argv);
+}
+
+// The flush at the end has nothing to write and succeeds.
+TEST_F(RunMainTest, OutputThatCouldNotBeWrittenEarlierIsAFailure) {
+  ChildProcess child = ChildProcess::Start("printsUnbufferedToNobody");
   EXPECT_EQ(child.ReadLine(), "prog: The standard output cannot be written.");
   EXPECT_EQ(child.Wait(), 1);
 }

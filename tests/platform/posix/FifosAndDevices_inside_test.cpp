@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <string>
 
+#include "common/handle/AsHandle.h"
 #include "platform/PlatformTest.h"
 
 namespace {
@@ -114,4 +115,25 @@ TEST_F(FifosAndDevicesTest, CreationTimeStaysWhenTheFileIsWritten) {
         std::filesystem::file_time_type::clock::now() + std::chrono::seconds(seconds));
     EXPECT_EQ(CreationOf(Name("a")), before);
   }
+}
+
+TEST_F(FifosAndDevicesTest, FlushingADeviceSucceeds) {
+  const ScopedHandle null(Open("Z:\\dev\\null", GENERIC_WRITE));
+  ASSERT_TRUE(null.IsValid());
+  EXPECT_TRUE(FlushFileBuffers(null));
+}
+
+TEST_F(FifosAndDevicesTest, APipeHasNoSize) {
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  const ScopedHandle reading(AsHandle(_get_osfhandle(ends[0])));
+  const ScopedHandle writing(AsHandle(_get_osfhandle(ends[1])));
+  EXPECT_EQ(CodeOf([&] { return SetEndOfFile(writing); }), DWORD{ERROR_SEEK});
+}
+
+TEST_F(FifosAndDevicesTest, ANewFileIsMadeWhereALinkLeads) {
+  ASSERT_EQ(symlink("target", Name("link").c_str()), 0);
+  EXPECT_EQ(OpenCode(Name("link"), GENERIC_WRITE, kShareAll, CREATE_ALWAYS), 0u);
+  EXPECT_TRUE(std::filesystem::is_regular_file(Name("target")));
+  EXPECT_TRUE(std::filesystem::is_symlink(Name("link")));
 }
