@@ -3,6 +3,7 @@
 #include <limits>
 #include <random>
 #include <type_traits>
+#include <utility>
 
 #include "nex/nex_AssertException.h"
 #include "utl/multisection/MultisectionTest.h"
@@ -300,6 +301,30 @@ TEST_F(MultisectionFileTest, ManySmallSections) {
   utl_MultisectionFile file(path_, utl_FileAccessRead);
   for (const ImageSection& section : image) {
     ASSERT_EQ(Get(file, section.name), section.data);
+  }
+}
+
+// The last copy of a save takes long runs of these from memory, and all others from the
+// temporary file.
+TEST_F(MultisectionFileTest, RunsOfChangedSectionsBetweenUnchangedOnes) {
+  for (const Save save : kSaves) {
+    Image image;
+    for (int i = 0; i < 2000; ++i) {
+      image.push_back({"s" + std::to_string(i), std::to_string(i)});
+    }
+    WriteImage(image);
+    utl_MultisectionFile file(path_, utl_FileAccessUpdate);
+    // 10, 100, 600 and again 600 sections of 1,024 bytes, the last ones at the end.
+    for (const auto& [begin, end] : {std::pair(100, 110), std::pair(200, 300),
+                                     std::pair(400, 1000), std::pair(1400, 2000)}) {
+      for (int i = begin; i < end; ++i) {
+        auto& [name, data] = image[static_cast<std::size_t>(i)];
+        data.assign(1024, static_cast<char>('a' + i % 26));
+        Set(file, name, data);
+      }
+    }
+    (file.*save)();
+    EXPECT_TRUE(ReadWholeFile(file_) == BuildImage(image));
   }
 }
 

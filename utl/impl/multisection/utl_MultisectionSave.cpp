@@ -4,6 +4,7 @@
 #include <limits>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "utl/impl/multisection/utl_MultisectionErrors.h"
@@ -179,8 +180,19 @@ struct Settlement {
   std::int64_t written = 0;
 };
 
-// Copies the whole temporary file over the file. Large sections that are still in memory
-// are taken from there.
+// The end of the run of sections in memory that begins with `first`, and their bytes.
+std::pair<int, std::int64_t> RunInMemory(const utl_SectionDirectory& directory,
+                                         int first) {
+  std::int64_t bytes = 0;
+  int end = first;
+  for (; end < directory.Count() && directory[end].data != nullptr; ++end) {
+    bytes += directory[end].length;
+  }
+  return {end, bytes};
+}
+
+// Copies the whole temporary file over the file. Where many bytes one after the other are
+// still in memory, they are taken from there.
 void CopyOver(utl_File& file, TemporaryFile& temporary,
               const utl_SectionDirectory& directory) {
   const auto size = static_cast<std::int64_t>(temporary.file.FileSize());
@@ -190,14 +202,20 @@ void CopyOver(utl_File& file, TemporaryFile& temporary,
   GatheringWriter out(file, written);
   std::int64_t copied = 0;
   std::int64_t place = directory.DataOffset();
-  for (int i = 0; i < directory.Count(); ++i) {
-    const utl_Section& section = directory[i];
-    if (section.data != nullptr && section.length >= kMultisectionPiece) {
+  for (int i = 0; i < directory.Count();) {
+    const auto [end, bytes] = RunInMemory(directory, i);
+    if (bytes >= kMultisectionPiece) {
       CopyRange(out, temporary.file, temporary.path, copied, place);
-      out.Append(section.data, section.length);
-      copied = place + section.length;
+      for (int section = i; section < end; ++section) {
+        out.Append(directory[section].data, directory[section].length);
+      }
+      copied = place + bytes;
     }
-    place += std::max(section.length, 0);
+    place += bytes;
+    i = end;
+    for (; i < directory.Count() && directory[i].data == nullptr; ++i) {
+      place += std::max(directory[i].length, 0);
+    }
   }
   CopyRange(out, temporary.file, temporary.path, copied, size);
   out.Flush();
