@@ -82,8 +82,7 @@ class rgx_CompiledPattern {
 
   const pcre2_code* Get() const noexcept { return code_.get(); }
 
-  // The text that the pattern stands for when no character in it has a special meaning;
-  // empty for other patterns. Finding it directly halves the time of a split.
+  // See rgx_literal.
   const std::string& Literal() const noexcept { return literal_; }
 
   // "(*LIMIT_HEAP=n)": such a pattern must not get memory that was allocated before.
@@ -107,6 +106,10 @@ std::shared_ptr<const rgx_CompiledPattern> rgx_compile(const char* pattern,
     return nullptr;
   }
   return std::make_shared<const rgx_CompiledPattern>(std::move(code), pattern);
+}
+
+std::string_view rgx_literal(const rgx_CompiledPattern& pattern) noexcept {
+  return pattern.Literal();
 }
 
 // What a match works on.

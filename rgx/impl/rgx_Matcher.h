@@ -22,6 +22,10 @@ struct rgx_CompileError {
 std::shared_ptr<const rgx_CompiledPattern> rgx_compile(const char* pattern,
                                                        rgx_CompileError& error);
 
+/// The text that the pattern stands for when no character in it has a special meaning;
+/// empty for other patterns.
+std::string_view rgx_literal(const rgx_CompiledPattern& pattern) noexcept;
+
 /// Runs compiled patterns, and keeps the memory that a match needs for the next one.
 /// Threads: one thread.
 class rgx_Matcher {

@@ -49,6 +49,10 @@ rgx_Found rgx_Search::In(std::string_view subject) const {
   return {subject, matcher_.Offsets(), std::max(groups, 0)};
 }
 
+std::string_view rgx_Search::Literal() const noexcept {
+  return rgx_literal(pattern_);
+}
+
 std::string_view rgx_upToZero(std::string_view text) {
   return text.substr(0, text.find('\0'));
 }

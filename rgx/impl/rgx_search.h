@@ -46,6 +46,9 @@ class rgx_Search {
   /// Searches the whole `subject`, zero bytes included. Throws as rgx_match.
   rgx_Found In(std::string_view subject) const;
 
+  /// As rgx_literal.
+  std::string_view Literal() const noexcept;
+
  private:
   rgx_Search(const cow_String& pattern, rgx_ReCompileCache& cache);
 

@@ -5,6 +5,7 @@
 
 #include <limits>
 #include <new>
+#include <random>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -93,6 +94,19 @@ TEST(RgxSplitTest, ZeroBytes) {
   EXPECT_THAT(Split(",", "a\0b,c"s), ElementsAre("a\0b,c"s));
   EXPECT_THAT(Split(",", "a,b\0c,d"s), ElementsAre("a", "b\0c,d"s));
   EXPECT_THAT(Split("b", "ab\0b"s), ElementsAre("a", "\0b"s));
+}
+
+// A text is searched for in another way than a pattern that stands for the same.
+TEST(RgxSplitTest, ATextSplitsAsAPatternForIt) {
+  std::mt19937 random(1);
+  for (int round = 0; round < 20000; ++round) {
+    std::string subject(random() % 12, ' ');
+    for (char& c : subject) {
+      c = "abx\0"[random() % 4];
+    }
+    EXPECT_EQ(Split("a", subject), Split("[a]", subject)) << subject;
+    EXPECT_EQ(Split("ab", subject), Split("[a]b", subject)) << subject;
+  }
 }
 
 TEST(RgxSplitTest, TenMegabytes) {
