@@ -109,6 +109,30 @@ TEST(FilePathParserTest, NothingButOneForbiddenCharacterIsFoundToo) {
   }
 }
 
+TEST(FilePathParserTest, EveryForbiddenCharacterIsFoundInALongPath) {
+  for (int c = 1; c < 256; ++c) {
+    std::string name(20, 'a');
+    name[7] = static_cast<char>(c);
+    const bool isForbidden =
+        c < 32 || std::string_view("<>\"/|").find(name[7]) != std::string_view::npos;
+    EXPECT_EQ(Parser::IsWindowsStyle(cow_String(name)), !isForbidden) << c;
+  }
+}
+
+TEST(FilePathParserTest, LastSeparatorIsFoundAtEveryPlaceOfPathsOfEveryLength) {
+  for (const char separator : {'\\', '/'}) {
+    for (std::size_t length = 1; length < 70; ++length) {
+      for (std::size_t place = 0; place < length; ++place) {
+        std::string path(length, 'a');
+        path[place / 2] = separator;
+        path[place] = separator;
+        ASSERT_EQ(Parser::DirName(cow_String(path)), path.substr(0, place));
+        ASSERT_EQ(Parser::BaseName(cow_String(path)), path.substr(place + 1));
+      }
+    }
+  }
+}
+
 TEST(FilePathParserTest, StyleTestStopsAtTheFirstZeroByte) {
   using namespace std::string_view_literals;
   EXPECT_TRUE(Parser::IsWindowsStyle(cow_String("a\0|"sv)));

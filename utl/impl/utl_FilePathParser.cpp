@@ -1,8 +1,9 @@
 #include "utl/utl_FilePathParser.h"
 
+#include <emmintrin.h>
+
 #include <algorithm>
-#include <cstdint>
-#include <cstring>
+#include <bit>
 #include <string_view>
 
 #include "utl/impl/text/utl_PathText.h"
@@ -15,34 +16,57 @@ bool IsForbiddenInWindowsName(char c) {
   return (c >= 1 && c <= 31) || c == '<' || c == '>' || c == '"' || c == '/' || c == '|';
 }
 
-using Bytes [[gnu::vector_size(16)]] = unsigned char;
+using Bytes = __m128i;
 
-// Whether any of these bytes is forbidden or zero.
-bool HaveForbiddenOrZero(const char* bytes) {
-  Bytes c;
-  std::memcpy(&c, bytes, sizeof c);
-  const auto found =
-      (c < 32) | (c == '<') | (c == '>') | (c == '"') | (c == '/') | (c == '|');
-  std::uint64_t halves[2];
-  std::memcpy(halves, &found, sizeof halves);
-  return (halves[0] | halves[1]) != 0;
+Bytes Load(const char* bytes) {
+  return _mm_loadu_si128(reinterpret_cast<const __m128i_u*>(bytes));
 }
 
-// Whether that is so of a path of 16 bytes or more. The last 16 may be tested twice.
+Bytes Equal(Bytes bytes, char c) {
+  return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(c));
+}
+
+// A bit for each byte that is forbidden or zero.
+int ForbiddenOrZero(Bytes bytes) {
+  const Bytes control = Equal(_mm_subs_epu8(bytes, _mm_set1_epi8(31)), 0);
+  const Bytes angle = Equal(_mm_or_si128(bytes, _mm_set1_epi8('<' ^ '>')), '>');
+  const Bytes others = _mm_or_si128(Equal(bytes, '"'), Equal(bytes, '|'));
+  return _mm_movemask_epi8(_mm_or_si128(_mm_or_si128(control, angle),
+                                        _mm_or_si128(others, Equal(bytes, '/'))));
+}
+
+// Whether there is one in a path of 16 bytes or more. The last 16 may be tested twice.
 bool HasForbiddenOrZero(std::string_view path) {
-  std::size_t i = 0;
-  while (i + sizeof(Bytes) < path.size() && !HaveForbiddenOrZero(&path[i])) {
-    i += sizeof(Bytes);
+  int found = ForbiddenOrZero(Load(&path[path.size() - sizeof(Bytes)]));
+  for (std::size_t i = 0; i + sizeof(Bytes) < path.size(); i += sizeof(Bytes)) {
+    found |= ForbiddenOrZero(Load(&path[i]));
   }
-  return HaveForbiddenOrZero(&path[std::min(i, path.size() - sizeof(Bytes))]);
+  return found != 0;
 }
 
 bool IsWindows(std::string_view path) {
+  if (path.starts_with('/')) {
+    return false;
+  }
   if (path.size() >= sizeof(Bytes) && !HasForbiddenOrZero(path)) {
     return true;
   }
   path = path.substr(0, path.find('\0'));
   return std::none_of(path.begin(), path.end(), IsForbiddenInWindowsName);
+}
+
+// As text.rfind(c), which goes byte by byte.
+std::size_t FindLast(std::string_view text, char c) {
+  while (text.size() >= sizeof(Bytes)) {
+    const std::size_t start = text.size() - sizeof(Bytes);
+    const auto found =
+        static_cast<unsigned>(_mm_movemask_epi8(Equal(Load(&text[start]), c)));
+    if (found != 0) {
+      return start + static_cast<std::size_t>(std::bit_width(found)) - 1;
+    }
+    text.remove_suffix(sizeof(Bytes));
+  }
+  return text.rfind(c);
 }
 
 char DriveLetter(std::string_view path) {
@@ -79,7 +103,7 @@ bool IsUnix(std::string_view path) {
 
 // The path after its drive or host. Unlike DriveLetter this does not ignore the letter's
 // top bit.
-std::string_view WithoutRoot(std::string_view path) {
+inline std::string_view WithoutRoot(std::string_view path) {
   if (utl_hasDrive(path)) {
     return path.substr(2);
   }
@@ -96,7 +120,7 @@ struct Read {
   explicit Read(std::string_view path) {
     const bool windows = IsWindows(path);
     text = windows ? WithoutRoot(path) : path;
-    separator = text.rfind(windows ? '\\' : '/');
+    separator = FindLast(text, windows ? '\\' : '/');
   }
 
   bool HasSeparator() const { return separator != std::string_view::npos; }
