@@ -1,7 +1,8 @@
 #pragma once
 
 #include <cstddef>
-#include <unordered_map>
+#include <optional>
+#include <vector>
 
 #include "cow/cow_1DArrayList.h"
 #include "cow/cow_Map.h"
@@ -108,10 +109,18 @@ class KSTUTL_EXPORT utl_CommandLine {
 
   void Classify(const cow_1DArrayList<cow_String>& args, int first);
   void ApplyErrorOption() const;
-  bool Look(const cow_String& name, cow_String& value) const;
+  const cow_String* Look(const cow_String& name) const;
+  std::optional<cow_String> Value(const cow_String& name) const;
   cow_String RequiredValue(const cow_String& name) const;
 
-  std::unordered_map<cow_String, cow_String> options_;
+  // They are so few that looking at all is faster than a hash. The last one of a name
+  // counts.
+  struct Option {
+    unsigned mark;  // by which most other names differ
+    cow_String name;
+    cow_String value;
+  };
+  std::vector<Option> options_;
   cow_1DArrayList<cow_String> arguments_;
 };
 

@@ -27,6 +27,14 @@ cow_String Unshared(const cow_String& stored) {
   return {stored.c_str(), stored.Length()};
 }
 
+// An option's length, and its first and last character.
+unsigned Mark(const cow_String& name) {
+  const int last = std::max(name.Length() - 1, 0);
+  return static_cast<unsigned>(name.Length()) << 16 |
+         static_cast<unsigned>(static_cast<unsigned char>(name[0])) << 8 |
+         static_cast<unsigned char>(name[last]);
+}
+
 bool NamesOption(const cow_String& argument) {
   return argument[0] == '-';
 }
@@ -90,8 +98,7 @@ cow_String utl_CommandLine::ConstGetValue(const cow_String& name) const {
 
 cow_String utl_CommandLine::ConstGetValue(const cow_String& name,
                                           const cow_String& dflt) const {
-  cow_String value;
-  return Look(name, value) ? value : dflt;
+  return Value(name).value_or(dflt);
 }
 
 int utl_CommandLine::ConstGetValueAsInt(const cow_String& name) const {
@@ -99,8 +106,8 @@ int utl_CommandLine::ConstGetValueAsInt(const cow_String& name) const {
 }
 
 int utl_CommandLine::ConstGetValueAsInt(const cow_String& name, int dflt) const {
-  cow_String value;
-  return Look(name, value) ? ToInt(name, value) : dflt;
+  const std::optional<cow_String> value = Value(name);
+  return value ? ToInt(name, *value) : dflt;
 }
 
 std::size_t utl_CommandLine::ConstGetValueAsSizeT(const cow_String& name) const {
@@ -109,13 +116,13 @@ std::size_t utl_CommandLine::ConstGetValueAsSizeT(const cow_String& name) const 
 
 std::size_t utl_CommandLine::ConstGetValueAsSizeT(const cow_String& name,
                                                   std::size_t dflt) const {
-  cow_String value;
-  return Look(name, value) ? ToSizeT(name, value) : dflt;
+  const std::optional<cow_String> value = Value(name);
+  return value ? ToSizeT(name, *value) : dflt;
 }
 
 bool utl_CommandLine::IsMember(const cow_String& name) const {
   const auto lock = Locked();
-  return options_.count(name) != 0;
+  return Look(name) != nullptr;
 }
 
 cow_String utl_CommandLine::ConstGet(int i) const {
@@ -161,18 +168,18 @@ void utl_CommandLine::Classify(const cow_1DArrayList<cow_String>& args, int firs
   for (int i = first; i < args.Length(); ++i) {
     if (!NamesOption(args[i])) {
       if (pending) {
-        options_.insert_or_assign(*pending, args[i]);
+        options_.push_back({Mark(*pending), *pending, args[i]});
         pending.reset();
       }
       continue;
     }
     if (pending) {
-      options_.insert_or_assign(*pending, "");
+      options_.push_back({Mark(*pending), *pending, ""});
     }
     pending = args[i].Substr(1, args[i].Length());
   }
   if (pending) {
-    options_.insert_or_assign(*pending, "");
+    options_.push_back({Mark(*pending), *pending, ""});
   }
 }
 
@@ -188,21 +195,28 @@ void utl_CommandLine::ApplyErrorOption() const {
   }
 }
 
-// Copies the option's value; false when the option was not given.
-bool utl_CommandLine::Look(const cow_String& name, cow_String& value) const {
+// The option's stored value, null when the option was not given.
+const cow_String* utl_CommandLine::Look(const cow_String& name) const {
+  const unsigned mark = Mark(name);
+  const auto found = std::find_if(options_.rbegin(), options_.rend(),
+                                  [&name, mark](const Option& option) {
+                                    return option.mark == mark && option.name == name;
+                                  });
+  return found != options_.rend() ? &found->value : nullptr;
+}
+
+std::optional<cow_String> utl_CommandLine::Value(const cow_String& name) const {
   const auto lock = Locked();
-  const auto found = options_.find(name);
-  if (found == options_.end()) {
-    return false;
-  }
-  value = Unshared(found->second);
-  return true;
+  const cow_String* const stored = Look(name);
+  return stored != nullptr ? std::optional(Unshared(*stored)) : std::nullopt;
 }
 
 cow_String utl_CommandLine::RequiredValue(const cow_String& name) const {
-  cow_String value;
-  if (!Look(name, value)) {
-    utl_MissingCmdLineArgException(name).Throw(kSource);
+  {
+    const auto lock = Locked();
+    if (const cow_String* const stored = Look(name)) {
+      return Unshared(*stored);
+    }
   }
-  return value;
+  utl_MissingCmdLineArgException(name).Throw(kSource);
 }
