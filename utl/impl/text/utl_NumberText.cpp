@@ -82,8 +82,8 @@ std::optional<Fixed> Rounded(double magnitude, int precision) {
   // The number times 10 to the `decimals`, with 1 to 63 bits after the point.
   const int decimals = precision - 1 - power;
   const int shift = kMantissaBits + 1 - binary - decimals;
-  const Wide exact =
-      Wide{(bits % one | one) * 2} * kPowersOfFive[static_cast<std::size_t>(decimals)];
+  const Wide mantissa = bits % one | one;
+  const Wide exact = 2 * mantissa * kPowersOfFive[static_cast<std::size_t>(decimals)];
   auto digits = static_cast<std::uint64_t>(exact >> shift);
   const std::uint64_t rest = static_cast<std::uint64_t>(exact) << (64 - shift);
   constexpr std::uint64_t kHalf = std::uint64_t{1} << 63;
