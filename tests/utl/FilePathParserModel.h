@@ -74,7 +74,7 @@ class FilePathParserModel {
 
  private:
   bool Windows() const {
-    for (char c : std::string(path_.c_str())) {  // up to a zero byte
+    for (char c : std::string(path_.c_str())) {  // NOLINT: up to a zero byte
       if (std::string("<>\"/|").find(c) != std::string::npos) {
         return false;
       }
