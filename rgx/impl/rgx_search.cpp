@@ -25,14 +25,8 @@ constexpr int kExecErrorLine = 72;
 }  // namespace
 
 std::string_view rgx_Found::Text(int n) const noexcept {
-  if (n < 0 || n >= groupCount_) {
-    return {};
-  }
   const std::size_t* const pair = offsets_ + std::ptrdiff_t{2} * n;
-  const std::size_t start = pair[0];
-  const std::size_t end = pair[1];
-  // Both are the largest number for a group that did not take part.
-  return end > start ? subject_.substr(start, end - start) : std::string_view();
+  return subject_.substr(pair[0], pair[1] - pair[0]);
 }
 
 rgx_Search::rgx_Search(const cow_String& pattern)

@@ -27,7 +27,7 @@ class rgx_Found {
   std::size_t Start() const noexcept { return offsets_[0]; }
   std::size_t End() const noexcept { return offsets_[1]; }
 
-  /// The text of group n, "" when it is not there.
+  /// The text of group n. REQUIRES: Matched(), and the group took part in the match.
   std::string_view Text(int n) const noexcept;
 
  private:
