@@ -120,6 +120,7 @@ TEST_F(FileTest, MovedFileIsTheOtherObjects) {
   utl_File second = std::move(first);
   second.Write("cd", 2);
   EXPECT_EQ(Contents(), "abcd");
+  // NOLINTNEXTLINE(bugprone-use-after-move): it is told what it is then
   EXPECT_THROW(first.Init(), nex_TextException) << "no file any more";
   {
     const std::string other = dir_.File("other.dat");
