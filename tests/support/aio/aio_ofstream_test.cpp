@@ -1,6 +1,7 @@
 #include "aio/aio_ofstream.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <string>
@@ -49,6 +50,17 @@ TEST_F(AioOfstreamTest, FlushHandsOnWhatIsHeld) {
   EXPECT_EQ(ReadWholeFile(path_), "");
   stream.flush();
   EXPECT_EQ(ReadWholeFile(path_), "abc");
+}
+
+TEST_F(AioOfstreamTest, AFileThatCannotBeClosedShows) {
+  const int next = dup(STDERR_FILENO);  // the number that the stream's file gets
+  close(next);
+  aio_ofstream stream(path_.c_str());
+  ASSERT_TRUE(stream.good());
+  ASSERT_EQ(close(next), 0);
+  stream.close();
+  EXPECT_FALSE(stream.good());
+  EXPECT_FALSE(stream.is_open());
 }
 
 TEST_F(AioOfstreamTest, DestructorWritesWhatIsHeld) {
