@@ -60,6 +60,15 @@ TEST_F(TrackedOperationTest, NestsWithOthers) {
   EXPECT_EQ(Totals(tracker, "b").writeMB, 2);
 }
 
+TEST_F(TrackedOperationTest, ThatEndsAfterTheTrackerMakesNoOther) {
+  StartTracker("1");
+  {
+    const utl_TrackedOperation reading(utl_TrackedRead, "a");
+    TrackerHolder::Destroy();
+  }
+  EXPECT_EQ(TrackerHolder::Look(), nullptr);
+}
+
 TEST_F(TrackedOperationTest, MakesTheHolderButNoTracker) {
   { const utl_TrackedOperation reading(utl_TrackedRead, "a"); }
   ASSERT_NE(TrackerHolder::Look(), nullptr);

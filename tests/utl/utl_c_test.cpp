@@ -7,6 +7,7 @@
 #include <cstring>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include "common/temp/TempDir.h"
 #include "utl/utl_initialize.h"
@@ -66,6 +67,23 @@ TEST_F(CInterfaceThreadTest, ThreadsOpenAndCloseAtTheSameTime) {
   std::thread other([&] { work("a.dat"); });
   work("b.dat");
   other.join();
+}
+
+TEST_F(CInterfaceThreadTest, WhoSharesWritingLetsOthersWrite) {
+  const TempDir directory;
+  const std::string path = directory.File("shared.dat");
+  for (const auto& [sharing, status] :
+       {std::pair(kst_ShareReadWrite, kst_Ok), std::pair(kst_ShareRead, kst_Locked)}) {
+    kst_File* one = nullptr;
+    kst_File* other = nullptr;
+    ASSERT_EQ(kst_openFile(path.c_str(), kst_Write, sharing, &one), kst_Ok);
+    EXPECT_EQ(kst_openFile(path.c_str(), kst_Update, kst_ShareReadWrite, &other), status);
+    EXPECT_EQ(other != nullptr, status == kst_Ok);
+    if (other != nullptr) {
+      EXPECT_EQ(kst_closeFile(other), kst_Ok);
+    }
+    EXPECT_EQ(kst_closeFile(one), kst_Ok);
+  }
 }
 
 TEST_F(CInterfaceThreadTest, ALongErrorIsCut) {
