@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <nlohmann/json.hpp>
@@ -426,6 +427,36 @@ TEST_F(KstSectionsTest, RecoverKeepsACompleteFile) {
   EXPECT_EQ(Run({"recover", Path("a.kdb"), "--yes"}).status, kGood);
   EXPECT_EQ(Names(), "a.kdb a.kdb.x.tmp");
   EXPECT_EQ(ReadWholeFile(Path("a.kdb")), before);
+}
+
+// A loss of power can leave a mixture of the old and the new file that looks complete.
+TEST_F(KstSectionsTest, RecoverTakesTheCompleteTemporaryFileOfTheLastSave) {
+  WriteWholeFile(Path("a.kdb.lock"), "");
+  Write("a.kdb.4711.tmp", {{"title", "A tower"}});
+  EXPECT_EQ(Run({"recover", Path("a.kdb"), "--yes"}).status, kGood);
+  EXPECT_EQ(Read("a.kdb"), Sections({{"title", "A tower"}}));
+  EXPECT_EQ(Names(), "a.kdb");
+}
+
+TEST_F(KstSectionsTest, RecoverKeepsACompleteFileBesideADamagedOrAnOlderSave) {
+  const std::string before = ReadWholeFile(Path("a.kdb"));
+  WriteDamaged();
+  std::filesystem::rename(Path("b.kdb"), Path("a.kdb.1.tmp"));
+  EXPECT_EQ(Run({"recover", Path("a.kdb"), "--yes"}).status, kGood);
+  EXPECT_EQ(ReadWholeFile(Path("a.kdb")), before) << "without a lock";
+  WriteDamaged();
+  WriteWholeFile(Path("a.kdb.lock"), "");
+  std::filesystem::rename(Path("b.kdb"), Path("a.kdb.1.tmp"));
+  EXPECT_EQ(Run({"recover", Path("a.kdb"), "--yes"}).status, kGood);
+  EXPECT_EQ(ReadWholeFile(Path("a.kdb")), before) << "with a damaged save";
+  WriteWholeFile(Path("a.kdb.lock"), "");
+  Write("a.kdb.1.tmp", {{"title", "A tower"}});
+  std::filesystem::last_write_time(
+      Path("a.kdb.1.tmp"),
+      std::filesystem::last_write_time(Path("a.kdb.lock")) - std::chrono::hours(1));
+  EXPECT_EQ(Run({"recover", Path("a.kdb"), "--yes"}).status, kGood);
+  EXPECT_EQ(ReadWholeFile(Path("a.kdb")), before) << "with an older save";
+  EXPECT_EQ(Names(), "a.kdb");
 }
 
 TEST_F(KstSectionsTest, RecoverTakesAWholeTemporaryFile) {

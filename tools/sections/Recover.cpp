@@ -112,7 +112,7 @@ class Repair {
     if (IsRefused()) {
       return Ended(kFinding);
     }
-    const bool isGood = isComplete || CopyWholeOver();
+    const bool isGood = CopyLastSaveOver() || isComplete || CopyWholeOver();
     for (const Temporary& temporary : found_.temporary) {
       Remove(temporary.path);
     }
@@ -160,6 +160,22 @@ class Repair {
     report_["removed"].push_back(path.string());
   }
 
+  // Copies what the process was saving over the file, though that may look complete:
+  // after a loss of power it can be a mixture of both. False when the newest temporary
+  // file is not complete, or may be older than what is in the file.
+  bool CopyLastSaveOver() {
+    if (found_.lock.empty() || found_.temporary.empty()) {
+      return false;
+    }
+    const fs::path& newest = found_.temporary.front().path;
+    if (fs::last_write_time(newest) < fs::last_write_time(found_.lock) ||
+        !IsComplete(newest.string())) {
+      return false;
+    }
+    Copy(newest);
+    return true;
+  }
+
   // Copies a whole temporary file over the damaged file; false when there is none.
   bool CopyWholeOver() {
     const auto whole = std::ranges::find_if(found_.temporary, &Temporary::isWhole);
@@ -167,12 +183,16 @@ class Repair {
       Line("no whole temporary file: it was damaged before. See kst_sections salvage.");
       return false;
     }
-    if (isDone_) {
-      CopyOver(utl_fromNativePath(whole->path), file_);
-    }
-    Step("copied over it", whole->path);
-    report_["copied"] = whole->path.string();
+    Copy(whole->path);
     return true;
+  }
+
+  void Copy(const fs::path& temporary) {
+    if (isDone_) {
+      CopyOver(utl_fromNativePath(temporary), file_);
+    }
+    Step("copied over it", temporary);
+    report_["copied"] = temporary.string();
   }
 
   int Ended(int status) {
