@@ -145,7 +145,7 @@ TEST(RgxJoinTest, AResultThatIsTooLong) {
   }
   EXPECT_THROW(rgx_join(items, ""), std::length_error);
   cow_1DArrayList<cow_String> blanks;
-  for (int i = 0; i < 2050; ++i) {
+  for (int i = 0; i < 2049; ++i) {
     blanks.Append("");
   }
   EXPECT_THROW(rgx_join(blanks, megabyte), std::length_error);

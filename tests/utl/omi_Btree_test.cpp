@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <numeric>
 #include <random>
 #include <string>
 #include <vector>
@@ -284,6 +285,23 @@ TEST(OmiBtreeTest, ANodeDoesNotRebalanceItself) {
   EXPECT_EQ(node.Height(), 3);
 }
 
+TEST(OmiBtreeTest, WhatReplacesANodeGoesWhereThatStoodInItsParent) {
+  omi_BtreeNode<int, int> parent(5, 5);
+  for (int key : {3, 8, 2, 9}) {
+    parent.Insert(key, key);
+  }
+  EXPECT_TRUE(parent.Find(8)->Remove(8, parent));
+  ASSERT_NE(parent.Right(), nullptr);
+  EXPECT_EQ(parent.Right()->Key(), 9);
+  EXPECT_EQ(parent.Left()->Key(), 3);
+  EXPECT_EQ(parent.Height(), 2);
+  EXPECT_TRUE(parent.Find(3)->Remove(3, parent));
+  ASSERT_NE(parent.Left(), nullptr);
+  EXPECT_EQ(parent.Left()->Key(), 2);
+  EXPECT_EQ(parent.Right()->Key(), 9);
+  EXPECT_EQ(parent.Height(), 1);
+}
+
 TEST(OmiBtreeTest, AKeyOfTheMapItselfMayBeRemoved) {
   omi_Btree<cow_String, int> tree;
   for (const char* key : {"a", "b", "c", "d"}) {
@@ -360,6 +378,31 @@ TEST(OmiBtreeTest, IteratorTurnsAndStaysAtTheEnd) {
   i.First();
   i.Prev();
   EXPECT_TRUE(i.AtEnd());
+}
+
+// A walk asks for the memory of whole subtrees in a map of that height.
+TEST(OmiBtreeTest, LargeMapsAreWalkedBothWays) {
+  std::vector<int> keys(20000);
+  std::iota(keys.begin(), keys.end(), 0);
+  std::vector<int> shuffled = keys;
+  std::shuffle(shuffled.begin(), shuffled.end(), std::mt19937(1));
+  for (const std::vector<int>& inserted : {keys, shuffled}) {
+    omi_Btree<int, int> tree;
+    for (const int key : inserted) {
+      tree.Insert(key, -key);
+    }
+    omi_BtreeIterator<int, int> i(tree);
+    int expected = 0;
+    for (i.First(); !i.AtEnd(); i.Next()) {
+      ASSERT_EQ(i.Key(), expected);
+      ASSERT_EQ(i.Value(), -expected++);
+    }
+    ASSERT_EQ(expected, 20000);
+    for (i.Last(); !i.AtEnd(); i.Prev()) {
+      ASSERT_EQ(i.Key(), --expected);
+    }
+    ASSERT_EQ(expected, 0);
+  }
 }
 
 TEST(OmiBtreeTest, MillionSortedInsertions) {

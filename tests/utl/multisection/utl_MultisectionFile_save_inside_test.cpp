@@ -30,13 +30,17 @@ TEST_F(MultisectionSaveTest, FileOpenForReadingFailsAtItsExtension) {
 }
 
 TEST_F(MultisectionSaveTest, SectionsWrittenBeforeAFailureCountAsSaved) {
-  WriteImage({{"a", "old"}});
-  utl_MultisectionFile file(path_, utl_FileAccessRead);
-  Set(file, "a", "longer than the whole file was before it was set");
-  EXPECT_THROW_TEXT(file.saveChanges(), nex_TextException,
-                    "utl_File::Extend - attempt to extend a read-only file.");
-  EXPECT_EQ(file.getSectionLength("a"), 48);
-  EXPECT_END_OF_FILE(Get(file, "a"));
+  constexpr int kGathered = 48;
+  constexpr int kWrittenAtOnce = 1024 * 1024;
+  for (const int length : {kGathered, kWrittenAtOnce}) {
+    WriteImage({{"a", "old"}});
+    utl_MultisectionFile file(path_, utl_FileAccessRead);
+    Set(file, "a", std::string(static_cast<std::size_t>(length), 'x'));
+    EXPECT_THROW_TEXT(file.saveChanges(), nex_TextException,
+                      "utl_File::Extend - attempt to extend a read-only file.");
+    EXPECT_EQ(file.getSectionLength("a"), length);
+    EXPECT_END_OF_FILE(Get(file, "a"));
+  }
 }
 
 TEST_F(MultisectionSaveTest, TemporaryFileThatCannotBeMade) {
