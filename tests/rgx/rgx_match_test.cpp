@@ -61,6 +61,7 @@ TEST(RgxMatchTest, NoOptionIsSet) {
   EXPECT_FALSE(rgx_match("a$", "a\nb").Matched());
   EXPECT_TRUE(rgx_match("a$", "a\n").Matched());
   EXPECT_TRUE(rgx_match("(?i)A", "a").Matched());
+  EXPECT_TRUE(rgx_match("[]a]", "a").Matched());
   EXPECT_EQ(rgx_match(".", "\xc3\xa4").String().Length(), 1);
 }
 

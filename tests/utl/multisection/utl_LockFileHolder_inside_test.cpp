@@ -100,4 +100,16 @@ TEST_F(LockFileHolderTest, DescriptorZeroIsAFailureThatLeavesNoFile) {
   EXPECT_EQ(child.Wait(), 0);
 }
 
+// Exits 0 when the lock is got on descriptor 1, the next free one.
+TEST_CHILD(lockOnDescriptorOne) {
+  _close(1);
+  utl_LockFileHolder lock(argv[1], 1, 0);
+  return lock.acquire(0, 0) && FileExists(argv[1]) ? 0 : 1;
+}
+
+TEST_F(LockFileHolderTest, DescriptorOneHoldsTheLockAsAnyOther) {
+  EXPECT_EQ(ChildProcess::Start("lockOnDescriptorOne", {file_}).Wait(), 0);
+  EXPECT_FALSE(FileExists(file_));
+}
+
 }  // namespace
