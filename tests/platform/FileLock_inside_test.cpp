@@ -10,30 +10,8 @@
 #include "common/environment/OtherUser.h"
 #include "common/handle/AsHandle.h"
 #include "common/handle/Pipe.h"
+#include "platform/LockCode.h"
 #include "platform/PlatformTest.h"
-
-namespace {
-
-constexpr DWORD kTry = LOCKFILE_FAIL_IMMEDIATELY;
-constexpr DWORD kTryExclusive = LOCKFILE_FAIL_IMMEDIATELY | LOCKFILE_EXCLUSIVE_LOCK;
-constexpr DWORD kLocked = ERROR_LOCK_VIOLATION;
-
-// The code, 0 on success, for `length` bytes from `start`.
-DWORD LockCode(HANDLE handle, DWORD flags, DWORD start, DWORD length) {
-  OVERLAPPED at = {};
-  at.Offset = start;
-  SetLastError(kUntouched);
-  return LockFileEx(handle, flags, 0, length, 0, &at) ? 0 : GetLastError();
-}
-
-DWORD UnlockCode(HANDLE handle, DWORD start, DWORD length) {
-  OVERLAPPED at = {};
-  at.Offset = start;
-  SetLastError(kUntouched);
-  return UnlockFileEx(handle, 0, length, 0, &at) ? 0 : GetLastError();
-}
-
-}  // namespace
 
 class FileLockTest : public PlatformTest {
  protected:

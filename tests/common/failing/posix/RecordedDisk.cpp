@@ -21,24 +21,10 @@ namespace {
 using Kind = DiskRequest::Kind;
 using Identity = std::pair<dev_t, ino_t>;
 
-struct Plan {
-  PosixCall call = {};
-  int number = 0;
-  int callsToGo = 0;  // 0: no failure is planned
-  bool happened = false;
-};
-
-Plan plan;
-
-// Counts a call; true, with errno, for the one that is to fail.
+// Counts a call that changes a file or its name, for DieAtCall too.
 bool Fails(PosixCall call) {
   redirection::Reach();
-  if (call != plan.call || plan.callsToGo == 0 || --plan.callsToGo != 0) {
-    return false;
-  }
-  plan.happened = true;
-  errno = plan.number;
-  return true;
+  return redirection::Fails(call);
 }
 
 // What is being recorded.
@@ -141,18 +127,6 @@ std::map<std::string, std::string> DiskImage::Contents() const {
     contents[name] = files.at(file);
   }
   return contents;
-}
-
-FailingSystemCall::FailingSystemCall(PosixCall call, int number, int nth) {
-  plan = {call, number, nth, false};
-}
-
-FailingSystemCall::~FailingSystemCall() {
-  plan = {};
-}
-
-bool FailingSystemCall::Happened() const {
-  return plan.happened;
 }
 
 RecordedDisk::RecordedDisk(const std::string& directory) {
