@@ -19,6 +19,7 @@
 
 #include "aio/aio_ostrstream.h"
 #include "common/environment/ScopedEnvironment.h"
+#include "common/handle/AsHandle.h"
 #include "common/temp/TempDir.h"
 #include "nex/nex_TextException.h"
 #include "omi/omi_BlkBitVect.h"
@@ -176,6 +177,58 @@ TEST_F(RefusedMemoryTest, FileLockThrowsNothing) {
                        EXPECT_EQ(utl_flock(fd, 6), 0);
                        EXPECT_EQ(_close(fd), 0);
                      });
+  }
+}
+
+TEST_F(RefusedMemoryTest, SystemUnlockThrowsNothing) {
+  const std::string name = Name("a");
+  RefuseEachInTurn([&] {
+    const int fd = _open(name.c_str(), _O_RDONLY | _O_BINARY);
+    if (fd < 0) {
+      return;
+    }
+    OVERLAPPED at = {};
+    BOOL unlocked = TRUE;
+    EXPECT_NO_THROW(unlocked = UnlockFileEx(AsHandle(_get_osfhandle(fd)), 0, 1, 0, &at));
+    EXPECT_FALSE(unlocked);
+    EXPECT_TRUE(GetLastError() == ERROR_LOCK_VIOLATION ||
+                GetLastError() == ERROR_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(_close(fd), 0);
+  });
+}
+
+// The names of a large directory are remembered, and forgotten when there is no memory
+// for them: what others have made is found all the same. Of the many requests some are
+// refused.
+TEST_F(RefusedMemoryTest, SystemNamesOfALargeDirectory) {
+  constexpr int kNames = 300;
+  const auto isThere = [](const std::string& path) {
+    const HANDLE file = CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                    OPEN_EXISTING, 0, nullptr);
+    CloseHandle(file);
+    return file != INVALID_HANDLE_VALUE;
+  };
+  for (const bool isRemembered : {false, true}) {
+    int nth = 1;
+    for (bool refused = true; refused; nth += 1 + nth / 10) {
+      SCOPED_TRACE("request " + std::to_string(nth));
+      const std::string directory = Name("d");
+      std::filesystem::create_directory(directory);
+      for (int i = 0; i < kNames; ++i) {
+        const std::string other = directory + "/other" + std::to_string(i);
+        ASSERT_EQ(link(Name("a").c_str(), other.c_str()), 0);
+      }
+      if (isRemembered) {
+        EXPECT_FALSE(isThere(directory + "/missing"));
+        WriteWholeFile(directory + "/LATER", "");
+      }
+      refused = Refuse(nth, [&] { EXPECT_FALSE(isThere(directory + "/missing")); });
+      WriteWholeFile(directory + "/THEIRS", "");
+      ASSERT_TRUE(isThere(directory + "/theirs"));
+      ASSERT_EQ(isThere(directory + "/later"), isRemembered);
+      std::filesystem::remove_all(directory);
+    }
+    EXPECT_GT(nth, isRemembered ? 2 : kNames);
   }
 }
 

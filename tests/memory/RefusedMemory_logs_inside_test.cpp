@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+#include <stdexcept>
 #include <string>
 
 #include "common/environment/ScopedEnvironment.h"
@@ -145,6 +147,31 @@ TEST_F(RefusedMemoryLogsTest, ProgramEndsWithAStatus) {
       },
       [&] { EXPECT_TRUE(status == 0 || status == 1) << status; });
   testing::internal::GetCapturedStderr();
+}
+
+TEST_F(RefusedMemoryLogsTest, AFailureThatCannotBeToldIsToldAsThat) {
+  char program[] = "program";
+  char* arguments[] = {program, nullptr};
+  bool isToldAsThat = false;
+  bool refused = true;
+  for (int nth = 1; refused; ++nth) {
+    testing::internal::CaptureStderr();
+    std::optional<RefusedMemory> memory;
+    EXPECT_EQ(utl_runMain("program", 1, arguments,
+                          [&](const utl_CommandLine&) {
+                            const std::runtime_error failure(
+                                "a text that is too long to be held without memory");
+                            memory.emplace(nth);
+                            throw failure;
+                          }),
+              1);
+    refused = memory.has_value() && memory->Happened();
+    memory.reset();
+    const std::string told = testing::internal::GetCapturedStderr();
+    isToldAsThat = isToldAsThat || told == "There is not enough memory.\n";
+    EXPECT_FALSE(told.empty());
+  }
+  EXPECT_TRUE(isToldAsThat);
 }
 
 }  // namespace

@@ -7,9 +7,12 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <filesystem>
 #include <string>
+#include <utility>
 
+#include "common/failing/posix/FailingSystemCall.h"
 #include "platform/PlatformTest.h"
 
 namespace {
@@ -178,4 +181,38 @@ TEST_F(NewNamesTest, DescriptorThatTheProgramHasClosed) {
   for (const int fd : {ends[0], ends[1], notices}) {
     close(fd);
   }
+}
+
+TEST_F(NewNamesTest, WhatCannotBeRememberedIsReadForEach) {
+  for (const auto& [call, nth] : {std::pair{PosixCall::kOpenDirectory, 2},
+                                  {PosixCall::kSystemOfFile, 1},
+                                  {PosixCall::kMakeNotices, 1},
+                                  {PosixCall::kWatch, 1}}) {
+    const std::string number = std::to_string(static_cast<int>(call));
+    SCOPED_TRACE(number);
+    close(NoticesOfTheLayer());  // if there are any, it has to begin anew
+    {
+      const FailingSystemCall failing(call, EMFILE, nth);
+      EXPECT_EQ(CreateNew(Name("new" + number)), 0u);
+      EXPECT_TRUE(failing.Happened());
+    }
+    WriteWholeFile(Name("THEIRS" + number), "");
+    EXPECT_EQ(CreateNew(Name("theirs" + number)), DWORD{ERROR_FILE_EXISTS});
+  }
+}
+
+TEST_F(NewNamesTest, ChildOfAProcessThatIsNotToldOfChanges) {
+  close(NoticesOfTheLayer());
+  {
+    const FailingSystemCall notices(PosixCall::kMakeNotices, EMFILE);
+    EXPECT_EQ(CreateNew(Name("first")), 0u);
+    EXPECT_TRUE(notices.Happened());
+  }
+  const pid_t child = fork();
+  if (child == 0) {
+    _exit(CreateNew(Name("FIRST")) == ERROR_FILE_EXISTS ? 0 : 1);
+  }
+  int status = -1;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
 }

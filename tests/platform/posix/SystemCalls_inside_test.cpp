@@ -378,6 +378,17 @@ TEST_F(SystemCallsTest, TextModeOfWhatIsNotOpen) {
   EXPECT_EQ(_setmode(4711, _O_BINARY), -1);
 }
 
+TEST_F(SystemCallsTest, TextModeOfAFileThatCannotBeLookedAt) {
+  const int fd = open(Name("a").c_str(), O_RDONLY);
+  {
+    const FailingSystemCall status(PosixCall::kStatus, EIO, 2);
+    EXPECT_EQ(_setmode(fd, _O_BINARY), -1);
+    EXPECT_TRUE(status.Happened());
+  }
+  EXPECT_EQ(_setmode(fd, _O_BINARY), _O_TEXT);
+  close(fd);
+}
+
 // Processes, the machine, threads, streams.
 
 TEST_F(SystemCallsTest, OwnProcessForChildren) {
