@@ -118,7 +118,7 @@ Entry* Find(int fd) {
 Entry* FindOrEnter(int fd) {
   Entry* const found = Find(fd);
   struct stat status;
-  const int flags = found != nullptr || fd < 0 ? -1 : fcntl(fd, F_GETFL);
+  const int flags = found != nullptr ? -1 : fcntl(fd, F_GETFL);
   if (flags < 0 || fstat(fd, &status) != 0) {
     return found;
   }
