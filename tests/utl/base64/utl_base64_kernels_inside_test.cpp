@@ -270,6 +270,20 @@ TEST_P(Base64KernelTest, NothingOutsideTheBlocksIsTouched) {
   }
 }
 
+TEST_P(Base64KernelTest, OnlyTheGroupsAskedForAreReadAndWritten) {
+  constexpr std::size_t kMore = 20;
+  std::string bytes(3 * (130 + kMore), 'x');
+  std::string text = ModelEncoded(bytes, false);
+  for (std::size_t groups = 0; groups <= 130; ++groups) {
+    std::string encoded(4 * (groups + kMore), ' ');
+    kernel_.encode(Bytes(bytes.data()), groups, encoded.data());
+    ASSERT_EQ(encoded, text.substr(0, 4 * groups) + std::string(4 * kMore, ' '));
+    std::string decoded(3 * (groups + kMore), '#');
+    ASSERT_EQ(kernel_.decode(Bytes(text.data()), groups, Bytes(decoded.data())), groups);
+    ASSERT_EQ(decoded, bytes.substr(0, 3 * groups) + std::string(3 * kMore, '#'));
+  }
+}
+
 // Enough for whole registers and a rest.
 constexpr std::size_t kGroups = 40;
 
