@@ -65,6 +65,23 @@ TEST_F(CInterfaceFailureTest, AFullDiskIsTheSystemsError) {
   EXPECT_EQ(kst_end(), kst_Ok);
 }
 
+TEST_F(CInterfaceFailureTest, ASectionThatTheSystemDoesNotReadIsNotDamaged) {
+  const std::string path = directory_.File("b");
+  kst_Sections* sections = nullptr;
+  EXPECT_EQ(kst_openSections(path.c_str(), kst_Write, &sections), kst_Ok);
+  EXPECT_EQ(kst_setSection(sections, "a", "bytes", 5), kst_Ok);
+  EXPECT_EQ(kst_saveSections(sections), kst_Ok);
+  EXPECT_EQ(kst_closeSections(sections), kst_Ok);
+  EXPECT_EQ(kst_openSections(path.c_str(), kst_Read, &sections), kst_Ok);
+  char bytes[5];
+  {
+    const FailingCall failing(SystemCall::kReadFile, ERROR_IO_DEVICE);
+    EXPECT_EQ(kst_getSection(sections, "a", bytes, 5), kst_SystemError);
+  }
+  EXPECT_EQ(kst_getSection(sections, "a", bytes, 5), kst_Ok);
+  EXPECT_EQ(kst_end(), kst_Ok);
+}
+
 TEST_F(CInterfaceFailureTest, WhatCannotBeSavedIsStillSet) {
   kst_Sections* sections = nullptr;
   EXPECT_EQ(kst_openSections(directory_.File("b").c_str(), kst_Write, &sections), kst_Ok);

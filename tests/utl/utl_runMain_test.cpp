@@ -75,6 +75,21 @@ class RunMainTest : public testing::Test {
   ScopedEnvironment tracker_{"KES_IO_TRACK", nullptr};
 };
 
+class OwnReport : public utl_FileExceptionOpen {
+ public:
+  using utl_FileExceptionOpen::utl_FileExceptionOpen;
+  atr_String UserReport() const override { return "no"; }
+  void Propagate() const override { throw *this; }
+};
+
+TEST_F(RunMainTest, AReportWithoutAPathHasNoAdvice) {
+  const Outcome run = RunProgram([](const utl_CommandLine&) {
+    throw OwnReport(5, "a.dat", "CreateFile in OpenWrite");
+  });
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err, "prog: no\n");
+}
+
 TEST_F(RunMainTest, WorksWithTheCommandLine) {
   const Outcome run = RunProgram({"-cpus", "4"}, [](const utl_CommandLine& line) {
     std::cout << line.ConstGetValueAsInt("cpus") << ' ' << line.ConstGet(0) << '\n';

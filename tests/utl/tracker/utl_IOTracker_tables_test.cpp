@@ -111,6 +111,18 @@ TEST_P(IOTrackerTableTest, OpenMakesAnEntry) {
   EXPECT_EQ(Increments(7).kind, 1);
 }
 
+TEST_P(IOTrackerTableTest, ARenamedFileLeavesItsEarlierNameToTheFileThatHasTakenIt) {
+  Start();
+  Open(1, "a");
+  Open(2, "b");
+  Rename(2, "a");
+  Rename(1, "c");
+  Write(2, kMegabyte);
+  Open(3, "a");
+  EXPECT_EQ(Quantities(Totals(3)), Quantities(Totals(2)));
+  EXPECT_NE(Quantities(Totals(3)), Quantities(Totals(1)));
+}
+
 TEST_P(IOTrackerTableTest, WritesAndReadsAreCounted) {
   Start();
   Open(7, "a");
