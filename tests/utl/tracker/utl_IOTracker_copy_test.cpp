@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -179,8 +180,12 @@ TEST_F(IOTrackerCopyTest, CopiesWhileThreadsRecordDoNotWaitForThem) {
       }
     });
   };
-  std::thread threads[] = {repeat([&] { tracker.CWrite(1, kMegabyte, 1); }),
-                           repeat([&] { tracker.Mark("m"); })};
+  // Marks stay in memory: without a rest between them each copy would take longer than
+  // the one before.
+  std::thread threads[] = {repeat([&] { tracker.CWrite(1, kMegabyte, 1); }), repeat([&] {
+                             tracker.Mark("m");
+                             std::this_thread::sleep_for(std::chrono::microseconds(100));
+                           })};
   for (int i = 0; i < 20; ++i) {
     ExpectInCopy([&] {
       UseAll(tracker);
