@@ -148,7 +148,12 @@ TEST(RgxJoinTest, AResultThatIsTooLong) {
   for (int i = 0; i < 2049; ++i) {
     blanks.Append("");
   }
-  EXPECT_THROW(rgx_join(blanks, megabyte), std::length_error);
+  try {
+    rgx_join(blanks, megabyte);
+    FAIL();
+  } catch (const std::length_error& error) {
+    EXPECT_STREQ(error.what(), "rgx_join: longer than 2147483647 bytes");
+  }
 }
 
 TEST(RgxSubnTest, ReplacesUpToCount) {
