@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 
+#include <cerrno>
 #include <cstddef>
 
 // The program defines the calls itself: its functions take precedence over those of the
@@ -9,9 +10,12 @@
 
 #define REDIRECT(Result, name, ...) Result name(__VA_ARGS__)
 
+// Waiting for another thread that looks for the same function can change errno.
 #define REAL(name)                                         \
   ([] {                                                    \
+    const int keptErrno = errno;                           \
     static const auto real = redirection::NextOf(&(name)); \
+    errno = keptErrno;                                     \
     return real;                                           \
   }())
 
