@@ -5,7 +5,7 @@
 /// Has the shell of the underlying system run a command, and waits for its end: for what
 /// no Windows call can do, such as making links and named pipes.
 ///
-///     if (!RunShell("mkfifo " + ShellName(dir_.File("pipe")))) GTEST_SKIP();
+///     if (!RunShell("mkfifo " + ShellName(dir_.File("p")))) GTEST_SKIP() << "no pipes";
 ///
 /// False when there is no such shell (there is one natively and under Wine), or when the
 /// command fails. REQUIRES: the command has no double quotes.

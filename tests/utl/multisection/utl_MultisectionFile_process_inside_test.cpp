@@ -61,21 +61,32 @@ bool TryToCount(const cow_String& path, Save save) {
   }
 }
 
+constexpr char kDone[] = "done";
+
+// A child's work: tells the parent what it gives, or what ended it. The exit status.
+template <class Work>
+int TellOf(const Work& work) {
+  std::string told;
+  try {
+    told = work();
+  } catch (const nex_TextException& error) {
+    told = error.AsString().c_str();
+  }
+  ChildWriteLine(told);
+  return told == kDone ? 0 : 1;
+}
+
 TEST_CHILD(countInMultisectionFile) {
   ChildWriteLine("ready");
   ChildReadLine();
-  try {
+  return TellOf([argv]() -> std::string {
     for (int i = std::stoi(argv[3]); i > 0; --i) {
       while (!TryToCount(argv[1], SaveOf(argv[2]))) {
         Sleep(1);
       }
     }
-  } catch (const nex_TextException& error) {
-    ChildWriteLine(error.AsString().c_str());
-    return 1;
-  }
-  ChildWriteLine("done");
-  return 0;
+    return kDone;
+  });
 }
 
 // The number in the section "counter"; `last` when the file cannot be read, which it may
@@ -98,24 +109,19 @@ int NumberRead(const cow_String& path, bool mayBeRefused, int last) {
 TEST_CHILD(readCountsInMultisectionFile) {
   const bool mayBeRefused =
       argv[2] != std::string(kAtomically) || !platform::OpenFilesCanBeReplaced();
-  int last = 0;
   ChildWriteLine("ready");
-  try {
+  return TellOf([argv, mayBeRefused]() -> std::string {
+    int last = 0;
     while (!FileExists(argv[3])) {
       const int number = NumberRead(argv[1], mayBeRefused, last);
       if (number < last) {
-        ChildWriteLine("back to " + std::to_string(number));
-        return 1;
+        return "back to " + std::to_string(number);
       }
       last = number;
       Sleep(1);
     }
-  } catch (const nex_TextException& error) {
-    ChildWriteLine(error.AsString().c_str());
-    return 1;
-  }
-  ChildWriteLine("done");
-  return 0;
+    return kDone;
+  });
 }
 
 void ExpectNoUpdateLost(const std::string& file, const std::string& save, int updates) {
@@ -140,12 +146,12 @@ void ExpectNoUpdateLost(const std::string& file, const std::string& save, int up
     child.WriteLine("go");
   }
   for (ChildProcess& child : children) {
-    EXPECT_EQ(child.ReadLine(), "done");
+    EXPECT_EQ(child.ReadLine(), kDone);
     EXPECT_EQ(child.Wait(), 0);
   }
   WriteWholeFile(end, "");
   for (ChildProcess& reader : readers) {
-    EXPECT_EQ(reader.ReadLine(), "done");
+    EXPECT_EQ(reader.ReadLine(), kDone);
     EXPECT_EQ(reader.Wait(), 0);
   }
   EXPECT_EQ(ReadWholeFile(file),
@@ -359,7 +365,7 @@ TEST_CHILD(saveTwentyTimesAtomically) {
     }
     SaveUntilPossible(file);
   }
-  ChildWriteLine("done");
+  ChildWriteLine(kDone);
   return 0;
 }
 
@@ -389,7 +395,7 @@ TEST_F(MultisectionProcessTest, ReadersFindTheOldOrTheNewFileDuringAtomicSaves) 
     last = number;
     Sleep(1);
   } while (child.IsRunning());
-  EXPECT_EQ(child.ReadLine(), "done");
+  EXPECT_EQ(child.ReadLine(), kDone);
   EXPECT_EQ(child.Wait(), 0);
   EXPECT_EQ(ReadWholeFile(file_), BuildImage(Generation(20)));
   EXPECT_EQ(OtherFiles(), "");
