@@ -5,11 +5,10 @@
 #include <io.h>
 
 #include <atomic>
-#include <functional>
 #include <thread>
 #include <vector>
 
-#include "common/child/ForkedChild.h"
+#include "common/child/ProcessCopy.h"
 #include "common/handle/AsHandle.h"
 #include "platform/PlatformTest.h"
 
@@ -28,25 +27,15 @@ DWORD UnlockCode(HANDLE handle) {
   return UnlockFileEx(handle, 0, 10, 0, &from0) ? 0 : GetLastError();
 }
 
-class ForkTest : public PlatformTest {
- protected:
-  // Succeeds when `task` is true in a child.
-  static void ExpectInChild(const std::function<bool()>& task) {
-    const std::optional<int> result =
-        ResultInForkedChild([&task] { return task() ? 0 : 1; });
-    if (!result) {
-      GTEST_SKIP() << "this system makes no copies of processes";
-    }
-    EXPECT_EQ(result, 0);
-  }
-};
+using ForkTest = ProcessCopyTest<PlatformTest>;
+using BusyForkTest = BusyProcessCopyTest<PlatformTest>;
 
 }  // namespace
 
 TEST_F(ForkTest, FilesAreNotDeletedByTheChild) {
   ScopedHandle handle(
       Open(Name("m"), GENERIC_WRITE, 0, CREATE_NEW, FILE_FLAG_DELETE_ON_CLOSE));
-  ExpectInChild([&] { return CloseHandle(handle) != 0; });
+  ExpectInCopy([&] { return CloseHandle(handle) != 0; });
   EXPECT_TRUE(FileExists(Name("m")));
   handle.Close();
   EXPECT_FALSE(FileExists(Name("m")));
@@ -55,12 +44,12 @@ TEST_F(ForkTest, FilesAreNotDeletedByTheChild) {
 TEST_F(ForkTest, ShareModesAreNotGivenBackByTheChild) {
   const DWORD violation = ERROR_SHARING_VIOLATION;
   ScopedHandle handle(Open(Name("a"), kReadWrite, 0));
-  ExpectInChild([&] {
+  ExpectInCopy([&] {
     return OpenCode(Name("a")) == violation && CloseHandle(handle) != 0 &&
            OpenCode(Name("a")) == violation;
   });
   EXPECT_EQ(OpenCode(Name("a")), violation);
-  ExpectInChild([&] { return OpenCode(Name("a")) == violation; });
+  ExpectInCopy([&] { return OpenCode(Name("a")) == violation; });
   handle.Close();
   EXPECT_EQ(OpenCode(Name("a"), kReadWrite, 0), 0u);
 }
@@ -70,7 +59,7 @@ TEST_F(ForkTest, LocksAreNotGivenBackByTheChild) {
     const ScopedHandle handle(Open(Name("a"), access));
     const ScopedHandle other(Open(Name("a"), access));
     EXPECT_EQ(LockCode(handle), 0u);
-    ExpectInChild([&] {
+    ExpectInCopy([&] {
       return LockCode(handle) == ERROR_LOCK_VIOLATION && CloseHandle(handle) != 0;
     });
     EXPECT_EQ(LockCode(other), DWORD{ERROR_LOCK_VIOLATION});
@@ -82,7 +71,7 @@ TEST_F(ForkTest, LocksAreNotGivenBackByTheChild) {
 TEST_F(ForkTest, TheChildsOwnFilesAreItsOwn) {
   const ScopedHandle handle(Open(Name("a"), kReadWrite));
   EXPECT_EQ(LockCode(handle), 0u);
-  ExpectInChild([&] {
+  ExpectInCopy([&] {
     ScopedHandle own(
         Open(Name("m"), kReadWrite, 0, CREATE_NEW, FILE_FLAG_DELETE_ON_CLOSE));
     const bool isAlone = OpenCode(Name("m")) == ERROR_SHARING_VIOLATION;
@@ -95,7 +84,7 @@ TEST_F(ForkTest, TheChildsOwnFilesAreItsOwn) {
 // What is known of a descriptor is known in the child, too: rights and text mode.
 TEST_F(ForkTest, TheChildKnowsTheParentsDescriptors) {
   const int writer = _open(Name("a").c_str(), _O_WRONLY | _O_BINARY);
-  ExpectInChild([writer] {
+  ExpectInCopy([writer] {
     char byte = 0;
     return _read(writer, &byte, 1) == -1 && errno == EBADF &&
            _setmode(writer, _O_TEXT) == _O_BINARY && _close(writer) == 0;
@@ -105,7 +94,7 @@ TEST_F(ForkTest, TheChildKnowsTheParentsDescriptors) {
 }
 
 // Others are in the midst of opening, locking and waiting when the child comes to be.
-TEST_F(ForkTest, AChildOfABusyProcessGoesOn) {
+TEST_F(BusyForkTest, ChildGoesOn) {
   std::atomic<bool> ends = false;
   const ScopedHandle held(Open(Name("d/x"), kReadWrite));
   EXPECT_EQ(LockCode(held), 0u);
@@ -125,7 +114,7 @@ TEST_F(ForkTest, AChildOfABusyProcessGoesOn) {
   });
   threads.emplace_back([&] { EXPECT_EQ(LockCode(held, LOCKFILE_EXCLUSIVE_LOCK), 0u); });
   for (int i = 0; i < 30; ++i) {
-    ExpectInChild([&] {
+    ExpectInCopy([&] {
       const ScopedHandle own(Open(Name("own"), kReadWrite, 0, CREATE_ALWAYS));
       const ScopedHandle again(Open(Name("d/x"), kReadWrite));
       return own.IsValid() && LockCode(own) == 0 && UnlockCode(own) == 0 &&

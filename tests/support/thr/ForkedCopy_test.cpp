@@ -26,6 +26,7 @@ namespace {
 using Pool = thr_GlobalSingleton<thr_ThreadPool>;
 
 using ForkedCopyTest = ProcessCopyTest<>;
+using BusyForkedCopyTest = BusyProcessCopyTest<>;
 
 // Holds a mutex in another thread for as long as it lives.
 class HeldByAnother {
@@ -148,7 +149,7 @@ TEST_F(ForkedCopyTest, FinalizeWaitsForNoThreadOfTheParent) {
   thr_finalize(count);
 }
 
-TEST_F(ForkedCopyTest, MayHaveAPoolOfItsOwn) {
+TEST_F(BusyForkedCopyTest, MayHaveAPoolOfItsOwn) {
   int count = 0;
   Pool::Instance().AddThreads(2, 2);
   ExpectInCopy([&] {
@@ -162,7 +163,7 @@ TEST_F(ForkedCopyTest, MayHaveAPoolOfItsOwn) {
   thr_finalize(count);
 }
 
-TEST_F(ForkedCopyTest, ExitWaitsForNoThreadOfTheParent) {
+TEST_F(BusyForkedCopyTest, ExitWaitsForNoThreadOfTheParent) {
   std::promise<void> mayEnd;
   RunOnPool([&] { mayEnd.get_future().wait(); });
   ExpectInCopy([] { return true; });

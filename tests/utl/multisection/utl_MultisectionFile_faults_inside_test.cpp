@@ -7,7 +7,7 @@
 #include <typeinfo>
 
 #include "common/child/ChildProcess.h"
-#include "common/child/ForkedChild.h"
+#include "common/child/ProcessCopy.h"
 #include "common/failing/FailingCall.h"
 #include "utl/multisection/MultisectionTest.h"
 
@@ -231,12 +231,12 @@ class MultisectionDeathTest : public MultisectionFaultsTest {
   }
 
   void ExpectOldOrNewInForks(unsigned firstShape, unsigned endOfShapes) {
-    if (!ResultInForkedChild([] { return 0; })) {
+    if (!ProcessesCanBeCopied()) {
       GTEST_SKIP() << "a process takes too long to start here";
     }
     for (unsigned number = firstShape; number < endOfShapes; ++number) {
       ExpectOldOrNew(number, [&](int nth) {
-        return *ResultInForkedChild(
+        return RunInProcessCopy(
             [&] { return SaveAndDie(file_, number, GetParam(), nth); });
       });
     }

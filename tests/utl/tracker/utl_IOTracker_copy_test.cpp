@@ -33,6 +33,53 @@ class IOTrackerCopyTest : public ProcessCopyTest<IOTrackerTest> {
     thr_finalize(count);
   }
 
+  enum class StartsATask { kNo, kYes };
+
+  void ExpectEndOfTheCopyWritesNothing(StartsATask startsATask) {
+    const bool timed = startsATask == StartsATask::kYes;
+    testing::internal::CaptureStderr();
+    int count = 0;
+    utl_initialize(count);
+    utl_IOTracker& tracker = timed ? StartTimed("1000000") : StartTracker("2");
+    tracker.COpen(1, "a");
+    ExpectInCopy([&] {
+      utl_finalize(count);
+      return count == 0 && TrackerHolder::Look() == nullptr &&
+             thr_GlobalSingleton<thr_ThreadPool>::Look() == nullptr;
+    });
+    EXPECT_EQ(Files(), Names());
+    utl_finalize(count);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), timed ? kCompleted : "");
+    EXPECT_EQ(Summary().work.size(), 1U);
+  }
+
+  // Named by another job, so that its files are others.
+  void ExpectTheCopyMayHaveItsOwn(StartsATask startsATask) {
+    const bool timed = startsATask == StartsATask::kYes;
+    testing::internal::CaptureStderr();
+    const utl_IOTracker& tracker = timed ? StartTimed("1") : StartTracker("2");
+    ExpectInCopy([&] {
+      int count = 0;
+      EndTracker();
+      thr_finalize(count);
+      LoadArguments({"-job", "copy"});
+      utl_IOTracker& own = *TrackerHolder::Instance().Tracker();
+      own.COpen(1, "a");
+      own.Mark("own");
+      while (timed && !Exists("copy.ioTotal")) {
+        utl_sleep(1);
+      }
+      EndTracker();
+      thr_finalize(count);
+      return &own != &tracker;
+    });
+    EndTracker();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              timed ? std::string(kCompleted) + kCompleted : "");
+    EXPECT_EQ(ReadSummary(File("copy.ioFileSummary")).work.size(), 1U);
+    EXPECT_GE(Read("copy.ioTotal").lines.size(), 1U);
+  }
+
   static utl_IOTracker& StartTimed(const char* interval) {
     SetEnvironment("KES_IO_TIMEPOINTS", "2");
     SetEnvironment("KES_IO_TIMEINTERVAL", interval);
@@ -47,6 +94,9 @@ class IOTrackerCopyTest : public ProcessCopyTest<IOTrackerTest> {
     return labels;
   }
 };
+
+// Its timed task starts or writes, or other threads record.
+using BusyIOTrackerCopyTest = BusyProcessCopyTest<IOTrackerCopyTest>;
 
 // Every operation, on one key.
 void UseAll(utl_IOTracker& tracker) {
@@ -121,30 +171,15 @@ TEST_F(IOTrackerCopyTest, OperationsCountNothing) {
 }
 
 TEST_F(IOTrackerCopyTest, FinalizeEndsAtOnceAndWritesNothing) {
-  for (const bool timed : {false, true}) {
-    SCOPED_TRACE(timed);
-    testing::internal::CaptureStderr();
-    int count = 0;
-    utl_initialize(count);
-    utl_IOTracker& tracker = timed ? StartTimed("1000000") : StartTracker("2");
-    tracker.COpen(1, "a");
-    ExpectInCopy([&] {
-      utl_finalize(count);
-      return count == 0 && TrackerHolder::Look() == nullptr &&
-             thr_GlobalSingleton<thr_ThreadPool>::Look() == nullptr;
-    });
-    EXPECT_EQ(Files(), Names());
-    utl_finalize(count);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), timed ? kCompleted : "");
-    EXPECT_EQ(Summary().work.size(), 1U);
-    std::filesystem::remove("ioFileSummary");
-    std::filesystem::remove("ioTotal");
-    std::filesystem::remove("ioInc");
-  }
+  ExpectEndOfTheCopyWritesNothing(StartsATask::kNo);
+}
+
+TEST_F(BusyIOTrackerCopyTest, FinalizeEndsAtOnceAndWritesNothing) {
+  ExpectEndOfTheCopyWritesNothing(StartsATask::kYes);
 }
 
 // Wherever the task is: sleeping, counting, writing.
-TEST_F(IOTrackerCopyTest, CopiesOfAProcessWhoseTaskWrites) {
+TEST_F(BusyIOTrackerCopyTest, CopiesOfAProcessWhoseTaskWrites) {
   testing::internal::CaptureStderr();
   utl_IOTracker& tracker = StartTimed("1");
   for (int i = 0; i < 1000; ++i) {
@@ -170,7 +205,7 @@ TEST_F(IOTrackerCopyTest, CopiesOfAProcessWhoseTaskWrites) {
 }
 
 // In many copies one of them has just locked something.
-TEST_F(IOTrackerCopyTest, CopiesWhileThreadsRecordDoNotWaitForThem) {
+TEST_F(BusyIOTrackerCopyTest, CopiesWhileThreadsRecordDoNotWaitForThem) {
   utl_IOTracker& tracker = StartTracker("2");
   std::atomic<bool> stop = false;
   const auto repeat = [&stop](const std::function<void()>& work) {
@@ -205,34 +240,12 @@ TEST_F(IOTrackerCopyTest, CopiesWhileThreadsRecordDoNotWaitForThem) {
   EXPECT_EQ(Read("ioTotal").lines.back()["Work Write Count"], sum);
 }
 
-// Named by another job, so that its files are others.
 TEST_F(IOTrackerCopyTest, AfterTheEndOfTheParentsItMayHaveItsOwn) {
-  for (const bool timed : {false, true}) {
-    testing::internal::CaptureStderr();
-    const utl_IOTracker& tracker = timed ? StartTimed("1") : StartTracker("2");
-    ExpectInCopy([&] {
-      int count = 0;
-      EndTracker();
-      thr_finalize(count);
-      LoadArguments({"-job", "copy"});
-      utl_IOTracker& own = *TrackerHolder::Instance().Tracker();
-      own.COpen(1, "a");
-      own.Mark("own");
-      while (timed && !Exists("copy.ioTotal")) {
-        utl_sleep(1);
-      }
-      EndTracker();
-      thr_finalize(count);
-      return &own != &tracker;
-    });
-    EndTracker();
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              timed ? std::string(kCompleted) + kCompleted : "");
-    EXPECT_EQ(ReadSummary(File("copy.ioFileSummary")).work.size(), 1U);
-    EXPECT_GE(Read("copy.ioTotal").lines.size(), 1U);
-    std::filesystem::remove("copy.ioFileSummary");
-    std::filesystem::remove("copy.ioTotal");
-  }
+  ExpectTheCopyMayHaveItsOwn(StartsATask::kNo);
+}
+
+TEST_F(BusyIOTrackerCopyTest, AfterTheEndOfTheParentsItMayHaveItsOwn) {
+  ExpectTheCopyMayHaveItsOwn(StartsATask::kYes);
 }
 
 TEST_F(IOTrackerCopyTest, TrackerThatACopyMadeIsItsOwn) {
@@ -248,7 +261,7 @@ TEST_F(IOTrackerCopyTest, TrackerThatACopyMadeIsItsOwn) {
 }
 
 // A holder beside the process's.
-TEST_F(IOTrackerCopyTest, HolderOfTheParentEndsInSilence) {
+TEST_F(BusyIOTrackerCopyTest, HolderOfTheParentEndsInSilence) {
   testing::internal::CaptureStderr();
   SetEnvironment("KES_IO_TRACK", "1");
   SetEnvironment("KES_IO_TIMEPOINTS", "2");

@@ -27,6 +27,10 @@ bool ProcessesCanBeCopied() {
   return dlsym(RTLD_DEFAULT, "__tsan_init") == nullptr;
 }
 
+bool BusyProcessesCanBeCopied() {
+  return dlsym(RTLD_DEFAULT, "__asan_init") == nullptr;
+}
+
 int RunInProcessCopy(const std::function<int()>& work) {
   constexpr unsigned kLongestLife = 60;  // seconds
   // Not all streams: those of the code under test must be copied as they are.

@@ -1,5 +1,0 @@
-#include "common/child/ForkedChild.h"
-
-std::optional<int> ResultInForkedChild(const std::function<int()>& /*task*/) {
-  return std::nullopt;
-}
