@@ -57,10 +57,9 @@ class KSTUTL_EXPORT rgx_ReIterator {
 
  private:
   cow_String Between(int start, int end) const;
-  cow_String Group(int position) const;
 
   cow_String subject_;
-  int position_ = 0;  // twice the current group, negative outside
+  int current_ = 0;  // perhaps no group of the match
   cow_1DArray<int> offsets_;
   int groupCount_ = 0;
   bool matched_ = false;

@@ -1,5 +1,6 @@
 #include "rgx/rgx_ReIterator.h"
 
+#include <span>
 #include <utility>
 
 #include "rgx/impl/rgx_search.h"
@@ -7,19 +8,20 @@
 rgx_ReIterator::rgx_ReIterator(cow_String subject, const std::size_t* offsets,
                                int groupCount)
     : subject_(std::move(subject)), groupCount_(groupCount), matched_(true) {
-  offsets_.Reserve(2 * groupCount);
-  for (int i = 0; i < 2 * groupCount; ++i) {
+  const int count = 2 * groupCount;
+  offsets_.Reserve(count);
+  for (const std::size_t offset : std::span(offsets, static_cast<std::size_t>(count))) {
     // The largest std::size_t, for a group that did not take part, becomes -1.
-    offsets_.Append(static_cast<int>(static_cast<std::ptrdiff_t>(offsets[i])));
+    offsets_.Append(static_cast<int>(static_cast<std::ptrdiff_t>(offset)));
   }
 }
 
 void rgx_ReIterator::SetCurrentGroup(int n) noexcept {
-  position_ = 0 <= n && n < groupCount_ ? 2 * n : -1;
+  current_ = n;
 }
 
 cow_String rgx_ReIterator::String() const {
-  return Group(position_);
+  return current_ < 0 ? cow_String() : NthString(current_);
 }
 
 int rgx_ReIterator::StringAsGroupNum() const {
@@ -36,16 +38,11 @@ cow_String rgx_ReIterator::NthString(int n) const {
   if (n == -1) {
     return Between(offsets_[1], subject_.Length());
   }
-  return 0 <= n && n < groupCount_ ? Group(2 * n) : cow_String();
+  return 0 <= n && n < groupCount_ ? Between(offsets_[2 * n], offsets_[2 * n + 1])
+                                   : cow_String();
 }
 
-cow_String rgx_ReIterator::Group(int position) const {
-  if (!matched_ || position < 0) {
-    return {};
-  }
-  return Between(offsets_[position], offsets_[position + 1]);
-}
-
+// A group that did not take part begins and ends at -1, and has no length.
 cow_String rgx_ReIterator::Between(int start, int end) const {
-  return start >= 0 && end > start ? subject_.Substr(start, end - start) : cow_String();
+  return subject_.Substr(start, end - start);
 }
