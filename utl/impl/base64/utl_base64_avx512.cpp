@@ -49,9 +49,8 @@ constexpr Lanes ValuesFrom(std::size_t from) {
 constexpr Lanes kLowValues = ValuesFrom(0);
 constexpr Lanes kHighValues = ValuesFrom(64);
 
-// Three bytes of each word of four, the third first.
-constexpr Lanes kPacked = MakeLanes(
-    [](std::size_t i) { return i < 48 ? i / 3 * 4 + 2 - i % 3 : std::size_t{0}; });
+// Three bytes of each word of four, the third first; only 48 are used.
+constexpr Lanes kPacked = MakeLanes([](std::size_t i) { return i / 3 * 4 + 2 - i % 3; });
 
 constexpr std::uint64_t LowBits(std::size_t count) {
   return count >= 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << count) - 1;
