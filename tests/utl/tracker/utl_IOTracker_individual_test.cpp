@@ -164,6 +164,17 @@ TEST_F(IOTrackerIndividualTest, RenamedFileKeepsItsOutput) {
   EXPECT_FALSE(Exists("b_ioTotal"));
 }
 
+TEST_F(IOTrackerIndividualTest, LaterSuffixChangesNoOutput) {
+  utl_IOTracker& tracker = Start();
+  tracker.COpen(1, "a");
+  tracker.Mark("1");
+  tracker.SetSuffix("s");
+  tracker.Mark("2");
+  EndTracker();
+  EXPECT_EQ(LinesOf("a_ioTotal"), 2U);
+  EXPECT_FALSE(Exists("a_ioTotal_s"));
+}
+
 TEST_F(IOTrackerIndividualTest, RevivedFileGoesOnInItsOutput) {
   utl_IOTracker& tracker = Start();
   tracker.COpen(1, "a");
@@ -228,6 +239,25 @@ TEST_F(IOTrackerIndividualTest, MoreFilesThanStreams) {
   const TrackerFile last = Read("f" + std::to_string(kFiles - 1) + "_ioTotal");
   EXPECT_EQ(last.lines[2].Of(""), (Numbers{3, 3, 3, 0, 0, 0}));
   EXPECT_EQ(Summary().work.size(), std::size_t{kFiles});
+}
+
+// Their lines are held back until a flush, those of the others are not.
+TEST_F(IOTrackerIndividualTest, TheFirst200OutputsStayOpen) {
+  constexpr int kFiles = 203;
+  utl_IOTracker& tracker = Start();
+  for (int i = 0; i < kFiles; ++i) {
+    tracker.COpen(i, ("f" + std::to_string(i)).c_str());
+  }
+  testing::internal::CaptureStdout();
+  tracker.Mark("1");
+  std::vector<bool> isHeld;
+  for (int i = 0; i < kFiles; ++i) {
+    isHeld.push_back(ReadWholeFile(File("f" + std::to_string(i) + "_ioTotal")).empty());
+  }
+  testing::internal::GetCapturedStdout();  // flushes all streams
+  std::vector<bool> expected(200, true);
+  expected.resize(kFiles, false);
+  EXPECT_EQ(isHeld, expected);
 }
 
 // Outputs that are opened for every line never come into being anew.
