@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "atr/atr_naturalOrder.h"
+#include "common/expect/PeakMemory.h"
 #include "utl/BtreeModel.h"
 
 namespace {
@@ -417,6 +418,20 @@ TEST(OmiBtreeTest, MillionSortedInsertions) {
     ASSERT_EQ(i.Key(), expected++);
   }
   EXPECT_EQ(expected, 1000000);
+}
+
+TEST(OmiBtreeTest, MemoryOfLargeMapsIsGivenBack) {
+  constexpr int kEntries = 100000;  // of more than 32 bytes
+  omi_Btree<int, int> tree;
+  for (int key = 0; key < kEntries; ++key) {
+    tree.Insert(key, key);
+  }
+  const std::int64_t before = PeakMemory();
+  for (int i = 0; i < 40; ++i) {
+    const omi_Btree<int, int> copy(tree);
+    ASSERT_EQ(copy.Size(), kEntries);
+  }
+  EXPECT_LT(PeakMemory() - before, 96 * 1024 * 1024);
 }
 
 TEST(OmiBtreeTest, OrderThatUnbalancesTheTreeDoesNotExhaustTheStack) {

@@ -5,18 +5,23 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cstdio>
 #include <future>
+#include <memory>
 #include <string>
 #include <thread>
 #include <utility>
 #include <vector>
 
+#include "common/child/ChildProcess.h"
+#include "common/failing/FakeClock.h"
 #include "common/failing/InsteadOfSleep.h"
 #include "common/thread/FunctionTask.h"
 #include "common/thread/StartLine.h"
 #include "omi/omi_Timer.h"
 #include "thr/thr_initialize.h"
 #include "thr/thr_ThreadPool.h"
+#include "utl/impl/tracker/utl_IOTracker_TimedOutTask.h"
 #include "utl/tracker/TrackerTest.h"
 #include "utl/utl_hostInfo.h"
 #include "utl/utl_initialize.h"
@@ -240,6 +245,50 @@ TEST_F(IOTrackerTimedTest, PausesLastTheInterval) {
     EXPECT_LE(latestEnd, one.seconds + kRounding);
     std::filesystem::remove(File("ioTotal"));
   }
+}
+
+using IOTrackerTaskTest = IOTrackerTest;
+
+// Each pause goes by what is left then: the first and the second one last longer, and
+// shorter, than was asked for.
+TEST_F(IOTrackerTaskTest, PausesEndExactlyWithTheInterval) {
+  FakeClock clock;
+  const auto state = std::make_shared<utl_IOTrackerTaskState>();
+  const std::vector<std::chrono::microseconds> lasting = {
+      std::chrono::microseconds(9937500), std::chrono::microseconds(62000),
+      std::chrono::microseconds(500)};
+  std::vector<DWORD> pauses;
+  const InsteadOfSleep watch([&](DWORD milliseconds) {
+    if (pauses.size() < lasting.size()) {
+      clock.Advance(lasting[pauses.size()]);
+    } else {
+      state->RequestStop();
+    }
+    pauses.push_back(milliseconds);
+  });
+  testing::internal::CaptureStderr();
+  utl_IOTracker_TimedOutTask(StartTracker("1"), 10000, state).Run();
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), kCompleted);
+  EndTracker();
+  EXPECT_EQ(pauses, (std::vector<DWORD>{100, 63, 1, 100}));
+  EXPECT_EQ(Read("ioTotal").lines.size(), 2U) << "one at the end";
+}
+
+// Exits 0 when the words are in the file that the buffered standard error stream is.
+TEST_CHILD(saysCompletedThroughABuffer) {
+  if (std::freopen(argv[1], "w", stderr) == nullptr ||
+      std::setvbuf(stderr, nullptr, _IOFBF, BUFSIZ) != 0) {
+    return 1;
+  }
+  std::fputs("before, ", stderr);
+  const bool isHeld = ReadWholeFile(argv[1]).empty();
+  utl_IOTracker_TimedOutTask::SayCompleted();
+  const std::vector<std::string> said = {"before, Completed TimedOutTask"};
+  return isHeld && ReadTextLines(argv[1]) == said ? 0 : 1;
+}
+
+TEST_F(IOTrackerTaskTest, WhatIsSaidAtTheEndDoesNotStayInABuffer) {
+  EXPECT_EQ(ChildProcess::Start("saysCompletedThroughABuffer", {File("said")}).Wait(), 0);
 }
 
 // The last time point comes at the end, and shows everything.
