@@ -26,9 +26,9 @@ constexpr int kFixedEnd = 32;
 
 // 10 to a power from kLeastPower on. A double is below one of these exactly when it is
 // below the power itself.
-constexpr std::array<double, 22> kPowersOfTen = {
-    1e-4, 1e-3, 1e-2, 1e-1, 1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,
-    1e7,  1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e16, 1e17};
+constexpr std::array kPowersOfTen = {1e-4, 1e-3, 1e-2, 1e-1, 1e0,  1e1, 1e2,  1e3,
+                                     1e4,  1e5,  1e6,  1e7,  1e8,  1e9, 1e10, 1e11,
+                                     1e12, 1e13, 1e14, 1e15, 1e16, 1e17};
 
 double PowerOfTen(int power) {
   return kPowersOfTen[static_cast<std::size_t>(power - kLeastPower)];
