@@ -28,11 +28,13 @@
 #include "nex/nex_TextException.h"
 #include "omi/omi_BlkBitVect.h"
 #include "omi/omi_SystemErrorCode.h"
+#include "pnt/pnt_Debug.h"
 #include "rgx/rgx_funcs.h"
 #include "rgx/rgx_ReCompileCache.h"
 #include "thr/thr_GlobalSingleton.h"
 #include "thr/thr_ThreadSingleton.h"
 #include "typ/typ_DebugFlags.h"
+#include "utl/impl/utl_findShellCommand.h"
 #include "utl/utl_DirPathUtils.h"
 #include "utl/utl_DiskAttributes.h"
 #include "utl/utl_FilePath.h"
@@ -276,6 +278,28 @@ TEST(RefusedMemoryValuesTest, DebugFlags) {
     EXPECT_EQ(typ_DebugFlags::Level(kLong), 3);
     typ_DebugFlags::Clear();
   });
+}
+
+TEST(RefusedMemoryValuesTest, ShellCommandsThatAreNotThere) {
+  for (const auto& commandOn : {utl_remoteShellCommandOn, utl_secureShellCommandOn}) {
+    RefuseEachInTurn([&] {
+      try {
+        ADD_FAILURE() << commandOn("a platform with a long name of its own");
+      } catch (const nex_TextException&) {
+      }
+    });
+  }
+}
+
+// Their lock is made once in a process.
+TEST(RefusedMemoryValuesTest, MarksAroundDebugOutput) {
+  const auto useMarks = [] {
+    pnt_StartDebug();
+    pnt_EndDebug();
+  };
+  EXPECT_TRUE(Refuse(1, useMarks));
+  useMarks();
+  EXPECT_FALSE(Refuse(1, useMarks));
 }
 
 TEST(RefusedMemoryValuesTest, StartAndEnd) {
