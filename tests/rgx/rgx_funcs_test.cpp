@@ -138,22 +138,22 @@ TEST(RgxJoinTest, ASingleItemNeedsNoRoomForASeparator) {
 }
 
 TEST(RgxJoinTest, AResultThatIsTooLong) {
-  cow_1DArrayList<cow_String> items;
   const cow_String megabyte(std::string(1 << 20, 'x'));
-  for (int i = 0; i < 2048; ++i) {
-    items.Append(megabyte);
-  }
-  EXPECT_THROW(rgx_join(items, ""), std::length_error);
-  cow_1DArrayList<cow_String> blanks;
-  for (int i = 0; i < 2049; ++i) {
-    blanks.Append("");
-  }
-  try {
-    rgx_join(blanks, megabyte);
-    FAIL();
-  } catch (const std::length_error& error) {
-    EXPECT_STREQ(error.what(), "rgx_join: longer than 2147483647 bytes");
-  }
+  const auto expectTooLong = [](const cow_String& item, int count,
+                                const cow_String& separator) {
+    cow_1DArrayList<cow_String> items;
+    for (int i = 0; i < count; ++i) {
+      items.Append(item);
+    }
+    try {
+      rgx_join(items, separator);
+      FAIL();
+    } catch (const std::length_error& error) {
+      EXPECT_STREQ(error.what(), "rgx_join: longer than 2147483647 bytes");
+    }
+  };
+  expectTooLong(megabyte, 2048, "");
+  expectTooLong("", 2049, megabyte);
 }
 
 TEST(RgxSubnTest, ReplacesUpToCount) {

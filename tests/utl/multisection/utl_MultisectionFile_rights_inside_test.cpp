@@ -6,6 +6,7 @@
 #include "common/child/ChildProcess.h"
 #include "common/environment/OtherUser.h"
 #include "common/failing/FailingCall.h"
+#include "utl/impl/multisection/utl_LockFileHolder.h"
 #include "utl/multisection/MultisectionTest.h"
 
 namespace {
@@ -67,6 +68,11 @@ TEST_F(MultisectionRightsTest, LockOfANewFileHasThePermissionsOfAnyNewFile) {
   const utl_MultisectionFile file(path.c_str(), utl_FileAccessWrite);
   EXPECT_EQ(PermissionsOf(path), PermissionsOf(dir_.File("any")));
   EXPECT_EQ(PermissionsOf(path + ".lock"), PermissionsOf(path));
+}
+
+TEST_F(MultisectionRightsTest, LockLikeNoFileIsItsOwnersAlone) {
+  const utl_LockFileHolder lock(lock_.c_str(), 1, 0);
+  EXPECT_EQ(PermissionsOf(lock_), fs::perms::owner_read | fs::perms::owner_write);
 }
 
 // The deletion at the end of the save is made to fail.

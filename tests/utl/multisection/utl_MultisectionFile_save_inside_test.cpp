@@ -9,6 +9,7 @@
 #include "common/expect/PeakMemory.h"
 #include "common/failing/FailingCall.h"
 #include "common/failing/WatchedFileCalls.h"
+#include "utl/impl/multisection/utl_MultisectionFormat.h"
 #include "utl/multisection/MultisectionTest.h"
 
 namespace {
@@ -41,6 +42,29 @@ TEST_F(MultisectionSaveTest, SectionsWrittenBeforeAFailureCountAsSaved) {
     EXPECT_EQ(file.getSectionLength("a"), length);
     EXPECT_END_OF_FILE(Get(file, "a"));
   }
+}
+
+// The directory and "a" are written, "b" is not.
+TEST_F(MultisectionSaveTest, SectionBehindTheLastWrittenByteIsStillSet) {
+  WriteImage({});
+  utl_MultisectionFile file(path_, utl_FileAccessUpdate);
+  Set(file, "a", std::string(kMultisectionPiece, 'x'));
+  Set(file, "b", "1");
+  {
+    const FailingCall third(SystemCall::kWriteFile, ERROR_DISK_FULL, 3);
+    EXPECT_THROW(file.saveChanges(), utl_FileExceptionWrite);
+  }
+  EXPECT_END_OF_FILE(Get(file, "a"));
+  EXPECT_EQ(Get(file, "b"), "1");
+}
+
+// The directory and the section are written twice, and once the file is extended.
+TEST_F(MultisectionSaveTest, NoWriteIsEmpty) {
+  utl_MultisectionFile file(path_, utl_FileAccessWrite);
+  Set(file, "a", std::string(kMultisectionPiece, 'x'));
+  const FailingCall sixth(SystemCall::kWriteFile, ERROR_DISK_FULL, 6);
+  file.saveChanges();
+  EXPECT_FALSE(sixth.Happened());
 }
 
 TEST_F(MultisectionSaveTest, TemporaryFileThatCannotBeMade) {

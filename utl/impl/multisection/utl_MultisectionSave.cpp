@@ -198,8 +198,8 @@ void CopyOver(utl_File& file, TemporaryFile& temporary,
   const auto size = static_cast<std::int64_t>(temporary.file.FileSize());
   file.Extend(static_cast<int>(size));
   file.Seek(0);
-  std::int64_t written = 0;
-  GatheringWriter out(file, written);
+  std::int64_t copiedOver = 0;  // nobody asks for it
+  GatheringWriter out(file, copiedOver);
   std::int64_t copied = 0;
   std::int64_t place = directory.DataOffset();
   for (int i = 0; i < directory.Count();) {
