@@ -29,7 +29,7 @@ int rgx_ReIterator::StringAsGroupNum() const {
 }
 
 cow_String rgx_ReIterator::NthString(int n) const {
-  if (!matched_) {
+  if (!matched_ || n < -2 || n >= groupCount_) {
     return {};
   }
   if (n == -2) {
@@ -38,8 +38,7 @@ cow_String rgx_ReIterator::NthString(int n) const {
   if (n == -1) {
     return Between(offsets_[1], subject_.Length());
   }
-  return 0 <= n && n < groupCount_ ? Between(offsets_[2 * n], offsets_[2 * n + 1])
-                                   : cow_String();
+  return Between(offsets_[2 * n], offsets_[2 * n + 1]);
 }
 
 // A group that did not take part begins and ends at -1, and has no length.
