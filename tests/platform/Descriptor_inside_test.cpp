@@ -152,7 +152,7 @@ TEST_F(DescriptorTest, WrongAccess) {
 }
 
 TEST_F(DescriptorTest, BadDescriptors) {
-  char byte;
+  char byte = 0;
   for (const int fd : {-1, kNoFile}) {
     EXPECT_EQ(ErrnoOf([&] { return _read(fd, &byte, 1); }), EBADF);
     EXPECT_EQ(ErrnoOf([&] { return _write(fd, &byte, 1); }), EBADF);

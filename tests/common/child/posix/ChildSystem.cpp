@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
 #include <stdexcept>
 
 struct ChildProcess::System::Handles {
@@ -31,7 +32,9 @@ ChildProcess::System::System(const std::vector<std::string>& args)
       pipe2(output, O_CLOEXEC) != 0) {
     throw std::runtime_error("no pipes for a child process");
   }
-  std::vector<char*> argv = {const_cast<char*>("/proc/self/exe")};
+  // What the link says and not the link: below Valgrind that one leads to Valgrind.
+  const std::string program = std::filesystem::read_symlink("/proc/self/exe").string();
+  std::vector<char*> argv = {const_cast<char*>(program.c_str())};
   for (const std::string& arg : args) {
     argv.push_back(const_cast<char*>(arg.c_str()));
   }
@@ -40,7 +43,7 @@ ChildProcess::System::System(const std::vector<std::string>& args)
   if (handles_->process == 0) {
     dup2(input[1], STDIN_FILENO);
     dup2(output[1], STDOUT_FILENO);
-    execv("/proc/self/exe", argv.data());
+    execv(program.c_str(), argv.data());
     _exit(127);
   }
   close(input[1]);

@@ -57,7 +57,7 @@ Interruptions::Interruptions() {
 
 Interruptions::~Interruptions() {
   SetTimer(0);
-  signal(SIGALRM, SIG_DFL);
+  signal(SIGALRM, SIG_IGN);  // not the default: one that is on its way must end nothing
 }
 
 bool Interruptions::AreKnown() {
