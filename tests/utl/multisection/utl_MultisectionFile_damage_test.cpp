@@ -159,6 +159,18 @@ TEST_F(MultisectionDamageTest, HugeNameCostsTheSizeOfTheFile) {
   EXPECT_LT(PeakMemory() - before, kLarge + kMemoryAllowance);
 }
 
+TEST_F(MultisectionDamageTest, SeveralNamesCostTheirSize) {
+  constexpr std::int64_t kName = kLarge / 2;
+  constexpr std::int64_t kEntry = 12 + kName;
+  WriteZeros(ImageHeader(2) + ImageInt(kName), 12 + 2 * kEntry);
+  std::fstream(file_, std::ios::in | std::ios::out | std::ios::binary).seekp(12 + kEntry)
+      << ImageInt(kName);
+  const std::int64_t before = PeakMemory();
+  utl_MultisectionFile file(path_, utl_FileAccessRead);
+  EXPECT_EQ(file.getSectionLength(""), 0);
+  EXPECT_LT(PeakMemory() - before, kLarge + kMemoryAllowance);
+}
+
 // The first entry ends with the longest file, or a byte later.
 TEST_F(MultisectionDamageTest, DirectoryBeyondTheLimitOfAFileTakesNoMemory) {
   const std::int64_t before = PeakMemory();

@@ -12,6 +12,9 @@
 #include <string>
 #include <vector>
 
+#include "common/expect/PeakMemory.h"
+#include "utl/impl/multisection/utl_MultisectionFormat.h"
+
 namespace {
 
 using namespace std::string_literals;
@@ -222,6 +225,19 @@ TEST(SectionDirectoryTest, PlacesBeyondThirtyTwoBits) {
   Load(directory, model);
   ExpectEqual(model, directory);
   EXPECT_LT(directory[1999].place, 0);
+}
+
+// Of the least length that has memory of its own kind, and of a great one.
+TEST(SectionDirectoryTest, MemoryOfLargeSectionsIsGivenBack) {
+  constexpr int kTotal = 1 << 30;
+  utl_SectionDirectory directory;
+  for (const int length : {kMultisectionPiece, 1 << 24}) {
+    const std::int64_t before = PeakMemory();
+    for (int i = 0; i < kTotal / length; ++i) {
+      ASSERT_NE(directory.NewBytes(length), nullptr);
+    }
+    EXPECT_LT(PeakMemory() - before, kTotal / 4) << length;
+  }
 }
 
 }  // namespace

@@ -74,7 +74,7 @@ void utl_SectionDirectory::Set(const cow_String& name, utl_SectionBytes bytes,
   utl_Section& section = found == kNone ? Last() : sections_[Index(found)];
   DropBytes(section);
   const int length = bytes.get_deleter().length;
-  section = {0, bytes.release(), length, checksum};
+  section = {.data = bytes.release(), .length = length, .checksum = checksum};
 }
 
 void utl_SectionDirectory::Reserve(int sections, std::size_t nameBytes) {
