@@ -1,7 +1,7 @@
 // Opening and closing files.
 //
-// Not emulated: access rights other than GENERIC_READ, GENERIC_WRITE and DELETE;
-// flags and attributes other than READONLY (at creation), BACKUP_SEMANTICS and
+// Not emulated: access rights other than GENERIC_READ and GENERIC_WRITE; flags and
+// attributes other than READONLY (at creation), BACKUP_SEMANTICS and
 // DELETE_ON_CLOSE (a killed process leaves the file); security descriptors but for a
 // mode_t, the permissions of a file that is made; overlapped files; share modes of
 // directories between processes. Access 0 needs permission to read.
@@ -47,8 +47,7 @@ struct Request {
 unsigned Rights(DWORD access, DWORD flags) {
   return ((access & GENERIC_READ) != 0 ? kRead : 0) |
          ((access & GENERIC_WRITE) != 0 ? kWrite : 0) |
-         ((access & DELETE) != 0 || (flags & FILE_FLAG_DELETE_ON_CLOSE) != 0 ? kDelete
-                                                                             : 0);
+         ((flags & FILE_FLAG_DELETE_ON_CLOSE) != 0 ? kDelete : 0);
 }
 
 mode_t Permissions(const SECURITY_ATTRIBUTES* security, DWORD flags) {
