@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <filesystem>
 #include <optional>
 
@@ -153,7 +154,8 @@ TEST_F(DescriptorTest, WrongAccess) {
 
 TEST_F(DescriptorTest, BadDescriptors) {
   char byte = 0;
-  for (const int fd : {-1, kNoFile}) {
+  constexpr int kHandleOfZero = 0x40000000;  // on POSIX, and no descriptor
+  for (const int fd : {-1, kNoFile, kHandleOfZero, INT_MAX}) {
     EXPECT_EQ(ErrnoOf([&] { return _read(fd, &byte, 1); }), EBADF);
     EXPECT_EQ(ErrnoOf([&] { return _write(fd, &byte, 1); }), EBADF);
     EXPECT_EQ(ErrnoOf([&] { return _lseeki64(fd, 0, SEEK_SET); }), EBADF);

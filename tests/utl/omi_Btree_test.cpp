@@ -406,6 +406,35 @@ TEST(OmiBtreeTest, LargeMapsAreWalkedBothWays) {
   }
 }
 
+// Every second key comes from the other end, which makes a chain with turns: no node of
+// it has two children.
+TEST(OmiBtreeTest, UnbalancedMapsAreWalkedBothWays) {
+  omi_Btree<int, int> tree;
+  for (int key = 0; key < 100; ++key) {
+    tree.Insert(key, -key);
+    tree.Insert(199 - key, key - 199);
+  }
+  omi_BtreeIterator<int, int> i(tree);
+  int expected = 0;
+  for (i.First(); !i.AtEnd(); i.Next()) {
+    ASSERT_EQ(i.Key(), expected);
+    ASSERT_EQ(i.Value(), -expected++);
+  }
+  ASSERT_EQ(expected, 200);
+  for (i.Last(); !i.AtEnd(); i.Prev()) {
+    ASSERT_EQ(i.Key(), --expected);
+  }
+  ASSERT_EQ(expected, 0);
+}
+
+TEST(OmiBtreeTest, IteratorOfNoMapStaysAtItsEnd) {
+  omi_BtreeIterator<int, int> none;
+  none.First();
+  EXPECT_TRUE(none.AtEnd());
+  none.Last();
+  EXPECT_TRUE(none.AtEnd());
+}
+
 TEST(OmiBtreeTest, MillionSortedInsertions) {
   omi_Btree<int, int> tree;
   for (int key = 0; key < 1000000; ++key) {

@@ -5,11 +5,14 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <new>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <utility>
 
 #include "common/temp/TempDir.h"
+#include "nex/nex_TextException.h"
 #include "utl/utl_initialize.h"
 
 namespace {
@@ -101,6 +104,63 @@ TEST_F(CInterfaceThreadTest, APathOfAMillionCharactersIsRefused) {
   kst_Sections* sections = nullptr;
   EXPECT_EQ(kst_openSections(path.c_str(), kst_Write, &sections), kst_SystemError);
   EXPECT_EQ(sections, nullptr);
+}
+
+// What a function of the program throws into the library, which has to hold it.
+class CInterfaceExceptionTest : public testing::Test {
+ protected:
+  CInterfaceExceptionTest() {
+    EXPECT_EQ(kst_start(0, nullptr), kst_Ok);
+    EXPECT_EQ(kst_openSections(directory_.File("a").c_str(), kst_Write, &sections_),
+              kst_Ok);
+    EXPECT_EQ(kst_setSection(sections_, "a", "bytes", 5), kst_Ok);
+  }
+  ~CInterfaceExceptionTest() override { EXPECT_EQ(kst_end(), kst_Ok); }
+
+  template <class Exception>
+  kst_Status StatusOf(Exception exception) {
+    const auto visit = [](const char*, int64_t, void* thrown) -> int {
+      throw *static_cast<Exception*>(thrown);
+    };
+    return kst_visitSections(sections_, visit, &exception);
+  }
+
+ private:
+  TempDir directory_;
+  kst_Sections* sections_ = nullptr;
+};
+
+// An exception without memory for its text.
+class Speechless : public nex_TextException {
+ public:
+  Speechless() : nex_TextException("") {}
+  atr_String AsString() const override { throw std::bad_alloc(); }
+};
+
+TEST_F(CInterfaceExceptionTest, EveryClassHasItsStatus) {
+  EXPECT_EQ(StatusOf(nex_TextException("of the library")), kst_Failed);
+  EXPECT_STREQ(kst_lastError(), "kst_visitSections: of the library");
+  EXPECT_EQ(StatusOf(std::runtime_error("of the language")), kst_Failed);
+  EXPECT_STREQ(kst_lastError(), "kst_visitSections: of the language");
+  EXPECT_EQ(StatusOf(1), kst_Failed);
+  EXPECT_STREQ(kst_lastError(), "kst_visitSections: unknown exception");
+  for (const kst_Status status :
+       {StatusOf(std::bad_alloc()), StatusOf(std::length_error("")),
+        StatusOf(Speechless())}) {
+    EXPECT_EQ(status, kst_NoMemory);
+  }
+  EXPECT_STREQ(kst_lastError(), "kst_visitSections: no memory");
+}
+
+TEST_F(CInterfaceExceptionTest, TextHasNoLineEndAtItsEnd) {
+  for (const char* const text : {"one\ntwo", "one\ntwo\n", "one\ntwo\r\n\r\n"}) {
+    EXPECT_EQ(StatusOf(std::runtime_error(text)), kst_Failed);
+    EXPECT_STREQ(kst_lastError(), "kst_visitSections: one\ntwo");
+  }
+  for (const char* const text : {"", "\n"}) {
+    EXPECT_EQ(StatusOf(std::runtime_error(text)), kst_Failed);
+    EXPECT_STREQ(kst_lastError(), "kst_visitSections: ");
+  }
 }
 
 TEST(CInterfaceNestingTest, StartsWithinAStartedCppProgram) {

@@ -67,6 +67,21 @@ TEST_F(MultisectionSaveTest, NoWriteIsEmpty) {
   EXPECT_FALSE(sixth.Happened());
 }
 
+// The next save finds "b" where the new file would have had it, and "c" where it was.
+TEST_F(MultisectionSaveTest, SectionsOfTwoLayoutsAreEachTakenFromTheirPlace) {
+  const std::string bytes(kMultisectionPiece, 'b');
+  WriteImage({{"a", "first"}, {"b", bytes + "bbb"}, {"c", "last"}});
+  utl_MultisectionFile file(path_, utl_FileAccessUpdate);
+  Set(file, "b", bytes);
+  {
+    const FailingCall ofTheLast(SystemCall::kReadFile, ERROR_IO_DEVICE, 2);
+    EXPECT_THROW(file.saveChanges(), utl_FileExceptionRead);
+  }
+  file.saveChanges();
+  EXPECT_EQ(ReadWholeFile(file_),
+            BuildImage({{"a", "first"}, {"b", bytes}, {"c", "last"}}));
+}
+
 TEST_F(MultisectionSaveTest, TemporaryFileThatCannotBeMade) {
   WriteImage({{"a", "old"}});
   std::filesystem::create_directory(temporary_);
