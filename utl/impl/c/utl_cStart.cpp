@@ -66,10 +66,9 @@ void Begin(int argc, char** argv) {
 // The path in the bytes that the library takes, which may differ from the system's own.
 cow_String Native(const cow_String& path) {
   const std::filesystem::path native = utl_nativePath(path);
-  if (std::is_same_v<std::filesystem::path::value_type, char>) {
-    return native.string();
-  }
-  return utl_fromNativePath(native);
+  return std::is_same_v<std::filesystem::path::value_type, char>
+             ? cow_String(native.string())
+             : utl_fromNativePath(native);
 }
 
 const utl_Version& Version() {
