@@ -406,25 +406,38 @@ TEST(OmiBtreeTest, LargeMapsAreWalkedBothWays) {
   }
 }
 
-// Every second key comes from the other end, which makes a chain with turns: no node of
-// it has two children.
-TEST(OmiBtreeTest, UnbalancedMapsAreWalkedBothWays) {
+// The root's place is taken by the smallest key of its right subtree, until that has no
+// left subtree and is as high as before.
+TEST(OmiBtreeTest, HighMapsWithoutASubtreeAreWalkedBothWays) {
+  constexpr int kEnd = 20000;
   omi_Btree<int, int> tree;
-  for (int key = 0; key < 100; ++key) {
+  for (int key = 0; key < kEnd; ++key) {
     tree.Insert(key, -key);
-    tree.Insert(199 - key, key - 199);
   }
-  omi_BtreeIterator<int, int> i(tree);
-  int expected = 0;
-  for (i.First(); !i.AtEnd(); i.Next()) {
-    ASSERT_EQ(i.Key(), expected);
-    ASSERT_EQ(i.Value(), -expected++);
+  std::vector<bool> isThere(kEnd, true);
+  while (tree.Root()->Right()->Left() != nullptr) {
+    const int key = tree.Root()->Key();
+    ASSERT_TRUE(tree.Remove(key));
+    isThere[static_cast<std::size_t>(key)] = false;
   }
-  ASSERT_EQ(expected, 200);
-  for (i.Last(); !i.AtEnd(); i.Prev()) {
-    ASSERT_EQ(i.Key(), --expected);
+  EXPECT_EQ(tree.Root()->Right()->Height(), 13);
+  omi_BtreeIterator<int, int> forth(tree);
+  forth.First();
+  omi_BtreeIterator<int, int> back(tree);
+  back.Last();
+  for (int key = 0; key < kEnd; ++key) {
+    if (isThere[static_cast<std::size_t>(key)]) {
+      ASSERT_EQ(forth.Key(), key);
+      forth.Next();
+    }
+    const int mirrored = kEnd - 1 - key;
+    if (isThere[static_cast<std::size_t>(mirrored)]) {
+      ASSERT_EQ(back.Key(), mirrored);
+      back.Prev();
+    }
   }
-  ASSERT_EQ(expected, 0);
+  EXPECT_TRUE(forth.AtEnd());
+  EXPECT_TRUE(back.AtEnd());
 }
 
 TEST(OmiBtreeTest, IteratorOfNoMapStaysAtItsEnd) {

@@ -97,6 +97,7 @@ TEST_F(CommandLineTest, WorkedExamples) {
   } cases[] = {
       {{"-job", "beam", "-cpus", "4"}, {{"job", "beam"}, {"cpus", "4"}}, 5},
       {{"-interactive", "-job", "beam"}, {{"interactive", ""}, {"job", "beam"}}, 4},
+      {{"-bold", "1", "-band", "2"}, {{"bold", "1"}, {"band", "2"}}, 5},
       {{"input.dat", "-job", "beam", "extra"}, {{"job", "beam"}}, 5},
       {{"-job"}, {{"job", ""}}, 2},
       {{"-a", "-b"}, {{"a", ""}, {"b", ""}}, 3},
