@@ -80,8 +80,7 @@ REDIRECT(int, fcntl, int fd, int command, ...) {
   va_start(arguments, command);
   void* const argument = va_arg(arguments, void*);  // a number passes as well
   va_end(arguments);
-  const bool fails = (command == F_GETLK && Fails(PosixCall::kAskAboutLock)) ||
-                     (command == F_OFD_SETLK && Fails(PosixCall::kLock)) ||
+  const bool fails = (command == F_OFD_SETLK && Fails(PosixCall::kLock)) ||
                      (command == F_OFD_SETLKW && Fails(PosixCall::kLockWaiting)) ||
                      (command == F_DUPFD_CLOEXEC && Fails(PosixCall::kDuplicate));
   return fails ? -1 : REAL(fcntl)(fd, command, argument);

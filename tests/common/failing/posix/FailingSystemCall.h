@@ -3,7 +3,6 @@
 /// The calls of POSIX that a test can cause to fail.
 enum class PosixCall {
   kAllocate,
-  kAskAboutLock,
   kChangeDirectory,
   kChangeOwner,
   kClose,      // closes all the same
