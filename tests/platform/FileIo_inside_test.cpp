@@ -5,6 +5,7 @@
 #include <thread>
 #include <vector>
 
+#include "common/handle/AsHandle.h"
 #include "platform/PlatformTest.h"
 
 namespace {
@@ -94,6 +95,7 @@ TEST_F(FileIoTest, ClosingTwice) {
   const DWORD invalid = ERROR_INVALID_HANDLE;
   EXPECT_EQ(CodeOf([&] { return CloseHandle(Closed(Name("a"))); }), invalid);
   EXPECT_EQ(CodeOf([] { return CloseHandle(nullptr); }), invalid);
+  EXPECT_EQ(CodeOf([] { return CloseHandle(AsHandle(LONG_PTR{1} << 40)); }), invalid);
   // -1 is the own process's handle, too, whose closing does nothing.
   EXPECT_TRUE(CloseHandle(INVALID_HANDLE_VALUE));
 }

@@ -57,6 +57,20 @@ class LocksTest : public PlatformTest {
     }
   }
 
+  // Its mark is the second lock that is asked for, the first being one to read.
+  void ExpectAWriterWithoutAMarkSharesWithNobody(PosixCall call) {
+    const int fd = open(Name("a").c_str(), O_WRONLY);
+    {
+      const FailingSystemCall mark(call, ENOLCK, 2);
+      EXPECT_EQ(LockCode(AsHandle(fd), kTry, 0, 10), 0u);
+      EXPECT_TRUE(mark.Happened());
+    }
+    EXPECT_EQ(LockCode(other_, kTry, 0, 10), kLocked);
+    EXPECT_EQ(UnlockCode(AsHandle(fd), 0, 10), 0u);
+    EXPECT_EQ(LockCode(other_, kTryExclusive, 0, 10), 0u);
+    EXPECT_TRUE(CloseHandle(AsHandle(fd)));
+  }
+
   ScopedHandle one_;
   ScopedHandle other_;
 };
@@ -274,16 +288,26 @@ TEST_F(LocksTest, AStatusHandleWhoseNumberIsAnotherFiles) {
   close(fd);
 }
 
-// Its mark is the second lock that is asked for, the first being one to read.
-TEST_F(LocksTest, AWriterWithoutAMarkSharesWithNobody) {
-  const int fd = open(Name("a").c_str(), O_WRONLY);
-  {
-    const FailingSystemCall mark(PosixCall::kLock, ENOLCK, 2);
-    EXPECT_EQ(LockCode(AsHandle(fd), kTry, 0, 10), 0u);
-    EXPECT_TRUE(mark.Happened());
-  }
-  EXPECT_EQ(LockCode(other_, kTry, 0, 10), kLocked);
-  EXPECT_EQ(UnlockCode(AsHandle(fd), 0, 10), 0u);
-  EXPECT_EQ(LockCode(other_, kTryExclusive, 0, 10), 0u);
-  close(fd);
+TEST_F(LocksTest, AWriterWhoseMarkIsRefusedSharesWithNobody) {
+  ExpectAWriterWithoutAMarkSharesWithNobody(PosixCall::kLock);
+}
+
+TEST_F(LocksTest, AWriterWhoseMarkIsNotRecordedSharesWithNobody) {
+  ExpectAWriterWithoutAMarkSharesWithNobody(PosixCall::kAcceptLock);
+}
+
+TEST_F(LocksTest, AStatusHandleWhoseFileCannotBeLookedAt) {
+  ASSERT_EQ(mkfifo(Name("fifo").c_str(), 0644), 0);
+  const ScopedHandle status(Open(Name("fifo"), GENERIC_READ, kShareAll, OPEN_EXISTING,
+                                 FILE_FLAG_BACKUP_SEMANTICS));
+  ASSERT_TRUE(status.IsValid());
+  const FailingSystemCall look(PosixCall::kStatus, EIO);
+  EXPECT_EQ(LockCode(status, kTry, 0, 10), DWORD{ERROR_INVALID_HANDLE});
+  EXPECT_TRUE(look.Happened());
+}
+
+TEST_F(LocksTest, FileWhoseLocksNobodyTellsIsOpenedAllTheSame) {
+  const FailingSystemCall ask(PosixCall::kAskForLock, EIO);
+  EXPECT_TRUE(ScopedHandle(Open(Name("a"))).IsValid());
+  EXPECT_TRUE(ask.Happened());
 }

@@ -66,6 +66,14 @@ TEST_F(SystemCallsTest, AnInterruptedReadIsMadeAgain) {
   EXPECT_TRUE(read.Happened());
 }
 
+// Whether more could come is not known, so what there is will do.
+TEST_F(SystemCallsTest, AReadWhoseFileCannotBeLookedAtGivesWhatThereIs) {
+  const ScopedHandle handle(Open(Name("a")));
+  const FailingSystemCall status(PosixCall::kStatus, EIO);
+  EXPECT_EQ(ReadText(handle, 20), "0123456789");
+  EXPECT_TRUE(status.Happened());
+}
+
 TEST_F(SystemCallsTest, ADescriptorThatBlocksIsNotWaitedFor) {
   const ScopedHandle handle(Open(Name("a")));
   const FailingSystemCall read(PosixCall::kRead, EAGAIN);

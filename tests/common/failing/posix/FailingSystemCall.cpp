@@ -80,7 +80,11 @@ REDIRECT(int, fcntl, int fd, int command, ...) {
   va_start(arguments, command);
   void* const argument = va_arg(arguments, void*);  // a number passes as well
   va_end(arguments);
+  if (command == F_OFD_SETLK && Fails(PosixCall::kAcceptLock)) {
+    return 0;
+  }
   const bool fails = (command == F_OFD_SETLK && Fails(PosixCall::kLock)) ||
+                     (command == F_OFD_GETLK && Fails(PosixCall::kAskForLock)) ||
                      (command == F_OFD_SETLKW && Fails(PosixCall::kLockWaiting)) ||
                      (command == F_DUPFD_CLOEXEC && Fails(PosixCall::kDuplicate));
   return fails ? -1 : REAL(fcntl)(fd, command, argument);

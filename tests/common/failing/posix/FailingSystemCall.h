@@ -2,7 +2,9 @@
 
 /// The calls of POSIX that a test can cause to fail.
 enum class PosixCall {
+  kAcceptLock,  // returns without a failure, but locks nothing
   kAllocate,
+  kAskForLock,
   kChangeDirectory,
   kChangeOwner,
   kClose,      // closes all the same
