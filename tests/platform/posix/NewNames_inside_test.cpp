@@ -183,6 +183,23 @@ TEST_F(NewNamesTest, DescriptorThatTheProgramHasClosed) {
   }
 }
 
+// Files that the layer opens meanwhile have lower numbers.
+TEST_F(NewNamesTest, DescriptorThatTheProgramHasClosedAndNobodyUses) {
+  close(NoticesOfTheLayer());
+  std::array<int, 8> lower = {};
+  for (int& fd : lower) {
+    fd = dup(STDOUT_FILENO);
+  }
+  EXPECT_EQ(CreateNew(Name("first")), 0u);
+  ASSERT_EQ(close(NoticesOfTheLayer()), 0);
+  for (const int fd : lower) {
+    ASSERT_EQ(close(fd), 0);
+  }
+  WriteWholeFile(Name("THEIRS"), "");
+  EXPECT_EQ(CreateNew(Name("theirs")), DWORD{ERROR_FILE_EXISTS});
+  EXPECT_EQ(CreateNew(Name("new")), 0u);
+}
+
 TEST_F(NewNamesTest, WhatCannotBeRememberedIsReadForEach) {
   for (const auto& [call, nth] : {std::pair{PosixCall::kOpenDirectory, 2},
                                   {PosixCall::kSystemOfFile, 1},
