@@ -161,3 +161,8 @@ REDIRECT(DWORD, FlsAlloc, PFLS_CALLBACK_FUNCTION callback) {
 REDIRECT(BOOL, FlsSetValue, DWORD slot, PVOID value) {
   return Fails(PosixCall::kSetSlot) ? FALSE : REAL(FlsSetValue)(slot, value);
 }
+
+// Calls the one above, which clang has in place.
+REDIRECT(BOOL, TlsSetValue, DWORD slot, PVOID value) {
+  return Fails(PosixCall::kSetSlot) ? FALSE : REAL(TlsSetValue)(slot, value);
+}
