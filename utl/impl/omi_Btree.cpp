@@ -286,12 +286,13 @@ void omi_BtreeNode<K, V>::Rebalance(omi_BtreeNode*& slot) {
   omi_BtreeNode* const right = node->right_;
   const int lean =
       (right != nullptr ? right->height_ : 0) - (left != nullptr ? left->height_ : 0);
+  // Heights are not negative, so the higher side is there.
   if (lean >= 2) {
-    node->right_ = right->left_;
+    node->right_ = right->left_;  // NOLINT(clang-analyzer-core.NullDereference)
     right->left_ = node;
     slot = right;
   } else if (lean <= -2) {
-    node->left_ = left->right_;
+    node->left_ = left->right_;  // NOLINT(clang-analyzer-core.NullDereference)
     left->right_ = node;
     slot = left;
   } else {
