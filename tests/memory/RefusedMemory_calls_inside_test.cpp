@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <io.h>
+#include <windows.h>
 
 #include <functional>
 #include <memory>
@@ -20,8 +21,10 @@
 #include "utl/utl_CommandLine.h"
 #include "utl/utl_CommandLineLoader.h"
 #include "utl/utl_DirObject.h"
+#include "utl/utl_File.h"
 #include "utl/utl_FilePath.h"
 #include "utl/utl_MultisectionFile.h"
+#include "utl/utl_processes.h"
 #include "utl/utl_Stat.h"
 #include "utl/utl_Version.h"
 
@@ -159,6 +162,16 @@ TEST_F(RefusedMemoryCallsTest, TreeMapsOfNumbers) {
   });
 }
 
+TEST_F(RefusedMemoryCallsTest, ProcessesAndTheirFiles) {
+  const cow_String path("a-file-with-a-long-name.extension");
+  RefuseEachInTurn([&] {
+    utl_File file(path, utl_FileAccessUpdate, utl_FileShareDefault);
+    file.Init();
+    EXPECT_EQ(utl_findWriters(path).size(), 1U);
+    EXPECT_TRUE(utl_findProcess(GetCurrentProcessId()).has_value());
+  });
+}
+
 struct PerThread {
   std::string text = kLong;
 };
@@ -224,6 +237,13 @@ TEST_F(RefusedMemoryInCTest, Texts) {
   Expect([&] { return kst_nativePath(kLong, buffer_, sizeof buffer_, &length_); });
   Expect([&] { return kst_option("job", buffer_, sizeof buffer_, &length_); });
   Expect([&] { return kst_argument(1, buffer_, sizeof buffer_, &length_); });
+  int isThere = 0;
+  Expect([&] { return kst_hasOption(kLong, &isThere); });
+  int64_t number = 0;
+  Expect([&] {
+    const kst_Status status = kst_optionNumber(kLong, &number);
+    return status == kst_NotFound ? kst_Ok : status;
+  });
 }
 
 TEST_F(RefusedMemoryInCTest, Sections) {
@@ -236,6 +256,7 @@ TEST_F(RefusedMemoryInCTest, Sections) {
         sections_, [](const char*, int64_t, void*) { return 0; }, nullptr);
   });
   Expect([&] { return kst_saveSections(sections_); });
+  Expect([&] { return kst_saveSectionsInPlace(sections_); });
 }
 
 TEST_F(RefusedMemoryInCTest, Files) {
@@ -244,12 +265,15 @@ TEST_F(RefusedMemoryInCTest, Files) {
   Expect([&] { return kst_seekFile(file_, 0); });
   Expect([&] { return kst_filePosition(file_, &number); });
   Expect([&] { return kst_fileSize(file_, &number); });
+  Expect([&] { return kst_readFile(file_, buffer_, 3, &length_); });
   Expect([&] { return kst_resizeFile(file_, 100); });
   Expect([&] { return kst_flushFile(file_); });
 }
 
 TEST_F(RefusedMemoryInCTest, Logs) {
   kst_Totals totals;
+  int isTracking = 0;
+  Expect([&] { return kst_isTracking(&isTracking); });
   Expect([&] { return kst_mark(kLong); });
   Expect([&] {
     const kst_Status status = kst_beginPhase(1, kLong);

@@ -1,5 +1,6 @@
 // Other processes, as /proc shows them: the files that they have open only to their user.
 
+#include <dirent.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -8,6 +9,7 @@
 #include <csignal>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <string_view>
 
 #include "platform/platform.h"
@@ -21,11 +23,10 @@ constexpr char kProc[] = "/proc/";
 // process or of one that has just ended.
 std::vector<std::string> NamesIn(const std::string& directory) {
   std::vector<std::string> names;
-  std::error_code error;
-  std::filesystem::directory_iterator entry(directory, error);
-  while (!error && entry != std::filesystem::directory_iterator()) {
-    names.push_back(entry->path().filename().native());
-    entry.increment(error);
+  // A std::filesystem::directory_iterator ends the process when memory runs out.
+  const std::unique_ptr<DIR, int (*)(DIR*)> stream(opendir(directory.c_str()), closedir);
+  while (const dirent* entry = stream ? readdir(stream.get()) : nullptr) {
+    names.emplace_back(entry->d_name);
   }
   return names;
 }
