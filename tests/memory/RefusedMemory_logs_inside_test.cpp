@@ -82,6 +82,14 @@ TEST_F(RefusedMemoryLogsTest, TrackerOfEachOperation) {
     tracker.CRename(1, "another-file-with-a-long-name");
     tracker.UOpen(2, "a-file-with-a-long-name");
     tracker.UWrite(2, 100, 0.5);
+    tracker.URead(3, 100, 0.5);
+    tracker.USeek(2, 0.5);
+    tracker.USetKind(2, 0);
+    tracker.URename(2, "a-unit-with-a-name-of-some-length");
+    utl_IOTrackerRecord record;
+    EXPECT_TRUE(tracker.CTotals(1, record) && tracker.UIncrements(2, record));
+    EXPECT_STREQ(tracker.CPath(0), "another-file-with-a-long-name");
+    tracker.UClose(2);
     tracker.Mark("a mark with a long name, which needs memory");
     tracker.TimePoint();
     tracker.WriteIncrements("a label with a long name, which needs memory");
