@@ -14,10 +14,10 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <typeinfo>
 #include <utility>
 #include <vector>
 
+#include "common/expect/Told.h"
 #include "common/failing/FailingCall.h"
 #include "common/handle/OpenHandles.h"
 #include "nex/nex_SystemErrorException.h"
@@ -55,10 +55,6 @@ constexpr SystemCall kCalls[] = {
 
 /// The nth call of a kind.
 using Call = std::pair<SystemCall, int>;
-
-std::string Told(const nex_TextException& thrown) {
-  return typeid(thrown).name() + std::string(" ") + thrown.AsString().c_str();
-}
 
 /// What an operation throws when a call fails, "" for nothing. A call that is not listed
 /// is not made.

@@ -57,20 +57,24 @@ TEST_F(DirObjectFailureTest, SearchThatDoesNotBegin) {
   MakeFiles({"a"});
   for (const SystemCall call :
        {SystemCall::kFindFirstFile, SystemCall::kFindFirstFileByNull}) {
-    const FailingCall failing(call, ERROR_ACCESS_DENIED);
-    ExpectEmpty(List());
-    EXPECT_TRUE(failing.Happened());
+    for (const Failing times : {Failing::kOnce, Failing::kFromThenOn}) {
+      const FailingCall failing(call, ERROR_ACCESS_DENIED, 1, times);
+      ExpectEmpty(List());
+      EXPECT_TRUE(failing.Happened());
+    }
   }
 }
 
 TEST_F(DirObjectFailureTest, SearchThatBreaksOffKeepsWhatItFound) {
   MakeFiles({"a", "b", "c"});
-  for (int found = 1; found < 5; ++found) {
-    const FailingCall failing(SystemCall::kFindNextFile, ERROR_IO_DEVICE, found);
-    const utl_DirObject listing = List();
-    EXPECT_TRUE(failing.Happened());
-    EXPECT_EQ(listing.FileCount() + listing.DirCount(), found);
-    EXPECT_EQ(listing.GetAllEntries().Length(), found);
+  for (const Failing times : {Failing::kOnce, Failing::kFromThenOn}) {
+    for (int found = 1; found < 5; ++found) {
+      const FailingCall failing(SystemCall::kFindNextFile, ERROR_IO_DEVICE, found, times);
+      const utl_DirObject listing = List();
+      EXPECT_TRUE(failing.Happened());
+      EXPECT_EQ(listing.FileCount() + listing.DirCount(), found);
+      EXPECT_EQ(listing.GetAllEntries().Length(), found);
+    }
   }
 }
 

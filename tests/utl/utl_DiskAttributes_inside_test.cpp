@@ -184,6 +184,17 @@ TEST(DiskAttributesTest, FailureTellsCodePathAndSource) {
                     "utl/impl/utl_DiskAttributes");
 }
 
+TEST(DiskAttributesTest, AfterFailuresTheSpaceIsToldAgain) {
+  const utl_DiskAttributes disk("Z:\\");
+  for (const Failing times : {Failing::kOnce, Failing::kFromThenOn}) {
+    {
+      const FailingCall failing(SystemCall::kGetDiskFreeSpaceEx, 1117, 1, times);
+      EXPECT_FAILURE(disk, 1117, "Z:\\");
+    }
+    EXPECT_NO_THROW(disk.GetFreeDiskSpace());
+  }
+}
+
 TEST(DiskAttributesTest, FailureWithTheHighestCode) {
   const utl_DiskAttributes disk("D:\\data");
   const FailingCall failing(SystemCall::kGetDiskFreeSpaceEx, 0xFFFFFFFF);

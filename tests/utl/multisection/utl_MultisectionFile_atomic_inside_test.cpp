@@ -6,6 +6,7 @@
 #include <optional>
 #include <random>
 
+#include "common/expect/Told.h"
 #include "common/failing/FailingCall.h"
 #include "common/failing/InsteadOfSleep.h"
 #include "common/failing/ShortWrites.h"
@@ -249,29 +250,28 @@ TEST_F(MultisectionAtomicTest, EveryCallOfASaveFailsOnce) {
 struct Failure {
   SystemCall call;
   int nth;
-  atr_String text;
+  std::string told;
 };
 
 TEST_F(MultisectionAtomicTest, FailuresAreThoseOfTheFileThatFailed) {
   const Failure failures[] = {
       {SystemCall::kDeleteFile, 1,
-       utl_FileExceptionOpen(kCode, temporary_, "CreateFile in OpenWrite").AsString()},
+       Told(utl_FileExceptionOpen(kCode, temporary_, "CreateFile in OpenWrite"))},
       {SystemCall::kCreateFile, 1,
-       utl_FileExceptionOpen(kCode, temporary_, "CreateFile in OpenWrite").AsString()},
+       Told(utl_FileExceptionOpen(kCode, temporary_, "CreateFile in OpenWrite"))},
       {SystemCall::kSetFilePointer, 1,
-       utl_FileExceptionSeek(kCode, path_, "SetFilePointer").AsString()},
-      {SystemCall::kReadFile, 1,
-       utl_FileExceptionRead(kCode, path_, "ReadFile").AsString()},
+       Told(utl_FileExceptionSeek(kCode, path_, "SetFilePointer"))},
+      {SystemCall::kReadFile, 1, Told(utl_FileExceptionRead(kCode, path_, "ReadFile"))},
       {SystemCall::kWriteFile, 1,
-       utl_FileExceptionWrite(kCode, temporary_, "WriteFile").AsString()},
+       Told(utl_FileExceptionWrite(kCode, temporary_, "WriteFile"))},
       {SystemCall::kFlushFileBuffers, 1,
-       utl_FileExceptionFlush(kCode, temporary_, "FlushFileBuffers").AsString()},
+       Told(utl_FileExceptionFlush(kCode, temporary_, "FlushFileBuffers"))},
       {SystemCall::kWriteFile, 2,
-       utl_FileExceptionWrite(kCode, path_, "WriteFile").AsString()},
+       Told(utl_FileExceptionWrite(kCode, path_, "WriteFile"))},
       {SystemCall::kMoveFileEx, 1,
-       utl_FileExceptionWrite(kCode, path_, "MoveFileEx in Replace").AsString()},
+       Told(utl_FileExceptionWrite(kCode, path_, "MoveFileEx in Replace"))},
       {SystemCall::kMoveFileExAfterwards, 1,
-       utl_FileExceptionFlush(kCode, path_, "MoveFileEx in Replace").AsString()},
+       Told(utl_FileExceptionFlush(kCode, path_, "MoveFileEx in Replace"))},
   };
   for (const Failure& failure : failures) {
     WriteImage(kOld);
@@ -280,9 +280,9 @@ TEST_F(MultisectionAtomicTest, FailuresAreThoseOfTheFileThatFailed) {
     const FailingCall failing(failure.call, kCode, failure.nth);
     try {
       file.saveChangesAtomically();
-      ADD_FAILURE() << "not thrown: " << failure.text;
+      ADD_FAILURE() << "not thrown: " << failure.told;
     } catch (const nex_TextException& thrown) {
-      EXPECT_EQ(thrown.AsString(), failure.text);
+      EXPECT_EQ(Told(thrown), failure.told);
     }
   }
 }

@@ -5,6 +5,7 @@
 #include <optional>
 #include <stdexcept>
 
+#include "common/expect/Told.h"
 #include "common/failing/FailingCall.h"
 #include "common/failing/ShortWrites.h"
 #include "utl/multisection/MultisectionTest.h"
@@ -83,44 +84,42 @@ TEST_F(MultisectionFailureTest, EveryCallOfASaveFailsOnce) {
 struct Failure {
   SystemCall call;
   int nth;
-  atr_String text;
+  std::string told;
 };
 
 TEST_F(MultisectionFailureTest, FailuresAreThoseOfTheFileThatFailed) {
   // The first write is that of the temporary file, the second Extend's.
   const std::vector<Failure> failures = {
       {SystemCall::kCreateFile, 1,
-       utl_FileExceptionOpen(5, temporary_, "CreateFile in OpenWrite").AsString()},
+       Told(utl_FileExceptionOpen(5, temporary_, "CreateFile in OpenWrite"))},
       {SystemCall::kSetFilePointer, 1,
-       utl_FileExceptionSeek(5, path_, "SetFilePointer").AsString()},
-      {SystemCall::kReadFile, 1, utl_FileExceptionRead(5, path_, "ReadFile").AsString()},
+       Told(utl_FileExceptionSeek(5, path_, "SetFilePointer"))},
+      {SystemCall::kReadFile, 1, Told(utl_FileExceptionRead(5, path_, "ReadFile"))},
       {SystemCall::kWriteFile, 1,
-       utl_FileExceptionWrite(5, temporary_, "WriteFile").AsString()},
+       Told(utl_FileExceptionWrite(5, temporary_, "WriteFile"))},
       {SystemCall::kDeleteFile, 1,
-       utl_FileExceptionOpen(5, temporary_, "CreateFile in OpenWrite").AsString()},
+       Told(utl_FileExceptionOpen(5, temporary_, "CreateFile in OpenWrite"))},
       {SystemCall::kFlushFileBuffers, 1,
-       utl_FileExceptionFlush(5, temporary_, "FlushFileBuffers").AsString()},
+       Told(utl_FileExceptionFlush(5, temporary_, "FlushFileBuffers"))},
       {SystemCall::kFlushFileBuffers, 2,
-       utl_FileExceptionFlush(5, path_, "FlushFileBuffers").AsString()},
+       Told(utl_FileExceptionFlush(5, path_, "FlushFileBuffers"))},
       {SystemCall::kGetFileSize, 1,
-       utl_FileExceptionSize(5, temporary_, "GetFileSize").AsString()},
+       Told(utl_FileExceptionSize(5, temporary_, "GetFileSize"))},
       {SystemCall::kSetEndOfFile, 1,
-       utl_FileExceptionExtend(5, path_, "SetEndOfFile").AsString()},
-      {SystemCall::kWriteFile, 2,
-       utl_FileExceptionExtend(5, path_, "WriteFile").AsString()},
-      {SystemCall::kWriteFile, 3,
-       utl_FileExceptionWrite(5, path_, "WriteFile").AsString()},
+       Told(utl_FileExceptionExtend(5, path_, "SetEndOfFile"))},
+      {SystemCall::kWriteFile, 2, Told(utl_FileExceptionExtend(5, path_, "WriteFile"))},
+      {SystemCall::kWriteFile, 3, Told(utl_FileExceptionWrite(5, path_, "WriteFile"))},
       {SystemCall::kCloseHandle, 1,
-       utl_FileExceptionClose(5, temporary_, "CloseHandle").AsString()},
+       Told(utl_FileExceptionClose(5, temporary_, "CloseHandle"))},
       {SystemCall::kCloseHandle, 2,
-       utl_FileExceptionClose(5, path_, "CloseHandle").AsString()},
+       Told(utl_FileExceptionClose(5, path_, "CloseHandle"))},
   };
   for (const Failure& failure : failures) {
     try {
       SaveFailing(failure.call, failure.nth);
-      ADD_FAILURE() << "not thrown: " << failure.text;
+      ADD_FAILURE() << "not thrown: " << failure.told;
     } catch (const nex_TextException& thrown) {
-      EXPECT_EQ(thrown.AsString(), failure.text);
+      EXPECT_EQ(Told(thrown), failure.told);
     }
     EXPECT_EQ(OtherFiles(), "");
   }
@@ -146,8 +145,14 @@ TEST_F(MultisectionFailureTest, FailedOpeningLeavesNoLock) {
 TEST_F(MultisectionFailureTest, EveryCallOfAnOpeningFailsOnce) {
   const Image image = {{"a", "1"}, {std::string(200000, 'n'), "2"}, {"c", "3"}};
   WriteImage(image);
-  for (const SystemCall call : {SystemCall::kCreateFile, SystemCall::kGetFileSize,
-                                SystemCall::kReadFile, SystemCall::kSetFilePointer}) {
+  const std::pair<SystemCall, std::string> failures[] = {
+      {SystemCall::kCreateFile,
+       Told(utl_FileExceptionOpen(5, path_, "CreateFile in OpenRead"))},
+      {SystemCall::kGetFileSize, Told(utl_FileExceptionSize(5, path_, "GetFileSize"))},
+      {SystemCall::kReadFile, Told(utl_FileExceptionRead(5, path_, "ReadFile"))},
+      {SystemCall::kSetFilePointer,
+       Told(utl_FileExceptionSeek(5, path_, "SetFilePointer"))}};
+  for (const auto& [call, told] : failures) {
     for (int nth = 1;; ++nth) {
       SCOPED_TRACE("call " + std::to_string(static_cast<int>(call)) + ", time " +
                    std::to_string(nth));
@@ -158,8 +163,9 @@ TEST_F(MultisectionFailureTest, EveryCallOfAnOpeningFailsOnce) {
         EXPECT_GT(nth, 1) << "no such call at all";
         EXPECT_EQ(Get(file, "c"), "3");
         break;
-      } catch (const nex_TextException&) {
+      } catch (const nex_TextException& thrown) {
         ASSERT_TRUE(failure.Happened());
+        EXPECT_EQ(Told(thrown), told);
       }
     }
   }
