@@ -12,6 +12,7 @@
 
 #include "common/expect/ExceptionContract.h"
 #include "common/expect/ExpectThrow.h"
+#include "common/expect/Steps.h"
 #include "common/thread/StartLine.h"
 #include "utl/impl/base64/utl_base64_codec.h"
 
@@ -247,6 +248,18 @@ TEST(Base64Test, TextLongerThanAStringCanBeIsRefused) {
       cow_String::Adopt(static_cast<char*>(::operator new(kBytes + 1U)), kBytes);
   EXPECT_THROW_TEXT(utl_base64Encode(data, false), utl_Base64CodecError,
                     "memory allocation failure");
+}
+
+TEST(Base64Test, TimeGrowsAsTheTextWhateverItHas) {
+  if (StepsOf([] {}) == 0) {
+    GTEST_SKIP() << kNoSteps;
+  }
+  for (const char character : {'Q', '*'}) {
+    EXPECT_TRUE(StepsGrowAsTheLength([character](std::size_t length) {
+      const std::string text(length, character);
+      return StepsOf([&] { Decoded(text, false); });
+    })) << character;
+  }
 }
 
 TEST(Base64Test, ErrorsNameTheirSource) {
