@@ -18,7 +18,7 @@ enum utl_TrackedKind : int {
 ///
 ///     {
 ///       utl_TrackedOperation writing(utl_TrackedWrite, path);
-///       file.saveChanges();
+///       file.saveChangesAtomically();
 ///       writing.SetBytes(utl_Stat(path).size);
 ///     }
 ///

@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "aio/aio_ofstream.h"
 #include "common/child/ChildProcess.h"
 #include "common/environment/ScopedEnvironment.h"
 #include "common/environment/SmallDisk.h"
@@ -286,6 +287,29 @@ TEST_CHILD(writeBinStream) {
 
 TEST_F(FullDiskTest, BinaryStreamTellsOfIt) {
   ExpectWell("writeBinStream");
+}
+
+// It holds bytes back, and says at its end whether all were written.
+TEST_CHILD(writeTextFile) {
+  return WriteAtEachLevel(
+      argv[1], static_cast<std::int64_t>(kText.size()), [](const SmallDisk& disk) {
+        const std::string path = disk.File("text");
+        aio_ofstream file(path);
+        for (std::size_t i = 0; i < kText.size(); i += 100) {
+          file.write(kText.data() + i, 100);
+        }
+        file.close();
+        const bool hadRoom = file.good();
+        const std::string written = ReadWholeFile(path);
+        Expect(IsBeginningOfText(written) && (written == kText) == hadRoom,
+               "other bytes");
+        fs::remove(path);
+        return hadRoom;
+      });
+}
+
+TEST_F(FullDiskTest, TextStreamTellsOfIt) {
+  ExpectWell("writeTextFile");
 }
 
 constexpr int kMarks = 700;

@@ -241,6 +241,25 @@ TEST_F(TempFileTest, OtherUsersMayNotReadTheFile) {
   EXPECT_EQ(mayRead, false);
 }
 
+// Nothing is made or opened where a link leads that somebody has put there.
+TEST_F(TempFileTest, CreateFollowsNoLink) {
+  const TempDir other;
+  const std::string victim = other.File("victim");
+  WriteWholeFile(victim, "untouched");
+  for (const std::string& target : {victim, other.File("nothing")}) {
+    utl_TempFile file("dat");
+    const std::string name = NameOf(file);
+    std::error_code error;
+    std::filesystem::create_symlink(target, PathOf(file), error);
+    if (error) {
+      GTEST_SKIP() << "no links here: " << error.message();
+    }
+    EXPECT_THROW_TEXT(file.Create(), utl_TempFileOpenExc, OpenText(name, EEXIST));
+  }
+  EXPECT_EQ(ReadWholeFile(victim), "untouched");
+  EXPECT_FALSE(FileExists(other.File("nothing")));
+}
+
 // Nothing tells a file that was created and closed from one that was left over.
 TEST_F(TempFileTest, AFileThatWasClosedBelongsToNobody) {
   utl_TempFile first("dat");
