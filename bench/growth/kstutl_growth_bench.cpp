@@ -79,7 +79,7 @@ void WriteSections(const cow_String& path, const std::vector<cow_String>& names)
 
 // A saved file of so many sections, made when it is first asked for.
 cow_String SavedSections(std::int64_t count) {
-  const cow_String path = Path("sections", count);
+  cow_String path = Path("sections", count);
   if (!std::filesystem::exists(std::string(path))) {
     WriteSections(path, Names(count));
   }

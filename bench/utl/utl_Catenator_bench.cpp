@@ -53,8 +53,9 @@ void Copied(int pieces) {
 }  // namespace
 
 void bench::AddWorks() {
-  for (const auto& [name, pieces] : kCatenatorWorks) {
-    const Work work(name);
+  for (const CatenatorWork& catenated : kCatenatorWorks) {
+    const int pieces = catenated.pieces;
+    const Work work(catenated.name);
     work.Coding("ours", [pieces] { return Catenated(pieces); });
     if (pieces < 1000) {  // its time grows with the square
       work.Coding("naive", [pieces] { return Naive(pieces); });

@@ -71,7 +71,7 @@ void AddIsUrl() {
     const bench::Work work(name);
     work.Coding("ours", [s = cow_String(path)] { return utl_UrlParser::IsUrl(s); });
     work.Coding("naive", [s = cow_String(path)] { return NaiveIsUrl(s); });
-    work.Measured("limit memchr", [s = std::string(path)] {
+    work.Measured("limit memchr", [s = std::string_view(path)] {
       return std::memchr(s.data(), ':', s.size());
     });
     work.Counted();

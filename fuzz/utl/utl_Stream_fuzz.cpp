@@ -36,6 +36,7 @@ void PrintReal(Choices& choices, utl_Stream& stream, StreamLinesModel& lines) {
 }
 
 void PrintWhole(Choices& choices, utl_Stream& stream, StreamLinesModel& lines) {
+  // NOLINTNEXTLINE(bugprone-signed-char-misuse): a small number, not a character.
   const int width = choices.Take<std::int8_t>();
   const auto value = choices.Take<std::int64_t>();
   stream.Print(value, width);
@@ -47,7 +48,7 @@ void PrintWhole(Choices& choices, utl_Stream& stream, StreamLinesModel& lines) {
 void PrintText(Choices& choices, utl_Stream& stream, StreamLinesModel& lines) {
   const std::string text(choices.TakeBytes(choices.Take<std::uint8_t>()));
   stream << cow_String(text);
-  lines.Print(text.c_str());  // up to a zero byte
+  lines.Print(text.substr(0, text.find('\0')));
 }
 
 }  // namespace

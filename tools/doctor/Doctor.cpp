@@ -35,7 +35,7 @@ std::string Features() {
 
 std::string CodePage() {
   const char* name = std::setlocale(LC_CTYPE, "");
-  const std::string found = name == nullptr ? "" : name;
+  std::string found = name == nullptr ? "" : name;
   std::setlocale(LC_CTYPE, "C");
   return found;
 }

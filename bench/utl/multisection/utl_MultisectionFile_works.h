@@ -19,7 +19,9 @@ inline constexpr SectionWork kSectionWorks[] = {{"200 x 1 MB", 200, 1 << 20},
 class Sections {
  public:
   Sections(int count, int size)
-      : size_(size), bytes_(bench::RandomBytes(static_cast<std::size_t>(count + size))) {
+      : size_(size),
+        bytes_(bench::RandomBytes(static_cast<std::size_t>(count) +
+                                  static_cast<std::size_t>(size))) {
     for (int i = 0; i < count; ++i) {
       names_.push_back("section " + std::to_string(i));
     }

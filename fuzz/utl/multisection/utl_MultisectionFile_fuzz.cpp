@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,7 +19,7 @@ namespace {
 
 // Names count up to their first zero byte.
 bool HaveOneName(const std::string& a, const std::string& b) {
-  return std::string(a.c_str()) == b.c_str();
+  return std::strcmp(a.c_str(), b.c_str()) == 0;
 }
 
 // Whether every section can be read. What the file does not have must take no memory.
