@@ -469,6 +469,30 @@ TEST_F(KstSectionsTest, RecoverTakesAWholeTemporaryFile) {
   EXPECT_EQ(Names(), "a.kdb b.kdb");
 }
 
+TEST_F(KstSectionsTest, RecoverFollowsNoLinkInTheTemporaryFilesPlace) {
+  WriteDamaged();
+  const std::string before = ReadWholeFile(Path("b.kdb"));
+  std::error_code error;
+  std::filesystem::create_symlink(Path("a.kdb"), Path("b.kdb.4711.tmp"), error);
+  if (error) {
+    GTEST_SKIP() << "no links here: " << error.message();
+  }
+  WriteWholeFile(Path("b.kdb.lock"), "");
+  EXPECT_EQ(Run({"recover", Path("b.kdb"), "--yes"}).status, kFinding);
+  EXPECT_EQ(ReadWholeFile(Path("b.kdb")), before);
+  EXPECT_EQ(Names(), "a.kdb b.kdb b.kdb.4711.tmp");
+}
+
+TEST_F(KstSectionsTest, RecoverOfADamagedFileTellsHowToSaveWithoutDamage) {
+  WriteDamaged();
+  WriteWholeFile(Path("b.kdb.lock"), "");
+  EXPECT_NE(Run({"recover", Path("b.kdb")}).out.find("saveChangesAtomically()"),
+            std::string::npos);
+  WriteWholeFile(Path("a.kdb.lock"), "");
+  EXPECT_EQ(Run({"recover", Path("a.kdb")}).out.find("saveChangesAtomically()"),
+            std::string::npos);
+}
+
 TEST_F(KstSectionsTest, RecoverLeavesAFileThatWasDamagedBefore) {
   WriteDamaged();
   const std::string before = ReadWholeFile(Path("b.kdb"));

@@ -45,7 +45,8 @@ LeftOver FindLeftOver(const std::string& file) {
   for (const fs::directory_entry& entry : fs::directory_iterator(directory)) {
     const std::optional<std::uint32_t> process =
         ProcessIn(entry.path().filename().string(), native.filename().string());
-    if (process) {
+    // A save makes a file. A link of that name was put there by somebody else.
+    if (process && fs::is_regular_file(entry.symlink_status())) {
       found.temporary.push_back(
           {entry.path(), *process, utl_findProcess(*process),
            IsWholeSectionFile(std::string(utl_fromNativePath(entry.path())))});

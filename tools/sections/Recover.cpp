@@ -113,6 +113,9 @@ class Repair {
       return Ended(kFinding);
     }
     const bool isGood = CopyLastSaveOver() || isComplete || CopyWholeOver();
+    if (!isComplete) {
+      Line("A program that saves by saveChangesAtomically() does not damage its file.");
+    }
     for (const Temporary& temporary : found_.temporary) {
       Remove(temporary.path);
     }
