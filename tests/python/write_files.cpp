@@ -6,6 +6,7 @@
 //
 // With -die the process ends as by a crash: nothing is written at the end.
 
+#include <cstdint>
 #include <cstdlib>
 #include <numeric>
 #include <string>
@@ -48,7 +49,7 @@ void WriteSections(const cow_String& path) {
 
 void Track(utl_IOTracker& tracker) {
   constexpr int kScratch = 0;
-  constexpr int kMegabyte = 1 << 20;
+  constexpr std::int64_t kMegabyte = 1 << 20;
   tracker.COpen(1, "in, out\\a file.dat");
   tracker.CWrite(1, 2 * kMegabyte, 0.5);
   tracker.Mark("begin, 1, 2");
