@@ -191,6 +191,14 @@ TEST_F(KstSectionsTest, DumpReadsATypeOrGuessesIt) {
   EXPECT_EQ(json["values"], (std::vector<double>{1.5, -2, 0.25}));
 }
 
+TEST_F(KstSectionsTest, DumpAsJsonHasEveryDigitOfAnInteger) {
+  const std::int64_t large = 9007199254740993;  // which no double is
+  Write("c.kdb", {{"x", BytesOf<std::int64_t>({large, -1})}});
+  const Json json =
+      Json::parse(Run({"dump", Path("c.kdb"), "x", "--as", "int64", "--json"}).out);
+  EXPECT_EQ(json["values"].dump(), "[9007199254740993,-1]");
+}
+
 TEST_F(KstSectionsTest, DumpTellsWhatIsNoWholeValue) {
   Write("c.kdb", {{"x", "12345"}});
   EXPECT_EQ(Run({"dump", Path("c.kdb"), "x", "--as", "int32"}).out,
@@ -283,6 +291,28 @@ TEST_F(KstSectionsTest, DiffOfNumbersHasTolerances) {
   EXPECT_EQ(status({"--tolerance", "0.01", "--absolute", "0.001"}), kGood);
   EXPECT_EQ(status({"--absolute", "1"}), kGood);
   EXPECT_EQ(status({"--absolute", "1", "--as", "hex"}), kFinding);
+}
+
+TEST_F(KstSectionsTest, NothingIsNearAnInfiniteNumber) {
+  const double infinity = std::numeric_limits<double>::infinity();
+  Write("a.kdb", {{"forces", BytesOf<double>({infinity, infinity})}});
+  Write("b.kdb", {{"forces", BytesOf<double>({infinity, 1})}});
+  EXPECT_EQ(Run({"diff", Path("a.kdb"), Path("b.kdb"), "--tolerance", "0.5"}).out,
+            "\"forces\": 1 of 2 values differ, most at 1: inf and 1\n");
+}
+
+TEST_F(KstSectionsTest, LargeIntegersDifferByOne) {
+  const std::int64_t large = 9007199254740993;  // which no double is
+  const std::int64_t least = std::numeric_limits<std::int64_t>::min();
+  Write("a.kdb", {{"x", BytesOf<std::int64_t>({large, least})}});
+  Write("b.kdb", {{"x", BytesOf<std::int64_t>({large - 1, -(least + 1)})}});
+  EXPECT_EQ(Run({"diff", Path("a.kdb"), Path("b.kdb"), "--as", "int64"}).out,
+            "\"x\": 2 of 2 values differ, most at 1: -9223372036854775808 and "
+            "9223372036854775807\n");
+  EXPECT_EQ(
+      Run({"diff", Path("a.kdb"), Path("b.kdb"), "--as", "int64", "--absolute", "1"}).out,
+      "\"x\": 1 of 2 values differ, most at 1: -9223372036854775808 and "
+      "9223372036854775807\n");
 }
 
 TEST_F(KstSectionsTest, NoNumberDiffersMoreThanOneThatIsNone) {

@@ -122,6 +122,21 @@ int VerifyFiles(const std::vector<std::string>& files, bool asJson,
   return status;
 }
 
+namespace {
+
+// Each number as it is: a double has not every digit of an int64.
+Json ValuesOf(ValueType type, std::string_view data) {
+  Json values = Json::array();
+  WithTypeOfNumbers(type, [&](auto zero) {
+    for (std::size_t i = 0; i < data.size() / sizeof(zero); ++i) {
+      values.push_back(NumberAt<decltype(zero)>(data, i));
+    }
+  });
+  return values;
+}
+
+}  // namespace
+
 int DumpSection(const DumpOptions& options, const Console& console) {
   const std::string data = SectionFile(options.file).Data(options.section);
   const ValueType type = TypeFor(options.type, options.section, data);
@@ -130,9 +145,8 @@ int DumpSection(const DumpOptions& options, const Console& console) {
     return kGood;
   }
   Json json = {{"file", options.file}, {"section", options.section}};
-  const std::optional<std::vector<double>> numbers = NumbersOf(type, data);
-  if (numbers) {
-    json["values"] = *numbers;
+  if (AreNumbers(type, data)) {
+    json["values"] = ValuesOf(type, data);
   } else if (type == ValueType::kText) {
     json["text"] = data;
   } else {
@@ -148,35 +162,61 @@ int DumpSection(const DumpOptions& options, const Console& console) {
 
 namespace {
 
-bool AreEqual(double one, double other, const DiffOptions& options) {
-  if (one == other || (std::isnan(one) && std::isnan(other))) {
-    return true;
-  }
-  const double larger = std::max(std::abs(one), std::abs(other));
-  return std::abs(one - other) <= options.absolute + options.tolerance * larger;
+// How far two numbers are apart; of different integers never 0, however large they are.
+double Distance(double one, double other) {
+  return std::abs(one - other);
 }
 
-// How two lists of equal length differ; empty if they do not.
-std::string Difference(const std::vector<double>& old, const std::vector<double>& fresh,
+double Distance(std::int64_t one, std::int64_t other) {
+  const auto [low, high] = std::minmax(one, other);
+  return static_cast<double>(static_cast<std::uint64_t>(high) -
+                             static_cast<std::uint64_t>(low));
+}
+
+double Distance(std::int32_t one, std::int32_t other) {
+  return Distance(std::int64_t{one}, std::int64_t{other});
+}
+
+template <class T>
+bool AreEqual(T one, T other, const DiffOptions& options) {
+  const auto first = static_cast<double>(one);
+  const auto second = static_cast<double>(other);
+  if (one == other || (std::isnan(first) && std::isnan(second))) {
+    return true;
+  }
+  const double larger = std::max(std::abs(first), std::abs(second));
+  const double distance = Distance(one, other);
+  // What is infinite has nothing near it, whatever part of it is allowed.
+  return std::isfinite(distance) &&
+         distance <= options.absolute + options.tolerance * larger;
+}
+
+// How the numbers of two sections of equal length differ; empty if they do not.
+template <class T>
+std::string Difference(std::string_view old, std::string_view fresh,
                        const DiffOptions& options) {
+  const std::size_t values = old.size() / sizeof(T);
   std::size_t count = 0;
   std::size_t worst = 0;
   double largest = -1;
-  for (std::size_t i = 0; i < old.size(); ++i) {
-    if (AreEqual(old[i], fresh[i], options)) {
+  for (std::size_t i = 0; i < values; ++i) {
+    const T one = NumberAt<T>(old, i);
+    const T other = NumberAt<T>(fresh, i);
+    if (AreEqual(one, other, options)) {
       continue;
     }
     ++count;
     // No number is more different than one that is none.
-    const double distance = std::abs(old[i] - fresh[i]);
+    const double distance = Distance(one, other);
     if (distance > largest || std::isnan(distance)) {
       largest = std::isnan(distance) ? HUGE_VAL : distance;
       worst = i;
     }
   }
-  return count == 0 ? ""
-                    : fmt::format("{} of {} values differ, most at {}: {} and {}", count,
-                                  old.size(), worst, old[worst], fresh[worst]);
+  return count == 0
+             ? ""
+             : fmt::format("{} of {} values differ, most at {}: {} and {}", count, values,
+                           worst, NumberAt<T>(old, worst), NumberAt<T>(fresh, worst));
 }
 
 // How two sections of one name differ.
@@ -189,10 +229,12 @@ std::string Difference(const std::string& name, const std::string& old,
     return fmt::format("{} bytes, and {}", old.size(), fresh.size());
   }
   const ValueType type = TypeFor(options.type, name, old);
-  const auto before = NumbersOf(type, old);
-  const auto after = NumbersOf(type, fresh);
-  if (before && after) {
-    return Difference(*before, *after, options);
+  if (AreNumbers(type, old)) {
+    std::string difference;
+    WithTypeOfNumbers(type, [&](auto zero) {
+      difference = Difference<decltype(zero)>(old, fresh, options);
+    });
+    return difference;
   }
   const auto place = std::mismatch(old.begin(), old.end(), fresh.begin()).first;
   return fmt::format("differ from byte {} on", place - old.begin());

@@ -3,8 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdint>
-#include <cstring>
 #include <iterator>
 
 #include "common/Tool.h"
@@ -51,37 +49,6 @@ std::size_t SizeOf(ValueType type) {
 
 bool Fits(ValueType type, std::string_view data) {
   return data.size() % SizeOf(type) == 0;
-}
-
-template <class T>
-T ValueAt(std::string_view data, std::size_t number) {
-  T value;
-  std::memcpy(&value, data.data() + number * sizeof(T), sizeof(T));
-  return value;
-}
-
-template <class T, class Each>
-void ForValues(std::string_view data, Each each) {
-  for (std::size_t i = 0; i < data.size() / sizeof(T); ++i) {
-    each(ValueAt<T>(data, i));
-  }
-}
-
-// Calls `each` with every value in its own type.
-template <class Each>
-void ForEach(ValueType type, std::string_view data, Each each) {
-  switch (type) {
-    case ValueType::kInt32:
-      return ForValues<std::int32_t>(data, each);
-    case ValueType::kInt64:
-      return ForValues<std::int64_t>(data, each);
-    case ValueType::kFloat32:
-      return ForValues<float>(data, each);
-    case ValueType::kFloat64:
-      return ForValues<double>(data, each);
-    default:
-      return;
-  }
 }
 
 std::string BytesListing(std::string_view data) {
@@ -138,14 +105,8 @@ ValueType TypeFor(const std::string& typeName, std::string_view section,
   return isText && !data.empty() ? ValueType::kText : ValueType::kHex;
 }
 
-std::optional<std::vector<double>> NumbersOf(ValueType type, std::string_view data) {
-  if (SizeOf(type) == 1 || !Fits(type, data)) {
-    return std::nullopt;
-  }
-  std::vector<double> numbers;
-  numbers.reserve(data.size() / SizeOf(type));
-  ForEach(type, data, [&](auto value) { numbers.push_back(static_cast<double>(value)); });
-  return numbers;
+bool AreNumbers(ValueType type, std::string_view data) {
+  return SizeOf(type) > 1 && Fits(type, data);
 }
 
 std::string Listing(ValueType type, std::string_view data) {
@@ -158,16 +119,16 @@ std::string Listing(ValueType type, std::string_view data) {
   const bool isShort = SizeOf(type) == 4;
   const std::size_t inALine = isShort ? 5 : 3;
   const int width = isShort ? 14 : 24;  // of the longest number
+  const std::size_t count = data.size() / SizeOf(type);
   std::string text;
-  std::size_t number = 0;
-  ForEach(type, data, [&](auto value) {
-    const bool isFirst = number % inALine == 0;
-    text += isFirst ? fmt::format("{}{:>8}", number > 0 ? "\n" : "", number) : "";
-    text += fmt::format(" {:>{}}", value, width);
-    ++number;
+  WithTypeOfNumbers(type, [&](auto zero) {
+    for (std::size_t i = 0; i < count; ++i) {
+      text += i % inALine == 0 ? fmt::format("{}{:>8}", i > 0 ? "\n" : "", i) : "";
+      text += fmt::format(" {:>{}}", NumberAt<decltype(zero)>(data, i), width);
+    }
   });
   const std::size_t left = data.size() % SizeOf(type);
-  text += number > 0 ? "\n" : "";
+  text += count > 0 ? "\n" : "";
   text += left > 0 ? fmt::format("and {} bytes that are no whole value\n", left) : "";
   return text;
 }
