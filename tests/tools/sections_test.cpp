@@ -103,6 +103,7 @@ TEST_F(KstSectionsTest, WrongUseIsToldAndHasStatusTwo) {
                                              {"get", "a"},
                                              {"dump", "a", "b", "--as", "double"},
                                              {"diff", "a", "b", "--tolerance", "-1"},
+                                             {"diff", "a", "b", "--absolute", "nan"},
                                              {"remove", "a", "b"}}) {
     const ToolRun run = Run(arguments);
     EXPECT_EQ(run.status, kTrouble);
@@ -210,6 +211,83 @@ TEST_F(KstSectionsTest, AbsentSectionIsAnError) {
   EXPECT_EQ(run.status, kTrouble);
   EXPECT_EQ(run.err,
             "kst_sections: \"" + Path("a.kdb") + "\": There is no section \"none\"\n");
+}
+
+// The verbs that take a section file apart, with `file` in each of their places for one.
+std::vector<std::vector<std::string>> ReadingVerbs(const std::string& file,
+                                                   const std::string& good,
+                                                   const std::string& output) {
+  return {{"list", file},
+          {"verify", file},
+          {"dump", file, "forces"},
+          {"get", file, "forces", output},
+          {"set", file, "forces", good},
+          {"remove", file, "title", output},
+          {"diff", file, good},
+          {"diff", good, file},
+          {"salvage", file, output}};
+}
+
+TEST_F(KstSectionsTest, EveryVerbRefusesWhatItCannotRead) {
+  WriteWholeFile(Path("empty.kdb"), "");
+  WriteWholeFile(Path("foreign.kdb"), "no section file");
+  WriteWholeFile(Path("head.kdb"), ReadWholeFile(Path("a.kdb")).substr(0, 30));
+  std::filesystem::create_directory(Path("folder"));
+  const std::string before = Names();
+  for (const char* name :
+       {"absent.kdb", "empty.kdb", "foreign.kdb", "head.kdb", "folder"}) {
+    for (const auto& arguments : ReadingVerbs(Path(name), Path("a.kdb"), Path("new"))) {
+      const ToolRun run = Run(arguments);
+      EXPECT_EQ(run.status, kTrouble) << arguments[0] << ' ' << name;
+      EXPECT_EQ(run.out, "") << arguments[0] << ' ' << name;
+      EXPECT_TRUE(run.err.starts_with("kst_sections: ")) << run.err;
+      EXPECT_NE(run.err.find(name), std::string::npos) << run.err;
+      EXPECT_EQ(run.err.find('\n'), run.err.size() - 1) << run.err;
+      EXPECT_EQ(Names(), before) << arguments[0] << ' ' << name;
+    }
+  }
+}
+
+TEST_F(KstSectionsTest, SectionThatTheFileEndsWithinIsNamed) {
+  const std::string bytes = ReadWholeFile(Path("a.kdb"));
+  WriteWholeFile(Path("cut.kdb"), bytes.substr(0, bytes.size() - 3));
+  const ToolRun run = Run({"get", Path("cut.kdb"), "forces", Path("f")});
+  EXPECT_EQ(run.status, kTrouble);
+  EXPECT_EQ(run.err, "kst_sections: " + Path("cut.kdb") +
+                         ": section \"forces\": the file ends within it\n");
+  EXPECT_EQ(Names(), "a.kdb cut.kdb");
+}
+
+TEST_F(KstSectionsTest, JsonTellsWhatWasWritten) {
+  WriteWholeFile(Path("t"), "12345");
+  EXPECT_EQ(Json::parse(Run({"get", "--json", Path("a.kdb"), "title", Path("g")}).out),
+            (Json{{"file", Path("a.kdb")},
+                  {"section", "title"},
+                  {"output", Path("g")},
+                  {"length", 8}}));
+  for (const bool isThere : {false, true}) {
+    EXPECT_EQ(Json::parse(Run({"set", Path("a.kdb"), "new", Path("t"), "--json"}).out),
+              (Json{{"file", Path("a.kdb")},
+                    {"section", "new"},
+                    {"replaced", isThere},
+                    {"length", 5}}));
+  }
+  EXPECT_EQ(Json::parse(
+                Run({"remove", "--json", Path("a.kdb"), "new", "title", Path("r")}).out),
+            (Json{{"file", Path("a.kdb")},
+                  {"output", Path("r")},
+                  {"kept", 1},
+                  {"removed", {"title", "new"}}}));
+}
+
+TEST_F(KstSectionsTest, OutputThatIsThereOrCannotBeMadeIsRefused) {
+  EXPECT_EQ(Run({"get", Path("a.kdb"), "title", Path("a.kdb"), "--json"}).err,
+            "kst_sections: " + Path("a.kdb") +
+                ": is there already, and nothing is overwritten\n");
+  const ToolRun run = Run({"get", Path("a.kdb"), "title", Path("none/t"), "--json"});
+  EXPECT_EQ(run.status, kTrouble);
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.err, "kst_sections: " + Path("none/t") + ": could not be written\n");
 }
 
 TEST_F(KstSectionsTest, GetAndSetCarryBytesOutAndIn) {
@@ -447,6 +525,15 @@ TEST_F(KstSectionsTest, RecoverHasNothingToDo) {
             "kst_sections: " + Path("none.kdb") + ": is not there\n");
 }
 
+TEST_F(KstSectionsTest, RecoverRefusesWhatCannotBeOpened) {
+  std::filesystem::create_directory(Path("folder"));
+  WriteWholeFile(Path("folder.lock"), "");
+  const ToolRun run = Run({"recover", Path("folder"), "--yes"});
+  EXPECT_EQ(run.status, kTrouble);
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(Names(), "a.kdb folder folder.lock");
+}
+
 TEST_F(KstSectionsTest, RecoverKeepsACompleteFile) {
   WriteWholeFile(Path("a.kdb.lock"), "");
   WriteWholeFile(Path("a.kdb.4711.tmp"), "half");
@@ -542,6 +629,8 @@ TEST_F(KstSectionsTest, OutputThatCannotBeWrittenIsTold) {
   const char* argv[] = {"kst_sections", "list", file.c_str()};
   EXPECT_EQ(KstSections(3, argv, {broken, err, false}), kTrouble);
   EXPECT_EQ(err.str(), "kst_sections: the output could not be written\n");
+  const char* help[] = {"kst_sections", "--help"};
+  EXPECT_EQ(KstSections(2, help, {broken, err, false}), kTrouble);
 }
 
 }  // namespace

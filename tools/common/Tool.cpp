@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <exception>
 #include <new>
@@ -63,15 +65,16 @@ int RunTool(CLI::App& app, int argc, const char* const* argv, const Console& con
     app.set_version_flag(
         "--version", [&] { return Version(name); }, "Print the version and exit");
     app.failure_message([](const CLI::App* tool, const CLI::Error& error) {
-      return tool->get_name() + ": " + error.what() + "\nTry " + tool->get_name() +
+      return tool->get_name() + ": " + Shown(error.what()) + "\nTry " + tool->get_name() +
              " --help\n";
     });
+    int status = kGood;
     try {
       app.parse(argc, argv);
+      status = work();
     } catch (const CLI::ParseError& error) {
-      return app.exit(error, console.out, console.err) == 0 ? kGood : kTrouble;
+      status = app.exit(error, console.out, console.err) == 0 ? kGood : kTrouble;
     }
-    const int status = work();
     console.out.flush();
     if (!console.out) {
       console.err << name << ": the output could not be written\n";
@@ -83,6 +86,15 @@ int RunTool(CLI::App& app, int argc, const char* const* argv, const Console& con
     console.err << name << ": " << Shown(CurrentFailure()) << '\n';
     return kTrouble;
   }
+}
+
+std::string WrongAmount(const std::string& value) {
+  double number = 0;
+  const char* const end = value.data() + value.size();
+  const auto [rest, error] = std::from_chars(value.data(), end, number);
+  const bool isGood =
+      error == std::errc() && rest == end && number >= 0 && std::isfinite(number);
+  return isGood ? "" : value + " is no number from 0 on";
 }
 
 std::string CurrentFailure() {

@@ -30,6 +30,10 @@ Console ProcessConsole();
 int RunTool(CLI::App& app, int argc, const char* const* argv, const Console& console,
             const std::function<int()>& work);
 
+/// What is wrong with the value of an option that takes a number from 0 on; empty if
+/// nothing is. For CLI::Option::check.
+std::string WrongAmount(const std::string& value);
+
 /// The text in the one exception that is being handled, in one line. For catch (...).
 std::string CurrentFailure();
 

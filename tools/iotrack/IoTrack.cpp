@@ -35,7 +35,7 @@ int KstIoTrack(int argc, const char* const* argv, const Console& console) {
   tool.add_option("--by", by, "Order of the files: mb, time or count")
       ->check(CLI::IsMember({"mb", "time", "count"}));
   tool.add_option("--top", top, "How many files are shown, 10 if not given")
-      ->check(CLI::NonNegativeNumber);
+      ->check(WrongAmount);
   CLI::Option* const json = tool.add_flag("--json", asJson, "Print JSON");
   tool.add_option("--csv", csv, "Print comma-separated values: files or totals")
       ->check(CLI::IsMember({"files", "totals"}))

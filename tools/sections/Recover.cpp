@@ -16,9 +16,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// Throws for a file that cannot be opened, of which nothing is known.
 bool IsComplete(const std::string& file) {
   try {
     return SectionFile(file).IsComplete();
+  } catch (const utl_FileExceptionOpen&) {
+    throw;
   } catch (const nex_Exception&) {
     return false;
   }

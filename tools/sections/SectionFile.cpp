@@ -27,8 +27,16 @@ std::int64_t SectionFile::Bytes() const {
 }
 
 std::string SectionFile::Data(const std::string& name) {
-  const std::vector<char> data = file_.getSection<char>(name);
-  return {data.begin(), data.end()};
+  try {
+    const std::vector<char> data = file_.getSection<char>(name);
+    return {data.begin(), data.end()};
+  } catch (const utl_FileExceptionRead&) {
+    throw FileError(path_, "section \"" + name + "\": " + ReadFailure());
+  }
+}
+
+std::string SectionFile::ReadFailure() const {
+  return Surplus() < 0 ? "the file ends within it" : Shown(CurrentFailure());
 }
 
 std::string SectionFile::Damage(int number) {
@@ -36,7 +44,7 @@ std::string SectionFile::Damage(int number) {
     file_.checkSection(number);
     return "";
   } catch (const utl_FileExceptionRead&) {
-    return "the file ends within it";
+    return ReadFailure();
   } catch (const nex_Exception&) {
     return "its bytes do not have its checksum";
   }

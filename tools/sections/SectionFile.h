@@ -30,6 +30,9 @@ class SectionFile {
   bool IsComplete();
 
  private:
+  // Why a section could not be read. For the handler of that failure.
+  std::string ReadFailure() const;
+
   const std::string path_;
   utl_MultisectionFile file_;
   const std::vector<utl_SectionInfo> sections_;

@@ -68,26 +68,29 @@ int KstSections(int argc, const char* const* argv, const Console& console) {
   verb->add_flag("--json", dump.asJson, "Print JSON");
 
   verb = AddVerb(tool, "get", "Write a section's bytes to a new file", chosen,
-                 [&] { return GetSection(file, section, other, console); });
+                 [&] { return GetSection(file, section, other, asJson, console); });
   verb->add_option("FILE", file, "Section file")->required();
   verb->add_option("SECTION", section, "Name of the section")->required();
   verb->add_option("OUTPUT", other, "New file")->required();
+  verb->add_flag("--json", asJson, "Print JSON");
 
   verb = AddVerb(tool, "set", "Replace or add a section", chosen,
-                 [&] { return SetSection(file, section, other, console); });
+                 [&] { return SetSection(file, section, other, asJson, console); });
   verb->add_option("FILE", file, "Section file, which is saved atomically")->required();
   verb->add_option("SECTION", section, "Name of the section")->required();
   verb->add_option("INPUT", other, "File with the section's bytes")->required();
+  verb->add_flag("--json", asJson, "Print JSON");
 
   verb = AddVerb(tool, "remove", "Write a new file without some sections", chosen, [&] {
     other = many.back();
     many.pop_back();
-    return RemoveSections(file, many, other, console);
+    return RemoveSections(file, many, other, asJson, console);
   });
   verb->add_option("FILE", file, "Section file, which stays as it is")->required();
   verb->add_option("SECTION... OUTPUT", many, "Sections to leave out, and the new file")
       ->required()
       ->expected(2, -1);
+  verb->add_flag("--json", asJson, "Print JSON");
 
   verb = AddVerb(tool, "diff", "Compare two files section by section", chosen,
                  [&] { return DiffFiles(diff, console); });
@@ -98,10 +101,10 @@ int KstSections(int argc, const char* const* argv, const Console& console) {
       ->default_val("auto");
   verb->add_option("--tolerance", diff.tolerance,
                    "Numbers that differ by at most this part of the larger one are equal")
-      ->check(CLI::NonNegativeNumber);
+      ->check(WrongAmount);
   verb->add_option("--absolute", diff.absolute,
                    "So are those that differ by at most this")
-      ->check(CLI::NonNegativeNumber);
+      ->check(WrongAmount);
   verb->add_flag("--json", diff.asJson, "Print JSON");
 
   verb = AddVerb(tool, "salvage", "Write all whole sections to a new file", chosen,

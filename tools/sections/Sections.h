@@ -27,15 +27,15 @@ int DumpSection(const DumpOptions& options, const Console& console);
 
 /// The section's bytes into a new file.
 int GetSection(const std::string& file, const std::string& section,
-               const std::string& output, const Console& console);
+               const std::string& output, bool asJson, const Console& console);
 
 /// The section from a file's bytes.
 int SetSection(const std::string& file, const std::string& section,
-               const std::string& input, const Console& console);
+               const std::string& input, bool asJson, const Console& console);
 
 /// A new file without these sections.
 int RemoveSections(const std::string& file, const std::vector<std::string>& sections,
-                   const std::string& output, const Console& console);
+                   const std::string& output, bool asJson, const Console& console);
 
 struct DiffOptions {
   std::string files[2];

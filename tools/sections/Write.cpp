@@ -53,27 +53,42 @@ void WriteNew(const std::string& path, const std::string& bytes) {
 }  // namespace
 
 int GetSection(const std::string& file, const std::string& section,
-               const std::string& output, const Console& console) {
+               const std::string& output, bool asJson, const Console& console) {
   const std::string data = SectionFile(file).Data(section);
   WriteNew(output, data);
-  console.out << fmt::format("{}: {} bytes\n", Shown(output), data.size());
+  if (asJson) {
+    console.out << JsonText({{"file", file},
+                             {"section", section},
+                             {"output", output},
+                             {"length", data.size()}});
+  } else {
+    console.out << fmt::format("{}: {} bytes\n", Shown(output), data.size());
+  }
   return kGood;
 }
 
 int SetSection(const std::string& file, const std::string& section,
-               const std::string& input, const Console& console) {
+               const std::string& input, bool asJson, const Console& console) {
   const std::string data = Contents(input);
   utl_MultisectionFile sections(file, utl_FileAccessUpdate);
   const bool isThere = sections.hasSection(section);
   sections.setSection<char>(section, data);
   sections.saveChangesAtomically();
-  console.out << fmt::format("{}: section \"{}\" {}, {} bytes\n", Shown(file),
-                             Shown(section), isThere ? "replaced" : "added", data.size());
+  if (asJson) {
+    console.out << JsonText({{"file", file},
+                             {"section", section},
+                             {"replaced", isThere},
+                             {"length", data.size()}});
+  } else {
+    console.out << fmt::format("{}: section \"{}\" {}, {} bytes\n", Shown(file),
+                               Shown(section), isThere ? "replaced" : "added",
+                               data.size());
+  }
   return kGood;
 }
 
 int RemoveSections(const std::string& file, const std::vector<std::string>& sections,
-                   const std::string& output, const Console& console) {
+                   const std::string& output, bool asJson, const Console& console) {
   SectionFile old(file);
   std::set<std::string> absent(sections.begin(), sections.end());
   for (const utl_SectionInfo& section : old.Sections()) {
@@ -83,21 +98,28 @@ int RemoveSections(const std::string& file, const std::vector<std::string>& sect
     throw FileError(file, "has no section \"" + *absent.begin() + "\"");
   }
   NewSectionFile fresh(output);
-  std::size_t kept = 0;
+  Json removed = Json::array();
   {
     Progress progress(console, old.Bytes());
     for (const utl_SectionInfo& section : old.Sections()) {
       const std::string name(section.name);
       if (std::find(sections.begin(), sections.end(), name) == sections.end()) {
         fresh.Add(name, old.Data(name));
-        ++kept;
+      } else {
+        removed.push_back(name);
       }
       progress.Add(section.length);
     }
     fresh.Save();
   }
-  console.out << fmt::format("{}: {} of {} sections\n", Shown(output), kept,
-                             old.Sections().size());
+  const std::size_t kept = old.Sections().size() - removed.size();
+  if (asJson) {
+    console.out << JsonText(
+        {{"file", file}, {"output", output}, {"kept", kept}, {"removed", removed}});
+  } else {
+    console.out << fmt::format("{}: {} of {} sections\n", Shown(output), kept,
+                               old.Sections().size());
+  }
   return kGood;
 }
 
