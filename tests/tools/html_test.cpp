@@ -210,8 +210,8 @@ TEST_F(KstHtmlTest, LogThatIsCutOffIsToldOnThePage) {
   WrittenJob({"x.dat"});
   std::filesystem::resize_file(Path("beam.ioFileSummary"), 70);
   const std::string job = Made(KstIoTrack, {Path("beam")}, kFinding);
-  EXPECT_NE(job.find("beam.ioFileSummary is cut off, the process still runs or has "
-                     "died.</p>"),
+  EXPECT_NE(job.find("beam.ioFileSummary is cut off at line 4, the process still runs or "
+                     "has died.</p>"),
             std::string::npos);
 }
 

@@ -225,6 +225,20 @@ TEST_F(KstIoTrackTest, EveryCutIsFound) {
   }
 }
 
+TEST_F(KstIoTrackTest, EveryFileThatIsCutIsToldWithItsLine) {
+  const std::string totals = std::string(kTotalsHead) + kTotals;
+  const std::string head = "kst_iotrack: " + Path("beam") + ": " + Path("beam.ioTotal") +
+                           " is cut off at line 4, ";
+  const std::string end = ", the process still runs or has died\n";
+  Write("beam.ioTotal", totals.substr(0, totals.size() - 1));
+  Write("beam.ioFileSummary", std::string(kSummary).substr(0, 30));
+  EXPECT_EQ(Run({Path("beam")}).err,
+            head + Path("beam.ioFileSummary") + " is cut off at line 3" + end);
+  std::filesystem::remove(Path("beam.ioFileSummary"));
+  EXPECT_EQ(Run({Path("beam")}).err,
+            head + "there is no " + Path("beam.ioFileSummary") + end);
+}
+
 TEST_F(KstIoTrackTest, AbsentSummaryIsToldAndAbsentJobRefused) {
   std::filesystem::remove(Path("beam.ioFileSummary"));
   const ToolRun run = Run({Path("beam")});

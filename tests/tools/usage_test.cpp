@@ -232,12 +232,13 @@ TEST_F(KstUsageTest, CutLogIsReadToItsLastWholeLine) {
       continue;
     }
     EXPECT_EQ(run.status, kFinding) << length;
-    EXPECT_EQ(run.err, "kst_usage: " + file +
-                           ": is cut off, the process still runs or has died\n");
-    const Json log = Json::parse(run.out)["logs"][0];
-    EXPECT_EQ(log["cut"], true);
     const auto ends =
         static_cast<std::size_t>(std::count(bytes.begin(), bytes.end(), '\n'));
+    EXPECT_EQ(run.err, "kst_usage: " + file + ": is cut off at line " +
+                           std::to_string(ends + 1) +
+                           ", the process still runs or has died\n");
+    const Json log = Json::parse(run.out)["logs"][0];
+    EXPECT_EQ(log["cut"], true);
     EXPECT_EQ(log["marks"].size(), std::min<std::size_t>(ends - 3, 4)) << length;
   }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <charconv>
+#include <cstdint>
 #include <fstream>
 #include <optional>
 #include <string>
@@ -24,13 +25,17 @@ class Lines {
   /// Whether the file's last line was cut off. Known once `Next` was false.
   bool IsCut() const { return isCut_; }
 
+  /// The number of the last line, from 1 on; once `Next` was false, of the line that is
+  /// cut off or not there.
+  std::int64_t Number() const { return number_; }
+
   /// Throws the FileError "PATH: line N: TEXT", N being that of the last line.
   [[noreturn]] void Fail(const std::string& text) const;
 
  private:
   std::string path_;
   std::ifstream in_;
-  std::size_t number_ = 0;
+  std::int64_t number_ = 0;
   bool isCut_ = false;
 };
 

@@ -118,8 +118,7 @@ bool ForEachLine(Lines& lines, Each each) {
   return !lines.IsCut();
 }
 
-bool ReadTotals(const std::string& path, std::vector<TotalsLine>& all) {
-  Lines lines(path);
+bool ReadTotals(Lines& lines, std::vector<TotalsLine>& all) {
   return ReadHead(lines, kSumColumns) && ForEachLine(lines, [&](std::string_view& text) {
            TotalsLine line;
            if (!TakeSums(text, line.scratch) || !TakeSums(text, line.work) ||
@@ -150,8 +149,7 @@ TrackedFile ReadFile(const std::string& line, bool isScratch, const Lines& lines
 }
 
 // Whether the summary is whole.
-bool ReadSummary(const std::string& path, std::vector<TrackedFile>& files) {
-  Lines lines(path);
+bool ReadSummary(Lines& lines, std::vector<TrackedFile>& files) {
   std::string line;
   for (const char* expected : {"IO Summary for All Files", "", "WORK DIRECTORY FILES"}) {
     if (!lines.Next(line)) {
@@ -231,6 +229,10 @@ void ReadIndividuals(const JobNames& names, std::vector<TrackedFile>& files) {
   }
 }
 
+std::string CutOff(const std::string& path, const Lines& lines) {
+  return path + " is cut off at line " + std::to_string(lines.Number());
+}
+
 }  // namespace
 
 TrackedJob ReadTrackedJob(const std::string& name) {
@@ -243,13 +245,20 @@ TrackedJob ReadTrackedJob(const std::string& name) {
     throw FileError(name,
                     "there is no " + names.Of(kTotals) + " and no " + names.Of(kSummary));
   }
-  if (hasTotals && !ReadTotals(names.Of(kTotals), job.lines)) {
-    job.cut = names.Of(kTotals) + " is cut off";
+  if (hasTotals) {
+    Lines lines(names.Of(kTotals));
+    if (!ReadTotals(lines, job.lines)) {
+      job.cut = CutOff(names.Of(kTotals), lines);
+    }
   }
+  const std::string more = job.cut.empty() ? "" : job.cut + ", ";
   if (!hasSummary) {
-    job.cut = "there is no " + names.Of(kSummary);
-  } else if (!ReadSummary(names.Of(kSummary), job.files)) {
-    job.cut = names.Of(kSummary) + " is cut off";
+    job.cut = more + "there is no " + names.Of(kSummary);
+  } else {
+    Lines lines(names.Of(kSummary));
+    if (!ReadSummary(lines, job.files)) {
+      job.cut = more + CutOff(names.Of(kSummary), lines);
+    }
   }
   ReadIndividuals(names, job.files);
   return job;

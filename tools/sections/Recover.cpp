@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "common/Output.h"
+#include "common/Progress.h"
 #include "nex/nex_Exception.h"
 #include "sections/LeftOver.h"
 #include "sections/SectionFile.h"
@@ -28,14 +29,16 @@ bool IsComplete(const std::string& file) {
 }
 
 // As the interrupted save would have done it: the file stays the same one.
-void CopyOver(const cow_String& from, const std::string& file) {
+void CopyOver(const cow_String& from, const std::string& file, const Console& console) {
   utl_File in(from, utl_FileAccessRead, utl_FileShareDefault);
   utl_File out(file, utl_FileAccessUpdate, utl_FileShareDefault);
   out.Extend(in.FileSize());
   out.Seek(0);
+  Progress progress(console, in.FileSize());
   std::vector<char> piece(1 << 20);
   while (const int count = in.Read(piece.data(), static_cast<int>(piece.size()))) {
     out.Write(piece.data(), count);
+    progress.Add(count);
   }
   out.Flush();
 }
@@ -195,7 +198,7 @@ class Repair {
 
   void Copy(const fs::path& temporary) {
     if (isDone_) {
-      CopyOver(utl_fromNativePath(temporary), file_);
+      CopyOver(utl_fromNativePath(temporary), file_, console_);
     }
     Step("copied over it", temporary);
     report_["copied"] = temporary.string();

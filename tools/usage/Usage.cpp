@@ -53,8 +53,8 @@ int KstUsage(int argc, const char* const* argv, const Console& console) {
     const int status = ForEachFile(kName, files, console, [&](const std::string& file) {
       logs.push_back(ReadUsageLog(file));
       if (logs.back().isCut) {
-        console.err << kName << ": " << Shown(file)
-                    << ": is cut off, the process still runs or has died\n";
+        console.err << kName << ": " << Shown(file) << ": is cut off at line "
+                    << logs.back().cutLine << ", the process still runs or has died\n";
         return kFinding;
       }
       return kGood;

@@ -139,6 +139,7 @@ class Reader {
       lines_.Fail("is no first mark");
     }
     log_.isCut = !ReadMarks() || !ReadTimers();
+    log_.cutLine = log_.isCut ? lines_.Number() : 0;
     return std::move(log_);
   }
 

@@ -34,7 +34,8 @@ struct UsageLog {
   std::string host;
   std::vector<UsageMark> marks;  ///< one at least
   std::vector<UsageTimer> timers;
-  bool isCut = false;  ///< the process still runs, or has died
+  bool isCut = false;        ///< the process still runs, or has died
+  std::int64_t cutLine = 0;  ///< the line that is cut off or not there, from 1 on
 };
 
 /// Throws FileError for what is no such log, or is damaged before its end.
