@@ -1,6 +1,6 @@
 // Numeric text streams.
 
-#include <cstring>
+#include <algorithm>
 #include <initializer_list>
 #include <string>
 
@@ -125,7 +125,7 @@ class Numbers : public Subject {
     const int width = Width(random);
     log.Call("utl_Stream.FixNumericString", text, width).Result([&] {
       char buffer[40] = {};
-      std::memcpy(buffer, text.data(), text.size());
+      std::copy(text.begin(), text.end(), buffer);
       utl_Stream::FixNumericString(buffer, width);
       return std::string(buffer);
     });

@@ -170,7 +170,7 @@ TEST_F(RefusedMemoryLogsTest, AFailureThatCannotBeToldIsToldAsThat) {
                             const std::runtime_error failure(
                                 "a text that is too long to be held without memory");
                             memory.emplace(nth);
-                            throw failure;
+                            throw std::runtime_error(failure);  // shares the text
                           }),
               1);
     refused = memory.has_value() && memory->Happened();

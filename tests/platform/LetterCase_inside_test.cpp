@@ -179,7 +179,7 @@ TEST_P(LetterCaseTest, ThreadsMakeEachNameOnce) {
     thread.join();
   }
   EXPECT_EQ(made, std::vector<int>(kThreads, kNames));
-  EXPECT_EQ(Entries(), before + kThreads * kNames);
+  EXPECT_EQ(Entries(), before + std::size_t{kThreads} * kNames);
   EXPECT_EQ(OpenCode(Name("T3_49")), 0u);
 }
 
