@@ -76,7 +76,7 @@ std::string SomeName(Random& random) {
 }
 
 std::string SomePath(const World& world, Random& random) {
-  const std::string name = SomeName(random);
+  std::string name = SomeName(random);
   switch (random.Below(8)) {
     case 0:
       return name;

@@ -1,5 +1,6 @@
 #include "compare/Show.h"
 
+#include <cmath>
 #include <cstddef>
 
 namespace {
@@ -9,7 +10,7 @@ constexpr std::size_t kLongest = 400;
 template <class Real>
 std::string ShownReal(Real value) {
   // A not-a-number's sign is the compiler's choice.
-  if (value != value) {
+  if (std::isnan(value)) {
     return "nan";
   }
   char text[40];

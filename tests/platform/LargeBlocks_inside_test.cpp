@@ -15,7 +15,7 @@ namespace {
 
 using platform::LargeBlocks;
 
-constexpr std::size_t kMegabyte = 1024 * 1024;
+constexpr std::size_t kMegabyte = 1 << 20;
 
 TEST(LargeBlocksTest, BlocksOfAllSizesAreWholeAndApart) {
   struct Block {
