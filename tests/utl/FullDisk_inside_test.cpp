@@ -8,8 +8,11 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -314,38 +317,44 @@ TEST_F(FullDiskTest, TextStreamTellsOfIt) {
 
 constexpr int kMarks = 700;
 
-// Logs lose in silence what has no room; the beginning of the log is there. `write`
-// writes one, whose length can differ by a page each time.
-int WriteLog(const char* directory, const std::string& name,
-             const std::function<void()>& write) {
-  const auto logOf = [&](const SmallDisk& disk) {
+// Logs lose in silence what has no room; the beginning of each log is there. `write`
+// writes so many, and their lengths can differ a little each time.
+int WriteLogs(const char* directory, std::size_t count,
+              const std::function<void()>& write) {
+  struct Logs {
+    std::map<std::string, std::ptrdiff_t> lines;  // of each file
+    std::int64_t pages = 0;
+    std::int64_t room = 0;
+  };
+  const auto written = [&](const SmallDisk& disk) {
     const CurrentDirectory current(directory);
     write();
-    std::string log = ReadWholeFile(disk.File(name));
+    Logs logs;
+    logs.room = disk.Room();
     for (const auto& entry : fs::directory_iterator(directory)) {
       if (entry.path().filename() != "filler") {
+        const std::string log = ReadWholeFile(entry.path().string());
+        logs.lines[entry.path().filename().string()] =
+            std::count(log.begin(), log.end(), '\n');
+        logs.pages += (static_cast<std::int64_t>(log.size()) + kPage - 1) / kPage;
         fs::remove(entry.path());
       }
     }
-    return log;
+    return logs;
   };
-  const auto linesOf = [](const std::string& log) {
-    return std::count(log.begin(), log.end(), '\n');
-  };
-  const std::string whole = logOf(SmallDisk(directory));
-  const auto needed = static_cast<std::int64_t>(whole.size());
-  return WriteAtEachLevel(directory, needed, [&](const SmallDisk& disk) {
-    const std::int64_t room = disk.Room();
-    const std::string log = logOf(disk);
-    const bool isWhole = linesOf(log) == linesOf(whole);
-    Expect(isWhole || static_cast<std::int64_t>(log.size()) == room, "room is left");
+  const Logs whole = written(SmallDisk(directory));
+  Expect(whole.lines.size() == count, "other files");
+  return WriteAtEachLevel(directory, whole.pages * kPage, [&](const SmallDisk& disk) {
+    const Logs logs = written(disk);
+    const bool isWhole = logs.lines == whole.lines;
+    Expect(isWhole || logs.room == 0, "room is left");
     return isWhole;
   });
 }
 
 TEST_CHILD(writeResourceLog) {
   const ScopedEnvironment on("KES_RESOURCE_MONITOR", "ON");
-  return WriteLog(argv[1], "beam.use", [] {
+  return WriteLogs(argv[1], 1, [] {
     auto& monitor = omi_Singleton<utl_ResourceMonitor>::Instance();
     monitor.Initialize("beam");
     for (int i = 0; i < kMarks; ++i) {
@@ -359,15 +368,21 @@ TEST_F(FullDiskTest, ResourceLogLosesWhatHasNoRoom) {
   ExpectWell("writeResourceLog");
 }
 
+// Totals, increments, the summary and a tracked file's own output.
 TEST_CHILD(writeTrackerFiles) {
-  const ScopedEnvironment on("KES_IO_TRACK", "1");
-  return WriteLog(argv[1], "ioTotal", [] {
+  const ScopedEnvironment on("KES_IO_TRACK", "2");
+  const ScopedEnvironment individual("KES_IO_INDIVIDUAL", "1");
+  return WriteLogs(argv[1], 4, [] {
     using Holder = thr_GlobalSingleton<utl_IOTracker_Container>;
+    testing::internal::CaptureStdout();  // tells of the own output
     utl_IOTracker& tracker = *Holder::Instance().Tracker();
+    tracker.COpen(1, "model.dat");
     for (int i = 0; i < kMarks; ++i) {
+      tracker.CWrite(1, 1 << 20, 0.5);
       tracker.Mark("mark");
     }
     Holder::Destroy();
+    testing::internal::GetCapturedStdout();
   });
 }
 
