@@ -24,7 +24,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Require(count == static_cast<std::int64_t>(log.marks.size()));
     Require(wall == log.marks.back().wall);
     Require(TimersByCost(log).size() == log.timers.size());
-    Require(log.isCut || log.timers.back().number == 20);
+    Require(log.IsCut() || log.timers.back().number == 20);
   } catch (const FileError& failure) {
     Require(std::string(failure.what()).starts_with(path + ": line "));
   }

@@ -323,7 +323,7 @@ int WriteLogs(const char* directory, std::size_t count,
               const std::function<void()>& write) {
   struct Logs {
     std::map<std::string, std::ptrdiff_t> lines;  // of each file
-    std::int64_t pages = 0;
+    std::map<std::string, std::int64_t> sizes;
     std::int64_t room = 0;
   };
   const auto written = [&](const SmallDisk& disk) {
@@ -334,9 +334,9 @@ int WriteLogs(const char* directory, std::size_t count,
     for (const auto& entry : fs::directory_iterator(directory)) {
       if (entry.path().filename() != "filler") {
         const std::string log = ReadWholeFile(entry.path().string());
-        logs.lines[entry.path().filename().string()] =
-            std::count(log.begin(), log.end(), '\n');
-        logs.pages += (static_cast<std::int64_t>(log.size()) + kPage - 1) / kPage;
+        const std::string name = entry.path().filename().string();
+        logs.lines[name] = std::count(log.begin(), log.end(), '\n');
+        logs.sizes[name] = static_cast<std::int64_t>(log.size());
         fs::remove(entry.path());
       }
     }
@@ -344,10 +344,18 @@ int WriteLogs(const char* directory, std::size_t count,
   };
   const Logs whole = written(SmallDisk(directory));
   Expect(whole.lines.size() == count, "other files");
-  return WriteAtEachLevel(directory, whole.pages * kPage, [&](const SmallDisk& disk) {
+  std::int64_t needed = 0;
+  for (const auto& [name, size] : whole.sizes) {
+    needed += (size + kPage - 1) / kPage * kPage;
+  }
+  return WriteAtEachLevel(directory, needed, [&](const SmallDisk& disk) {
     const Logs logs = written(disk);
     const bool isWhole = logs.lines == whole.lines;
     Expect(isWhole || logs.room == 0, "room is left");
+    for (const auto& [name, lines] : logs.lines) {
+      const bool hasItsLines = lines == whole.lines.at(name);
+      Expect(hasItsLines || logs.sizes.at(name) % kPage == 0, "room is left in " + name);
+    }
     return isWhole;
   });
 }

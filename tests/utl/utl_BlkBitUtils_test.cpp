@@ -196,6 +196,14 @@ TEST(BlkBitUtilsTest, TheLastWordOfTheLimitIsReached) {
   EXPECT_EQ(Written(mask), Pieces{"[#0:134217727 #80000000 ]"});
 }
 
+// To look at each word up to the bit would take many minutes.
+TEST(BlkBitUtilsTest, OneFarBitIsWrittenManyTimes) {
+  const omi_BlkBitVect mask = Read({"[#0:134217727 #80000000 ]"});
+  for (int round = 0; round < 5000; ++round) {
+    ASSERT_EQ(Written(mask), Pieces{"[#0:134217727 #80000000 ]"});
+  }
+}
+
 // One step for each word would be two million.
 TEST(BlkBitUtilsTest, WordsBeforeOneFarBitAreNotLookedAt) {
   const omi_BlkBitVect mask = Read({"[#0:2000000 #80000000 ]"});

@@ -55,6 +55,15 @@ TEST(UrlParserPatternsTest, RandomTexts) {
   }
 }
 
+// With a search for a scheme from every letter on it takes ten minutes.
+TEST(UrlParserPatternsTest, AMillionLettersWithALateColon) {
+  Text text(1'000'000, 'a');
+  text += ':';
+  EXPECT_FALSE(utl_UrlParser::IsUrl(cow_String(text)));
+  EXPECT_EQ(utl_UrlParser::GetScheme(cow_String(text)).Length(), 1'000'000);
+  EXPECT_FALSE(utl_UrlParser::IsUrl(cow_String("_" + text)));
+}
+
 // From each letter on there would be a search for the colon or the "@".
 TEST(UrlParserPatternsTest, LettersWithALateColon) {
   if (StepsOf([] {}) == 0) {

@@ -125,7 +125,7 @@ Json TimersOf(const UsageLog& log) {
 }
 
 const char* Note(const UsageLog& log) {
-  return log.isCut ? " (cut off)" : "";
+  return log.IsCut() ? " (cut off)" : "";
 }
 
 }  // namespace
@@ -178,7 +178,7 @@ Json JsonOf(const std::vector<UsageLog>& logs) {
                    {"snapshot", log.snapshot},
                    {"version", log.version},
                    {"host", log.host},
-                   {"cut", log.isCut},
+                   {"cut", log.IsCut()},
                    {"marks", MarksOf(log)},
                    {"phases", PhasesJson(log)},
                    {"timers", TimersOf(log)}});

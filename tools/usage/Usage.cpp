@@ -52,7 +52,7 @@ int KstUsage(int argc, const char* const* argv, const Console& console) {
     std::vector<UsageLog> logs;
     const int status = ForEachFile(kName, files, console, [&](const std::string& file) {
       logs.push_back(ReadUsageLog(file));
-      if (logs.back().isCut) {
+      if (logs.back().IsCut()) {
         console.err << kName << ": " << Shown(file) << ": is cut off at line "
                     << logs.back().cutLine << ", the process still runs or has died\n";
         return kFinding;

@@ -138,8 +138,8 @@ class Reader {
     if (!ReadFirstMark(line_, log_)) {
       lines_.Fail("is no first mark");
     }
-    log_.isCut = !ReadMarks() || !ReadTimers();
-    log_.cutLine = log_.isCut ? lines_.Number() : 0;
+    const bool isWhole = ReadMarks() && ReadTimers();
+    log_.cutLine = isWhole ? 0 : lines_.Number();
     return std::move(log_);
   }
 

@@ -34,8 +34,10 @@ struct UsageLog {
   std::string host;
   std::vector<UsageMark> marks;  ///< one at least
   std::vector<UsageTimer> timers;
-  bool isCut = false;        ///< the process still runs, or has died
-  std::int64_t cutLine = 0;  ///< the line that is cut off or not there, from 1 on
+  std::int64_t cutLine = 0;  ///< the line that is cut off or not there; 0 for none
+
+  /// Whether the process still runs, or has died.
+  bool IsCut() const { return cutLine != 0; }
 };
 
 /// Throws FileError for what is no such log, or is damaged before its end.

@@ -27,8 +27,8 @@ void AddNotes(Page& page, const Logs& logs, std::size_t asked) {
   std::size_t count = 0;
   std::string first;
   for (const UsageLog* log : logs) {
-    first = log->isCut && count == 0 ? log->file : first;
-    count += log->isCut ? 1 : 0;
+    first = log->IsCut() && count == 0 ? log->file : first;
+    count += log->IsCut() ? 1 : 0;
   }
   if (count > 0) {
     page.Note(first + (count > 1 ? fmt::format(" and {} more are", count - 1) : " is") +
@@ -62,7 +62,7 @@ void AddPhases(Page& page, const UsageLog& log) {
 
 void AddTimers(Page& page, const UsageLog& log) {
   page.Section("Timers by cost",
-               log.isCut ? "A log has its timers when it is ended." : "");
+               log.IsCut() ? "A log has its timers when it is ended." : "");
   BarPlot plot;
   plot.caption = "Processor time of each timer";
   plot.unit = "s";
@@ -222,7 +222,7 @@ Page PageOf(const std::vector<UsageLog>& logs, std::size_t asked) {
   for (const UsageLog& log : logs) {
     const UsageMark& last = log.marks.back();
     table.rows.push_back(
-        {log.file + (log.isCut ? " (cut off)" : ""), fmt::format("{}", last.wall),
+        {log.file + (log.IsCut() ? " (cut off)" : ""), fmt::format("{}", last.wall),
          Fixed(last.processor, 1), Fixed(Megabytes(last.peakBytes), 1),
          fmt::format("{}", last.faults), fmt::format("{}", log.marks.size())});
   }
